@@ -1,0 +1,40 @@
+// kx7text - the converter objects of the library, one a character set.
+//
+// They may be called directly; KX7CharSetConverter::getConverter finds them by character set. They live from the
+// loading of the library to its unloading.
+#ifndef KX7_CHARSET_CONVERTERS_H
+#define KX7_CHARSET_CONVERTERS_H
+
+#include "kx7/Export.h"
+#include "kx7/converters/KX7CharSetConverterSBCS.h"
+#include "kx7/converters/KX7CharSetConverterUTF8.h"
+
+extern KX7_API KX7CharSetConverterSBCS g_oConverterWCP1250;
+extern KX7_API KX7CharSetConverterSBCS g_oConverterWCP1251;
+extern KX7_API KX7CharSetConverterSBCS g_oConverterWCP1252;
+extern KX7_API KX7CharSetConverterSBCS g_oConverterWCP1253;
+extern KX7_API KX7CharSetConverterSBCS g_oConverterWCP1254;
+extern KX7_API KX7CharSetConverterSBCS g_oConverterWCP1255;
+extern KX7_API KX7CharSetConverterSBCS g_oConverterWCP1256;
+extern KX7_API KX7CharSetConverterSBCS g_oConverterWCP1257;
+extern KX7_API KX7CharSetConverterSBCS g_oConverterWCP1258;
+extern KX7_API KX7CharSetConverterSBCS g_oConverterWCP874;
+extern KX7_API KX7CharSetConverterSBCS g_oConverterISO_8859_1;
+extern KX7_API KX7CharSetConverterSBCS g_oConverterISO_8859_2;
+extern KX7_API KX7CharSetConverterSBCS g_oConverterISO_8859_3;
+extern KX7_API KX7CharSetConverterSBCS g_oConverterISO_8859_4;
+extern KX7_API KX7CharSetConverterSBCS g_oConverterISO_8859_5;
+extern KX7_API KX7CharSetConverterSBCS g_oConverterISO_8859_6;
+extern KX7_API KX7CharSetConverterSBCS g_oConverterISO_8859_7;
+extern KX7_API KX7CharSetConverterSBCS g_oConverterISO_8859_8;
+extern KX7_API KX7CharSetConverterSBCS g_oConverterISO_8859_9;
+extern KX7_API KX7CharSetConverterSBCS g_oConverterISO_8859_10;
+extern KX7_API KX7CharSetConverterSBCS g_oConverterISO_8859_11;
+extern KX7_API KX7CharSetConverterSBCS g_oConverterISO_8859_13;
+extern KX7_API KX7CharSetConverterSBCS g_oConverterISO_8859_14;
+extern KX7_API KX7CharSetConverterSBCS g_oConverterISO_8859_15;
+extern KX7_API KX7CharSetConverterSBCS g_oConverterISO_8859_16;
+extern KX7_API KX7CharSetConverterSBCS g_oConverterKOI8R;
+extern KX7_API KX7CharSetConverterUTF8 g_oConverterUTF8;
+
+#endif

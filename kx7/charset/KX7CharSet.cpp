@@ -1,0 +1,121 @@
+// kx7text - the exported conversion functions.
+#include "kx7/charset/KX7CharSet.h"
+
+#include <cstring>
+
+#include "kx7/converters/Engine.h"
+#include "kx7/converters/Walk.h"
+
+namespace {
+
+KX7CharSetConverter& converterOf(KX7CharSet cs)
+{
+    return *KX7CharSetConverter::getConverter(cs);
+}
+
+char const* asChars(unsigned char const* text)
+{
+    return reinterpret_cast<char const*>(text);
+}
+
+}  // namespace
+
+unsigned int LocalToUTF8(unsigned char* dst, char const* src, int dstBytes, KX7CharSet cs)
+{
+    if (!src || !dst || dstBytes == 0)
+        return 0;
+    if (*src == 0) {
+        *dst = 0;
+        return 0;
+    }
+    return kx7::convertThroughUTF16(converterOf(cs), src, converterOf(KX7CS_UTF8), dst,
+                                    static_cast<unsigned int>(dstBytes) - 1);
+}
+
+unsigned int UTF8ToLocal(char* dst, unsigned char const* src, int dstBytes, KX7CharSet cs)
+{
+    if (!src || !dst)
+        return 0;
+    KX7CharSetConverter& local = converterOf(cs);
+    unsigned int const terminator = local.getNullCharSize();
+    auto const capacity = static_cast<unsigned int>(dstBytes);  // kept on purpose: a negative one passes
+    if (terminator > capacity)
+        return 0;
+    if (*src == 0) {
+        memset(dst, 0, terminator);
+        return 0;
+    }
+    return kx7::convertThroughUTF16(converterOf(KX7CS_UTF8), asChars(src), local, dst, capacity - terminator);
+}
+
+unsigned int LocalToUTF16(unsigned short* dst, char const* src, int dstUnits, KX7CharSet cs)
+{
+    if (!dst || !src || dstUnits < 1)
+        return 0;
+    return converterOf(cs).toUTF16(dst, src, static_cast<unsigned int>(dstUnits) - 1, ILLCHAR_REPLACE, nullptr, -1);
+}
+
+unsigned int UTF16ToLocal(char* dst, unsigned short const* src, int dstBytes, KX7CharSet cs)
+{
+    KX7CharSetConverter& local = converterOf(cs);
+    unsigned int const terminator = local.getNullCharSize();
+    auto const capacity = static_cast<unsigned int>(dstBytes);  // kept on purpose: a negative one passes
+    if (!src || !dst || capacity < terminator)
+        return 0;
+    return local.fromUTF16(dst, src, capacity - terminator, ILLCHAR_REPLACE, nullptr);
+}
+
+unsigned int UTF8ToUTF16(unsigned short* dst, unsigned char const* src, unsigned int dstUnits)
+{
+    if (!dst || !src || dstUnits == 0)
+        return 0;
+    return converterOf(KX7CS_UTF8).toUTF16(dst, src, dstUnits - 1, ILLCHAR_REPLACE, nullptr, -1);
+}
+
+unsigned int UTF16ToUTF8(unsigned char* dst, unsigned short const* src, unsigned int dstBytes)
+{
+    if (!dst || !src || dstBytes == 0)
+        return 0;
+    return converterOf(KX7CS_UTF8).fromUTF16(dst, src, dstBytes - 1, ILLCHAR_REPLACE, nullptr);
+}
+
+unsigned int GetNumUnits(char const* src, KX7CharSet cs)
+{
+    return converterOf(cs).getNumUnits(src, kx7::UNTIL_TERMINATOR);
+}
+
+unsigned int GetNumBytes(unsigned short const* src, KX7CharSet cs)
+{
+    return converterOf(cs).getNumBytes(src, kx7::UNTIL_TERMINATOR);
+}
+
+unsigned int GetMinUnitSize(KX7CharSet cs)
+{
+    return converterOf(cs).getMinUnitSize();
+}
+
+unsigned int GetMaxUnitSize(KX7CharSet cs)
+{
+    return converterOf(cs).getMaxUnitSize();
+}
+
+unsigned int GetNullCharSize(KX7CharSet cs)
+{
+    return converterOf(cs).getNullCharSize();
+}
+
+unsigned int KX7CharSetWStrlen(unsigned short const* s)
+{
+    return s ? static_cast<unsigned int>(kx7::unitLength(s, SIZE_MAX)) : 0;
+}
+
+int KX7CharSetWStrEqual(unsigned short const* a, unsigned short const* b)
+{
+    if (!a || !b)
+        return a == b ? 1 : 0;
+    while (*a == *b && *a != 0) {
+        ++a;
+        ++b;
+    }
+    return *a == *b ? 1 : 0;
+}

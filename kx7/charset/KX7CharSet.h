@@ -1,0 +1,156 @@
+// kx7text - character-set identifiers and the exported conversion functions.
+//
+//     unsigned char utf8[64];
+//     LocalToUTF8(utf8, "caf\xE9", sizeof utf8, KX7CS_WCP1252);   // 5: 63 61 66 C3 A9
+//
+// All functions may be called from any thread at once. None throws, none allocates; they report through their
+// result alone. Text is zero-terminated; null pointers are allowed and yield 0. Destination sizes are full
+// capacities, room for the terminator included: bytes for byte text, code units for UTF-16.
+#ifndef KX7_CHARSET_KX7CHARSET_H
+#define KX7_CHARSET_KX7CHARSET_H
+
+#include <stdint.h>
+
+#include "kx7/Export.h"
+
+/**
+ * A character set. The values are Windows code-page numbers, so a code page may be passed unchanged:
+ * `static_cast<KX7CharSet>(1252)`. A value without a converter (the ISO-2022 sets, EUC-TW, the big-endian forms, any
+ * number not listed) converts as UTF-8.
+ */
+enum KX7CharSet : int32_t {
+    KX7CS_ISO_8859_1 = 28591,
+    KX7CS_ISO_8859_2 = 28592,
+    KX7CS_ISO_8859_3 = 28593,
+    KX7CS_ISO_8859_4 = 28594,
+    KX7CS_ISO_8859_5 = 28595,
+    KX7CS_ISO_8859_6 = 28596,
+    KX7CS_ISO_8859_7 = 28597,
+    KX7CS_ISO_8859_8 = 28598,
+    KX7CS_ISO_8859_9 = 28599,
+    KX7CS_ISO_8859_10 = 28600,
+    KX7CS_ISO_8859_11 = 28601,
+    KX7CS_ISO_8859_13 = 28603,
+    KX7CS_ISO_8859_14 = 28604,
+    KX7CS_ISO_8859_15 = 28605,
+    KX7CS_ISO_8859_16 = 28606,
+    KX7CS_ISO_2022JP = 50220,       ///< no converter
+    KX7CS_ISO_2022JP_1 = 50221,     ///< no converter
+    KX7CS_ISO_2022JP_2 = 50222,     ///< no converter
+    KX7CS_ISO_2022JP_3 = 50223,     ///< no converter
+    KX7CS_ISO_2022JP_2004 = 50224,  ///< no converter
+    KX7CS_ISO_2022KR = 50225,       ///< no converter
+    KX7CS_ISO_2022CN = 50227,       ///< no converter
+    KX7CS_ISO_2022CN_EXT = 50228,   ///< no converter
+    KX7CS_ISO_2022TW = 50229,       ///< no converter
+    KX7CS_WCP1250 = 1250,
+    KX7CS_WCP1251 = 1251,
+    KX7CS_WCP1252 = 1252,
+    KX7CS_WCP1253 = 1253,
+    KX7CS_WCP1254 = 1254,
+    KX7CS_WCP1255 = 1255,
+    KX7CS_WCP1256 = 1256,
+    KX7CS_WCP1257 = 1257,
+    KX7CS_WCP1258 = 1258,
+    KX7CS_WCP874 = 874,
+    KX7CS_WCP932 = 932,
+    KX7CS_WCP936 = 936,
+    KX7CS_WCP949 = 949,
+    KX7CS_WCP950 = 950,
+    KX7CS_KOI8R = 20866,
+    KX7CS_GB18030 = 54936,
+    KX7CS_BIG5 = 30950,
+    KX7CS_SHIFTJIS = 30932,
+    KX7CS_SJIS0213 = 30933,  ///< Shift_JIS-2004
+    KX7CS_EUC_JP = 51932,
+    KX7CS_EUC_CN = 51936,
+    KX7CS_EUC_KR = 51949,
+    KX7CS_EUC_TW = 51950,  ///< no converter
+    KX7CS_UTF8 = 65001,
+    KX7CS_UTF16 = 1200,     ///< host byte order, no byte-order mark
+    KX7CS_UTF16BE = 1201,   ///< no converter
+    KX7CS_UTF16ESC = 1202,  ///< ASCII with "U+XXXX" for every other code unit
+    KX7CS_UTF32 = 12000,    ///< host byte order, no byte-order mark
+    KX7CS_UTF32BE = 12001,  ///< no converter
+    KX7CS_OS_DEFAULT = -2   ///< the encoding of the process environment, detected once at load
+};
+
+extern "C" {
+
+/**
+ * Converts byte text of `cs` into UTF-8; what `cs` does not map becomes U+FFFD.
+ * @param dstBytes capacity of `dst` in bytes, the closing zero byte included; a negative value counts as unlimited
+ * @return bytes written, the closing zero not counted. 0 for a null pointer or a capacity of 0, and when the source
+ *         converts to nothing; `dst` is untouched then. An empty source stores the zero byte and returns 0.
+ * Output that does not fit ends after the last whole character.
+ */
+KX7_API unsigned int LocalToUTF8(unsigned char* dst, char const* src, int dstBytes, KX7CharSet cs);
+
+/**
+ * Converts UTF-8 into byte text of `cs`; what `cs` cannot represent becomes "?".
+ * @param dstBytes capacity of `dst` in bytes, the terminator of GetNullCharSize(cs) bytes included; a negative value
+ *                 counts as unlimited
+ * @return bytes written, terminator not counted. 0 for a null pointer or a capacity below the terminator's size, and
+ *         when the source converts to nothing; `dst` is untouched then. An empty source stores the terminator alone.
+ */
+KX7_API unsigned int UTF8ToLocal(char* dst, unsigned char const* src, int dstBytes, KX7CharSet cs);
+
+/**
+ * Converts byte text of `cs` into UTF-16.
+ * @param dstUnits capacity of `dst` in code units, the closing 0 unit included
+ * @return units written, the closing 0 not counted; 0 for a null pointer or a capacity below 1
+ * With KX7CS_UTF16 nothing is converted: that converter needs a source limit, which this function does not give.
+ */
+KX7_API unsigned int LocalToUTF16(unsigned short* dst, char const* src, int dstUnits, KX7CharSet cs);
+
+/**
+ * Converts UTF-16 into byte text of `cs`; what `cs` cannot represent becomes "?".
+ * @param dstBytes capacity of `dst` in bytes, the terminator of GetNullCharSize(cs) bytes included; a negative value
+ *                 counts as unlimited
+ * @return bytes written, terminator not counted; 0 for a null pointer or a capacity below the terminator's size
+ */
+KX7_API unsigned int UTF16ToLocal(char* dst, unsigned short const* src, int dstBytes, KX7CharSet cs);
+
+/**
+ * Converts UTF-8 into UTF-16. Malformed sequences become U+FFFD, stray continuation bytes vanish.
+ * @param dstUnits capacity of `dst` in code units, the closing 0 unit included
+ * @return units written, the closing 0 not counted; 0 for a null pointer or a capacity of 0
+ */
+KX7_API unsigned int UTF8ToUTF16(unsigned short* dst, unsigned char const* src, unsigned int dstUnits);
+
+/**
+ * Converts UTF-16 into UTF-8; an unpaired high surrogate becomes "?".
+ * @param dstBytes capacity of `dst` in bytes, the closing zero byte included
+ * @return bytes written, the closing zero not counted; 0 for a null pointer or a capacity of 0
+ */
+KX7_API unsigned int UTF16ToUTF8(unsigned char* dst, unsigned short const* src, unsigned int dstBytes);
+
+/**
+ * Counts what the converter of `cs` counts in `src`, terminator excluded: UTF-16 code units, but that a four-byte
+ * UTF-8 sequence counts once although it becomes two units.
+ */
+KX7_API unsigned int GetNumUnits(char const* src, KX7CharSet cs);
+
+/** Bytes that UTF16ToLocal needs for the whole of `src` in `cs`, terminator excluded. */
+KX7_API unsigned int GetNumBytes(unsigned short const* src, KX7CharSet cs);
+
+/** Smallest number of bytes of one character of `cs`. */
+KX7_API unsigned int GetMinUnitSize(KX7CharSet cs);
+
+/** Largest number of bytes that one UTF-16 code unit becomes in `cs`. */
+KX7_API unsigned int GetMaxUnitSize(KX7CharSet cs);
+
+/** Size in bytes of the terminator of text in `cs`: 1, 2 or 4. */
+KX7_API unsigned int GetNullCharSize(KX7CharSet cs);
+
+/** Number of code units before the first 0 unit; 0 for null. */
+KX7_API unsigned int KX7CharSetWStrlen(unsigned short const* s);
+
+/**
+ * 1 when both texts hold the same code units (or both pointers are null), else 0. No normalisation, no case folding.
+ */
+KX7_API int KX7CharSetWStrEqual(unsigned short const* a, unsigned short const* b);
+
+}  // extern "C"
+
+#endif

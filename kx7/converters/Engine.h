@@ -1,0 +1,118 @@
+// kx7text - the internal interface to a converter: bounded ranges in, bounded ranges out.
+//
+// What a converter knows of its encoding stands in its two steps (how one character is read, how one is written). The
+// walks of Walk.h run them over ranges, and this header hands those walks out by converter, so that a caller which
+// has counts instead of terminators, wants offsets, or works in pieces uses the same rules as the published operations.
+#ifndef KX7_CONVERTERS_ENGINE_H
+#define KX7_CONVERTERS_ENGINE_H
+
+#include <cstddef>
+
+#include "kx7/converters/KX7CharSetConverter.h"
+
+namespace kx7 {
+
+/** Why a conversion of a range ended. */
+enum class Stop : unsigned char {
+    SOURCE_USED,       ///< all of the source is converted
+    SOURCE_CUT,        ///< the source ends inside a character
+    DESTINATION_FULL,  ///< the next character does not fit whole
+    ILLEGAL,           ///< decoding: the bytes that follow are malformed or not mapped
+    UNMAPPABLE         ///< encoding: the units that follow cannot be represented
+};
+
+/** How far a conversion of a range came. Always between characters. */
+struct Progress {
+    size_t consumed;  ///< bytes (decoding) or code units (encoding) of the source
+    size_t written;   ///< code units or bytes of the destination
+    Stop stop;
+    unsigned int length;  ///< ILLEGAL, UNMAPPABLE: bytes or units of the character that stopped it; else 0
+};
+
+/** Bytes up to a zero terminator or, where `end` is not null, up to `end` if that comes first. */
+struct ByteText {
+    unsigned char const* begin;
+    unsigned char const* end;
+};
+
+/** Code units up to a 0 unit or, where `end` is not null, up to `end` if that comes first. */
+struct UnitText {
+    unsigned short const* begin;
+    unsigned short const* end;
+};
+
+/** How far a conversion with substitutes came. */
+struct TextProgress {
+    size_t consumed;
+    size_t written;
+    bool full;  ///< it ended because the next character does not fit, or the room is used up
+};
+
+/** The operations of one converter class. The converter loads its tables if need be; nothing here throws. */
+struct Engine {
+    /** Decodes a range; a zero byte is a character like any other. Stops at what is illegal and consumes none of it. */
+    Progress (*decode)(KX7CharSetConverter& converter, unsigned char const* source, unsigned char const* sourceEnd,
+                       unsigned short* dest, unsigned short* destEnd);
+
+    /** The same, refusing also what the published decoder is lenient about. */
+    Progress (*decodeStrict)(KX7CharSetConverter& converter, unsigned char const* source,
+                             unsigned char const* sourceEnd, unsigned short* dest, unsigned short* destEnd);
+
+    /** Encodes a range; a 0 unit is a character like any other. */
+    Progress (*encode)(KX7CharSetConverter& converter, unsigned short const* source, unsigned short const* sourceEnd,
+                       unsigned char* dest, unsigned char* destEnd);
+
+    /** Decodes with ILLCHAR_REPLACE and no source limit, as the published operation, without its terminator. */
+    TextProgress (*decodeText)(KX7CharSetConverter& converter, ByteText const& source, unsigned short* dest,
+                               unsigned int room);
+
+    /** Encodes with ILLCHAR_REPLACE, as the published operation, without its terminator. */
+    TextProgress (*encodeText)(KX7CharSetConverter& converter, UnitText const& source, unsigned char* dest,
+                               unsigned int room);
+
+    /** The published toUTF16, with a source that may have an end instead of a terminator. */
+    unsigned int (*toUTF16)(KX7CharSetConverter& converter, unsigned short* dest, ByteText const& source,
+                            unsigned int room, int sourceLimit);
+};
+
+/** The engine of a converter of one of the library's own classes; null for a class that a caller derived. */
+Engine const* engineOf(KX7CharSetConverter const& converter);
+
+/** Engine functions of one converter class; instantiated beside the class (EngineOf.h). */
+template <class Converter>
+struct EngineOf {
+    static Progress decode(KX7CharSetConverter& converter, unsigned char const* source, unsigned char const* sourceEnd,
+                           unsigned short* dest, unsigned short* destEnd);
+    static Progress decodeStrict(KX7CharSetConverter& converter, unsigned char const* source,
+                                 unsigned char const* sourceEnd, unsigned short* dest, unsigned short* destEnd);
+    static Progress encode(KX7CharSetConverter& converter, unsigned short const* source,
+                           unsigned short const* sourceEnd, unsigned char* dest, unsigned char* destEnd);
+    static TextProgress decodeText(KX7CharSetConverter& converter, ByteText const& source, unsigned short* dest,
+                                   unsigned int room);
+    static TextProgress encodeText(KX7CharSetConverter& converter, UnitText const& source, unsigned char* dest,
+                                   unsigned int room);
+    static unsigned int toUTF16(KX7CharSetConverter& converter, unsigned short* dest, ByteText const& source,
+                                unsigned int room, int sourceLimit);
+    static Engine const ENGINE;
+};
+
+/**
+ * The published toUTF16 of any converter, with ILLCHAR_REPLACE and no flag, over bytes given with a count: nothing
+ * behind them is read, and a character that the count cuts off meets a zero byte.
+ * Throws std::bad_alloc, for a converter without an engine only.
+ */
+unsigned int decodeCounted(KX7CharSetConverter& converter, unsigned short* dest, char const* source,
+                           unsigned int byteCount, unsigned int room, int sourceLimit);
+
+/**
+ * Zero-terminated text of one converter to another through UTF-16, with ILLCHAR_REPLACE, as one call of toUTF16 and one
+ * of fromUTF16 would do it, but in pieces through a fixed buffer.
+ * @param room bytes that may be written, the terminator of `to` not counted
+ * @return bytes written, the terminator not counted; 0 with nothing written when the source decodes to nothing
+ */
+unsigned int convertThroughUTF16(KX7CharSetConverter& from, char const* source, KX7CharSetConverter& to, void* dest,
+                                 unsigned int room);
+
+}  // namespace kx7
+
+#endif

@@ -1,0 +1,61 @@
+// kx7text - how a converter class becomes an engine; included by the sources of the classes only.
+#ifndef KX7_CONVERTERS_ENGINEOF_H
+#define KX7_CONVERTERS_ENGINEOF_H
+
+#include "kx7/converters/Walk.h"
+
+namespace kx7 {
+
+template <class Converter>
+Progress EngineOf<Converter>::decode(KX7CharSetConverter& converter, unsigned char const* source,
+                                     unsigned char const* sourceEnd, unsigned short* dest, unsigned short* destEnd)
+{
+    return decodeRange(static_cast<Converter&>(converter).decoder(), source, sourceEnd, dest, destEnd);
+}
+
+template <class Converter>
+Progress EngineOf<Converter>::decodeStrict(KX7CharSetConverter& converter, unsigned char const* source,
+                                           unsigned char const* sourceEnd, unsigned short* dest,
+                                           unsigned short* destEnd)
+{
+    return decode(converter, source, sourceEnd, dest, destEnd);
+}
+
+template <class Converter>
+Progress EngineOf<Converter>::encode(KX7CharSetConverter& converter, unsigned short const* source,
+                                     unsigned short const* sourceEnd, unsigned char* dest, unsigned char* destEnd)
+{
+    return encodeRange(static_cast<Converter&>(converter).encoder(), source, sourceEnd, dest, destEnd);
+}
+
+template <class Converter>
+TextProgress EngineOf<Converter>::decodeText(KX7CharSetConverter& converter, ByteText const& source,
+                                             unsigned short* dest, unsigned int room)
+{
+    return kx7::decodeText(static_cast<Converter&>(converter).decoder(), source, dest, room, ILLCHAR_REPLACE, nullptr,
+                           -1);
+}
+
+template <class Converter>
+TextProgress EngineOf<Converter>::encodeText(KX7CharSetConverter& converter, UnitText const& source,
+                                             unsigned char* dest, unsigned int room)
+{
+    return kx7::encodeText(static_cast<Converter&>(converter).encoder(), source, dest, room, ILLCHAR_REPLACE, nullptr);
+}
+
+template <class Converter>
+unsigned int EngineOf<Converter>::toUTF16(KX7CharSetConverter& converter, unsigned short* dest, ByteText const& source,
+                                          unsigned int room, int sourceLimit)
+{
+    return static_cast<Converter&>(converter).toUTF16Within(dest, source, room, ILLCHAR_REPLACE, nullptr, sourceLimit);
+}
+
+template <class Converter>
+Engine const EngineOf<Converter>::ENGINE = {
+    &EngineOf::decode,     &EngineOf::decodeStrict, &EngineOf::encode,
+    &EngineOf::decodeText, &EngineOf::encodeText,   &EngineOf::toUTF16,
+};
+
+}  // namespace kx7
+
+#endif

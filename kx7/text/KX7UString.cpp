@@ -1,0 +1,291 @@
+// kx7text - storage, construction and order of the UTF-16 string.
+#include "kx7/text/KX7UString.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <stdexcept>
+
+#include "kx7/converters/Engine.h"
+#include "kx7/converters/Walk.h"
+
+unsigned int const KX7UString::INLINE_CAPACITY;
+unsigned int const KX7UString::npos;
+
+namespace {
+
+constexpr size_t MAX_LENGTH = 0xFFFFFFFE;
+
+unsigned int checkedLength(size_t units)
+{
+    // The second bound is the narrower one where pointers have 32 bits.
+    if (units > MAX_LENGTH || units > PTRDIFF_MAX / sizeof(unsigned short) - 1)
+        throw std::length_error("exceed maximum string length");
+    return static_cast<unsigned int>(units);
+}
+
+void copyUnits(unsigned short* to, unsigned short const* from, unsigned int n)
+{
+    memcpy(to, from, size_t{n} * sizeof *to);
+}
+
+}  // namespace
+
+KX7UString::Space* KX7UString::SetupSpace()
+{
+    space = &m_space;
+    space->heapOwned = 0;
+    space->buffer = space->inlineBuffer;
+    space->length = 0;
+    space->capacity = INLINE_CAPACITY;
+    space->narrowCache = nullptr;
+    space->narrowCacheLength = 0;
+    space->narrowCacheCharSet = static_cast<KX7CharSet>(-1);
+    space->inlineBuffer[0] = 0;
+    return space;
+}
+
+KX7UString::Space* KX7UString::SetupSpace(unsigned int n)
+{
+    SetupSpace();
+    AssureSpace(n);
+    return space;
+}
+
+void KX7UString::initForAlloc()
+{
+    space = SetupSpace();
+}
+
+void KX7UString::AssureSpace(unsigned int n)
+{
+    if (space->capacity >= n)
+        return;
+    auto* const fresh = new unsigned short[size_t{checkedLength(n)} + 1];
+    if (space->heapOwned)
+        delete[] space->buffer;
+    fresh[0] = 0;
+    space->heapOwned = 1;
+    space->buffer = fresh;
+    space->length = 0;
+    space->capacity = n;
+}
+
+void KX7UString::release()
+{
+    if (space->heapOwned)
+        delete[] space->buffer;
+    delete[] space->narrowCache;
+}
+
+/** Moves the text of `o` here; `o` is left fit for destruction only. */
+void KX7UString::takeOver(KX7UString& o)
+{
+    release();
+    SetupSpace();
+    if (o.space->heapOwned) {
+        space->heapOwned = 1;
+        space->buffer = o.space->buffer;
+        space->capacity = o.space->capacity;
+        o.space->heapOwned = 0;
+    }
+    else {
+        copyUnits(space->buffer, o.space->buffer, o.space->length + 1);
+    }
+    space->length = o.space->length;
+}
+
+/** Fills a string that is still empty. */
+void KX7UString::store(unsigned short const* units, unsigned int n)
+{
+    AssureSpace(n);
+    if (n != 0)
+        copyUnits(space->buffer, units, n);
+    space->buffer[n] = 0;
+    space->length = n;
+}
+
+/** Fills a string that is still empty. */
+void KX7UString::decodeTerminated(char const* s, KX7CharSet cs)
+{
+    KX7CharSetConverter* const converter = KX7CharSetConverter::getConverter(cs);
+    unsigned int const units = converter->getNumUnits(s, kx7::UNTIL_TERMINATOR);
+    if (units == 0)
+        return;
+    AssureSpace(units);
+    space->length = converter->toUTF16(space->buffer, s, units, ILLCHAR_REPLACE, nullptr, -1);
+}
+
+/** Fills a string that is still empty. */
+void KX7UString::decodeCounted(char const* s, unsigned int n, KX7CharSet cs, int sourceLimit)
+{
+    KX7CharSetConverter* const converter = KX7CharSetConverter::getConverter(cs);
+    unsigned int const units = converter->getNumUnits(s, n);
+    if (units == 0)
+        return;
+    AssureSpace(units);
+    space->length = kx7::decodeCounted(*converter, space->buffer, s, n, units, sourceLimit);
+}
+
+KX7UString::KX7UString()
+{
+    SetupSpace();
+}
+
+// The others delegate to the first, so that the destructor runs when they throw.
+
+KX7UString::KX7UString(char c, KX7CharSet cs) : KX7UString()
+{
+    if (c != 0)
+        decodeCounted(&c, 1, cs, -1);
+}
+
+KX7UString::KX7UString(char c, unsigned int count, KX7CharSet cs) : KX7UString()
+{
+    if (c == 0 || count == 0)
+        return;
+    std::unique_ptr<char[]> const bytes(new char[checkedLength(count)]);
+    memset(bytes.get(), c, count);
+    decodeCounted(bytes.get(), count, cs, -1);
+}
+
+KX7UString::KX7UString(unsigned short u) : KX7UString()
+{
+    if (u != 0)
+        store(&u, 1);
+}
+
+KX7UString::KX7UString(unsigned short u, unsigned int count) : KX7UString()
+{
+    if (u == 0 || count == 0)
+        return;
+    AssureSpace(count);
+    std::fill_n(space->buffer, count, u);
+    space->buffer[count] = 0;
+    space->length = count;
+}
+
+KX7UString::KX7UString(char const* s, KX7CharSet cs) : KX7UString()
+{
+    if (s)
+        decodeTerminated(s, cs);
+}
+
+KX7UString::KX7UString(char const* s, unsigned int n, KX7CharSet cs) : KX7UString()
+{
+    if (!s)
+        return;
+    if (n == kx7::UNTIL_TERMINATOR)
+        decodeTerminated(s, cs);
+    else
+        decodeCounted(s, n, cs, -1);
+}
+
+KX7UString::KX7UString(int i) : KX7UString()
+{
+    char text[16];
+    int const n = snprintf(text, sizeof text, "%d", i);
+    space->length = static_cast<unsigned int>(std::copy(text, text + n, space->buffer) - space->buffer);
+    space->buffer[space->length] = 0;
+}
+
+KX7UString::KX7UString(unsigned short const* s) : KX7UString()
+{
+    if (s)
+        store(s, checkedLength(kx7::unitLength(s, SIZE_MAX)));
+}
+
+KX7UString::KX7UString(unsigned short const* s, unsigned int n) : KX7UString()
+{
+    if (!s || n == 0)
+        return;
+    AssureSpace(n);
+    store(s, static_cast<unsigned int>(kx7::unitLength(s, n)));
+}
+
+KX7UString::KX7UString(unsigned short const* begin, unsigned short const* end) : KX7UString()
+{
+    store(begin, checkedLength(static_cast<size_t>(end - begin)));
+}
+
+KX7UString::KX7UString(KX7PascalString const& p, KX7CharSet cs) : KX7UString()
+{
+    if (p.length != 0)
+        decodeCounted(p.text, p.length, cs, p.length);
+}
+
+KX7UString::KX7UString(KX7PascalString const* p, KX7CharSet cs) : KX7UString()
+{
+    if (p && p->length != 0)
+        decodeCounted(p->text, p->length, cs, p->length);
+}
+
+KX7UString::KX7UString(KX7BSTR const& b) : KX7UString()
+{
+    store(b.text, b.length);
+}
+
+KX7UString::KX7UString(KX7BSTR const* b) : KX7UString()
+{
+    if (b)
+        store(b->text, b->length);
+}
+
+KX7UString::KX7UString(KX7UString const& o) : KX7UString()
+{
+    store(o.space->buffer, o.space->length);
+}
+
+KX7UString::KX7UString(KX7UString const& o, unsigned int pos, unsigned int n) : KX7UString()
+{
+    unsigned int const start = std::min(pos, o.space->length);
+    store(o.space->buffer + start, std::min(n, o.space->length - start));
+}
+
+KX7UString::~KX7UString()
+{
+    release();
+}
+
+KX7UString& KX7UString::assign(KX7UString const& o)
+{
+    if (this != &o) {
+        KX7UString copy(o);
+        takeOver(copy);
+    }
+    return *this;
+}
+
+void KX7UString::swap(KX7UString& o)
+{
+    if (this == &o)
+        return;
+    // Both copies first: whichever allocation fails, no text is lost.
+    KX7UString mine(*this);
+    KX7UString theirs(o);
+    o.takeOver(mine);
+    takeOver(theirs);
+}
+
+int KX7UString::compare(KX7UString const& o, unsigned int n) const
+{
+    return this == &o ? 0 : canonicalCompare(space->buffer, o.space->buffer, n);
+}
+
+int KX7UString::canonicalCompare(unsigned short const* a, unsigned short const* b, unsigned int n) const
+{
+    if (n == 0 || a == b)
+        return 0;
+    if (!a || !b)
+        return a ? 1 : -1;
+    for (unsigned int i = 0; i != n || n == npos; ++i) {
+        if (a[i] != b[i])
+            return a[i] < b[i] ? -1 : 1;
+        if (a[i] == 0)
+            return 0;
+    }
+    return 0;
+}
