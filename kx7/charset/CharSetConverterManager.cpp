@@ -4,10 +4,17 @@
 // constructor converts text.
 #include "kx7/charset/CharSetConverterManager.h"
 
+#include <algorithm>
 #include <atomic>
+#include <clocale>
+#include <cstdlib>
+#include <new>
+#include <vector>
 
 #include "kx7/charset/CharSetNames.h"
 #include "kx7/charset/Converters.h"
+#include "kx7/converters/LoadLock.h"
+#include "kx7/tables/ByteTypeTables.h"
 #include "kx7/tables/MappingLists.h"
 
 // Ahead of ordinary static objects, so that a program linked with the static library may convert in its own static
@@ -40,7 +47,21 @@ KX7_EARLY KX7CharSetConverterSBCS g_oConverterISO_8859_14(o8859_14map, KX7CS_ISO
 KX7_EARLY KX7CharSetConverterSBCS g_oConverterISO_8859_15(o8859_15map, KX7CS_ISO_8859_15);
 KX7_EARLY KX7CharSetConverterSBCS g_oConverterISO_8859_16(o8859_16map, KX7CS_ISO_8859_16);
 KX7_EARLY KX7CharSetConverterSBCS g_oConverterKOI8R(oKOI8Rmap, KX7CS_KOI8R);
+KX7_EARLY KX7CharSetConverterDBCS g_oConverterWCP932(oCP932map, oCP932Type, KX7CS_WCP932);
+KX7_EARLY KX7CharSetConverterDBCS g_oConverterWCP936(oCP936map, oCP936Type, KX7CS_WCP936);
+KX7_EARLY KX7CharSetConverterDBCS g_oConverterWCP949(oCP949map, oCP949Type, KX7CS_WCP949);
+KX7_EARLY KX7CharSetConverterDBCS g_oConverterWCP950(oCP950map, oCP950Type, KX7CS_WCP950);
+KX7_EARLY KX7CharSetConverterGB18030 g_oConverterGB18030(oGBKmap, KX7CS_GB18030);
+KX7_EARLY KX7CharSetConverterDBCS g_oConverterBig5(oBIG5map, oBig5Type, KX7CS_BIG5);
+KX7_EARLY KX7CharSetConverterDBCS g_oConverterSHIFTJIS(oSHIFTJISmap, oCP932Type, KX7CS_SHIFTJIS);
+KX7_EARLY KX7CharSetConverterDBCSEx g_oConverterSJIS2004(oSJIS0213_2004map, oCP932Type, KX7CS_SJIS0213);
+KX7_EARLY KX7CharSetConverterEUC_CN_KR g_oConverterEUCKR(oKSX1001map, KX7CS_EUC_KR);
+KX7_EARLY KX7CharSetConverterEUC_CN_KR g_oConverterEUCCN(oGB2312map, KX7CS_EUC_CN);
+KX7_EARLY KX7CharSetConverterEUC_JP g_oConverterEUCJP(oJIS0208map, oJIS0201map, oJIS0212map, KX7CS_EUC_JP);
 KX7_EARLY KX7CharSetConverterUTF8 g_oConverterUTF8(KX7CS_UTF8);
+KX7_EARLY KX7CharSetConverterUTF16 g_oConverterUTF16(KX7CS_UTF16);
+KX7_EARLY KX7CharSetConverterUTF32 g_oConverterUTF32(KX7CS_UTF32);
+KX7_EARLY KX7CharSetConverterUTF16Esc g_oConverterUTF16Esc(KX7CS_UTF16ESC);
 
 namespace {
 
@@ -71,6 +92,9 @@ KX7CharSetConverter* KX7CharSetConverter::getConverter(KX7CharSet charSet)
 // empty map. Nothing may ask for KX7CS_OS_DEFAULT before osDefaultCharSet is set, since the answer would be cached.
 CharSetConverterManager::CharSetConverterManager() : osDefaultCharSet(KX7CS_ISO_8859_1)
 {
+    initLocaleMap();
+    osDefaultCharSet = getDefaultCharSet();
+
     struct {
         KX7CharSet charSet;
         KX7CharSetConverter* converter;
@@ -101,7 +125,21 @@ CharSetConverterManager::CharSetConverterManager() : osDefaultCharSet(KX7CS_ISO_
         {KX7CS_ISO_8859_15, &g_oConverterISO_8859_15},
         {KX7CS_ISO_8859_16, &g_oConverterISO_8859_16},
         {KX7CS_KOI8R, &g_oConverterKOI8R},
+        {KX7CS_WCP932, &g_oConverterWCP932},
+        {KX7CS_WCP936, &g_oConverterWCP936},
+        {KX7CS_WCP949, &g_oConverterWCP949},
+        {KX7CS_WCP950, &g_oConverterWCP950},
+        {KX7CS_EUC_KR, &g_oConverterEUCKR},
+        {KX7CS_EUC_CN, &g_oConverterEUCCN},
+        {KX7CS_EUC_JP, &g_oConverterEUCJP},
+        {KX7CS_GB18030, &g_oConverterGB18030},
+        {KX7CS_BIG5, &g_oConverterBig5},
+        {KX7CS_SHIFTJIS, &g_oConverterSHIFTJIS},
+        {KX7CS_SJIS0213, &g_oConverterSJIS2004},
         {KX7CS_UTF8, &g_oConverterUTF8},
+        {KX7CS_UTF16, &g_oConverterUTF16},
+        {KX7CS_UTF32, &g_oConverterUTF32},
+        {KX7CS_UTF16ESC, &g_oConverterUTF16Esc},
     };
     for (auto const& entry : converters)
         insert(entry.charSet, entry.converter, true);
@@ -136,4 +174,108 @@ void CharSetConverterManager::insertCharSetMap(KX7CharSet cs, KX7UString const& 
 {
     nameToCharSetMap.insert({name, cs});
     charSetToNameMap.insert({cs, name});
+}
+
+char const* CharSetConverterManager::charSetToString(KX7CharSet cs)
+{
+    static char const unnamed[] = "KX7CS_OS_DEFAULT";
+    auto const found = charSetToNameMap.find(cs);
+    if (found == charSetToNameMap.end())
+        return unnamed;
+    // The string keeps the converted name; several threads may be the first to ask for it.
+    static pthread_mutex_t mutex = PTHREAD_MUTEX_INITIALIZER;
+    kx7::LoadLock const lock(mutex);
+    try {
+        return found->second.c_str(KX7CS_ISO_8859_1);
+    }
+    catch (std::bad_alloc const&) {
+        return unnamed;
+    }
+}
+
+KX7CharSet CharSetConverterManager::charSetFromString(char const* name)
+{
+    if (!name || *name == 0)
+        return KX7CS_OS_DEFAULT;
+    try {
+        auto const found = nameToCharSetMap.find(KX7UString(name, KX7CS_ISO_8859_1));
+        return found == nameToCharSetMap.end() ? KX7CS_OS_DEFAULT : found->second;
+    }
+    catch (std::bad_alloc const&) {
+        return KX7CS_OS_DEFAULT;
+    }
+}
+
+void CharSetConverterManager::initLocaleMap()
+{
+    // Kept on purpose as it stands: "UJIS" is no EUC-JP here, and the sets of EUC-TW have no converter.
+    struct {
+        char const* codeset;
+        KX7CharSet charSet;
+    } const rows[] = {
+        {"UTF8", KX7CS_UTF8},
+        {"ISO88591", KX7CS_ISO_8859_1},
+        {"ISO88592", KX7CS_ISO_8859_2},
+        {"ISO88593", KX7CS_ISO_8859_3},
+        {"ISO88594", KX7CS_ISO_8859_4},
+        {"ISO88595", KX7CS_ISO_8859_5},
+        {"ISO88596", KX7CS_ISO_8859_6},
+        {"ISO88597", KX7CS_ISO_8859_7},
+        {"ISO88598", KX7CS_ISO_8859_8},
+        {"ISO88599", KX7CS_ISO_8859_9},
+        {"ISO885910", KX7CS_ISO_8859_10},
+        {"ISO885911", KX7CS_ISO_8859_11},
+        {"ISO885913", KX7CS_ISO_8859_13},
+        {"ISO885914", KX7CS_ISO_8859_14},
+        {"ISO885915", KX7CS_ISO_8859_15},
+        {"ISO885916", KX7CS_ISO_8859_16},
+        {"JA", KX7CS_EUC_JP},
+        {"EUCJP", KX7CS_EUC_JP},
+        {"EUCKR", KX7CS_EUC_KR},
+        {"EUCTW", KX7CS_EUC_TW},
+        {"CN.EUC", KX7CS_EUC_CN},
+        {"KR.EUC", KX7CS_EUC_KR},
+        {"TW.EUC", KX7CS_EUC_TW},
+        {"SJIS", KX7CS_WCP932},
+        {"UJIS", KX7CS_WCP932},
+        {"PCK", KX7CS_WCP932},
+        {"GB18030", KX7CS_GB18030},
+        {"BIG5", KX7CS_BIG5},
+    };
+    for (auto const& row : rows)
+        localeMap.insert({KX7UString(row.codeset, KX7CS_UTF8), row.charSet});
+}
+
+KX7CharSet CharSetConverterManager::getDefaultCharSet()
+{
+    char const* locale = getenv("LANG");
+    if (!locale)
+        locale = setlocale(LC_CTYPE, nullptr);
+    if (!locale)
+        return KX7CS_ISO_8859_1;
+
+    // "en_US.UTF-8@euro" names the codeset "UTF8"; "zh_CN.EUC" names "CN.EUC".
+    KX7UString codeset(locale, KX7CS_UTF8);
+    codeset.toUpper(true);
+    KX7UString const eucSuffix(".EUC", KX7CS_UTF8);
+    unsigned int const suffixAt = codeset.rfind(eucSuffix);
+    bool const isEuc = suffixAt != KX7UString::npos && suffixAt == codeset.length() - eucSuffix.length();
+    auto const eraseThrough = [&codeset](char delimiter) {
+        unsigned int const at = codeset.find(static_cast<unsigned short>(delimiter));
+        if (at != KX7UString::npos)
+            codeset.erase(0, at + 1);
+    };
+    if (isEuc) {
+        eraseThrough('_');
+    }
+    else {
+        eraseThrough('.');
+        unsigned int const modifierAt = codeset.find(static_cast<unsigned short>('@'));
+        if (modifierAt != KX7UString::npos)
+            codeset.erase(modifierAt, KX7UString::npos);
+    }
+    std::vector<unsigned short> key(codeset.data(), codeset.data() + codeset.length() + 1);
+    key.erase(std::remove(key.begin(), key.end(), '-'), key.end());
+    auto const found = localeMap.find(KX7UString(key.data()));
+    return found == localeMap.end() ? KX7CS_ISO_8859_1 : found->second;
 }

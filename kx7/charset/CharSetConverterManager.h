@@ -46,6 +46,22 @@ public:
     /** Enters a name in both directions, each unless it is there already. */
     void insertCharSetMap(KX7CharSet cs, KX7UString const& name);
 
+    /** See KX7CharSetToString. */
+    char const* charSetToString(KX7CharSet cs);
+
+    /** See KX7CharSetFromString. */
+    KX7CharSet charSetFromString(char const* name);
+
+    /** Fills the table of codeset names of locales. The constructor does so. */
+    void initLocaleMap();
+
+    /**
+     * Detects the character set of the process environment: the codeset of the environment variable LANG or, if that is
+     * not set, of the process's LC_CTYPE locale; KX7CS_ISO_8859_1 where it is not known. The constructor keeps the
+     * answer, so later changes have no effect.
+     */
+    KX7CharSet getDefaultCharSet();
+
 private:
     std::map<KX7UString, KX7CharSet> localeMap;
     KX7CharSet osDefaultCharSet;

@@ -3,6 +3,7 @@
 
 #include <cstring>
 
+#include "kx7/charset/CharSetConverterManager.h"
 #include "kx7/converters/Engine.h"
 #include "kx7/converters/Walk.h"
 
@@ -13,14 +14,7 @@ KX7CharSetConverter& converterOf(KX7CharSet cs)
     return *KX7CharSetConverter::getConverter(cs);
 }
 
-char const* asChars(unsigned char const* text)
-{
-    return reinterpret_cast<char const*>(text);
-}
-
-}  // namespace
-
-unsigned int LocalToUTF8(unsigned char* dst, char const* src, int dstBytes, KX7CharSet cs)
+unsigned int localToUTF8(unsigned char* dst, char const* src, int dstBytes, KX7CharSet cs, kx7::Transit transit)
 {
     if (!src || !dst || dstBytes == 0)
         return 0;
@@ -29,10 +23,10 @@ unsigned int LocalToUTF8(unsigned char* dst, char const* src, int dstBytes, KX7C
         return 0;
     }
     return kx7::convertThroughUTF16(converterOf(cs), src, converterOf(KX7CS_UTF8), dst,
-                                    static_cast<unsigned int>(dstBytes) - 1);
+                                    static_cast<unsigned int>(dstBytes) - 1, transit);
 }
 
-unsigned int UTF8ToLocal(char* dst, unsigned char const* src, int dstBytes, KX7CharSet cs)
+unsigned int utf8ToLocal(char* dst, unsigned char const* src, int dstBytes, KX7CharSet cs, kx7::Transit transit)
 {
     if (!src || !dst)
         return 0;
@@ -45,7 +39,30 @@ unsigned int UTF8ToLocal(char* dst, unsigned char const* src, int dstBytes, KX7C
         memset(dst, 0, terminator);
         return 0;
     }
-    return kx7::convertThroughUTF16(converterOf(KX7CS_UTF8), asChars(src), local, dst, capacity - terminator);
+    return kx7::convertThroughUTF16(converterOf(KX7CS_UTF8), reinterpret_cast<char const*>(src), local, dst,
+                                    capacity - terminator, transit);
+}
+
+}  // namespace
+
+unsigned int LocalToUTF8(unsigned char* dst, char const* src, int dstBytes, KX7CharSet cs)
+{
+    return localToUTF8(dst, src, dstBytes, cs, {false, ILLCHAR_REPLACE});
+}
+
+unsigned int LocalPathToUTF8(unsigned char* dst, char const* src, int dstBytes)
+{
+    return localToUTF8(dst, src, dstBytes, KX7CS_OS_DEFAULT, {true, ILLCHAR_REPLACE});
+}
+
+unsigned int UTF8ToLocal(char* dst, unsigned char const* src, int dstBytes, KX7CharSet cs)
+{
+    return utf8ToLocal(dst, src, dstBytes, cs, {false, ILLCHAR_REPLACE});
+}
+
+unsigned int UTF8ToLocalPath(char* dst, unsigned char const* src, int dstBytes)
+{
+    return utf8ToLocal(dst, src, dstBytes, KX7CS_OS_DEFAULT, {false, ILLCHAR_ESCAPE});
 }
 
 unsigned int LocalToUTF16(unsigned short* dst, char const* src, int dstUnits, KX7CharSet cs)
@@ -118,4 +135,14 @@ int KX7CharSetWStrEqual(unsigned short const* a, unsigned short const* b)
         ++b;
     }
     return *a == *b ? 1 : 0;
+}
+
+char const* KX7CharSetToString(KX7CharSet cs)
+{
+    return g_oCnvtMgr.charSetToString(cs);
+}
+
+KX7CharSet KX7CharSetFromString(char const* name)
+{
+    return g_oCnvtMgr.charSetFromString(name);
 }

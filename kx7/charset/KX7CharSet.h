@@ -126,6 +126,23 @@ KX7_API unsigned int UTF8ToUTF16(unsigned short* dst, unsigned char const* src, 
 KX7_API unsigned int UTF16ToUTF8(unsigned char* dst, unsigned short const* src, unsigned int dstBytes);
 
 /**
+ * Converts a file name of the operating system (in KX7CS_OS_DEFAULT) into UTF-8. Each "U+" with four upper-case
+ * hexadecimal digits becomes the code unit that it names, also where it was literally part of the name.
+ * @param dstBytes capacity of `dst` in bytes, the closing zero byte included
+ * @return as LocalToUTF8
+ */
+KX7_API unsigned int LocalPathToUTF8(unsigned char* dst, char const* src, int dstBytes);
+
+/**
+ * Converts UTF-8 into a file name of the operating system (in KX7CS_OS_DEFAULT). A code unit that cannot be represented
+ * is written as "U+" and four upper-case hexadecimal digits, which LocalPathToUTF8 reads back.
+ * @param dstBytes capacity of `dst` in bytes, the terminator included; a name that does not fit ends before the first
+ *                 character that does not fit
+ * @return as UTF8ToLocal
+ */
+KX7_API unsigned int UTF8ToLocalPath(char* dst, unsigned char const* src, int dstBytes);
+
+/**
  * Counts what the converter of `cs` counts in `src`, terminator excluded: UTF-16 code units, but that a four-byte
  * UTF-8 sequence counts once although it becomes two units.
  */
@@ -150,6 +167,18 @@ KX7_API unsigned int KX7CharSetWStrlen(unsigned short const* s);
  * 1 when both texts hold the same code units (or both pointers are null), else 0. No normalisation, no case folding.
  */
 KX7_API int KX7CharSetWStrEqual(unsigned short const* a, unsigned short const* b);
+
+/**
+ * The name of a character set: "KX7CS_UTF8" for KX7CS_UTF8; "KX7CS_OS_DEFAULT" for a value without a name. The text
+ * belongs to the library and stays valid until it is unloaded.
+ */
+KX7_API char const* KX7CharSetToString(KX7CharSet cs);
+
+/**
+ * The character set of a name, which must be exactly one that KX7CharSetToString gives; KX7CS_OS_DEFAULT for any other,
+ * for the empty text and for null.
+ */
+KX7_API KX7CharSet KX7CharSetFromString(char const* name);
 
 }  // extern "C"
 

@@ -6,7 +6,15 @@
 #include <new>
 #include <typeinfo>
 
+#include "kx7/converters/KX7CharSetConverterDBCS.h"
+#include "kx7/converters/KX7CharSetConverterDBCSEx.h"
+#include "kx7/converters/KX7CharSetConverterEUC_CN_KR.h"
+#include "kx7/converters/KX7CharSetConverterEUC_JP.h"
+#include "kx7/converters/KX7CharSetConverterGB18030.h"
 #include "kx7/converters/KX7CharSetConverterSBCS.h"
+#include "kx7/converters/KX7CharSetConverterUTF16.h"
+#include "kx7/converters/KX7CharSetConverterUTF16Esc.h"
+#include "kx7/converters/KX7CharSetConverterUTF32.h"
 #include "kx7/converters/KX7CharSetConverterUTF8.h"
 #include "kx7/converters/Walk.h"
 
@@ -14,17 +22,36 @@ namespace kx7 {
 
 extern template struct EngineOf<KX7CharSetConverterUTF8>;
 extern template struct EngineOf<KX7CharSetConverterSBCS>;
+extern template struct EngineOf<KX7CharSetConverterDBCS>;
+extern template struct EngineOf<KX7CharSetConverterUTF16>;
+extern template struct EngineOf<KX7CharSetConverterEUC_JP>;
+extern template struct EngineOf<KX7CharSetConverterEUC_CN_KR>;
+extern template struct EngineOf<KX7CharSetConverterGB18030>;
+extern template struct EngineOf<KX7CharSetConverterDBCSEx>;
+extern template struct EngineOf<KX7CharSetConverterUTF32>;
+extern template struct EngineOf<KX7CharSetConverterUTF16Esc>;
+
+namespace {
+
+/** The engine among those of the classes named, by the exact type; null for a class that a caller derived. */
+template <class... Converters>
+Engine const* engineAmong(std::type_info const& type)
+{
+    // A derived class may have changed any operation. Compared by address, which spares comparing names; where two
+    // copies of a type exist the converter counts as foreign and still works.
+    Engine const* engine = nullptr;
+    (void)((&type == &typeid(Converters) ? (engine = &EngineOf<Converters>::ENGINE, true) : false) || ...);
+    return engine;
+}
+
+}  // namespace
 
 Engine const* engineOf(KX7CharSetConverter const& converter)
 {
-    // By exact type: a class derived from one of these may have changed any operation. Compared by address, which
-    // spares comparing names; where two copies of a type exist the converter counts as foreign and still works.
-    std::type_info const* const type = &typeid(converter);
-    if (type == &typeid(KX7CharSetConverterUTF8))
-        return &EngineOf<KX7CharSetConverterUTF8>::ENGINE;
-    if (type == &typeid(KX7CharSetConverterSBCS))
-        return &EngineOf<KX7CharSetConverterSBCS>::ENGINE;
-    return nullptr;
+    return engineAmong<KX7CharSetConverterUTF8, KX7CharSetConverterSBCS, KX7CharSetConverterDBCS,
+                       KX7CharSetConverterUTF16, KX7CharSetConverterEUC_JP, KX7CharSetConverterEUC_CN_KR,
+                       KX7CharSetConverterGB18030, KX7CharSetConverterDBCSEx, KX7CharSetConverterUTF32,
+                       KX7CharSetConverterUTF16Esc>(typeid(converter));
 }
 
 unsigned int decodeCounted(KX7CharSetConverter& converter, unsigned short* dest, char const* source,
@@ -34,36 +61,80 @@ unsigned int decodeCounted(KX7CharSetConverter& converter, unsigned short* dest,
     if (Engine const* const engine = engineOf(converter))
         return engine->toUTF16(converter, dest, {bytes, bytes + byteCount}, room, sourceLimit);
 
-    size_t const widestTerminator = 4;
-    std::unique_ptr<unsigned char[]> const copy(new unsigned char[size_t{byteCount} + widestTerminator]());
+    // Zeros behind them for a code of four bytes that the count cuts off, and for a terminator.
+    size_t const zeros = 3 + 4;
+    std::unique_ptr<unsigned char[]> const copy(new unsigned char[size_t{byteCount} + zeros]());
     memcpy(copy.get(), bytes, byteCount);
     return converter.toUTF16(dest, copy.get(), room, ILLCHAR_REPLACE, nullptr, sourceLimit);
 }
 
 namespace {
 
+/** What unescape() leaves. */
+struct Unescaped {
+    size_t units;    ///< units now at the front, the pending ones included
+    size_t pending;  ///< of these, the last ones, which may be the beginning of an escape
+};
+
+/** The unit that the escape at `text` names, or -1: "U+" and four upper-case digits. `length` units can be read. */
+int unitOfEscape(unsigned short const* text, size_t length)
+{
+    if (length < ESCAPE_LENGTH || text[0] != 'U' || text[1] != '+')
+        return -1;
+    int value = 0;
+    for (size_t i = 2; i < ESCAPE_LENGTH; ++i) {
+        int const digit = hexValue(text[i]);
+        if (digit < 0)
+            return -1;
+        value = value * 16 + digit;
+    }
+    return value;
+}
+
+/** Replaces escapes by the units they name, in place. With `more` the last five units may go on behind them. */
+Unescaped unescape(unsigned short* text, size_t length, bool more)
+{
+    size_t out = 0;
+    size_t in = 0;
+    while (in != length) {
+        if (more && text[in] == 'U' && length - in < ESCAPE_LENGTH)
+            break;
+        int const unit = unitOfEscape(text + in, length - in);
+        text[out++] = unit < 0 ? text[in] : static_cast<unsigned short>(unit);
+        in += unit < 0 ? 1 : ESCAPE_LENGTH;
+    }
+    size_t const pending = length - in;
+    std::copy(text + in, text + length, text + out);
+    return {out + pending, pending};
+}
+
 /** One pass through a buffer for the whole text, for converters that know no pieces. */
 unsigned int convertWhole(KX7CharSetConverter& from, char const* source, KX7CharSetConverter& to, void* dest,
-                          unsigned int room)
+                          unsigned int room, Transit transit)
 {
-    size_t const units = strlen(source);
-    std::unique_ptr<unsigned short[]> const text(new (std::nothrow) unsigned short[units + 1]);
+    size_t const most = strlen(source);
+    std::unique_ptr<unsigned short[]> const text(new (std::nothrow) unsigned short[most + 1]);
     if (!text)
         return 0;
-    if (from.toUTF16(text.get(), source, static_cast<unsigned int>(units), ILLCHAR_REPLACE, nullptr, -1) == 0)
+    size_t units = from.toUTF16(text.get(), source, static_cast<unsigned int>(most), ILLCHAR_REPLACE, nullptr, -1);
+    if (units == 0)
         return 0;
-    return to.fromUTF16(dest, text.get(), room, ILLCHAR_REPLACE, nullptr);
+    if (transit.unescape) {
+        units = unescape(text.get(), units, false).units;
+        text[units] = 0;
+    }
+    return to.fromUTF16(dest, text.get(), room, transit.op, nullptr);
 }
 
 }  // namespace
 
 unsigned int convertThroughUTF16(KX7CharSetConverter& from, char const* source, KX7CharSetConverter& to, void* dest,
-                                 unsigned int room)
+                                 unsigned int room, Transit transit)
 {
     Engine const* const fromEngine = engineOf(from);
     Engine const* const toEngine = engineOf(to);
     if (!fromEngine || !toEngine)
-        return convertWhole(from, source, to, dest, room);
+        return convertWhole(from, source, to, dest, room, transit);
 
     // Wide text ends at its terminator or after as many units as it has bytes before its first zero byte. In a byte
     // encoding no character has more units than bytes, so there that second bound is never reached.
@@ -74,7 +145,7 @@ unsigned int convertThroughUTF16(KX7CharSetConverter& from, char const* source, 
     auto* const begin = static_cast<unsigned char*>(dest);
     unsigned char* out = begin;
     unsigned char* const outEnd = endOf(begin, room);
-    size_t held = 0;  // 1: piece[0] is a high surrogate whose partner may come
+    size_t held = 0;  // units at the front of the piece that must be seen together with what follows
     bool more = true;
     bool empty = true;
     while (more) {
@@ -89,17 +160,22 @@ unsigned int convertThroughUTF16(KX7CharSetConverter& from, char const* source, 
         if (units == 0 && empty)
             return 0;
         empty = false;
-        held = more && isHighSurrogate(piece[units - 1]) ? 1 : 0;
-        units -= held;
+        size_t pending = 0;
+        if (transit.unescape) {
+            Unescaped const unescaped = unescape(piece, units, more);
+            units = unescaped.units;
+            pending = unescaped.pending;
+        }
 
+        UnitText const ready = {piece, piece + units - pending};
         TextProgress const encoded =
-            toEngine->encodeText(to, {piece, piece + units}, out, static_cast<unsigned int>(outEnd - out));
+            toEngine->encodeText(to, ready, out, static_cast<unsigned int>(outEnd - out), transit.op, !more);
         out += encoded.written;
         // Ends also at a 0 unit within the text (an overlong UTF-8 form), as a pass over the whole would.
-        if (encoded.consumed != units)
+        if (encoded.consumed != units - pending && !encoded.cut)
             more = false;
-        if (held)
-            piece[0] = piece[units];
+        held = units - encoded.consumed;
+        std::copy(piece + encoded.consumed, piece + units, piece);
     }
     memset(out, 0, to.getNullCharSize());
     return static_cast<unsigned int>(out - begin);

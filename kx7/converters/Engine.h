@@ -1,4 +1,4 @@
-// kx7text - the internal interface to a converter: bounded ranges in, bounded ranges out.
+// kx7text - the internal interface to a converter: bounded ranges in, bounded ranges out (internal).
 //
 // What a converter knows of its encoding stands in its two steps (how one character is read, how one is written). The
 // walks of Walk.h run them over ranges, and this header hands those walks out by converter, so that a caller which
@@ -46,29 +46,36 @@ struct TextProgress {
     size_t consumed;
     size_t written;
     bool full;  ///< it ended because the next character does not fit, or the room is used up
+    bool cut;   ///< encoding what is not the last of the source: it ended before a character that the end cuts off
 };
 
 /** The operations of one converter class. The converter loads its tables if need be; nothing here throws. */
 struct Engine {
-    /** Decodes a range; a zero byte is a character like any other. Stops at what is illegal and consumes none of it. */
+    /**
+     * Decodes a range; a zero byte is a character like any other. Stops at what is illegal and consumes none of it.
+     * `last`: no more source follows, so that a character which the range cuts off is illegal, not SOURCE_CUT.
+     */
     Progress (*decode)(KX7CharSetConverter& converter, unsigned char const* source, unsigned char const* sourceEnd,
-                       unsigned short* dest, unsigned short* destEnd);
+                       unsigned short* dest, unsigned short* destEnd, bool last);
 
     /** The same, refusing also what the published decoder is lenient about. */
     Progress (*decodeStrict)(KX7CharSetConverter& converter, unsigned char const* source,
-                             unsigned char const* sourceEnd, unsigned short* dest, unsigned short* destEnd);
+                             unsigned char const* sourceEnd, unsigned short* dest, unsigned short* destEnd, bool last);
 
-    /** Encodes a range; a 0 unit is a character like any other. */
+    /** Encodes a range; a 0 unit is a character like any other. `last` as above. */
     Progress (*encode)(KX7CharSetConverter& converter, unsigned short const* source, unsigned short const* sourceEnd,
-                       unsigned char* dest, unsigned char* destEnd);
+                       unsigned char* dest, unsigned char* destEnd, bool last);
 
     /** Decodes with ILLCHAR_REPLACE and no source limit, as the published operation, without its terminator. */
     TextProgress (*decodeText)(KX7CharSetConverter& converter, ByteText const& source, unsigned short* dest,
                                unsigned int room);
 
-    /** Encodes with ILLCHAR_REPLACE, as the published operation, without its terminator. */
+    /**
+     * Encodes as the published operation, without its terminator and without a byte behind the room. `last`: no more
+     * source follows.
+     */
     TextProgress (*encodeText)(KX7CharSetConverter& converter, UnitText const& source, unsigned char* dest,
-                               unsigned int room);
+                               unsigned int room, ILLCHAR_OPTYPE op, bool last);
 
     /** The published toUTF16, with a source that may have an end instead of a terminator. */
     unsigned int (*toUTF16)(KX7CharSetConverter& converter, unsigned short* dest, ByteText const& source,
@@ -82,15 +89,16 @@ Engine const* engineOf(KX7CharSetConverter const& converter);
 template <class Converter>
 struct EngineOf {
     static Progress decode(KX7CharSetConverter& converter, unsigned char const* source, unsigned char const* sourceEnd,
-                           unsigned short* dest, unsigned short* destEnd);
+                           unsigned short* dest, unsigned short* destEnd, bool last);
     static Progress decodeStrict(KX7CharSetConverter& converter, unsigned char const* source,
-                                 unsigned char const* sourceEnd, unsigned short* dest, unsigned short* destEnd);
+                                 unsigned char const* sourceEnd, unsigned short* dest, unsigned short* destEnd,
+                                 bool last);
     static Progress encode(KX7CharSetConverter& converter, unsigned short const* source,
-                           unsigned short const* sourceEnd, unsigned char* dest, unsigned char* destEnd);
+                           unsigned short const* sourceEnd, unsigned char* dest, unsigned char* destEnd, bool last);
     static TextProgress decodeText(KX7CharSetConverter& converter, ByteText const& source, unsigned short* dest,
                                    unsigned int room);
     static TextProgress encodeText(KX7CharSetConverter& converter, UnitText const& source, unsigned char* dest,
-                                   unsigned int room);
+                                   unsigned int room, ILLCHAR_OPTYPE op, bool last);
     static unsigned int toUTF16(KX7CharSetConverter& converter, unsigned short* dest, ByteText const& source,
                                 unsigned int room, int sourceLimit);
     static Engine const ENGINE;
@@ -104,14 +112,20 @@ struct EngineOf {
 unsigned int decodeCounted(KX7CharSetConverter& converter, unsigned short* dest, char const* source,
                            unsigned int byteCount, unsigned int room, int sourceLimit);
 
+/** How convertThroughUTF16 treats the text on its way. */
+struct Transit {
+    bool unescape;      ///< turn "U+" and four upper-case hexadecimal digits into the unit that they name
+    ILLCHAR_OPTYPE op;  ///< for what the target cannot represent
+};
+
 /**
- * Zero-terminated text of one converter to another through UTF-16, with ILLCHAR_REPLACE, as one call of toUTF16 and one
- * of fromUTF16 would do it, but in pieces through a fixed buffer.
+ * Zero-terminated text of one converter to another through UTF-16, as one call of toUTF16 with ILLCHAR_REPLACE and one
+ * of fromUTF16 would do it, but in pieces through a fixed buffer, and never with a byte behind the room.
  * @param room bytes that may be written, the terminator of `to` not counted
  * @return bytes written, the terminator not counted; 0 with nothing written when the source decodes to nothing
  */
 unsigned int convertThroughUTF16(KX7CharSetConverter& from, char const* source, KX7CharSetConverter& to, void* dest,
-                                 unsigned int room);
+                                 unsigned int room, Transit transit);
 
 }  // namespace kx7
 

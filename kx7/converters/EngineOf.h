@@ -1,4 +1,4 @@
-// kx7text - how a converter class becomes an engine; included by the sources of the classes only.
+// kx7text - how a converter class becomes an engine; included by the sources of the classes only (internal).
 #ifndef KX7_CONVERTERS_ENGINEOF_H
 #define KX7_CONVERTERS_ENGINEOF_H
 
@@ -8,24 +8,26 @@ namespace kx7 {
 
 template <class Converter>
 Progress EngineOf<Converter>::decode(KX7CharSetConverter& converter, unsigned char const* source,
-                                     unsigned char const* sourceEnd, unsigned short* dest, unsigned short* destEnd)
+                                     unsigned char const* sourceEnd, unsigned short* dest, unsigned short* destEnd,
+                                     bool last)
 {
-    return decodeRange(static_cast<Converter&>(converter).decoder(), source, sourceEnd, dest, destEnd);
+    return decodeRange(static_cast<Converter&>(converter).decoder(), source, sourceEnd, dest, destEnd, last);
 }
 
 template <class Converter>
 Progress EngineOf<Converter>::decodeStrict(KX7CharSetConverter& converter, unsigned char const* source,
                                            unsigned char const* sourceEnd, unsigned short* dest,
-                                           unsigned short* destEnd)
+                                           unsigned short* destEnd, bool last)
 {
-    return decode(converter, source, sourceEnd, dest, destEnd);
+    return decode(converter, source, sourceEnd, dest, destEnd, last);
 }
 
 template <class Converter>
 Progress EngineOf<Converter>::encode(KX7CharSetConverter& converter, unsigned short const* source,
-                                     unsigned short const* sourceEnd, unsigned char* dest, unsigned char* destEnd)
+                                     unsigned short const* sourceEnd, unsigned char* dest, unsigned char* destEnd,
+                                     bool last)
 {
-    return encodeRange(static_cast<Converter&>(converter).encoder(), source, sourceEnd, dest, destEnd);
+    return encodeRange(static_cast<Converter&>(converter).encoder(), source, sourceEnd, dest, destEnd, last);
 }
 
 template <class Converter>
@@ -33,14 +35,15 @@ TextProgress EngineOf<Converter>::decodeText(KX7CharSetConverter& converter, Byt
                                              unsigned short* dest, unsigned int room)
 {
     return kx7::decodeText(static_cast<Converter&>(converter).decoder(), source, dest, room, ILLCHAR_REPLACE, nullptr,
-                           -1);
+                           NO_LIMIT);
 }
 
 template <class Converter>
 TextProgress EngineOf<Converter>::encodeText(KX7CharSetConverter& converter, UnitText const& source,
-                                             unsigned char* dest, unsigned int room)
+                                             unsigned char* dest, unsigned int room, ILLCHAR_OPTYPE op, bool last)
 {
-    return kx7::encodeText(static_cast<Converter&>(converter).encoder(), source, dest, room, ILLCHAR_REPLACE, nullptr);
+    return kx7::encodeText(static_cast<Converter&>(converter).encoder(), source, dest, room, op, nullptr,
+                           {EscapeRoom::EXACT, last});
 }
 
 template <class Converter>

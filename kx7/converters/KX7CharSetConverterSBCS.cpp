@@ -5,17 +5,7 @@
 
 #include "kx7/converters/EngineOf.h"
 #include "kx7/converters/LoadLock.h"
-
-namespace {
-
-/** Stands for the reverse table of a converter that has none. */
-LookupTable<unsigned char> const& emptyTable()
-{
-    static LookupTable<unsigned char> const table;
-    return table;
-}
-
-}  // namespace
+#include "kx7/converters/LookupTables.h"
 
 struct KX7CharSetConverterSBCS::Decoder : kx7::DecoderBase {
     explicit Decoder(unsigned short const* toUnicode) : m_toUnicode(toUnicode) {}
@@ -64,8 +54,6 @@ struct KX7CharSetConverterSBCS::Encoder : kx7::EncoderBase {
             return kx7::EncodedChar::unmappable(1);
         return {byte, 1, 1, kx7::Found::CHARACTER};
     }
-
-    static kx7::EncodedChar cutOff() { return kx7::EncodedChar::unmappable(1); }
 
 private:
     LookupTable<unsigned char> const& m_fromUnicode;
@@ -128,16 +116,14 @@ KX7CharSetConverterSBCS::Encoder KX7CharSetConverterSBCS::encoder()
 {
     if (!loaded())
         load();
-    return Encoder(loaded() ? *m_pFromUnicode : emptyTable());
+    return Encoder(kx7::tableOrEmpty(loaded() ? m_pFromUnicode : nullptr));
 }
 
 unsigned int KX7CharSetConverterSBCS::getNumUnits(void const* source, unsigned int byteCount)
 {
     if (!source)
         return 0;
-    auto const* const text = static_cast<char const*>(source);
-    bool const terminated = byteCount == kx7::UNTIL_TERMINATOR;
-    return static_cast<unsigned int>(terminated ? strlen(text) : strnlen(text, byteCount));
+    return static_cast<unsigned int>(kx7::terminatedLength(source, byteCount));
 }
 
 unsigned int KX7CharSetConverterSBCS::toUTF16Within(unsigned short* dest, kx7::ByteText const& source,
@@ -147,7 +133,7 @@ unsigned int KX7CharSetConverterSBCS::toUTF16Within(unsigned short* dest, kx7::B
     if (illegal)
         *illegal = false;
     unsigned int const roomAtLimit = sourceLimit == 0 ? 0 : room;
-    return kx7::decodeTerminated(decoder(), source, dest, roomAtLimit, op, illegal, sourceLimit);
+    return kx7::decodeTerminated(decoder(), source, dest, roomAtLimit, op, illegal, kx7::positiveLimit(sourceLimit));
 }
 
 unsigned int KX7CharSetConverterSBCS::toUTF16(unsigned short* dest, void const* source, unsigned int room,
@@ -155,7 +141,7 @@ unsigned int KX7CharSetConverterSBCS::toUTF16(unsigned short* dest, void const* 
 {
     if (!dest || !source)
         return 0;
-    return toUTF16Within(dest, {static_cast<unsigned char const*>(source), nullptr}, room, op, illegal, sourceLimit);
+    return toUTF16Within(dest, kx7::terminatedText(source), room, op, illegal, sourceLimit);
 }
 
 unsigned int KX7CharSetConverterSBCS::getNumBytes(unsigned short const* source, unsigned int unitCount)

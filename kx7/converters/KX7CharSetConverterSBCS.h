@@ -64,6 +64,7 @@ private:
     unsigned int toUTF16Within(unsigned short* dest, kx7::ByteText const& source, unsigned int room, ILLCHAR_OPTYPE op,
                                bool* illegal, int sourceLimit);
 
+protected:
     char const* m_pszName;
     std::atomic<unsigned short*> m_pToUnicode;  ///< byte to unit, 256 entries; published last
     LookupTable<unsigned char>* m_pFromUnicode;

@@ -116,8 +116,6 @@ struct KX7CharSetConverterUTF8::Encoder : kx7::EncoderBase {
                 kx7::Found::CHARACTER};
     }
 
-    static kx7::EncodedChar cutOff() { return kx7::EncodedChar::unmappable(1); }
-
     /** Kept on purpose: the unit behind the high surrogate is dropped, and six bytes take five from the room. */
     static bool escape(unsigned short const*& in, unsigned short const* end, unsigned int consumed, unsigned char*& out,
                        unsigned char*& outEnd)
@@ -135,9 +133,9 @@ namespace kx7 {
 template <>
 Progress EngineOf<KX7CharSetConverterUTF8>::decodeStrict(KX7CharSetConverter&, unsigned char const* source,
                                                          unsigned char const* sourceEnd, unsigned short* dest,
-                                                         unsigned short* destEnd)
+                                                         unsigned short* destEnd, bool last)
 {
-    return decodeRange(StrictDecoder(), source, sourceEnd, dest, destEnd);
+    return decodeRange(StrictDecoder(), source, sourceEnd, dest, destEnd, last);
 }
 
 template struct EngineOf<KX7CharSetConverterUTF8>;
@@ -184,7 +182,7 @@ unsigned int KX7CharSetConverterUTF8::toUTF16Within(unsigned short* dest, kx7::B
     if (illegal)
         *illegal = false;
     kx7::TextProgress const text =
-        kx7::decodeText(decoder(), source, dest, room, ILLCHAR_REPLACE, nullptr, sourceLimit);
+        kx7::decodeText(decoder(), source, dest, room, ILLCHAR_REPLACE, nullptr, kx7::positiveLimit(sourceLimit));
     size_t units = text.written;
     // Kept on purpose: a pair that finds room for one unit only is replaced, not left out.
     if (text.full && units != room)
@@ -198,38 +196,14 @@ unsigned int KX7CharSetConverterUTF8::toUTF16(unsigned short* dest, void const* 
 {
     if (!dest || !source)
         return 0;
-    return toUTF16Within(dest, {static_cast<unsigned char const*>(source), nullptr}, room, op, illegal, sourceLimit);
+    return toUTF16Within(dest, kx7::terminatedText(source), room, op, illegal, sourceLimit);
 }
 
 unsigned int KX7CharSetConverterUTF8::getNumBytes(unsigned short const* source, unsigned int unitCount)
 {
     if (!source)
         return 0;
-    unsigned int bytes = 0;
-    for (unsigned int left = unitCount; left != 0 && *source != 0; --left) {
-        unsigned int const unit = *source++;
-        if (unit < 0x80) {
-            bytes += 1;
-        }
-        else if (unit < 0x800) {
-            bytes += 2;
-        }
-        else if (!kx7::isHighSurrogate(unit)) {
-            bytes += 3;
-        }
-        else if (left == 1 || *source == 0) {
-            break;  // kept on purpose: encoding writes a substitute here, counting adds nothing
-        }
-        else if (kx7::isLowSurrogate(*source)) {
-            bytes += 4;
-            ++source;
-            --left;
-        }
-        else {
-            bytes += 1;
-        }
-    }
-    return bytes;
+    return kx7::countBytes(encoder(), source, unitCount);
 }
 
 unsigned int KX7CharSetConverterUTF8::fromUTF16(void* dest, unsigned short const* source, unsigned int room,
@@ -237,9 +211,7 @@ unsigned int KX7CharSetConverterUTF8::fromUTF16(void* dest, unsigned short const
 {
     if (!dest || !source)
         return 0;
-    if (illegal)
-        *illegal = false;
-    return kx7::encodeTerminated(encoder(), source, dest, room, op, illegal);
+    return kx7::encodePublished(encoder(), source, dest, room, op, illegal);
 }
 
 unsigned int KX7CharSetConverterUTF8::getMinUnitSize() const

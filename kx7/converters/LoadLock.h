@@ -1,4 +1,4 @@
-// kx7text - scope of a converter's load mutex.
+// kx7text - scope of a converter's load mutex (internal).
 #ifndef KX7_CONVERTERS_LOADLOCK_H
 #define KX7_CONVERTERS_LOADLOCK_H
 

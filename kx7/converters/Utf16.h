@@ -1,4 +1,4 @@
-// kx7text - facts of UTF-16 that converters and text classes share, and the escape of a code unit.
+// kx7text - facts of UTF-16 that converters and text classes share, and the escape of a code unit (internal).
 #ifndef KX7_CONVERTERS_UTF16_H
 #define KX7_CONVERTERS_UTF16_H
 
@@ -21,7 +21,7 @@ constexpr bool isLowSurrogate(unsigned int unit)
 
 constexpr bool isSurrogate(unsigned int unit)
 {
-    return (unit & 0xF800) == 0xD800;
+    return unit >= 0xD800 && unit <= 0xDFFF;  // also of code points
 }
 
 constexpr unsigned int codePointOf(unsigned int high, unsigned int low)
@@ -42,6 +42,14 @@ constexpr unsigned short lowSurrogateOf(unsigned int codePoint)
 
 /** Length of an escape: "U+" and four upper-case hexadecimal digits. */
 constexpr size_t ESCAPE_LENGTH = 6;
+
+/** Value of an upper-case hexadecimal digit, -1 for anything else: lower case makes no escape. */
+constexpr int hexValue(unsigned int c)
+{
+    return c >= '0' && c <= '9'   ? static_cast<int>(c - '0')
+           : c >= 'A' && c <= 'F' ? static_cast<int>(c - 'A') + 10
+                                  : -1;
+}
 
 /** Writes the escape of `unit` and returns where it ends. */
 inline unsigned char* writeEscape(unsigned char* out, unsigned short unit)

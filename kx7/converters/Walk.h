@@ -1,4 +1,4 @@
-// kx7text - the walks over text that all converters share.
+// kx7text - the walks over text that all converters share (internal).
 //
 // A converter class states how one character is read (a decoder's step) and how one is written (an encoder's step).
 // Everything else stands here once: room, terminator, source limit, flag, substitutes. What a class does differently is
@@ -44,6 +44,12 @@ struct DecodedChar {
     {
         return {unit, consumed, 1, Found::CHARACTER, LimitCheck::CHECK};
     }
+    /** A pair where `codePoint` needs one; a value beyond U+10FFFF is one unit, kept to 16 bits. */
+    static DecodedChar of(unsigned int codePoint, unsigned int consumed)
+    {
+        bool const supplementary = codePoint > 0xFFFF && codePoint <= LAST_CODE_POINT;
+        return {codePoint, consumed, supplementary ? 2U : 1U, Found::CHARACTER, LimitCheck::CHECK};
+    }
 };
 
 /** What an encoder finds at the current unit. */
@@ -56,10 +62,30 @@ struct EncodedChar {
     static EncodedChar cut() { return {0, 0, 0, Found::CUT}; }
     static EncodedChar end() { return {0, 0, 0, Found::END}; }
     static EncodedChar unmappable(unsigned int consumed) { return {0, 0, consumed, Found::ILLEGAL}; }
+
+    /** One byte or two, by the table's value for the character at `unit`; 0 is mapped for U+0000 only. */
+    static EncodedChar oneOrTwo(unsigned int code, unsigned short unit, unsigned int consumed)
+    {
+        if (code == 0 && unit != 0)
+            return unmappable(consumed);
+        return {code, code < 0x100 ? 1U : 2U, consumed, Found::CHARACTER};
+    }
 };
 
 /** A count that stands for "up to the terminator". */
 constexpr unsigned int UNTIL_TERMINATOR = 0xFFFFFFFF;
+
+/** A byte limit that is none. */
+constexpr size_t NO_LIMIT = 0;
+
+/** The byte limit that a source limit in codes of `codeSize` bytes stands for, where 0 and below mean none. */
+constexpr size_t positiveLimit(int sourceLimit, size_t codeSize = 1)
+{
+    if (sourceLimit <= 0)
+        return NO_LIMIT;
+    auto const codes = static_cast<size_t>(sourceLimit);
+    return codes <= SIZE_MAX / codeSize ? codes * codeSize : SIZE_MAX;
+}
 
 /** Units looked at in one go: small enough to stay in the first-level cache between two passes. */
 constexpr size_t PIECE = 2048;
@@ -88,8 +114,17 @@ struct DecoderBase {
     {
         return strnlen(reinterpret_cast<char const*>(text), most);
     }
-    /** The byte at `text` is no terminator (or the first of one). */
+    /** The byte at `text` is no terminator. */
     static bool goesOn(unsigned char const* text) { return *text != 0; }
+
+    /** Fewest bytes that `units` code units come from, or that are read to see that the next does not fit. */
+    static size_t fewestBytes(size_t units) { return units; }
+
+    /** What a character is that the end of the source cuts off. */
+    static DecodedChar cutOff(unsigned char const* /*text*/, unsigned char const* /*end*/)
+    {
+        return DecodedChar::illegal(1, LimitCheck::CHECK);
+    }
 
     /** Converts as long a run as it is sure of, moving `in` and `out`; it may do nothing. */
     void run(unsigned char const*& /*in*/, unsigned char const* /*end*/, unsigned short*& /*out*/,
@@ -106,6 +141,9 @@ struct EncoderBase {
     {
     }
 
+    /** What a character is that the end of the source cuts off. */
+    static EncodedChar cutOff() { return EncodedChar::unmappable(1); }
+
     static void write(unsigned char*& out, EncodedChar const& c)
     {
         for (unsigned int shift = 8 * c.length; shift != 0;) {
@@ -114,12 +152,11 @@ struct EncoderBase {
         }
     }
 
-    /** Writes the substitute; there is room for at least one byte. False: it does not fit. */
-    static bool replace(unsigned char*& out, unsigned char* /*outEnd*/)
-    {
-        *out++ = '?';
-        return true;
-    }
+    /** Bytes of the substitute, and of the terminator. */
+    static constexpr unsigned int CODE_SIZE = 1;
+
+    /** Writes the substitute; there is room for it. */
+    static void replace(unsigned char*& out) { *out++ = '?'; }
 
     /**
      * Writes the escape of the `consumed` units at `in` that cannot be represented and moves `in` behind what it stands
@@ -148,10 +185,13 @@ inline unsigned short* appendUTF16(unsigned short* out, DecodedChar const& c)
     return out;
 }
 
-/** Decodes a range up to the first thing that needs a decision. */
+/**
+ * Decodes a range up to the first thing that needs a decision.
+ * @param last no more source follows: a character that the range cuts off is not SOURCE_CUT but what it amounts to
+ */
 template <class Decoder>
 Progress decodeRange(Decoder const& decoder, unsigned char const* source, unsigned char const* sourceEnd,
-                     unsigned short* dest, unsigned short* destEnd)
+                     unsigned short* dest, unsigned short* destEnd, bool last)
 {
     unsigned char const* in = source;
     unsigned short* out = dest;
@@ -164,9 +204,14 @@ Progress decodeRange(Decoder const& decoder, unsigned char const* source, unsign
             return stopped(Stop::SOURCE_USED);
         if (out == destEnd)
             return stopped(Stop::DESTINATION_FULL);
-        DecodedChar const c = decoder.step(in, sourceEnd);
-        if (c.found == Found::CUT)
-            return stopped(Stop::SOURCE_CUT);
+        DecodedChar c = decoder.step(in, sourceEnd);
+        if (c.found == Found::CUT) {
+            if (!last)
+                return stopped(Stop::SOURCE_CUT);
+            c = decoder.cutOff(in, sourceEnd);
+            if (c.found != Found::CHARACTER)
+                return stopped(Stop::ILLEGAL, static_cast<unsigned int>(sourceEnd - in));
+        }
         if (c.found != Found::CHARACTER)
             return stopped(Stop::ILLEGAL, c.consumed);
         if (static_cast<size_t>(destEnd - out) < c.units)
@@ -176,10 +221,13 @@ Progress decodeRange(Decoder const& decoder, unsigned char const* source, unsign
     }
 }
 
-/** Encodes a range up to the first thing that needs a decision. */
+/**
+ * Encodes a range up to the first thing that needs a decision.
+ * @param last no more source follows: a character that the range cuts off is not SOURCE_CUT but what it amounts to
+ */
 template <class Encoder>
 Progress encodeRange(Encoder const& encoder, unsigned short const* source, unsigned short const* sourceEnd,
-                     unsigned char* dest, unsigned char* destEnd)
+                     unsigned char* dest, unsigned char* destEnd, bool last)
 {
     unsigned short const* in = source;
     unsigned char* out = dest;
@@ -192,9 +240,12 @@ Progress encodeRange(Encoder const& encoder, unsigned short const* source, unsig
             return stopped(Stop::SOURCE_USED);
         if (out == destEnd)
             return stopped(Stop::DESTINATION_FULL);
-        EncodedChar const c = encoder.step(in, sourceEnd);
-        if (c.found == Found::CUT)
-            return stopped(Stop::SOURCE_CUT);
+        EncodedChar c = encoder.step(in, sourceEnd);
+        if (c.found == Found::CUT) {
+            if (!last)
+                return stopped(Stop::SOURCE_CUT);
+            c = encoder.cutOff();
+        }
         if (c.found == Found::END)
             return stopped(Stop::UNMAPPABLE, 1);
         if (c.found != Found::CHARACTER)
@@ -208,16 +259,17 @@ Progress encodeRange(Encoder const& encoder, unsigned short const* source, unsig
 
 /**
  * Decodes text: the published rules but for the terminator, which the caller writes.
- * @param illegal     may be null; set, not cleared
- * @param sourceLimit bytes; 0 and below: none
+ * @param illegal   may be null; set, not cleared
+ * @param byteLimit bytes to consume before the conversion ends behind a character, or NO_LIMIT
  */
 template <class Decoder>
 TextProgress decodeText(Decoder const& decoder, ByteText const& source, unsigned short* dest, unsigned int room,
-                        ILLCHAR_OPTYPE op, bool* illegal, int sourceLimit)
+                        ILLCHAR_OPTYPE op, bool* illegal, size_t byteLimit)
 {
     unsigned char const* in = source.begin;
     unsigned char const* const last = source.end ? source.end : endOf(in, SIZE_MAX);
-    unsigned char const* const limitEnd = sourceLimit > 0 ? endOf(in, static_cast<size_t>(sourceLimit)) : last;
+    bool const limited = byteLimit != NO_LIMIT;
+    unsigned char const* const limitEnd = limited ? endOf(in, byteLimit) : last;
     unsigned char const* end = in;  // what is known to be text
     unsigned short* out = dest;
     unsigned short* const outEnd = endOf(dest, room);
@@ -227,13 +279,13 @@ TextProgress decodeText(Decoder const& decoder, ByteText const& source, unsigned
         if (in == end) {
             // Not further than the room reaches or the limit: a caller whose bytes end there needs no terminator.
             size_t const untilLimit = in < limitEnd ? static_cast<size_t>(limitEnd - in) : 1;
-            size_t const most =
-                std::min({PIECE, static_cast<size_t>(outEnd - out), static_cast<size_t>(last - in), untilLimit});
+            size_t const most = std::min({PIECE, decoder.fewestBytes(static_cast<size_t>(outEnd - out)),
+                                          static_cast<size_t>(last - in), untilLimit});
             end += decoder.textLength(in, most);
             if (in == end)
                 break;
         }
-        Progress const run = decodeRange(decoder, in, end, out, outEnd);
+        Progress const run = decodeRange(decoder, in, end, out, outEnd, false);
         in += run.consumed;
         out += run.written;
         if (run.stop == Stop::DESTINATION_FULL) {
@@ -241,7 +293,7 @@ TextProgress decodeText(Decoder const& decoder, ByteText const& source, unsigned
             break;
         }
         if (run.stop == Stop::SOURCE_USED) {
-            if (sourceLimit > 0 && in >= limitEnd)
+            if (limited && in >= limitEnd)
                 break;
             continue;
         }
@@ -252,7 +304,7 @@ TextProgress decodeText(Decoder const& decoder, ByteText const& source, unsigned
         while (c.found == Found::CUT && end != last && decoder.goesOn(end))
             c = decoder.step(in, ++end);
         if (c.found == Found::CUT)
-            c = DecodedChar::illegal(1, LimitCheck::CHECK);
+            c = decoder.cutOff(in, end);
         if (c.found == Found::CHARACTER) {
             if (static_cast<size_t>(outEnd - out) < c.units) {
                 full = true;
@@ -271,11 +323,23 @@ TextProgress decodeText(Decoder const& decoder, ByteText const& source, unsigned
         in += c.consumed;
         if (end != known)
             end = in;  // the bytes fetched for this character may lie behind the limit
-        if (sourceLimit > 0 && in >= limitEnd && c.limit == LimitCheck::CHECK)
+        if (limited && in >= limitEnd && c.limit == LimitCheck::CHECK)
             break;
     }
-    return {static_cast<size_t>(in - source.begin), static_cast<size_t>(out - dest), full || out == outEnd};
+    return {static_cast<size_t>(in - source.begin), static_cast<size_t>(out - dest), full || out == outEnd, false};
 }
+
+/** What an encoder that takes less from the room for an escape than it writes may do. */
+enum class EscapeRoom : unsigned char {
+    AS_PUBLISHED,  ///< write behind the room
+    EXACT          ///< end before the first character that does not fit
+};
+
+/** How encodeText treats the ends of room and source. */
+struct EncodeEnds {
+    EscapeRoom escapeRoom;
+    bool last;  ///< no more source follows; else a character that the end cuts off is left to the caller
+};
 
 /**
  * Encodes text: the published rules but for the terminator, which the caller writes.
@@ -283,14 +347,16 @@ TextProgress decodeText(Decoder const& decoder, ByteText const& source, unsigned
  */
 template <class Encoder>
 TextProgress encodeText(Encoder const& encoder, UnitText const& source, unsigned char* dest, unsigned int room,
-                        ILLCHAR_OPTYPE op, bool* illegal)
+                        ILLCHAR_OPTYPE op, bool* illegal, EncodeEnds ends = {EscapeRoom::AS_PUBLISHED, true})
 {
     unsigned short const* in = source.begin;
     unsigned short const* const last = source.end ? source.end : endOf(in, SIZE_MAX);
     unsigned short const* end = in;  // what is known to be text
     unsigned char* out = dest;
     unsigned char* outEnd = endOf(dest, room);
+    unsigned char* const roomEnd = outEnd;
     bool full = false;
+    bool cut = false;
 
     while (out < outEnd) {
         if (in == end) {
@@ -299,7 +365,7 @@ TextProgress encodeText(Encoder const& encoder, UnitText const& source, unsigned
             if (in == end)
                 break;
         }
-        Progress const run = encodeRange(encoder, in, end, out, outEnd);
+        Progress const run = encodeRange(encoder, in, end, out, outEnd, false);
         in += run.consumed;
         out += run.written;
         if (run.stop == Stop::DESTINATION_FULL) {
@@ -313,8 +379,12 @@ TextProgress encodeText(Encoder const& encoder, UnitText const& source, unsigned
         EncodedChar c = encoder.step(in, end);
         while (c.found == Found::CUT && end != last && *end != 0)
             c = encoder.step(in, ++end);
-        if (c.found == Found::CUT)
+        if (c.found == Found::CUT) {
+            cut = !ends.last && end == last;
+            if (cut)
+                break;
             c = encoder.cutOff();
+        }
         if (c.found == Found::END)
             break;
         if (c.found == Found::CHARACTER) {
@@ -332,36 +402,93 @@ TextProgress encodeText(Encoder const& encoder, UnitText const& source, unsigned
             break;
         if (op == ILLCHAR_ESCAPE) {
             full = !encoder.escape(in, end, c.consumed, out, outEnd);
+            if (ends.escapeRoom == EscapeRoom::EXACT)
+                outEnd = roomEnd;
         }
         else {
-            full = !encoder.replace(out, outEnd);
+            full = static_cast<size_t>(outEnd - out) < encoder.CODE_SIZE;
+            if (full)
+                break;
+            encoder.replace(out);
             in += c.consumed;
         }
         if (full)
             break;
     }
-    return {static_cast<size_t>(in - source.begin), static_cast<size_t>(out - dest), full || out >= outEnd};
+    return {static_cast<size_t>(in - source.begin), static_cast<size_t>(out - dest), full || out >= outEnd, cut};
+}
+
+/** Bytes of text up to its zero byte, at most `byteCount` unless that is UNTIL_TERMINATOR. */
+inline size_t terminatedLength(void const* source, unsigned int byteCount)
+{
+    auto const* const text = static_cast<char const*>(source);
+    return byteCount == UNTIL_TERMINATOR ? strlen(text) : strnlen(text, byteCount);
+}
+
+inline ByteText terminatedText(void const* source)
+{
+    return {static_cast<unsigned char const*>(source), nullptr};
 }
 
 /** decodeText and the closing 0 unit; `dest` holds `room` + 1 units. */
 template <class Decoder>
 unsigned int decodeTerminated(Decoder const& decoder, ByteText const& source, unsigned short* dest, unsigned int room,
-                              ILLCHAR_OPTYPE op, bool* illegal, int sourceLimit)
+                              ILLCHAR_OPTYPE op, bool* illegal, size_t byteLimit)
 {
-    size_t const units = decodeText(decoder, source, dest, room, op, illegal, sourceLimit).written;
+    size_t const units = decodeText(decoder, source, dest, room, op, illegal, byteLimit).written;
     dest[units] = 0;
     return static_cast<unsigned int>(units);
 }
 
-/** encodeText of zero-terminated units into bytes, and the closing zero byte; `dest` holds `room` + 1 bytes. */
+/** encodeText of zero-terminated units and the terminator; `dest` holds `room` bytes and that. */
 template <class Encoder>
 unsigned int encodeTerminated(Encoder const& encoder, unsigned short const* source, void* dest, unsigned int room,
                               ILLCHAR_OPTYPE op, bool* illegal)
 {
     auto* const out = static_cast<unsigned char*>(dest);
     size_t const bytes = encodeText(encoder, {source, nullptr}, out, room, op, illegal).written;
-    out[bytes] = 0;
+    memset(out + bytes, 0, encoder.CODE_SIZE);
     return static_cast<unsigned int>(bytes);
+}
+
+/** The published toUTF16 of the classes that report and to which a source limit of 0 or below is none. */
+template <class Decoder>
+unsigned int decodePublished(Decoder const& decoder, ByteText const& source, unsigned short* dest, unsigned int room,
+                             ILLCHAR_OPTYPE op, bool* illegal, int sourceLimit)
+{
+    if (illegal)
+        *illegal = false;
+    return decodeTerminated(decoder, source, dest, room, op, illegal, positiveLimit(sourceLimit));
+}
+
+/** The published fromUTF16 of the classes that report. */
+template <class Encoder>
+unsigned int encodePublished(Encoder const& encoder, unsigned short const* source, void* dest, unsigned int room,
+                             ILLCHAR_OPTYPE op, bool* illegal)
+{
+    if (illegal)
+        *illegal = false;
+    return encodeTerminated(encoder, source, dest, room, op, illegal);
+}
+
+/**
+ * The published getNumBytes: what encoding with ILLCHAR_REPLACE writes. Kept on purpose: a high surrogate at the end
+ * adds nothing, although encoding writes a substitute for it.
+ */
+template <class Encoder>
+unsigned int countBytes(Encoder const& encoder, unsigned short const* source, unsigned int unitCount)
+{
+    unsigned short const* in = source;
+    unsigned short const* const end = endOf(in, unitLength(in, unitCount == UNTIL_TERMINATOR ? SIZE_MAX : unitCount));
+    unsigned int bytes = 0;
+    while (in != end) {
+        EncodedChar const c = encoder.step(in, end);
+        if (c.found == Found::CUT || c.found == Found::END)
+            break;
+        bytes += c.found == Found::CHARACTER ? c.length : encoder.CODE_SIZE;
+        in += c.consumed;
+    }
+    return bytes;
 }
 
 }  // namespace kx7

@@ -1,4 +1,4 @@
-// kx7text - declares the byte-type tables: which bytes lead and which trail in the double-byte encodings.
+// kx7text - declares the byte-type tables: which bytes lead and which trail in the double-byte encodings (internal).
 #ifndef KX7_TABLES_BYTETYPETABLES_H
 #define KX7_TABLES_BYTETYPETABLES_H
 

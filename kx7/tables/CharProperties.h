@@ -1,4 +1,4 @@
-// kx7text - declares the stored character properties: case mapping and character classes.
+// kx7text - declares the stored character properties: case mapping and character classes (internal).
 #ifndef KX7_TABLES_CHARPROPERTIES_H
 #define KX7_TABLES_CHARPROPERTIES_H
 

@@ -1,4 +1,4 @@
-// kx7text - declares the range tables of GB 18030: what it maps beyond GBK.
+// kx7text - declares the range tables of GB 18030: what it maps beyond GBK (internal).
 #ifndef KX7_TABLES_GB18030RANGES_H
 #define KX7_TABLES_GB18030RANGES_H
 

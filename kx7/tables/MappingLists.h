@@ -1,6 +1,8 @@
-// kx7text - declares the stored mapping lists, and says how they are laid out.
+// kx7text - declares the stored mapping lists, and says how they are laid out (internal).
 #ifndef KX7_TABLES_MAPPINGLISTS_H
 #define KX7_TABLES_MAPPINGLISTS_H
+
+#include "kx7/converters/KX7CharSetConverterMBCSEx.h"
 
 /*
  * A mapping list holds one published character set as pairs: the code in that set, then its UTF-16 unit.
@@ -30,18 +32,7 @@
  * The arrays are generated, one file a list: see README.md beside this header.
  */
 
-#ifndef KX7_SMBCSEXTABLE
-#define KX7_SMBCSEXTABLE
-/** One record of a mapping list that reaches beyond the Basic Multilingual Plane. */
-struct sMBCSExTable {
-    unsigned short code;
-    unsigned short reserved;  ///< zero
-    unsigned int codePoint;
-};
-#endif
-
 static_assert(sizeof(unsigned short) == 2, "the lists hold 16-bit values");
-static_assert(sizeof(sMBCSExTable) == 8, "a record is 8 bytes without padding");
 
 // Single-byte sets.
 extern unsigned short const oCP1250map[];

@@ -1,38 +1,18 @@
-// kx7text - storage, construction and order of the UTF-16 string.
+// kx7text - storage and construction of the UTF-16 string.
 #include "kx7/text/KX7UString.h"
 
 #include <algorithm>
 #include <cstddef>
-#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <memory>
-#include <stdexcept>
 
 #include "kx7/converters/Engine.h"
 #include "kx7/converters/Walk.h"
+#include "kx7/text/Lengths.h"
 
 unsigned int const KX7UString::INLINE_CAPACITY;
 unsigned int const KX7UString::npos;
-
-namespace {
-
-constexpr size_t MAX_LENGTH = 0xFFFFFFFE;
-
-unsigned int checkedLength(size_t units)
-{
-    // The second bound is the narrower one where pointers have 32 bits.
-    if (units > MAX_LENGTH || units > PTRDIFF_MAX / sizeof(unsigned short) - 1)
-        throw std::length_error("exceed maximum string length");
-    return static_cast<unsigned int>(units);
-}
-
-void copyUnits(unsigned short* to, unsigned short const* from, unsigned int n)
-{
-    memcpy(to, from, size_t{n} * sizeof *to);
-}
-
-}  // namespace
 
 KX7UString::Space* KX7UString::SetupSpace()
 {
@@ -64,7 +44,7 @@ void KX7UString::AssureSpace(unsigned int n)
 {
     if (space->capacity >= n)
         return;
-    auto* const fresh = new unsigned short[size_t{checkedLength(n)} + 1];
+    auto* const fresh = new unsigned short[size_t{kx7::checkedLength(n)} + 1];
     if (space->heapOwned)
         delete[] space->buffer;
     fresh[0] = 0;
@@ -93,41 +73,53 @@ void KX7UString::takeOver(KX7UString& o)
         o.space->heapOwned = 0;
     }
     else {
-        copyUnits(space->buffer, o.space->buffer, o.space->length + 1);
+        append(o.space->buffer, o.space->length);
     }
     space->length = o.space->length;
+}
+
+void KX7UString::setLength(unsigned int n)
+{
+    space->buffer[n] = 0;
+    space->length = n;
+}
+
+/** Adds units for which there is room. */
+void KX7UString::append(unsigned short const* units, unsigned int n)
+{
+    if (n != 0)
+        memcpy(space->buffer + space->length, units, size_t{n} * sizeof *units);
+    setLength(space->length + n);
+}
+
+/**
+ * Adds decoded text for which there is room: `n` bytes, or up to the terminator for UNTIL_TERMINATOR, as `room` units
+ * at most.
+ */
+void KX7UString::appendBytes(char const* s, unsigned int n, KX7CharSetConverter& converter, unsigned int room,
+                             int sourceLimit)
+{
+    unsigned short* const end = space->buffer + space->length;
+    space->length += n == kx7::UNTIL_TERMINATOR ? converter.toUTF16(end, s, room, ILLCHAR_REPLACE, nullptr, sourceLimit)
+                                                : kx7::decodeCounted(converter, end, s, n, room, sourceLimit);
 }
 
 /** Fills a string that is still empty. */
 void KX7UString::store(unsigned short const* units, unsigned int n)
 {
     AssureSpace(n);
-    if (n != 0)
-        copyUnits(space->buffer, units, n);
-    space->buffer[n] = 0;
-    space->length = n;
+    append(units, n);
 }
 
 /** Fills a string that is still empty. */
-void KX7UString::decodeTerminated(char const* s, KX7CharSet cs)
+void KX7UString::storeBytes(char const* s, unsigned int n, KX7CharSet cs, int sourceLimit)
 {
-    KX7CharSetConverter* const converter = KX7CharSetConverter::getConverter(cs);
-    unsigned int const units = converter->getNumUnits(s, kx7::UNTIL_TERMINATOR);
+    KX7CharSetConverter& converter = *KX7CharSetConverter::getConverter(cs);
+    unsigned int const units = converter.getNumUnits(s, n);
     if (units == 0)
         return;
     AssureSpace(units);
-    space->length = converter->toUTF16(space->buffer, s, units, ILLCHAR_REPLACE, nullptr, -1);
-}
-
-/** Fills a string that is still empty. */
-void KX7UString::decodeCounted(char const* s, unsigned int n, KX7CharSet cs, int sourceLimit)
-{
-    KX7CharSetConverter* const converter = KX7CharSetConverter::getConverter(cs);
-    unsigned int const units = converter->getNumUnits(s, n);
-    if (units == 0)
-        return;
-    AssureSpace(units);
-    space->length = kx7::decodeCounted(*converter, space->buffer, s, n, units, sourceLimit);
+    appendBytes(s, n, converter, units, sourceLimit);
 }
 
 KX7UString::KX7UString()
@@ -140,16 +132,16 @@ KX7UString::KX7UString()
 KX7UString::KX7UString(char c, KX7CharSet cs) : KX7UString()
 {
     if (c != 0)
-        decodeCounted(&c, 1, cs, -1);
+        storeBytes(&c, 1, cs, -1);
 }
 
 KX7UString::KX7UString(char c, unsigned int count, KX7CharSet cs) : KX7UString()
 {
     if (c == 0 || count == 0)
         return;
-    std::unique_ptr<char[]> const bytes(new char[checkedLength(count)]);
+    std::unique_ptr<char[]> const bytes(new char[kx7::checkedLength(count)]);
     memset(bytes.get(), c, count);
-    decodeCounted(bytes.get(), count, cs, -1);
+    storeBytes(bytes.get(), count, cs, -1);
 }
 
 KX7UString::KX7UString(unsigned short u) : KX7UString()
@@ -164,38 +156,33 @@ KX7UString::KX7UString(unsigned short u, unsigned int count) : KX7UString()
         return;
     AssureSpace(count);
     std::fill_n(space->buffer, count, u);
-    space->buffer[count] = 0;
-    space->length = count;
+    setLength(count);
 }
 
 KX7UString::KX7UString(char const* s, KX7CharSet cs) : KX7UString()
 {
     if (s)
-        decodeTerminated(s, cs);
+        storeBytes(s, kx7::UNTIL_TERMINATOR, cs, -1);
 }
 
 KX7UString::KX7UString(char const* s, unsigned int n, KX7CharSet cs) : KX7UString()
 {
-    if (!s)
-        return;
-    if (n == kx7::UNTIL_TERMINATOR)
-        decodeTerminated(s, cs);
-    else
-        decodeCounted(s, n, cs, -1);
+    if (s)
+        storeBytes(s, n, cs, -1);
 }
 
 KX7UString::KX7UString(int i) : KX7UString()
 {
     char text[16];
     int const n = snprintf(text, sizeof text, "%d", i);
-    space->length = static_cast<unsigned int>(std::copy(text, text + n, space->buffer) - space->buffer);
-    space->buffer[space->length] = 0;
+    std::copy(text, text + n, space->buffer);
+    setLength(static_cast<unsigned int>(n));
 }
 
 KX7UString::KX7UString(unsigned short const* s) : KX7UString()
 {
     if (s)
-        store(s, checkedLength(kx7::unitLength(s, SIZE_MAX)));
+        store(s, kx7::checkedLength(kx7::unitLength(s, SIZE_MAX)));
 }
 
 KX7UString::KX7UString(unsigned short const* s, unsigned int n) : KX7UString()
@@ -208,19 +195,19 @@ KX7UString::KX7UString(unsigned short const* s, unsigned int n) : KX7UString()
 
 KX7UString::KX7UString(unsigned short const* begin, unsigned short const* end) : KX7UString()
 {
-    store(begin, checkedLength(static_cast<size_t>(end - begin)));
+    store(begin, kx7::checkedLength(static_cast<size_t>(end - begin)));
 }
 
 KX7UString::KX7UString(KX7PascalString const& p, KX7CharSet cs) : KX7UString()
 {
     if (p.length != 0)
-        decodeCounted(p.text, p.length, cs, p.length);
+        storeBytes(p.text, p.length, cs, p.length);
 }
 
 KX7UString::KX7UString(KX7PascalString const* p, KX7CharSet cs) : KX7UString()
 {
     if (p && p->length != 0)
-        decodeCounted(p->text, p->length, cs, p->length);
+        storeBytes(p->text, p->length, cs, p->length);
 }
 
 KX7UString::KX7UString(KX7BSTR const& b) : KX7UString()
@@ -268,24 +255,4 @@ void KX7UString::swap(KX7UString& o)
     KX7UString theirs(o);
     o.takeOver(mine);
     takeOver(theirs);
-}
-
-int KX7UString::compare(KX7UString const& o, unsigned int n) const
-{
-    return this == &o ? 0 : canonicalCompare(space->buffer, o.space->buffer, n);
-}
-
-int KX7UString::canonicalCompare(unsigned short const* a, unsigned short const* b, unsigned int n) const
-{
-    if (n == 0 || a == b)
-        return 0;
-    if (!a || !b)
-        return a ? 1 : -1;
-    for (unsigned int i = 0; i != n || n == npos; ++i) {
-        if (a[i] != b[i])
-            return a[i] < b[i] ? -1 : 1;
-        if (a[i] == 0)
-            return 0;
-    }
-    return 0;
 }

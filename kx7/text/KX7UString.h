@@ -4,10 +4,16 @@
 #ifndef KX7_TEXT_KX7USTRING_H
 #define KX7_TEXT_KX7USTRING_H
 
+#include <iosfwd>
+
 #include "kx7/Export.h"
 #include "kx7/charset/KX7CharSet.h"
 
 class KX7CharSetConverter;
+class KX7UStringList;
+namespace kx7 {
+struct Concatenation;
+}
 
 /** A byte text of up to 255 bytes behind its length; no terminator. */
 struct KX7PascalString {
@@ -104,9 +110,19 @@ public:
 
     virtual ~KX7UString();
 
+    // Whole-string assignment. Byte text is in KX7CS_OS_DEFAULT; null, 0 and empty texts make the string empty.
+
     /** Replaces the text by that of `o`. The string is then inline, or on the heap with exactly the capacity needed. */
     KX7UString& assign(KX7UString const& o);
     KX7UString& operator=(KX7UString const& o) { return assign(o); }
+    KX7UString& operator=(KX7PascalString const* p);
+    KX7UString& operator=(KX7BSTR const& b);
+    KX7UString& operator=(unsigned short const* s);
+    KX7UString& operator=(char const* s);
+    KX7UString& operator=(unsigned short u);
+
+    /** Unlike the others leaves the cache of c_str() as it is, which then still answers with the old text. */
+    KX7UString& operator=(char c);
 
     /** Exchanges the texts, by copying: the storage of both ends as after assign(). */
     void swap(KX7UString& o);
@@ -122,16 +138,159 @@ public:
 
     bool empty() const { return space->length == 0; }
 
-    /** Compares up to `n` units, or up to a 0 unit in either text, by unit value: -1, 0 or 1. */
+    /** Bytes that the text needs in `cs`, terminator not counted. */
+    unsigned int length(KX7CharSet cs) const;
+
+    /** Number of Unicode characters: a surrogate pair counts once, a high surrogate at the end not at all. */
+    unsigned int numChars() const;
+
+    /**
+     * The text in `cs`, zero-terminated in that set's width, owned by the string. It is kept and stays valid until
+     * another set is asked for or an operation drops it: assignment (but of a char), erase, trim, resize, replace.
+     * toUpper, toLower and writing through at() do not drop it, so that it is out of date after them. What `cs` cannot
+     * represent becomes "?".
+     */
+    char const* c_str(KX7CharSet cs = KX7CS_OS_DEFAULT);
+
+    /**
+     * Converts into `dst`; the cache is not used.
+     * @param size bytes for the text; `dst` must hold the set's terminator (GetNullCharSize) behind them
+     * @return bytes written, terminator not counted; 0 with nothing written for null, size 0 and an empty string
+     */
+    unsigned int copy(char* dst, unsigned int size, KX7CharSet cs = KX7CS_OS_DEFAULT) const;
+
+    /** Copies up to `size` code units, without a terminator. Returns how many. */
+    unsigned int copy(unsigned short* dst, unsigned int size) const;
+
+    /** Writes up to 255 bytes in `cs`, cut behind a whole character. Returns how many; 0 for null. */
+    unsigned int copy(KX7PascalString* p, KX7CharSet cs = KX7CS_OS_DEFAULT) const;
+
+    /**
+     * Writes up to `size` code units behind the length field, without a terminator.
+     * @param size code units that fit behind the length field; where the text is longer, taken modulo 65,536
+     * @return units written; 0 for null. The length field holds that modulo 65,536.
+     */
+    unsigned int copy(KX7BSTR* b, unsigned int size) const;
+
+    /** The code unit at `i`; throws std::out_of_range "invalid string index given". Writing leaves the cache alone. */
+    unsigned short& at(unsigned int i);
+    unsigned short const& at(unsigned int i) const;
+
+    /**
+     * The character at index `i`, counted in characters; throws std::out_of_range "invalid string index given". A
+     * reference into the cache of c_str(KX7CS_UTF32): writing through it does not change the text.
+     */
+    unsigned int& at_utf32(unsigned int i);
+
+    // Editing. Positions beyond the text throw std::out_of_range "invalid string index given".
+
+    /** What trim() cuts: bits for the front and the end. */
+    enum TrimCmd { TRIM_FRONT = 1, TRIM_END = 2, TRIM_BOTH = 3 };
+
+    /** What trim() takes for blank. */
+    enum TrimTarget {
+        TRIM_WHITESPACE = 0,            ///< class bit 0x0001 of KX7UChar::getCharClass
+        TRIM_SPACE = 1,                 ///< U+0020 only
+        TRIM_WHITESPACE_OR_NONCHAR = 2  ///< white space or class 0: zeros, controls, unassigned units
+    };
+
+    /** Makes the string empty; keeps the capacity. */
+    KX7UString& erase();
+
+    /** Removes up to `n` units at `pos`. No effect on an empty string, whatever `pos` is. */
+    KX7UString& erase(unsigned int pos, unsigned int n = npos);
+
+    KX7UString& trim(TrimCmd cmd = TRIM_BOTH, TrimTarget target = TRIM_WHITESPACE);
+
+    /**
+     * Cuts the text to `n` units or fills it up with `u`. Beyond the capacity the old text is lost: the result is then
+     * `n` times `u`. Throws std::length_error "exceed maximum string length" for npos.
+     */
+    KX7UString& resize(unsigned int n, unsigned short u);
+
+    /** The same with a byte that is one character and one code unit in `cs`. */
+    KX7UString& resize(unsigned int n, char c, KX7CharSet cs = KX7CS_OS_DEFAULT);
+
+    /** The first `n` units; throws where there are fewer. */
+    KX7UString left(unsigned int n) const;
+
+    /** `n` units at `pos`, with npos to the end; throws where there are fewer. */
+    KX7UString mid(unsigned int pos, unsigned int n = npos) const;
+
+    /** Maps unit by unit (KX7UChar::toUpperCase); the length never changes. Keeps the cache of c_str(). */
+    KX7UString& toUpper(bool asciiOnly = false);
+    KX7UString& toLower(bool asciiOnly = false);
+
+    /** First index of `c` from `pos` on, or npos; 0 is never found. */
+    unsigned int find(unsigned short c, unsigned int pos = 0) const;
+
+    /** First index of `s` from `pos` on, or npos; an empty string is never found. */
+    unsigned int find(KX7UString const& s, unsigned int pos = 0) const;
+
+    /**
+     * Last index of `c` up to `pos`, or npos. Does not search when `pos` is not below the length (npos included) or `c`
+     * is 0: the answer is then the length - 1, whatever stands there.
+     */
+    unsigned int rfind(unsigned short c, unsigned int pos) const;
+
+    /** Last index of `s` up to `pos`, or npos; an empty string is never found. */
+    unsigned int rfind(KX7UString const& s, unsigned int pos = npos) const;
+
+    /** Replaces up to `n` units at `pos` by up to `sn` units of `s` at `spos`; `s` may be this string. */
+    KX7UString& replace(unsigned int pos, unsigned int n, KX7UString const& s, unsigned int spos,
+                        unsigned int sn = npos);
+
+    /** Replaces the units from `first` to `last`, which point into data(), by `s`. */
+    KX7UString& replace(unsigned short const* first, unsigned short const* last, KX7UString const& s);
+
+    /** The parts between separators; see the constructors of KX7UStringList. */
+    KX7UStringList split(unsigned short sep) const;
+    KX7UStringList split(KX7UString const& sep) const;
+    KX7UStringList split(char sep, KX7CharSet cs = KX7CS_OS_DEFAULT) const;
+
+    // Comparison, by unit value: no normalisation, no locale. All of it ends at a 0 unit within a text.
+
+    /** Compares up to `n` units: -1, 0 or 1. */
     int compare(KX7UString const& o, unsigned int n = npos) const;
+
+    /** The same; units that differ are compared by their upper case. */
+    int compareNoCase(KX7UString const& o, unsigned int n = npos) const;
 
     /**
      * Compares two zero-terminated texts by the values of their units, at most `n` of them: -1, 0 or 1. A null pointer
      * comes before everything but another one.
      */
     int canonicalCompare(unsigned short const* a, unsigned short const* b, unsigned int n) const;
+    int canonicalCompareNoCase(unsigned short const* a, unsigned short const* b, unsigned int n) const;
 
+    // Byte text is in KX7CS_OS_DEFAULT; a null pointer is the empty text.
+    bool operator==(KX7UString const& o) const { return compare(o) == 0; }
+    bool operator!=(KX7UString const& o) const { return compare(o) != 0; }
     bool operator<(KX7UString const& o) const { return compare(o) < 0; }
+    bool operator>(KX7UString const& o) const { return compare(o) > 0; }
+    bool operator<=(KX7UString const& o) const { return compare(o) <= 0; }
+    bool operator>=(KX7UString const& o) const { return compare(o) >= 0; }
+    bool operator==(char const* s) const { return compare(KX7UString(s)) == 0; }
+    bool operator!=(char const* s) const { return compare(KX7UString(s)) != 0; }
+    bool operator<(char const* s) const { return compare(KX7UString(s)) < 0; }
+    bool operator>(char const* s) const { return compare(KX7UString(s)) > 0; }
+    bool operator<=(char const* s) const { return compare(KX7UString(s)) <= 0; }
+    bool operator>=(char const* s) const { return compare(KX7UString(s)) >= 0; }
+    bool operator==(unsigned short const* s) const { return compare(KX7UString(s)) == 0; }
+    bool operator!=(unsigned short const* s) const { return compare(KX7UString(s)) != 0; }
+    bool operator<(unsigned short const* s) const { return compare(KX7UString(s)) < 0; }
+    bool operator>(unsigned short const* s) const { return compare(KX7UString(s)) > 0; }
+    bool operator<=(unsigned short const* s) const { return compare(KX7UString(s)) <= 0; }
+    bool operator>=(unsigned short const* s) const { return compare(KX7UString(s)) >= 0; }
+
+    /** This text and the other behind it, in a new string; byte text is in KX7CS_OS_DEFAULT. */
+    KX7UString operator+(char c) const;
+    KX7UString operator+(unsigned short u) const;
+    KX7UString operator+(char const* s) const;
+    KX7UString operator+(unsigned short const* s) const;
+    KX7UString operator+(KX7UString const& o) const;
+
+    // Storage primitives.
 
     /** Resets the header to the empty inline state and returns it. Frees nothing: for raw storage only. */
     Space* SetupSpace();
@@ -149,14 +308,93 @@ public:
     void assureSize(unsigned int n) { AssureSpace(n); }
 
 private:
-    void decodeTerminated(char const* s, KX7CharSet cs);
-    void decodeCounted(char const* s, unsigned int n, KX7CharSet cs, int sourceLimit);
+    void storeBytes(char const* s, unsigned int n, KX7CharSet cs, int sourceLimit);
     void store(unsigned short const* units, unsigned int n);
     void takeOver(KX7UString& o);
     void release();
+    void dropCache();
+    void setLength(unsigned int n);
+    void append(unsigned short const* units, unsigned int n);
+    void appendBytes(char const* s, unsigned int n, KX7CharSetConverter& converter, unsigned int room, int sourceLimit);
+    bool standsAt(unsigned int pos, KX7UString const& s) const;
+
+    friend class KX7UStringList;
+    friend struct kx7::Concatenation;
 
     Space* space;
     Space m_space;
 };
+
+// A raw text on the left; byte text is in KX7CS_OS_DEFAULT, a null pointer is the empty text.
+inline bool operator==(char const* s, KX7UString const& o)
+{
+    return KX7UString(s).compare(o) == 0;
+}
+inline bool operator!=(char const* s, KX7UString const& o)
+{
+    return KX7UString(s).compare(o) != 0;
+}
+inline bool operator<(char const* s, KX7UString const& o)
+{
+    return KX7UString(s).compare(o) < 0;
+}
+inline bool operator>(char const* s, KX7UString const& o)
+{
+    return KX7UString(s).compare(o) > 0;
+}
+inline bool operator<=(char const* s, KX7UString const& o)
+{
+    return KX7UString(s).compare(o) <= 0;
+}
+inline bool operator>=(char const* s, KX7UString const& o)
+{
+    return KX7UString(s).compare(o) >= 0;
+}
+inline bool operator==(unsigned short const* s, KX7UString const& o)
+{
+    return KX7UString(s).compare(o) == 0;
+}
+inline bool operator!=(unsigned short const* s, KX7UString const& o)
+{
+    return KX7UString(s).compare(o) != 0;
+}
+inline bool operator<(unsigned short const* s, KX7UString const& o)
+{
+    return KX7UString(s).compare(o) < 0;
+}
+inline bool operator>(unsigned short const* s, KX7UString const& o)
+{
+    return KX7UString(s).compare(o) > 0;
+}
+inline bool operator<=(unsigned short const* s, KX7UString const& o)
+{
+    return KX7UString(s).compare(o) <= 0;
+}
+inline bool operator>=(unsigned short const* s, KX7UString const& o)
+{
+    return KX7UString(s).compare(o) >= 0;
+}
+
+KX7_API KX7UString operator+(char c, KX7UString const& o);
+KX7_API KX7UString operator+(unsigned short u, KX7UString const& o);
+KX7_API KX7UString operator+(char const* s, KX7UString const& o);
+KX7_API KX7UString operator+(unsigned short const* s, KX7UString const& o);
+
+/** Writes the text in KX7CS_OS_DEFAULT as a byte string, with the stream's width and fill. */
+KX7_API std::ostream& operator<<(std::ostream& os, KX7UString const& s);
+
+/**
+ * Reads a word in KX7CS_OS_DEFAULT: skips white space, then takes bytes up to white space, the end of the input, a byte
+ * 0xFF (which counts as the end) or one byte less than the stream's width. Sets failbit where there is none.
+ */
+KX7_API std::istream& operator>>(std::istream& is, KX7UString& s);
+
+/**
+ * Reads a line in KX7CS_OS_DEFAULT up to `delim`, which is consumed and not stored, the end of the input, a byte 0xFF
+ * (which counts as the end) or one byte less than the stream's width. An empty line reads as a failure: failbit is set
+ * though its delimiter is consumed. Without `delim` a line ends at a carriage return, not at a line feed.
+ */
+KX7_API std::istream& getline(std::istream& is, KX7UString& s, char delim);
+KX7_API std::istream& getline(std::istream& is, KX7UString& s);
 
 #endif

@@ -1,0 +1,102 @@
+// kx7text - double-byte code pages: code pages 932, 936, 949 and 950, Big5, Shift_JIS.
+#include "kx7/converters/KX7CharSetConverterDBCS.h"
+
+#include "kx7/converters/DoubleByte.h"
+#include "kx7/converters/EngineOf.h"
+
+struct KX7CharSetConverterDBCS::Decoder : kx7::DoubleByteDecoder<LookupTable<unsigned short>> {
+    using DoubleByteDecoder::DoubleByteDecoder;
+};
+
+struct KX7CharSetConverterDBCS::Encoder : kx7::EncoderBase {
+    explicit Encoder(LookupTable<unsigned short> const& fromUnicode) : m_fromUnicode(fromUnicode) {}
+
+    kx7::EncodedChar step(unsigned short const* p, unsigned short const* /*end*/) const
+    {
+        return kx7::EncodedChar::oneOrTwo(m_fromUnicode.get(p[0]), p[0], 1);
+    }
+
+private:
+    LookupTable<unsigned short> const& m_fromUnicode;
+};
+
+template struct kx7::EngineOf<KX7CharSetConverterDBCS>;
+
+KX7CharSetConverterDBCS::KX7CharSetConverterDBCS(unsigned short const* map, unsigned char const* typeTable,
+                                                 KX7CharSet charSet)
+    : KX7CharSetConverterMBCS(map, charSet), KX7CharSetConverterDBCSBase(typeTable)
+{
+}
+
+KX7CharSetConverterDBCS::KX7CharSetConverterDBCS(char const* name, unsigned char const* typeTable, KX7CharSet charSet)
+    : KX7CharSetConverterMBCS(name, charSet), KX7CharSetConverterDBCSBase(typeTable)
+{
+}
+
+KX7CharSetConverterDBCS::~KX7CharSetConverterDBCS() = default;
+
+KX7CharSetConverterDBCS::Decoder KX7CharSetConverterDBCS::decoder()
+{
+    if (!tablesBuilt())
+        load();
+    return {m_pTypeTable, toUnicode()};
+}
+
+KX7CharSetConverterDBCS::Encoder KX7CharSetConverterDBCS::encoder()
+{
+    if (!tablesBuilt())
+        load();
+    return Encoder(fromUnicode());
+}
+
+unsigned int KX7CharSetConverterDBCS::getNumUnits(void const* source, unsigned int byteCount)
+{
+    if (!source)
+        return 0;
+    return kx7::countDoubleByteUnits(m_pTypeTable, source, byteCount, [](unsigned int) { return 1U; });
+}
+
+unsigned int KX7CharSetConverterDBCS::toUTF16Within(unsigned short* dest, kx7::ByteText const& source,
+                                                    unsigned int room, ILLCHAR_OPTYPE op, bool* illegal,
+                                                    int sourceLimit)
+{
+    return kx7::decodePublished(decoder(), source, dest, room, op, illegal, sourceLimit);
+}
+
+unsigned int KX7CharSetConverterDBCS::toUTF16(unsigned short* dest, void const* source, unsigned int room,
+                                              ILLCHAR_OPTYPE op, bool* illegal, int sourceLimit)
+{
+    if (!dest || !source)
+        return 0;
+    return toUTF16Within(dest, kx7::terminatedText(source), room, op, illegal, sourceLimit);
+}
+
+unsigned int KX7CharSetConverterDBCS::getNumBytes(unsigned short const* source, unsigned int unitCount)
+{
+    if (!source)
+        return 0;
+    return kx7::countBytes(encoder(), source, unitCount);
+}
+
+unsigned int KX7CharSetConverterDBCS::fromUTF16(void* dest, unsigned short const* source, unsigned int room,
+                                                ILLCHAR_OPTYPE op, bool* illegal)
+{
+    if (!dest || !source)
+        return 0;
+    return kx7::encodePublished(encoder(), source, dest, room, op, illegal);
+}
+
+unsigned int KX7CharSetConverterDBCS::getMinUnitSize() const
+{
+    return 1;
+}
+
+unsigned int KX7CharSetConverterDBCS::getMaxUnitSize() const
+{
+    return 2;
+}
+
+unsigned int KX7CharSetConverterDBCS::getNullCharSize() const
+{
+    return 1;
+}

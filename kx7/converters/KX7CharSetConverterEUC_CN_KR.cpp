@@ -1,0 +1,139 @@
+// kx7text - EUC-KR and EUC-CN: ASCII, and the row and cell of a 94-by-94 set with the high bits set.
+#include "kx7/converters/KX7CharSetConverterEUC_CN_KR.h"
+
+#include "kx7/converters/EngineOf.h"
+#include "kx7/converters/Euc.h"
+
+namespace {
+
+/** Both bytes of a pair lie in this range. */
+constexpr bool isPairByte(unsigned char byte)
+{
+    return byte >= 0xA1 && byte <= 0xFE;
+}
+
+}  // namespace
+
+struct KX7CharSetConverterEUC_CN_KR::Decoder : kx7::DecoderBase {
+    explicit Decoder(LookupTable<unsigned short> const& toUnicode) : m_toUnicode(toUnicode) {}
+
+    kx7::DecodedChar step(unsigned char const* p, unsigned char const* end) const
+    {
+        if (p[0] < 0x7F)
+            return kx7::DecodedChar::one(p[0], 1);
+        if (!isPairByte(p[0]))
+            return kx7::DecodedChar::illegal(1, kx7::LimitCheck::CHECK);
+        if (p + 1 == end)
+            return kx7::DecodedChar::cut();
+        // Kept on purpose: after a lead byte without a trail byte the limit waits for the character behind it.
+        if (!isPairByte(p[1]))
+            return kx7::DecodedChar::illegal(1, kx7::LimitCheck::SKIP);
+        unsigned int const unit = m_toUnicode.get(kx7::rowAndCell(p[0], p[1]));
+        if (unit == 0)
+            return kx7::DecodedChar::illegal(2, kx7::LimitCheck::CHECK);
+        return kx7::DecodedChar::one(unit, 2);
+    }
+
+private:
+    LookupTable<unsigned short> const& m_toUnicode;
+};
+
+struct KX7CharSetConverterEUC_CN_KR::Encoder : kx7::EncoderBase {
+    explicit Encoder(LookupTable<unsigned short> const& fromUnicode) : m_fromUnicode(fromUnicode) {}
+
+    kx7::EncodedChar step(unsigned short const* p, unsigned short const* /*end*/) const
+    {
+        if (p[0] < 0x7F)
+            return {p[0], 1, 1, kx7::Found::CHARACTER};
+        unsigned int const code = m_fromUnicode.get(p[0]);
+        if (code == 0)
+            return kx7::EncodedChar::unmappable(1);
+        return {kx7::eucPair(code), 2, 1, kx7::Found::CHARACTER};
+    }
+
+private:
+    LookupTable<unsigned short> const& m_fromUnicode;
+};
+
+template struct kx7::EngineOf<KX7CharSetConverterEUC_CN_KR>;
+
+KX7CharSetConverterEUC_CN_KR::KX7CharSetConverterEUC_CN_KR(unsigned short const* map, KX7CharSet charSet)
+    : KX7CharSetConverterMBCS(map, charSet)
+{
+}
+
+KX7CharSetConverterEUC_CN_KR::KX7CharSetConverterEUC_CN_KR(char const* name, KX7CharSet charSet)
+    : KX7CharSetConverterMBCS(name, charSet)
+{
+}
+
+KX7CharSetConverterEUC_CN_KR::~KX7CharSetConverterEUC_CN_KR() = default;
+
+KX7CharSetConverterEUC_CN_KR::Decoder KX7CharSetConverterEUC_CN_KR::decoder()
+{
+    if (!tablesBuilt())
+        load();
+    return Decoder(toUnicode());
+}
+
+KX7CharSetConverterEUC_CN_KR::Encoder KX7CharSetConverterEUC_CN_KR::encoder()
+{
+    if (!tablesBuilt())
+        load();
+    return Encoder(fromUnicode());
+}
+
+unsigned int KX7CharSetConverterEUC_CN_KR::getNumUnits(void const* source, unsigned int byteCount)
+{
+    if (!source)
+        return 0;
+    auto const* in = static_cast<unsigned char const*>(source);
+    unsigned char const* const end = in + kx7::terminatedLength(source, byteCount);
+    unsigned int count = 0;
+    for (; in != end; ++count)
+        in += isPairByte(in[0]) && end - in >= 2 && isPairByte(in[1]) ? 2 : 1;
+    return count;
+}
+
+unsigned int KX7CharSetConverterEUC_CN_KR::toUTF16Within(unsigned short* dest, kx7::ByteText const& source,
+                                                         unsigned int room, ILLCHAR_OPTYPE op, bool* illegal,
+                                                         int sourceLimit)
+{
+    return kx7::decodePublished(decoder(), source, dest, room, op, illegal, sourceLimit);
+}
+
+unsigned int KX7CharSetConverterEUC_CN_KR::toUTF16(unsigned short* dest, void const* source, unsigned int room,
+                                                   ILLCHAR_OPTYPE op, bool* illegal, int sourceLimit)
+{
+    if (!dest || !source)
+        return 0;
+    return toUTF16Within(dest, kx7::terminatedText(source), room, op, illegal, sourceLimit);
+}
+
+unsigned int KX7CharSetConverterEUC_CN_KR::getNumBytes(unsigned short const* source, unsigned int unitCount)
+{
+    return source ? kx7::countBytes(encoder(), source, unitCount) : 0;
+}
+
+unsigned int KX7CharSetConverterEUC_CN_KR::fromUTF16(void* dest, unsigned short const* source, unsigned int room,
+                                                     ILLCHAR_OPTYPE op, bool* illegal)
+{
+    if (!dest || !source)
+        return 0;
+    return kx7::encodePublished(encoder(), source, dest, room, op, illegal);
+}
+
+unsigned int KX7CharSetConverterEUC_CN_KR::getMinUnitSize() const
+{
+    return 1;
+}
+
+unsigned int KX7CharSetConverterEUC_CN_KR::getMaxUnitSize() const
+{
+    return 2;
+}
+
+unsigned int KX7CharSetConverterEUC_CN_KR::getNullCharSize() const
+{
+    return 1;
+}

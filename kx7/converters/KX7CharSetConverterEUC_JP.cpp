@@ -1,0 +1,231 @@
+// kx7text - EUC-JP: ASCII, JIS X 0208 in pairs, JIS X 0201 behind single shift 2, JIS X 0212 behind single shift 3.
+//
+// The JIS X 0201 pairs stand in row 0 of the main tables. A pair's second byte is not checked, and its first may be any
+// that is neither ASCII nor a shift, so that 0x80 reaches row 0: 0x80 0xDC is U+00A5, and 0x80 0x8A is a line feed.
+#include "kx7/converters/KX7CharSetConverterEUC_JP.h"
+
+#include <memory>
+
+#include "kx7/converters/EngineOf.h"
+#include "kx7/converters/Euc.h"
+#include "kx7/converters/LoadLock.h"
+#include "kx7/converters/LookupTables.h"
+
+constexpr char KX7CharSetConverterEUC_JP::m_cSS2;
+constexpr char KX7CharSetConverterEUC_JP::m_cSS3;
+
+namespace {
+
+using Table = LookupTable<unsigned short>;
+
+constexpr unsigned char SINGLE_SHIFT_2 = 0x8E;
+constexpr unsigned char SINGLE_SHIFT_3 = 0x8F;
+
+/** JIS X 0201 half-width katakana, as the byte behind single shift 2 and as a code. */
+constexpr bool isKatakana(unsigned int code)
+{
+    return code >= 0xA1 && code <= 0xDF;
+}
+
+}  // namespace
+
+struct KX7CharSetConverterEUC_JP::Decoder : kx7::DecoderBase {
+    Decoder(LookupTable<unsigned short> const& toUnicode, LookupTable<unsigned short> const& toUnicode0212)
+        : m_toUnicode(toUnicode), m_toUnicode0212(toUnicode0212)
+    {
+    }
+
+    kx7::DecodedChar step(unsigned char const* p, unsigned char const* end) const
+    {
+        if (p[0] < 0x7F)
+            return kx7::DecodedChar::one(p[0], 1);
+        if (p + 1 == end)
+            return kx7::DecodedChar::cut();
+        unsigned int unit = 0;
+        unsigned int length = 2;
+        if (p[0] == SINGLE_SHIFT_3) {
+            // A zero byte ends text, so nothing behind it belongs to the sequence.
+            if (p[1] != 0) {
+                if (p + 2 == end)
+                    return kx7::DecodedChar::cut();
+                if (p[2] != 0)
+                    unit = m_toUnicode0212.get(kx7::rowAndCell(p[1], p[2]));
+            }
+            length = 3;
+        }
+        else if (p[0] == SINGLE_SHIFT_2) {
+            if (isKatakana(p[1]))
+                unit = m_toUnicode.get(p[1]);
+        }
+        else if (p[1] != 0) {
+            unit = m_toUnicode.get(kx7::rowAndCell(p[0], p[1]));
+        }
+        if (unit == 0)
+            return kx7::DecodedChar::illegal(1, kx7::LimitCheck::CHECK);
+        return kx7::DecodedChar::one(unit, length);
+    }
+
+private:
+    LookupTable<unsigned short> const& m_toUnicode;
+    LookupTable<unsigned short> const& m_toUnicode0212;
+};
+
+struct KX7CharSetConverterEUC_JP::Encoder : kx7::EncoderBase {
+    Encoder(LookupTable<unsigned short> const& fromUnicode, LookupTable<unsigned short> const& fromUnicode0212)
+        : m_fromUnicode(fromUnicode), m_fromUnicode0212(fromUnicode0212)
+    {
+    }
+
+    kx7::EncodedChar step(unsigned short const* p, unsigned short const* /*end*/) const
+    {
+        if (p[0] < 0x7F)
+            return {p[0], 1, 1, kx7::Found::CHARACTER};
+        unsigned int const code = m_fromUnicode.get(p[0]);
+        if (isKatakana(code))
+            return {SINGLE_SHIFT_2 << 8 | code, 2, 1, kx7::Found::CHARACTER};
+        if (code != 0)
+            return {kx7::eucPair(code), 2, 1, kx7::Found::CHARACTER};
+        unsigned int const code0212 = m_fromUnicode0212.get(p[0]);
+        if (code0212 != 0)
+            return {SINGLE_SHIFT_3 << 16 | kx7::eucPair(code0212), 3, 1, kx7::Found::CHARACTER};
+        return kx7::EncodedChar::unmappable(1);
+    }
+
+private:
+    LookupTable<unsigned short> const& m_fromUnicode;
+    LookupTable<unsigned short> const& m_fromUnicode0212;
+};
+
+template struct kx7::EngineOf<KX7CharSetConverterEUC_JP>;
+
+KX7CharSetConverterEUC_JP::KX7CharSetConverterEUC_JP(unsigned short const* map0208, unsigned short const* map0201,
+                                                     unsigned short const* map0212, KX7CharSet charSet)
+    : KX7CharSetConverterMBCS(map0208, charSet), m_pszName0201(nullptr), m_pszName0212(nullptr),
+      m_pToUnicode0212(nullptr), m_pFromUnicode0212(nullptr), m_pMap0201(map0201), m_pMap0212(map0212)
+{
+    pthread_mutex_init(&m_oLoadMutex0212, nullptr);
+}
+
+KX7CharSetConverterEUC_JP::KX7CharSetConverterEUC_JP(char const* name0208, char const* name0201, char const* name0212,
+                                                     KX7CharSet charSet)
+    : KX7CharSetConverterMBCS(name0208, charSet), m_pszName0201(name0201), m_pszName0212(name0212),
+      m_pToUnicode0212(nullptr), m_pFromUnicode0212(nullptr), m_pMap0201(nullptr), m_pMap0212(nullptr)
+{
+    pthread_mutex_init(&m_oLoadMutex0212, nullptr);
+}
+
+KX7CharSetConverterEUC_JP::~KX7CharSetConverterEUC_JP()
+{
+    delete m_pToUnicode0212.load(std::memory_order_relaxed);
+    delete m_pFromUnicode0212;
+    pthread_mutex_destroy(&m_oLoadMutex0212);
+}
+
+void KX7CharSetConverterEUC_JP::load()
+{
+    KX7CharSetConverterMBCS::load();
+    kx7::LoadLock const lock(m_oLoadMutex0212);
+    if (m_pToUnicode0212.load(std::memory_order_relaxed) || !m_pMap0212 || !tablesBuilt())
+        return;
+    std::unique_ptr<Table> toUnicode0212(new (std::nothrow) Table);
+    std::unique_ptr<Table> fromUnicode0212(new (std::nothrow) Table);
+    if (!toUnicode0212 || !fromUnicode0212)
+        return;
+    kx7::putPairs(*toUnicode0212, *fromUnicode0212, m_pMap0212);
+    // No conversion reads the tables of the base before the JIS X 0212 table is published, so they may still change.
+    if (m_pMap0201)
+        kx7::putPairs(*m_pToUnicode.load(std::memory_order_relaxed), *m_pFromUnicode, m_pMap0201);
+    m_pFromUnicode0212 = fromUnicode0212.release();
+    m_pToUnicode0212.store(toUnicode0212.release(), std::memory_order_release);
+}
+
+/** All tables can be read. Without a JIS X 0212 list that never comes, and those of the base are all there is. */
+bool KX7CharSetConverterEUC_JP::assureLoaded()
+{
+    if (m_pToUnicode0212.load(std::memory_order_acquire))
+        return true;
+    load();
+    return m_pToUnicode0212.load(std::memory_order_acquire) != nullptr;
+}
+
+KX7CharSetConverterEUC_JP::Decoder KX7CharSetConverterEUC_JP::decoder()
+{
+    Table const& none = kx7::tableOrEmpty<Table>(nullptr);
+    if (assureLoaded())
+        return {toUnicode(), *m_pToUnicode0212.load(std::memory_order_acquire)};
+    return {m_pMap0212 ? none : toUnicode(), none};
+}
+
+KX7CharSetConverterEUC_JP::Encoder KX7CharSetConverterEUC_JP::encoder()
+{
+    Table const& none = kx7::tableOrEmpty<Table>(nullptr);
+    if (assureLoaded())
+        return {fromUnicode(), *m_pFromUnicode0212};
+    return {m_pMap0212 ? none : fromUnicode(), none};
+}
+
+unsigned int KX7CharSetConverterEUC_JP::getNumUnits(void const* source, unsigned int byteCount)
+{
+    if (!source || byteCount == 0)
+        return 0;
+    Decoder const characters = decoder();
+    auto const* in = static_cast<unsigned char const*>(source);
+    size_t left = byteCount == kx7::UNTIL_TERMINATOR ? strlen(static_cast<char const*>(source)) : byteCount;
+    unsigned int count = 0;
+    while (left != 0 && *in != 0) {
+        // Kept on purpose: a shift or lead byte ends the count where its sequence would not fit, mapped or not.
+        size_t const needed = *in < 0x7F ? 1 : *in == SINGLE_SHIFT_3 ? 3 : 2;
+        if (left < needed)
+            break;
+        // Kept on purpose: any katakana byte behind a shift makes a pair here.
+        size_t const used =
+            *in == SINGLE_SHIFT_2 ? (isKatakana(in[1]) ? 2 : 1) : characters.step(in, in + left).consumed;
+        ++count;
+        in += used;
+        left -= used;
+    }
+    return count;
+}
+
+unsigned int KX7CharSetConverterEUC_JP::toUTF16Within(unsigned short* dest, kx7::ByteText const& source,
+                                                      unsigned int room, ILLCHAR_OPTYPE op, bool* illegal,
+                                                      int sourceLimit)
+{
+    return kx7::decodePublished(decoder(), source, dest, room, op, illegal, sourceLimit);
+}
+
+unsigned int KX7CharSetConverterEUC_JP::toUTF16(unsigned short* dest, void const* source, unsigned int room,
+                                                ILLCHAR_OPTYPE op, bool* illegal, int sourceLimit)
+{
+    if (!dest || !source)
+        return 0;
+    return toUTF16Within(dest, kx7::terminatedText(source), room, op, illegal, sourceLimit);
+}
+
+unsigned int KX7CharSetConverterEUC_JP::getNumBytes(unsigned short const* source, unsigned int unitCount)
+{
+    return source ? kx7::countBytes(encoder(), source, unitCount) : 0;
+}
+
+unsigned int KX7CharSetConverterEUC_JP::fromUTF16(void* dest, unsigned short const* source, unsigned int room,
+                                                  ILLCHAR_OPTYPE op, bool* illegal)
+{
+    if (!dest || !source)
+        return 0;
+    return kx7::encodePublished(encoder(), source, dest, room, op, illegal);
+}
+
+unsigned int KX7CharSetConverterEUC_JP::getMinUnitSize() const
+{
+    return 1;
+}
+
+unsigned int KX7CharSetConverterEUC_JP::getMaxUnitSize() const
+{
+    return 3;
+}
+
+unsigned int KX7CharSetConverterEUC_JP::getNullCharSize() const
+{
+    return 1;
+}

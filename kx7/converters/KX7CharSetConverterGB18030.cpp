@@ -1,0 +1,310 @@
+// kx7text - GB 18030: GBK in one or two bytes, the rest of the Basic Multilingual Plane and all planes above in four.
+//
+// Sequences are reduced to a GB code: the byte, the two bytes as a number, or 0x10000 plus the index of the four-byte
+// sequence. Two-byte codes that GBK maps otherwise are laid over its forward table, so that one look-up serves;
+// encoding asks the GBK table first, then the ranges.
+#include "kx7/converters/KX7CharSetConverterGB18030.h"
+
+#include <memory>
+
+#include "kx7/converters/DoubleByte.h"
+#include "kx7/converters/EngineOf.h"
+#include "kx7/converters/LoadLock.h"
+#include "kx7/converters/LookupTables.h"
+#include "kx7/tables/GB18030Ranges.h"
+
+namespace {
+
+using kx7::GB18030Range;
+
+constexpr unsigned int FIRST_FOUR_BYTE_CODE = 0x10000;
+constexpr unsigned int FIRST_SUPPLEMENTARY_CODE = 254536;
+constexpr unsigned int SUPPLEMENTARY_OFFSET = FIRST_SUPPLEMENTARY_CODE - 0x10000;
+
+// The index over GB codes: one entry for each 256 codes from the first two-byte code to the end of the last run.
+constexpr unsigned int FIRST_INDEXED_CODE = 0x8100;
+constexpr unsigned int LAST_INDEXED_CODE = 0x19FFF;
+constexpr unsigned int GB_BLOCK_SHIFT = 8;
+constexpr size_t GB_BLOCKS = ((LAST_INDEXED_CODE - FIRST_INDEXED_CODE) >> GB_BLOCK_SHIFT) + 1;
+static_assert(GB_BLOCKS == 287, "blocks of GB codes");
+
+constexpr unsigned int UNIT_BLOCK_SHIFT = 7;
+constexpr size_t UNIT_BLOCKS = 0x10000 >> UNIT_BLOCK_SHIFT;
+static_assert(UNIT_BLOCKS == 512, "blocks of units");
+
+constexpr bool isDigit(unsigned char byte)
+{
+    return byte >= 0x30 && byte <= 0x39;
+}
+
+constexpr bool isLead(unsigned char byte)
+{
+    return byte >= 0x81 && byte <= 0xFE;
+}
+
+constexpr bool isTrail(unsigned char byte)
+{
+    return byte >= 0x40 && byte <= 0xFE && byte != 0x7F;
+}
+
+constexpr unsigned int fourByteCode(unsigned char const* p)
+{
+    return FIRST_FOUR_BYTE_CODE + (((p[0] - 0x81U) * 10 + (p[1] - 0x30U)) * 126 + (p[2] - 0x81U)) * 10 + (p[3] - 0x30U);
+}
+
+/** The four bytes of a code, high byte first. */
+constexpr unsigned int fourBytesOf(unsigned int code)
+{
+    unsigned int const index = code - FIRST_FOUR_BYTE_CODE;
+    return (index / 12600 + 0x81) << 24 | (index / 1260 % 10 + 0x30) << 16 | (index / 10 % 126 + 0x81) << 8 |
+           (index % 10 + 0x30);
+}
+
+bool isTerminator(GB18030Range const& range)
+{
+    return range.last == 0;
+}
+
+/** For each block of keys the last range that starts before it; a search forward from there misses no range. */
+void fillIndex(GB18030Range const** index, size_t blocks, GB18030Range const* ranges, unsigned int firstKey,
+               unsigned int shift)
+{
+    GB18030Range const* next = ranges + 1;
+    for (size_t i = 0; i < blocks; ++i) {
+        unsigned int const start = firstKey + static_cast<unsigned int>(i << shift);
+        while (!isTerminator(*next) && next->first < start)
+            ++next;
+        index[i] = next - 1;
+    }
+}
+
+/** What the first range from `range` on that reaches `key` maps it to; 0 where it lies before that range. */
+unsigned int search(GB18030Range const* range, unsigned int key)
+{
+    while (!isTerminator(*range) && range->last < key)
+        ++range;
+    if (isTerminator(*range) || key < range->first)
+        return 0;
+    return key - range->first + range->value;
+}
+
+}  // namespace
+
+struct KX7CharSetConverterGB18030::Decoder : kx7::DecoderBase {
+    Decoder(LookupTable<unsigned short> const& toUnicode, KX7CharSetConverterGB18030 const& converter)
+        : m_toUnicode(toUnicode), m_converter(converter)
+    {
+    }
+
+    kx7::DecodedChar step(unsigned char const* p, unsigned char const* end) const
+    {
+        if (!isLead(p[0])) {
+            unsigned int const unit = p[0] == 0xFF ? 0 : m_toUnicode.get(p[0]);
+            if (unit == 0 && p[0] != 0)
+                return kx7::DecodedChar::illegal(1, kx7::LimitCheck::CHECK);
+            return kx7::DecodedChar::one(unit, 1);
+        }
+        if (p + 1 == end)
+            return kx7::DecodedChar::cut();
+        if (isTrail(p[1])) {
+            unsigned int const code = kx7::doubleByteCode(p);
+            unsigned int const unit = m_toUnicode.get(static_cast<unsigned short>(code));
+            return found(unit != 0 ? unit : search(m_converter.getGB2UniRange(code), code), 2);
+        }
+        // Kept on purpose: after a sequence that is illegal or unmapped the limit waits for the character behind it.
+        if (!isDigit(p[1]))
+            return kx7::DecodedChar::illegal(1, kx7::LimitCheck::SKIP);
+        for (unsigned int i = 2; i < 4; ++i) {
+            if (p + i == end)
+                return kx7::DecodedChar::cut();
+            if (i == 2 ? !isLead(p[i]) : !isDigit(p[i]))
+                return kx7::DecodedChar::illegal(1, kx7::LimitCheck::SKIP);
+        }
+        unsigned int const code = fourByteCode(p);
+        if (code < FIRST_SUPPLEMENTARY_CODE)
+            return found(search(m_converter.getGB2UniRange(code), code), 4);
+        unsigned int const codePoint = code - SUPPLEMENTARY_OFFSET;
+        return found(codePoint <= kx7::LAST_CODE_POINT ? codePoint : 0, 4);
+    }
+
+    /** As any other malformed sequence. */
+    static kx7::DecodedChar cutOff(unsigned char const* /*text*/, unsigned char const* /*end*/)
+    {
+        return kx7::DecodedChar::illegal(1, kx7::LimitCheck::SKIP);
+    }
+
+private:
+    static kx7::DecodedChar found(unsigned int codePoint, unsigned int length)
+    {
+        if (codePoint == 0)
+            return kx7::DecodedChar::illegal(length, kx7::LimitCheck::SKIP);
+        return kx7::DecodedChar::of(codePoint, length);
+    }
+
+    LookupTable<unsigned short> const& m_toUnicode;
+    KX7CharSetConverterGB18030 const& m_converter;
+};
+
+struct KX7CharSetConverterGB18030::Encoder : kx7::EncoderBase {
+    Encoder(LookupTable<unsigned short> const& fromUnicode, KX7CharSetConverterGB18030 const& converter)
+        : m_fromUnicode(fromUnicode), m_converter(converter)
+    {
+    }
+
+    kx7::EncodedChar step(unsigned short const* p, unsigned short const* end) const
+    {
+        if (kx7::isHighSurrogate(p[0])) {
+            if (p + 1 == end)
+                return kx7::EncodedChar::cut();
+            // Kept on purpose: a high surrogate without its partner ends the text, the flag stays clear.
+            if (!kx7::isLowSurrogate(p[1]))
+                return kx7::EncodedChar::end();
+            return {fourBytesOf(kx7::codePointOf(p[0], p[1]) + SUPPLEMENTARY_OFFSET), 4, 2, kx7::Found::CHARACTER};
+        }
+        unsigned int code = m_fromUnicode.get(p[0]);
+        if (code == 0)
+            code = search(m_converter.getUni2GBRange(p[0]), p[0]);
+        if (code >= FIRST_FOUR_BYTE_CODE)
+            return {fourBytesOf(code), 4, 1, kx7::Found::CHARACTER};
+        return kx7::EncodedChar::oneOrTwo(code, p[0], 1);
+    }
+
+    static kx7::EncodedChar cutOff() { return kx7::EncodedChar::end(); }
+
+private:
+    LookupTable<unsigned short> const& m_fromUnicode;
+    KX7CharSetConverterGB18030 const& m_converter;
+};
+
+template struct kx7::EngineOf<KX7CharSetConverterGB18030>;
+
+KX7CharSetConverterGB18030::KX7CharSetConverterGB18030(unsigned short const* gbkMap, KX7CharSet charSet)
+    : KX7CharSetConverterMBCS(gbkMap, charSet), m_pGB2UniIndex(nullptr), m_pUni2GBIndex(nullptr)
+{
+    pthread_mutex_init(&m_oIndexMutex, nullptr);
+}
+
+KX7CharSetConverterGB18030::KX7CharSetConverterGB18030(char const* name, KX7CharSet charSet)
+    : KX7CharSetConverterMBCS(name, charSet), m_pGB2UniIndex(nullptr), m_pUni2GBIndex(nullptr)
+{
+    pthread_mutex_init(&m_oIndexMutex, nullptr);
+}
+
+KX7CharSetConverterGB18030::~KX7CharSetConverterGB18030()
+{
+    delete[] m_pGB2UniIndex;
+    delete[] m_pUni2GBIndex.load(std::memory_order_relaxed);
+    pthread_mutex_destroy(&m_oIndexMutex);
+}
+
+void KX7CharSetConverterGB18030::load()
+{
+    KX7CharSetConverterMBCS::load();
+    kx7::LoadLock const lock(m_oIndexMutex);
+    if (m_pUni2GBIndex.load(std::memory_order_relaxed))
+        return;
+    std::unique_ptr<GB18030Range const*[]> gb2Uni(new (std::nothrow) GB18030Range const*[GB_BLOCKS]);
+    std::unique_ptr<GB18030Range const*[]> uni2GB(new (std::nothrow) GB18030Range const*[UNIT_BLOCKS]);
+    if (!gb2Uni || !uni2GB || (m_pMap && !tablesBuilt()))
+        return;
+    fillIndex(gb2Uni.get(), GB_BLOCKS, oGB2UniRange, FIRST_INDEXED_CODE, GB_BLOCK_SHIFT);
+    fillIndex(uni2GB.get(), UNIT_BLOCKS, oUni2GBRange, 0, UNIT_BLOCK_SHIFT);
+    // No conversion reads the tables of the base before the index is published, so they may still change.
+    if (LookupTable<unsigned short>* const toUnicode = m_pToUnicode.load(std::memory_order_relaxed))
+        for (GB18030Range const* range = oGB2UniRange; range->first < FIRST_FOUR_BYTE_CODE; ++range)
+            for (unsigned int code = range->first; code <= range->last; ++code)
+                toUnicode->put(static_cast<unsigned short>(code),
+                               static_cast<unsigned short>(code - range->first + range->value));
+    m_pGB2UniIndex = gb2Uni.release();
+    m_pUni2GBIndex.store(uni2GB.release(), std::memory_order_release);
+}
+
+bool KX7CharSetConverterGB18030::assureLoaded()
+{
+    if (m_pUni2GBIndex.load(std::memory_order_acquire))
+        return true;
+    load();
+    return m_pUni2GBIndex.load(std::memory_order_acquire) != nullptr;
+}
+
+GB18030Range const* KX7CharSetConverterGB18030::getGB2UniRange(unsigned int code) const
+{
+    if (code < FIRST_INDEXED_CODE || !m_pUni2GBIndex.load(std::memory_order_acquire))
+        return oGB2UniRange;
+    return m_pGB2UniIndex[(std::min(code, LAST_INDEXED_CODE) - FIRST_INDEXED_CODE) >> GB_BLOCK_SHIFT];
+}
+
+GB18030Range const* KX7CharSetConverterGB18030::getUni2GBRange(unsigned int unit) const
+{
+    GB18030Range const* const* const index = m_pUni2GBIndex.load(std::memory_order_acquire);
+    return index ? index[(unit & 0xFFFF) >> UNIT_BLOCK_SHIFT] : oUni2GBRange;
+}
+
+KX7CharSetConverterGB18030::Decoder KX7CharSetConverterGB18030::decoder()
+{
+    return {assureLoaded() ? toUnicode() : kx7::tableOrEmpty<LookupTable<unsigned short>>(nullptr), *this};
+}
+
+KX7CharSetConverterGB18030::Encoder KX7CharSetConverterGB18030::encoder()
+{
+    return {assureLoaded() ? fromUnicode() : kx7::tableOrEmpty<LookupTable<unsigned short>>(nullptr), *this};
+}
+
+unsigned int KX7CharSetConverterGB18030::getNumUnits(void const* source, unsigned int byteCount)
+{
+    if (!source || byteCount == 0)
+        return 0;
+    Decoder const characters = decoder();
+    auto const* in = static_cast<unsigned char const*>(source);
+    unsigned char const* const end = in + kx7::terminatedLength(source, byteCount);
+    unsigned int count = 0;
+    while (in != end) {
+        kx7::DecodedChar const c = characters.step(in, end);
+        count += c.found == kx7::Found::CHARACTER ? c.units : 1;
+        in += c.found == kx7::Found::CUT ? 1 : c.consumed;
+    }
+    return count;
+}
+
+unsigned int KX7CharSetConverterGB18030::toUTF16Within(unsigned short* dest, kx7::ByteText const& source,
+                                                       unsigned int room, ILLCHAR_OPTYPE op, bool* illegal,
+                                                       int sourceLimit)
+{
+    return kx7::decodePublished(decoder(), source, dest, room, op, illegal, sourceLimit);
+}
+
+unsigned int KX7CharSetConverterGB18030::toUTF16(unsigned short* dest, void const* source, unsigned int room,
+                                                 ILLCHAR_OPTYPE op, bool* illegal, int sourceLimit)
+{
+    if (!dest || !source)
+        return 0;
+    return toUTF16Within(dest, kx7::terminatedText(source), room, op, illegal, sourceLimit);
+}
+
+unsigned int KX7CharSetConverterGB18030::getNumBytes(unsigned short const* source, unsigned int unitCount)
+{
+    return source ? kx7::countBytes(encoder(), source, unitCount) : 0;
+}
+
+unsigned int KX7CharSetConverterGB18030::fromUTF16(void* dest, unsigned short const* source, unsigned int room,
+                                                   ILLCHAR_OPTYPE op, bool* illegal)
+{
+    if (!dest || !source)
+        return 0;
+    return kx7::encodePublished(encoder(), source, dest, room, op, illegal);
+}
+
+unsigned int KX7CharSetConverterGB18030::getMinUnitSize() const
+{
+    return 1;
+}
+
+unsigned int KX7CharSetConverterGB18030::getMaxUnitSize() const
+{
+    return 4;
+}
+
+unsigned int KX7CharSetConverterGB18030::getNullCharSize() const
+{
+    return 1;
+}

@@ -1,0 +1,52 @@
+// kx7text - tables of the multibyte converters of the Basic Multilingual Plane.
+#include "kx7/converters/KX7CharSetConverterMBCS.h"
+
+#include <memory>
+
+#include "kx7/converters/LoadLock.h"
+#include "kx7/converters/LookupTables.h"
+
+KX7CharSetConverterMBCS::KX7CharSetConverterMBCS(unsigned short const* map, KX7CharSet charSet)
+    : KX7CharSetConverter(charSet), m_pszName(nullptr), m_pToUnicode(nullptr), m_pFromUnicode(nullptr), m_pMap(map)
+{
+    pthread_mutex_init(&m_oLoadMutex, nullptr);
+}
+
+KX7CharSetConverterMBCS::KX7CharSetConverterMBCS(char const* name, KX7CharSet charSet)
+    : KX7CharSetConverter(charSet), m_pszName(name), m_pToUnicode(nullptr), m_pFromUnicode(nullptr), m_pMap(nullptr)
+{
+    pthread_mutex_init(&m_oLoadMutex, nullptr);
+}
+
+KX7CharSetConverterMBCS::~KX7CharSetConverterMBCS()
+{
+    delete m_pToUnicode.load(std::memory_order_relaxed);
+    delete m_pFromUnicode;
+    pthread_mutex_destroy(&m_oLoadMutex);
+}
+
+void KX7CharSetConverterMBCS::load()
+{
+    using Table = LookupTable<unsigned short>;
+    kx7::LoadLock const lock(m_oLoadMutex);
+    if (tablesBuilt() || !m_pMap)
+        return;
+    // Without memory the converter stays unloaded, its codes unmapped, and the next conversion tries again.
+    std::unique_ptr<Table> toUnicode(new (std::nothrow) Table);
+    std::unique_ptr<Table> fromUnicode(new (std::nothrow) Table);
+    if (!toUnicode || !fromUnicode)
+        return;
+    kx7::putPairs(*toUnicode, *fromUnicode, m_pMap);
+    m_pFromUnicode = fromUnicode.release();
+    m_pToUnicode.store(toUnicode.release(), std::memory_order_release);
+}
+
+LookupTable<unsigned short> const& KX7CharSetConverterMBCS::toUnicode() const
+{
+    return kx7::tableOrEmpty(m_pToUnicode.load(std::memory_order_acquire));
+}
+
+LookupTable<unsigned short> const& KX7CharSetConverterMBCS::fromUnicode() const
+{
+    return kx7::tableOrEmpty(tablesBuilt() ? m_pFromUnicode : nullptr);
+}

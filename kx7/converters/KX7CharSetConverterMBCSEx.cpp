@@ -1,0 +1,58 @@
+// kx7text - tables of the multibyte converters that reach beyond the Basic Multilingual Plane.
+#include "kx7/converters/KX7CharSetConverterMBCSEx.h"
+
+#include <memory>
+
+#include "kx7/converters/LoadLock.h"
+#include "kx7/converters/LookupTables.h"
+#include "kx7/converters/Utf16.h"
+
+static_assert(sizeof(sMBCSExTable) == 8, "a record is 8 bytes without padding");
+
+KX7CharSetConverterMBCSEx::KX7CharSetConverterMBCSEx(sMBCSExTable const* map, KX7CharSet charSet)
+    : KX7CharSetConverter(charSet), m_pszName(nullptr), m_pToUnicode(nullptr), m_pFromUnicode(nullptr), m_pMap(map)
+{
+    pthread_mutex_init(&m_oLoadMutex, nullptr);
+}
+
+KX7CharSetConverterMBCSEx::KX7CharSetConverterMBCSEx(char const* name, KX7CharSet charSet)
+    : KX7CharSetConverter(charSet), m_pszName(name), m_pToUnicode(nullptr), m_pFromUnicode(nullptr), m_pMap(nullptr)
+{
+    pthread_mutex_init(&m_oLoadMutex, nullptr);
+}
+
+KX7CharSetConverterMBCSEx::~KX7CharSetConverterMBCSEx()
+{
+    delete m_pToUnicode.load(std::memory_order_relaxed);
+    delete m_pFromUnicode;
+    pthread_mutex_destroy(&m_oLoadMutex);
+}
+
+void KX7CharSetConverterMBCSEx::load()
+{
+    kx7::LoadLock const lock(m_oLoadMutex);
+    if (tablesBuilt() || !m_pMap)
+        return;
+    // Without memory the converter stays unloaded, its codes unmapped, and the next conversion tries again.
+    std::unique_ptr<LookupTable<unsigned int>> toUnicode(new (std::nothrow) LookupTable<unsigned int>);
+    std::unique_ptr<LookupTableEx<unsigned short>> fromUnicode(new (std::nothrow) LookupTableEx<unsigned short>);
+    if (!toUnicode || !fromUnicode)
+        return;
+    for (sMBCSExTable const* record = m_pMap; record->code != 0 || record->codePoint != 0; ++record) {
+        toUnicode->put(record->code, record->codePoint);
+        if (record->codePoint <= kx7::LAST_CODE_POINT)
+            fromUnicode->put(record->codePoint, record->code);
+    }
+    m_pFromUnicode = fromUnicode.release();
+    m_pToUnicode.store(toUnicode.release(), std::memory_order_release);
+}
+
+LookupTable<unsigned int> const& KX7CharSetConverterMBCSEx::toUnicode() const
+{
+    return kx7::tableOrEmpty(m_pToUnicode.load(std::memory_order_acquire));
+}
+
+LookupTableEx<unsigned short> const& KX7CharSetConverterMBCSEx::fromUnicode() const
+{
+    return kx7::tableOrEmpty(tablesBuilt() ? m_pFromUnicode : nullptr);
+}

@@ -1,0 +1,55 @@
+// kx7text - base of the table-driven multibyte converters that reach beyond the Basic Multilingual Plane.
+#ifndef KX7_CONVERTERS_KX7CHARSETCONVERTERMBCSEX_H
+#define KX7_CONVERTERS_KX7CHARSETCONVERTERMBCSEX_H
+
+#include <pthread.h>
+
+#include <atomic>
+
+#include "kx7/converters/KX7CharSetConverter.h"
+#include "kx7/converters/LookupTable.h"
+
+/** One record of the mapping list of an extended multibyte converter; a record of zeros ends the list. */
+struct sMBCSExTable {
+    unsigned short code;      ///< lead byte * 256 + trail byte; a single byte as 0x00XX
+    unsigned short reserved;  ///< zero
+    unsigned int codePoint;
+};
+
+/**
+ * Base of the converters whose encoding is a list of records of code and code point. Created empty; the two tables
+ * are built from the list on the first conversion, and from then on the object is read-only. All operations may be
+ * called from any thread at once.
+ */
+class KX7_API KX7CharSetConverterMBCSEx : public KX7CharSetConverter {
+public:
+    /**
+     * @param map records ended by one of zeros. Not copied: it must outlive the object. A code point beyond U+10FFFF is
+     *            mapped when decoding only.
+     */
+    KX7CharSetConverterMBCSEx(sMBCSExTable const* map, KX7CharSet charSet);
+
+    /** A converter without a mapping list: nothing is mapped. `name` is kept, not copied. */
+    KX7CharSetConverterMBCSEx(char const* name, KX7CharSet charSet);
+
+    ~KX7CharSetConverterMBCSEx() override;
+
+    /** Builds the tables unless they exist. Called by every conversion; any thread may call it at any time. */
+    virtual void load();
+
+protected:
+    /** The tables can be read. Acquires what load() published. */
+    bool tablesBuilt() const { return m_pToUnicode.load(std::memory_order_acquire) != nullptr; }
+
+    /** The tables; empty ones where they are not built. Loads nothing. */
+    LookupTable<unsigned int> const& toUnicode() const;
+    LookupTableEx<unsigned short> const& fromUnicode() const;
+
+    char const* m_pszName;
+    std::atomic<LookupTable<unsigned int>*> m_pToUnicode;  ///< code to code point; published last
+    LookupTableEx<unsigned short>* m_pFromUnicode;         ///< code point to code
+    sMBCSExTable const* m_pMap;
+    pthread_mutex_t m_oLoadMutex;
+};
+
+#endif

@@ -1,0 +1,151 @@
+// kx7text - UTF-16 in host byte order: units are copied as they are.
+#include "kx7/converters/KX7CharSetConverterUTF16.h"
+
+#include "kx7/converters/EngineOf.h"
+#include "kx7/converters/Wide.h"
+
+namespace {
+
+constexpr unsigned int UNIT_SIZE = sizeof(unsigned short);
+
+/** Refuses surrogates without their partners. */
+struct StrictDecoder : kx7::DecoderBase {
+    static kx7::DecodedChar step(unsigned char const* p, unsigned char const* end)
+    {
+        auto const available = static_cast<size_t>(end - p);
+        if (available < UNIT_SIZE)
+            return kx7::DecodedChar::cut();
+        unsigned int const unit = kx7::loadWide<unsigned short>(p);
+        if (!kx7::isSurrogate(unit))
+            return kx7::DecodedChar::one(unit, UNIT_SIZE);
+        if (kx7::isHighSurrogate(unit)) {
+            if (available < 2 * UNIT_SIZE)
+                return kx7::DecodedChar::cut();
+            unsigned int const low = kx7::loadWide<unsigned short>(p + UNIT_SIZE);
+            if (kx7::isLowSurrogate(low))
+                return kx7::DecodedChar::of(kx7::codePointOf(unit, low), 2 * UNIT_SIZE);
+        }
+        return kx7::DecodedChar::illegal(UNIT_SIZE, kx7::LimitCheck::CHECK);
+    }
+};
+
+}  // namespace
+
+struct KX7CharSetConverterUTF16::Decoder : kx7::DecoderBase {
+    static size_t textLength(unsigned char const* text, size_t most)
+    {
+        return kx7::wideLength<unsigned short>(text, most);
+    }
+
+    static size_t fewestBytes(size_t units) { return units * UNIT_SIZE; }
+
+    static kx7::DecodedChar step(unsigned char const* p, unsigned char const* end)
+    {
+        if (static_cast<size_t>(end - p) < UNIT_SIZE)
+            return kx7::DecodedChar::cut();
+        return kx7::DecodedChar::one(kx7::loadWide<unsigned short>(p), UNIT_SIZE);
+    }
+};
+
+struct KX7CharSetConverterUTF16::Encoder : kx7::EncoderBase {
+    static constexpr unsigned int CODE_SIZE = UNIT_SIZE;
+
+    static kx7::EncodedChar step(unsigned short const* p, unsigned short const* /*end*/)
+    {
+        return {p[0], UNIT_SIZE, 1, kx7::Found::CHARACTER};
+    }
+
+    static void write(unsigned char*& out, kx7::EncodedChar const& c)
+    {
+        kx7::storeWide(out, static_cast<unsigned short>(c.code));
+    }
+};
+
+namespace kx7 {
+template <>
+Progress EngineOf<KX7CharSetConverterUTF16>::decodeStrict(KX7CharSetConverter&, unsigned char const* source,
+                                                          unsigned char const* sourceEnd, unsigned short* dest,
+                                                          unsigned short* destEnd, bool last)
+{
+    return decodeRange(StrictDecoder(), source, sourceEnd, dest, destEnd, last);
+}
+
+/** Kept on purpose: without a source limit this converter decodes nothing. */
+template <>
+TextProgress EngineOf<KX7CharSetConverterUTF16>::decodeText(KX7CharSetConverter&, ByteText const&, unsigned short*,
+                                                            unsigned int)
+{
+    return {0, 0, false, false};
+}
+
+template struct EngineOf<KX7CharSetConverterUTF16>;
+}  // namespace kx7
+
+KX7CharSetConverterUTF16::KX7CharSetConverterUTF16(KX7CharSet charSet) : KX7CharSetConverter(charSet)
+{
+}
+
+KX7CharSetConverterUTF16::~KX7CharSetConverterUTF16() = default;
+
+KX7CharSetConverterUTF16::Decoder KX7CharSetConverterUTF16::decoder()
+{
+    return {};
+}
+
+KX7CharSetConverterUTF16::Encoder KX7CharSetConverterUTF16::encoder()
+{
+    return {};
+}
+
+unsigned int KX7CharSetConverterUTF16::getNumUnits(void const* source, unsigned int byteCount)
+{
+    return source ? kx7::countWide<unsigned short>(source, byteCount) : 0;
+}
+
+unsigned int KX7CharSetConverterUTF16::toUTF16Within(unsigned short* dest, kx7::ByteText const& source,
+                                                     unsigned int room, ILLCHAR_OPTYPE op, bool* illegal,
+                                                     int sourceLimit)
+{
+    if (illegal)
+        *illegal = false;
+    // Kept on purpose: a source limit that is not positive, -1 for "no bound" included, converts nothing.
+    unsigned int const units = sourceLimit > 0 ? room : 0;
+    return kx7::decodeTerminated(decoder(), source, dest, units, op, nullptr,
+                                 kx7::positiveLimit(sourceLimit, UNIT_SIZE));
+}
+
+unsigned int KX7CharSetConverterUTF16::toUTF16(unsigned short* dest, void const* source, unsigned int room,
+                                               ILLCHAR_OPTYPE op, bool* illegal, int sourceLimit)
+{
+    if (!dest || !source)
+        return 0;
+    return toUTF16Within(dest, kx7::terminatedText(source), room, op, illegal, sourceLimit);
+}
+
+unsigned int KX7CharSetConverterUTF16::getNumBytes(unsigned short const* source, unsigned int unitCount)
+{
+    return source ? kx7::countBytes(encoder(), source, unitCount) : 0;
+}
+
+unsigned int KX7CharSetConverterUTF16::fromUTF16(void* dest, unsigned short const* source, unsigned int room,
+                                                 ILLCHAR_OPTYPE op, bool* illegal)
+{
+    if (!dest || !source)
+        return 0;
+    return kx7::encodePublished(encoder(), source, dest, room, op, illegal);
+}
+
+unsigned int KX7CharSetConverterUTF16::getMinUnitSize() const
+{
+    return 2;
+}
+
+unsigned int KX7CharSetConverterUTF16::getMaxUnitSize() const
+{
+    return 2;
+}
+
+unsigned int KX7CharSetConverterUTF16::getNullCharSize() const
+{
+    return 2;
+}

@@ -1,0 +1,251 @@
+// kx7text - UTF-32 in host byte order, with direct paths from and to UTF-8.
+#include "kx7/converters/KX7CharSetConverterUTF32.h"
+
+#include "kx7/converters/EngineOf.h"
+#include "kx7/converters/Wide.h"
+
+namespace {
+
+constexpr unsigned int BYTES = sizeof(unsigned int);
+
+/** Smallest code point that a UTF-8 sequence may carry, by its length; anything smaller is an overlong form. */
+constexpr unsigned int s_minChar[8] = {0, 0, 0x80, 0x800, 0x10000, 0x200000, 0x4000000, 0};
+
+/** Refuses surrogates and what lies beyond U+10FFFF. */
+struct StrictDecoder : kx7::DecoderBase {
+    static kx7::DecodedChar step(unsigned char const* p, unsigned char const* end)
+    {
+        if (static_cast<size_t>(end - p) < BYTES)
+            return kx7::DecodedChar::cut();
+        unsigned int const codePoint = kx7::loadWide<unsigned int>(p);
+        if (codePoint > kx7::LAST_CODE_POINT || kx7::isSurrogate(codePoint))
+            return kx7::DecodedChar::illegal(BYTES, kx7::LimitCheck::CHECK);
+        return kx7::DecodedChar::of(codePoint, BYTES);
+    }
+};
+
+/** Length of the UTF-8 sequence that a byte from 0xC0 begins; 0 for 0xFE and 0xFF. */
+constexpr unsigned int sequenceLength(unsigned char lead)
+{
+    return lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : lead < 0xF8 ? 4 : lead < 0xFC ? 5 : lead < 0xFE ? 6 : 0;
+}
+
+/** Writes `c` in the classic form of up to six bytes. */
+unsigned char* appendUTF8(unsigned char* out, unsigned int c)
+{
+    unsigned int length = 1;
+    if (c >= 0x80)
+        while (++length < 6 && c >= s_minChar[length + 1]) {
+        }
+    if (length == 1) {
+        *out++ = static_cast<unsigned char>(c);
+        return out;
+    }
+    unsigned int shift = 6 * (length - 1);
+    *out++ = static_cast<unsigned char>((0xFF00U >> length & 0xFF) | c >> shift);
+    while (shift != 0) {
+        shift -= 6;
+        *out++ = static_cast<unsigned char>(0x80 | (c >> shift & 0x3F));
+    }
+    return out;
+}
+
+}  // namespace
+
+struct KX7CharSetConverterUTF32::Decoder : kx7::DecoderBase {
+    static size_t textLength(unsigned char const* text, size_t most)
+    {
+        return kx7::wideLength<unsigned int>(text, most);
+    }
+
+    static size_t fewestBytes(size_t units) { return (units + 1) / 2 * BYTES; }
+
+    static kx7::DecodedChar step(unsigned char const* p, unsigned char const* end)
+    {
+        if (static_cast<size_t>(end - p) < BYTES)
+            return kx7::DecodedChar::cut();
+        unsigned int const codePoint = kx7::loadWide<unsigned int>(p);
+        return {codePoint, BYTES, codePoint > 0xFFFF ? 2U : 1U, kx7::Found::CHARACTER, kx7::LimitCheck::CHECK};
+    }
+};
+
+struct KX7CharSetConverterUTF32::Encoder : kx7::EncoderBase {
+    static constexpr unsigned int CODE_SIZE = BYTES;
+
+    static kx7::EncodedChar step(unsigned short const* p, unsigned short const* end)
+    {
+        if (!kx7::isHighSurrogate(p[0]))
+            return {p[0], BYTES, 1, kx7::Found::CHARACTER};
+        if (p + 1 == end)
+            return kx7::EncodedChar::cut();
+        if (!kx7::isLowSurrogate(p[1]))
+            return kx7::EncodedChar::unmappable(1);
+        return {kx7::codePointOf(p[0], p[1]), BYTES, 2, kx7::Found::CHARACTER};
+    }
+
+    static void write(unsigned char*& out, kx7::EncodedChar const& c) { kx7::storeWide(out, c.code); }
+
+    static void replace(unsigned char*& out) { kx7::storeWide(out, static_cast<unsigned int>('?')); }
+
+    static bool escape(unsigned short const*& in, unsigned short const* /*end*/, unsigned int /*consumed*/,
+                       unsigned char*& out, unsigned char*& outEnd)
+    {
+        if (static_cast<size_t>(outEnd - out) < kx7::ESCAPE_LENGTH * BYTES)
+            return false;
+        unsigned char text[kx7::ESCAPE_LENGTH];
+        kx7::writeEscape(text, *in++);
+        for (unsigned char const c : text)
+            kx7::storeWide(out, static_cast<unsigned int>(c));
+        return true;
+    }
+};
+
+namespace kx7 {
+template <>
+Progress EngineOf<KX7CharSetConverterUTF32>::decodeStrict(KX7CharSetConverter&, unsigned char const* source,
+                                                          unsigned char const* sourceEnd, unsigned short* dest,
+                                                          unsigned short* destEnd, bool last)
+{
+    return decodeRange(StrictDecoder(), source, sourceEnd, dest, destEnd, last);
+}
+
+template struct EngineOf<KX7CharSetConverterUTF32>;
+}  // namespace kx7
+
+KX7CharSetConverterUTF32::KX7CharSetConverterUTF32(KX7CharSet charSet) : KX7CharSetConverter(charSet)
+{
+}
+
+KX7CharSetConverterUTF32::~KX7CharSetConverterUTF32() = default;
+
+KX7CharSetConverterUTF32::Decoder KX7CharSetConverterUTF32::decoder()
+{
+    return {};
+}
+
+KX7CharSetConverterUTF32::Encoder KX7CharSetConverterUTF32::encoder()
+{
+    return {};
+}
+
+unsigned int KX7CharSetConverterUTF32::UTF32fromUTF8(unsigned char** position)
+{
+    unsigned char const* const p = *position;
+    unsigned char const lead = p[0];
+    if (lead < 0xC0 || lead >= 0xFE) {
+        *position += 1;
+        return lead < 0x80 ? lead : kx7::REPLACEMENT_CHAR;
+    }
+    unsigned int const length = sequenceLength(lead);
+    unsigned int value = lead & (0x7FU >> length);
+    for (unsigned int i = 1; i < length; ++i) {
+        if ((p[i] & 0xC0) != 0x80) {
+            *position += 1;
+            return kx7::REPLACEMENT_CHAR;
+        }
+        value = value << 6 | (p[i] & 0x3FU);
+    }
+    *position += length;
+    if (value < s_minChar[length] || kx7::isSurrogate(value) || value == 0xFFFE || value == 0xFFFF)
+        return kx7::REPLACEMENT_CHAR;
+    return value;
+}
+
+unsigned int KX7CharSetConverterUTF32::fromUTF8(void* dest, unsigned char const* source, unsigned int room,
+                                                ILLCHAR_OPTYPE, bool* illegal)
+{
+    if (illegal)
+        *illegal = false;
+    if (!dest || !source)
+        return 0;
+    auto* out = static_cast<unsigned char*>(dest);
+    auto* in = const_cast<unsigned char*>(source);
+    for (unsigned int count = 0; count < room; ++count) {
+        unsigned int const codePoint = UTF32fromUTF8(&in);
+        kx7::storeWide(out, codePoint);
+        if (codePoint == 0)
+            return count;
+    }
+    kx7::storeWide(out, 0U);
+    return room;
+}
+
+unsigned int KX7CharSetConverterUTF32::toUTF8(unsigned char* dest, void const* source, unsigned int room,
+                                              ILLCHAR_OPTYPE, bool* illegal)
+{
+    if (illegal)
+        *illegal = false;
+    if (!dest || !source)
+        return 0;
+    auto const* in = static_cast<unsigned char const*>(source);
+    unsigned char* out = dest;
+    // Kept on purpose: the room is looked at before each character only, and one that ran past it leaves no terminator.
+    while (static_cast<size_t>(out - dest) < room) {
+        unsigned int c = kx7::loadWide<unsigned int>(in);
+        in += BYTES;
+        if (c == 0)
+            break;
+        if (kx7::isSurrogate(c) || c >= 0x80000000) {
+            if (illegal)
+                *illegal = true;
+            c = kx7::REPLACEMENT_CHAR;
+        }
+        out = appendUTF8(out, c);
+    }
+    if (static_cast<size_t>(out - dest) <= room)
+        *out = 0;
+    return static_cast<unsigned int>(out - dest);
+}
+
+unsigned int KX7CharSetConverterUTF32::getNumUnits(void const* source, unsigned int byteCount)
+{
+    return source ? kx7::countWide<unsigned int>(source, byteCount) : 0;
+}
+
+unsigned int KX7CharSetConverterUTF32::toUTF16Within(unsigned short* dest, kx7::ByteText const& source,
+                                                     unsigned int room, ILLCHAR_OPTYPE op, bool* illegal,
+                                                     int sourceLimit)
+{
+    if (illegal)
+        *illegal = false;
+    unsigned int const roomAtLimit = sourceLimit == 0 ? 0 : room;
+    return kx7::decodeTerminated(decoder(), source, dest, roomAtLimit, op, nullptr,
+                                 kx7::positiveLimit(sourceLimit, BYTES));
+}
+
+unsigned int KX7CharSetConverterUTF32::toUTF16(unsigned short* dest, void const* source, unsigned int room,
+                                               ILLCHAR_OPTYPE op, bool* illegal, int sourceLimit)
+{
+    if (!dest || !source)
+        return 0;
+    return toUTF16Within(dest, kx7::terminatedText(source), room, op, illegal, sourceLimit);
+}
+
+unsigned int KX7CharSetConverterUTF32::getNumBytes(unsigned short const* source, unsigned int unitCount)
+{
+    return source ? kx7::countBytes(encoder(), source, unitCount) : 0;
+}
+
+unsigned int KX7CharSetConverterUTF32::fromUTF16(void* dest, unsigned short const* source, unsigned int room,
+                                                 ILLCHAR_OPTYPE op, bool* illegal)
+{
+    if (!dest || !source)
+        return 0;
+    unsigned int const wholeCodes = room / BYTES * BYTES;
+    return kx7::encodePublished(encoder(), source, dest, wholeCodes, op, illegal);
+}
+
+unsigned int KX7CharSetConverterUTF32::getMinUnitSize() const
+{
+    return 4;
+}
+
+unsigned int KX7CharSetConverterUTF32::getMaxUnitSize() const
+{
+    return 4;
+}
+
+unsigned int KX7CharSetConverterUTF32::getNullCharSize() const
+{
+    return 4;
+}

@@ -1,0 +1,48 @@
+// kx7text - what the encodings of 16- and 32-bit values in host byte order share (internal).
+#ifndef KX7_CONVERTERS_WIDE_H
+#define KX7_CONVERTERS_WIDE_H
+
+#include <algorithm>
+#include <cstring>
+
+#include "kx7/converters/Walk.h"
+
+namespace kx7 {
+
+/** The value of type T at `p`, which need not be aligned. */
+template <class T>
+T loadWide(unsigned char const* p)
+{
+    T value;
+    memcpy(&value, p, sizeof value);
+    return value;
+}
+
+template <class T>
+void storeWide(unsigned char*& out, T value)
+{
+    memcpy(out, &value, sizeof value);
+    out += sizeof value;
+}
+
+/** Bytes of the whole values before the first 0 value, at most `most`. Reads nothing behind either. */
+template <class T>
+size_t wideLength(unsigned char const* text, size_t most)
+{
+    size_t n = 0;
+    while (most - n >= sizeof(T) && loadWide<T>(text + n) != 0)
+        n += sizeof(T);
+    return n;
+}
+
+/** Whole values of text up to its 0 value, at most `byteCount` bytes unless that is UNTIL_TERMINATOR. */
+template <class T>
+unsigned int countWide(void const* source, unsigned int byteCount)
+{
+    size_t const most = byteCount == UNTIL_TERMINATOR ? SIZE_MAX : byteCount;
+    return static_cast<unsigned int>(wideLength<T>(static_cast<unsigned char const*>(source), most) / sizeof(T));
+}
+
+}  // namespace kx7
+
+#endif

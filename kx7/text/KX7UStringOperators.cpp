@@ -1,0 +1,278 @@
+// kx7text - the UTF-16 string: comparison, concatenation, streams.
+#include <cctype>
+#include <cxxabi.h>
+#include <istream>
+#include <ostream>
+#include <string>
+
+#include "kx7/converters/Walk.h"
+#include "kx7/text/KX7UChar.h"
+#include "kx7/text/KX7UString.h"
+#include "kx7/text/Lengths.h"
+
+namespace {
+
+/** Compares as KX7UString::canonicalCompare says; `differ` (a, b) orders two units that are not the same. */
+template <class Differ>
+int compareUnits(unsigned short const* a, unsigned short const* b, unsigned int n, Differ differ)
+{
+    if (n == 0 || a == b)
+        return 0;
+    if (!a || !b)
+        return a ? 1 : -1;
+    for (unsigned int i = 0; n == KX7UString::npos || i != n; ++i) {
+        if (a[i] == b[i]) {
+            if (a[i] == 0)
+                return 0;
+            continue;
+        }
+        if (a[i] == 0 || b[i] == 0)
+            return a[i] == 0 ? -1 : 1;
+        int const order = differ(a[i], b[i]);
+        if (order != 0)
+            return order;
+    }
+    return 0;
+}
+
+KX7CharSetConverter& osDefaultConverter()
+{
+    return *KX7CharSetConverter::getConverter(KX7CS_OS_DEFAULT);
+}
+
+}  // namespace
+
+int KX7UString::canonicalCompare(unsigned short const* a, unsigned short const* b, unsigned int n) const
+{
+    return compareUnits(a, b, n, [](unsigned short x, unsigned short y) { return x < y ? -1 : 1; });
+}
+
+int KX7UString::canonicalCompareNoCase(unsigned short const* a, unsigned short const* b, unsigned int n) const
+{
+    return compareUnits(a, b, n, [](unsigned short x, unsigned short y) {
+        unsigned short const upperX = KX7UChar::toUpperCase(x);
+        unsigned short const upperY = KX7UChar::toUpperCase(y);
+        return upperX == upperY ? 0 : upperX < upperY ? -1 : 1;
+    });
+}
+
+int KX7UString::compare(KX7UString const& o, unsigned int n) const
+{
+    return canonicalCompare(space->buffer, o.space->buffer, n);
+}
+
+int KX7UString::compareNoCase(KX7UString const& o, unsigned int n) const
+{
+    return canonicalCompareNoCase(space->buffer, o.space->buffer, n);
+}
+
+namespace kx7 {
+
+/** Builds a string of two texts with one allocation at most. */
+struct Concatenation {
+    struct Units {
+        unsigned short const* units;
+        unsigned int room;  ///< units that the text takes at most
+
+        void appendTo(KX7UString& s) const { s.append(units, room); }
+    };
+
+    struct Bytes {
+        char const* bytes;
+        unsigned int count;
+        unsigned int room;
+
+        void appendTo(KX7UString& s) const
+        {
+            if (room != 0)
+                s.appendBytes(bytes, count, osDefaultConverter(), room, -1);
+        }
+    };
+
+    static Units of(KX7UString const& s) { return {s.data(), s.length()}; }
+    static Units of(unsigned short const& u) { return {&u, u != 0 ? 1U : 0U}; }
+    static Units of(unsigned short const* s) { return {s, s ? checkedLength(unitLength(s, SIZE_MAX)) : 0U}; }
+    static Bytes of(char const& c) { return {&c, 1, c != 0 ? osDefaultConverter().getNumUnits(&c, 1) : 0}; }
+    static Bytes of(char const* s)
+    {
+        return {s, UNTIL_TERMINATOR, s ? osDefaultConverter().getNumUnits(s, UNTIL_TERMINATOR) : 0};
+    }
+
+    template <class First, class Second>
+    static KX7UString make(First first, Second second)
+    {
+        KX7UString result;
+        result.AssureSpace(checkedLength(uint64_t{first.room} + second.room));
+        first.appendTo(result);
+        second.appendTo(result);
+        return result;
+    }
+};
+
+}  // namespace kx7
+
+using kx7::Concatenation;
+
+KX7UString KX7UString::operator+(char c) const
+{
+    return Concatenation::make(Concatenation::of(*this), Concatenation::of(c));
+}
+
+KX7UString KX7UString::operator+(unsigned short u) const
+{
+    return Concatenation::make(Concatenation::of(*this), Concatenation::of(u));
+}
+
+KX7UString KX7UString::operator+(char const* s) const
+{
+    return Concatenation::make(Concatenation::of(*this), Concatenation::of(s));
+}
+
+KX7UString KX7UString::operator+(unsigned short const* s) const
+{
+    return Concatenation::make(Concatenation::of(*this), Concatenation::of(s));
+}
+
+KX7UString KX7UString::operator+(KX7UString const& o) const
+{
+    return Concatenation::make(Concatenation::of(*this), Concatenation::of(o));
+}
+
+KX7UString operator+(char c, KX7UString const& o)
+{
+    return Concatenation::make(Concatenation::of(c), Concatenation::of(o));
+}
+
+KX7UString operator+(unsigned short u, KX7UString const& o)
+{
+    return Concatenation::make(Concatenation::of(u), Concatenation::of(o));
+}
+
+KX7UString operator+(char const* s, KX7UString const& o)
+{
+    return Concatenation::make(Concatenation::of(s), Concatenation::of(o));
+}
+
+KX7UString operator+(unsigned short const* s, KX7UString const& o)
+{
+    return Concatenation::make(Concatenation::of(s), Concatenation::of(o));
+}
+
+std::ostream& operator<<(std::ostream& os, KX7UString const& s)
+{
+    KX7UString copy(s);  // so that the cache of `s` stays as it is
+    return os << copy.c_str(KX7CS_OS_DEFAULT);
+}
+
+namespace {
+
+bool isSpace(char c)
+{
+    return isspace(static_cast<unsigned char>(c)) != 0;
+}
+
+/** The bytes of a stream one by one, for the readers below. */
+class ByteReader {
+public:
+    explicit ByteReader(std::istream& is) : m_is(is), m_limit(UINT64_C(0xFFFFFFFE)), m_state(std::ios_base::goodbit)
+    {
+        if (is.tie())
+            is.tie()->flush();
+        if (is.width() > 0 && static_cast<uint64_t>(is.width()) < m_limit)
+            m_limit = static_cast<uint64_t>(is.width());
+    }
+
+    /** The next byte, left in the stream; false and eofbit at the end. 0xFF counts as the end: kept on purpose. */
+    bool peek(char& c)
+    {
+        int const next = m_is.rdbuf() ? m_is.rdbuf()->sgetc() : EOF;
+        c = static_cast<char>(next);
+        if (c != static_cast<char>(EOF))
+            return true;
+        m_state |= std::ios_base::eofbit;
+        return false;
+    }
+
+    void skip() { m_is.rdbuf()->sbumpc(); }
+
+    void store(char c) { m_bytes += c; }
+
+    bool hasRoom() const { return m_bytes.size() + 1 < m_limit; }
+
+    /** Gives the bytes to `s`, and what happened to the stream. */
+    void finish(KX7UString& s)
+    {
+        if (m_bytes.empty())
+            m_state |= std::ios_base::failbit;
+        else
+            s.assign(KX7UString(m_bytes.data(), static_cast<unsigned int>(m_bytes.size()), KX7CS_OS_DEFAULT));
+        m_is.clear(m_state | m_is.rdstate());
+    }
+
+private:
+    std::istream& m_is;
+    uint64_t m_limit;
+    std::ios_base::iostate m_state;
+    std::string m_bytes;
+};
+
+/** Runs `read`; what the stream's buffer throws ends the reading and keeps the bytes so far. */
+template <class Read>
+void readBytes(Read read)
+{
+    try {
+        read();
+    }
+    catch (abi::__forced_unwind&) {
+        throw;  // the thread is being cancelled
+    }
+    catch (...) {
+    }
+}
+
+}  // namespace
+
+std::istream& operator>>(std::istream& is, KX7UString& s)
+{
+    s.erase();
+    ByteReader reader(is);
+    readBytes([&reader, &is] {
+        char c;
+        do {
+            if (!reader.peek(c))
+                return;  // without a word the width stays
+            if (isSpace(c))
+                reader.skip();
+        } while (isSpace(c));
+        is.width(0);
+        while (reader.hasRoom() && reader.peek(c) && !isSpace(c)) {
+            reader.store(c);
+            reader.skip();
+        }
+    });
+    reader.finish(s);
+    return is;
+}
+
+std::istream& getline(std::istream& is, KX7UString& s, char delim)
+{
+    s.erase();
+    ByteReader reader(is);
+    is.width(0);
+    readBytes([&reader, delim] {
+        char c;
+        while (reader.hasRoom() && reader.peek(c)) {
+            reader.skip();
+            if (c == delim)
+                break;
+            reader.store(c);
+        }
+    });
+    reader.finish(s);
+    return is;
+}
+
+std::istream& getline(std::istream& is, KX7UString& s)
+{
+    return getline(is, s, '\r');
+}
