@@ -1,0 +1,43 @@
+// kx7text - kx7conv: character sets by what the user calls them.
+#include "CharSetLookup.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "kx7/converters/KX7CharSetConverter.h"
+
+namespace kx7 {
+
+namespace {
+
+constexpr char PREFIX[] = "KX7CS_";
+
+/** ASCII only: what names a character set must not depend on the locale. */
+std::string upperCase(std::string text)
+{
+    for (char& c : text)
+        if (c >= 'a' && c <= 'z')
+            c = static_cast<char>(c - 'a' + 'A');
+    return text;
+}
+
+}  // namespace
+
+CharSetName const* findCharSet(std::string const& text)
+{
+    std::string const wanted = upperCase(text);
+    auto const* const found =
+        std::find_if(std::begin(CHAR_SET_NAMES), std::end(CHAR_SET_NAMES), [&](CharSetName const& entry) {
+            return wanted == entry.name || wanted == entry.name + strlen(PREFIX) ||
+                   wanted == std::to_string(entry.charSet);
+        });
+    return found == std::end(CHAR_SET_NAMES) ? nullptr : found;
+}
+
+bool hasConverter(KX7CharSet charSet)
+{
+    return charSet == KX7CS_UTF8 || charSet == KX7CS_OS_DEFAULT ||
+           KX7CharSetConverter::getConverter(charSet) != KX7CharSetConverter::getConverter(KX7CS_UTF8);
+}
+
+}  // namespace kx7

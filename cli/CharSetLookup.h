@@ -1,0 +1,22 @@
+// kx7text - kx7conv: character sets by what the user calls them.
+#ifndef KX7_CLI_CHARSETLOOKUP_H
+#define KX7_CLI_CHARSETLOOKUP_H
+
+#include <string>
+
+#include "kx7/charset/CharSetNames.h"
+
+namespace kx7 {
+
+/**
+ * The character set of a code-page number ("1251") or a name, in any case and with or without "KX7CS_" ("wcp1251").
+ * Null where there is none such.
+ */
+CharSetName const* findCharSet(std::string const& text);
+
+/** `charSet` has a converter, rather than getting the UTF-8 converter for want of one. */
+bool hasConverter(KX7CharSet charSet);
+
+}  // namespace kx7
+
+#endif
