@@ -1,0 +1,131 @@
+// kx7text tests - names of character sets.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <set>
+#include <string>
+
+#include "kx7/charset/CharSetConverterManager.h"
+#include "kx7/charset/KX7CharSet.h"
+
+namespace {
+
+struct NameRow {
+    char const* name;
+    int value;
+    KX7CharSet charSet;
+};
+#define NAME(charSet, value)                                                                                           \
+    {                                                                                                                  \
+#charSet, value, charSet                                                                                       \
+    }
+NameRow const NAMES[] = {
+    NAME(KX7CS_ISO_8859_1, 28591),     NAME(KX7CS_ISO_8859_2, 28592),
+    NAME(KX7CS_ISO_8859_3, 28593),     NAME(KX7CS_ISO_8859_4, 28594),
+    NAME(KX7CS_ISO_8859_5, 28595),     NAME(KX7CS_ISO_8859_6, 28596),
+    NAME(KX7CS_ISO_8859_7, 28597),     NAME(KX7CS_ISO_8859_8, 28598),
+    NAME(KX7CS_ISO_8859_9, 28599),     NAME(KX7CS_ISO_8859_10, 28600),
+    NAME(KX7CS_ISO_8859_11, 28601),    NAME(KX7CS_ISO_8859_13, 28603),
+    NAME(KX7CS_ISO_8859_14, 28604),    NAME(KX7CS_ISO_8859_15, 28605),
+    NAME(KX7CS_ISO_8859_16, 28606),    NAME(KX7CS_ISO_2022JP, 50220),
+    NAME(KX7CS_ISO_2022JP_1, 50221),   NAME(KX7CS_ISO_2022JP_2, 50222),
+    NAME(KX7CS_ISO_2022JP_3, 50223),   NAME(KX7CS_ISO_2022JP_2004, 50224),
+    NAME(KX7CS_ISO_2022KR, 50225),     NAME(KX7CS_ISO_2022CN, 50227),
+    NAME(KX7CS_ISO_2022CN_EXT, 50228), NAME(KX7CS_ISO_2022TW, 50229),
+    NAME(KX7CS_WCP1250, 1250),         NAME(KX7CS_WCP1251, 1251),
+    NAME(KX7CS_WCP1252, 1252),         NAME(KX7CS_WCP1253, 1253),
+    NAME(KX7CS_WCP1254, 1254),         NAME(KX7CS_WCP1255, 1255),
+    NAME(KX7CS_WCP1256, 1256),         NAME(KX7CS_WCP1257, 1257),
+    NAME(KX7CS_WCP1258, 1258),         NAME(KX7CS_WCP874, 874),
+    NAME(KX7CS_WCP932, 932),           NAME(KX7CS_WCP936, 936),
+    NAME(KX7CS_WCP949, 949),           NAME(KX7CS_WCP950, 950),
+    NAME(KX7CS_KOI8R, 20866),          NAME(KX7CS_GB18030, 54936),
+    NAME(KX7CS_BIG5, 30950),           NAME(KX7CS_SHIFTJIS, 30932),
+    NAME(KX7CS_SJIS0213, 30933),       NAME(KX7CS_EUC_JP, 51932),
+    NAME(KX7CS_EUC_CN, 51936),         NAME(KX7CS_EUC_KR, 51949),
+    NAME(KX7CS_EUC_TW, 51950),         NAME(KX7CS_UTF8, 65001),
+    NAME(KX7CS_UTF16, 1200),           NAME(KX7CS_UTF16BE, 1201),
+    NAME(KX7CS_UTF16ESC, 1202),        NAME(KX7CS_UTF32, 12000),
+    NAME(KX7CS_UTF32BE, 12001),        NAME(KX7CS_OS_DEFAULT, -2),
+};
+#undef NAME
+
+}  // namespace
+
+TEST(Names, OfEveryCharSetInBothDirections)
+{
+    for (NameRow const& row : NAMES) {
+        EXPECT_EQ(static_cast<int>(row.charSet), row.value) << row.name;
+        EXPECT_STREQ(KX7CharSetToString(row.charSet), row.name);
+        EXPECT_EQ(KX7CharSetFromString(row.name), row.charSet) << row.name;
+        EXPECT_EQ(KX7CharSetFromString(KX7CharSetToString(row.charSet)), row.charSet) << row.name;
+        EXPECT_STREQ(g_oCnvtMgr.charSetToString(row.charSet), row.name);
+        EXPECT_EQ(g_oCnvtMgr.charSetFromString(row.name), row.charSet) << row.name;
+    }
+}
+
+TEST(Names, OfNoOtherValue)
+{
+    std::set<int> named;
+    for (NameRow const& row : NAMES)
+        named.insert(row.value);
+    for (int value = -10; value < 70000; ++value) {
+        if (named.count(value) == 0) {
+            ASSERT_STREQ(KX7CharSetToString(static_cast<KX7CharSet>(value)), "KX7CS_OS_DEFAULT") << value;
+        }
+    }
+    for (int const value : {437, 50226, 28602, -1, INT32_MAX, INT32_MIN})
+        EXPECT_STREQ(KX7CharSetToString(static_cast<KX7CharSet>(value)), "KX7CS_OS_DEFAULT") << value;
+}
+
+TEST(Names, ExistWithoutAConverter)
+{
+    EXPECT_STREQ(KX7CharSetToString(static_cast<KX7CharSet>(50220)), "KX7CS_ISO_2022JP");
+}
+
+TEST(Names, StayWhereTheyAre)
+{
+    for (NameRow const& row : NAMES) {
+        char const* const first = KX7CharSetToString(row.charSet);
+        EXPECT_EQ(KX7CharSetToString(row.charSet), first) << row.name;
+    }
+}
+
+TEST(Names, MatchExactly)
+{
+    char const* const unknown[] = {
+        "kx7cs_utf8", "KX7CS_UTF8 ", " KX7CS_UTF8", "UTF8",       "UTF-8",          "65001",
+        "KX7CS_UTF",  "KX7CS_UTF88", "KX7CS_",      "KX7CS_utf8", "KX7CS_UTF8\xE9", "\xFF",
+    };
+    for (char const* const name : unknown)
+        EXPECT_EQ(KX7CharSetFromString(name), KX7CS_OS_DEFAULT) << name;
+}
+
+TEST(Names, EmptyAndNullAreTheDefault)
+{
+    EXPECT_EQ(KX7CharSetFromString(nullptr), KX7CS_OS_DEFAULT);
+    EXPECT_EQ(KX7CharSetFromString(""), KX7CS_OS_DEFAULT);
+    EXPECT_EQ(g_oCnvtMgr.charSetFromString(nullptr), KX7CS_OS_DEFAULT);
+    EXPECT_EQ(g_oCnvtMgr.charSetFromString(""), KX7CS_OS_DEFAULT);
+}
+
+TEST(Names, OfALongTextAreNotFound)
+{
+    std::string const name = "KX7CS_UTF8" + std::string(1000, 'x');
+    EXPECT_EQ(KX7CharSetFromString(name.c_str()), KX7CS_OS_DEFAULT);
+}
+
+TEST(Names, OfARegistryGoWithItsMaps)
+{
+    CharSetConverterManager registry;
+    auto const mine = static_cast<KX7CharSet>(99999);
+    EXPECT_STREQ(registry.charSetToString(mine), "KX7CS_OS_DEFAULT");
+    registry.insertCharSetMap(mine, KX7UString("M\xE9", KX7CS_ISO_8859_1));
+    EXPECT_STREQ(registry.charSetToString(mine), "M\xE9") << "names are ISO 8859-1";
+    EXPECT_EQ(registry.charSetFromString("M\xE9"), mine);
+    EXPECT_EQ(registry.charSetFromString("M\xC3\xA9"), KX7CS_OS_DEFAULT);
+    registry.insertCharSetMap(KX7CS_UTF8, KX7UString("other", KX7CS_UTF8));
+    EXPECT_STREQ(registry.charSetToString(KX7CS_UTF8), "KX7CS_UTF8") << "the first name of a value stays";
+    EXPECT_EQ(registry.charSetFromString("other"), KX7CS_UTF8);
+    EXPECT_STREQ(KX7CharSetToString(mine), "KX7CS_OS_DEFAULT");
+}

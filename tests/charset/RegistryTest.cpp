@@ -1,0 +1,313 @@
+// kx7text tests - character-set values and the registry of converters.
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <cstring>
+#include <set>
+#include <string>
+#include <type_traits>
+
+#include "kx7/charset/CharSetConverterManager.h"
+#include "kx7/charset/Converters.h"
+#include "kx7/text/KX7UString.h"
+#include "tests/charset/CharSets.h"
+#include "tests/charset/ForeignConverter.h"
+
+using kx7test::charSetRows;
+using kx7test::ForeignConverter;
+
+namespace {
+
+constexpr KX7CharSet charSetOf(int number)
+{
+    return static_cast<KX7CharSet>(number);
+}
+
+struct ValueRow {
+    char const* name;
+    KX7CharSet charSet;
+    int number;
+};
+
+#define ROW(charSet, number)                                                                                           \
+    ValueRow                                                                                                           \
+    {                                                                                                                  \
+#charSet, charSet, number                                                                                      \
+    }
+ValueRow const VALUES[] = {
+    ROW(KX7CS_ISO_8859_1, 28591),     ROW(KX7CS_ISO_8859_2, 28592),
+    ROW(KX7CS_ISO_8859_3, 28593),     ROW(KX7CS_ISO_8859_4, 28594),
+    ROW(KX7CS_ISO_8859_5, 28595),     ROW(KX7CS_ISO_8859_6, 28596),
+    ROW(KX7CS_ISO_8859_7, 28597),     ROW(KX7CS_ISO_8859_8, 28598),
+    ROW(KX7CS_ISO_8859_9, 28599),     ROW(KX7CS_ISO_8859_10, 28600),
+    ROW(KX7CS_ISO_8859_11, 28601),    ROW(KX7CS_ISO_8859_13, 28603),
+    ROW(KX7CS_ISO_8859_14, 28604),    ROW(KX7CS_ISO_8859_15, 28605),
+    ROW(KX7CS_ISO_8859_16, 28606),    ROW(KX7CS_ISO_2022JP, 50220),
+    ROW(KX7CS_ISO_2022JP_1, 50221),   ROW(KX7CS_ISO_2022JP_2, 50222),
+    ROW(KX7CS_ISO_2022JP_3, 50223),   ROW(KX7CS_ISO_2022JP_2004, 50224),
+    ROW(KX7CS_ISO_2022KR, 50225),     ROW(KX7CS_ISO_2022CN, 50227),
+    ROW(KX7CS_ISO_2022CN_EXT, 50228), ROW(KX7CS_ISO_2022TW, 50229),
+    ROW(KX7CS_WCP1250, 1250),         ROW(KX7CS_WCP1251, 1251),
+    ROW(KX7CS_WCP1252, 1252),         ROW(KX7CS_WCP1253, 1253),
+    ROW(KX7CS_WCP1254, 1254),         ROW(KX7CS_WCP1255, 1255),
+    ROW(KX7CS_WCP1256, 1256),         ROW(KX7CS_WCP1257, 1257),
+    ROW(KX7CS_WCP1258, 1258),         ROW(KX7CS_WCP874, 874),
+    ROW(KX7CS_WCP932, 932),           ROW(KX7CS_WCP936, 936),
+    ROW(KX7CS_WCP949, 949),           ROW(KX7CS_WCP950, 950),
+    ROW(KX7CS_KOI8R, 20866),          ROW(KX7CS_GB18030, 54936),
+    ROW(KX7CS_BIG5, 30950),           ROW(KX7CS_SHIFTJIS, 30932),
+    ROW(KX7CS_SJIS0213, 30933),       ROW(KX7CS_EUC_JP, 51932),
+    ROW(KX7CS_EUC_CN, 51936),         ROW(KX7CS_EUC_KR, 51949),
+    ROW(KX7CS_EUC_TW, 51950),         ROW(KX7CS_UTF8, 65001),
+    ROW(KX7CS_UTF16, 1200),           ROW(KX7CS_UTF16BE, 1201),
+    ROW(KX7CS_UTF16ESC, 1202),        ROW(KX7CS_UTF32, 12000),
+    ROW(KX7CS_UTF32BE, 12001),        ROW(KX7CS_OS_DEFAULT, -2),
+};
+#undef ROW
+
+/** Named sets that have no converter, and numbers that are no character set. */
+int const WITHOUT_CONVERTER[] = {
+    50220, 50221, 50222, 50223, 50224, 50225, 50227, 50228,  50229, 51950,   1201,
+    12001, 0,     437,   50226, 28602, 1,     -1,    -3,     1249,  1259,    65000,
+    65002, 28590, 28607, 32000, 20865, 20867, 65535, 100000, 12345, INT_MAX, INT_MIN,
+};
+
+/** Numbers that no character set has, for the tests that register converters in the registry of the process. */
+enum UnusedNumber {
+    UNUSED_BY_ENTRY_POINTS = 70001,
+    UNUSED_BY_STRINGS = 70002,
+    UNUSED_BY_DERIVED = 70003,
+    UNUSED_TWICE = 70004
+};
+
+}  // namespace
+
+static_assert(std::is_same<std::underlying_type<KX7CharSet>::type, int32_t>::value, "values are signed, 32 bits wide");
+
+TEST(CharSetValues, AreCodePageNumbers)
+{
+    std::set<int> numbers;
+    for (ValueRow const& row : VALUES) {
+        EXPECT_EQ(static_cast<int>(row.charSet), row.number) << row.name;
+        EXPECT_TRUE(numbers.insert(row.number).second) << row.name;
+    }
+    EXPECT_EQ(numbers.size(), 54u);
+}
+
+TEST(Registry, ServesEveryCharSetByItsOwnConverter)
+{
+    std::set<KX7CharSetConverter*> seen;
+    for (kx7test::CharSetRow const& row : charSetRows()) {
+        EXPECT_EQ(g_oCnvtMgr.getConverter(row.charSet), row.converter) << row.name;
+        EXPECT_EQ(KX7CharSetConverter::getConverter(row.charSet), row.converter) << row.name;
+        EXPECT_TRUE(seen.insert(row.converter).second) << row.name;
+    }
+    EXPECT_EQ(seen.size(), 41u);
+}
+
+TEST(Registry, ServesValuesWithoutConverterByUTF8)
+{
+    for (int const number : WITHOUT_CONVERTER) {
+        EXPECT_EQ(g_oCnvtMgr.getConverter(charSetOf(number)), &g_oConverterUTF8) << number;
+        EXPECT_EQ(KX7CharSetConverter::getConverter(charSetOf(number)), &g_oConverterUTF8) << number;
+    }
+}
+
+TEST(Registry, LoadGivesUTF8WhateverIsAskedFor)
+{
+    for (ValueRow const& row : VALUES)
+        EXPECT_EQ(g_oCnvtMgr.load(row.charSet), &g_oConverterUTF8) << row.name;
+}
+
+TEST(Registry, LoadRegistersNothing)
+{
+    CharSetConverterManager registry;
+    ForeignConverter own(charSetOf(437));
+    registry.load(charSetOf(437));
+    registry.insert(charSetOf(437), &own, true);
+    EXPECT_EQ(registry.getConverter(charSetOf(437)), &own);
+}
+
+TEST(Registry, BothCachedLookUpsAnswerAsTheRegistryDoes)
+{
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(KX7CharSetConverter::getConverter(KX7CS_UTF8), &g_oConverterUTF8);
+        EXPECT_EQ(KX7CharSetConverter::getConverter(KX7CS_OS_DEFAULT), g_oCnvtMgr.getConverter(KX7CS_OS_DEFAULT));
+    }
+}
+
+TEST(Registry, OSDefaultIsServedByOneOfTheConverters)
+{
+    KX7CharSetConverter* const osDefault = KX7CharSetConverter::getConverter(KX7CS_OS_DEFAULT);
+    bool found = false;
+    for (kx7test::CharSetRow const& row : charSetRows())
+        found = found || row.converter == osDefault;
+    EXPECT_TRUE(found);
+}
+
+TEST(Registry, OSDefaultIsResolvedAnewForEveryRegistry)
+{
+    CharSetConverterManager registry;
+    EXPECT_EQ(registry.getConverter(KX7CS_OS_DEFAULT), g_oCnvtMgr.getConverter(KX7CS_OS_DEFAULT));
+}
+
+TEST(Registry, SecondInsertKeepsTheFirstConverter)
+{
+    int destroyed = 0;
+    ForeignConverter second(charSetOf(UNUSED_TWICE));
+    second.destroyed = &destroyed;
+    {
+        CharSetConverterManager registry;
+        auto* const first = new ForeignConverter(charSetOf(UNUSED_TWICE));
+        registry.insert(charSetOf(UNUSED_TWICE), first, false);
+        registry.insert(charSetOf(UNUSED_TWICE), &second, false);
+        EXPECT_EQ(registry.getConverter(charSetOf(UNUSED_TWICE)), first);
+        registry.insert(KX7CS_WCP1252, &second, false);
+        EXPECT_EQ(registry.getConverter(KX7CS_WCP1252), &g_oConverterWCP1252);
+        registry.insert(KX7CS_UTF8, &second, false);
+        EXPECT_EQ(registry.getConverter(KX7CS_UTF8), &g_oConverterUTF8);
+    }
+    EXPECT_EQ(destroyed, 0) << "a converter that was not taken belongs to the caller";
+}
+
+TEST(Registry, ConvertersInsertedElsewhereStayUnknownHere)
+{
+    CharSetConverterManager registry;
+    ForeignConverter own(charSetOf(437));
+    registry.insert(charSetOf(437), &own, true);
+    EXPECT_EQ(registry.getConverter(charSetOf(437)), &own);
+    EXPECT_EQ(g_oCnvtMgr.getConverter(charSetOf(437)), &g_oConverterUTF8);
+    EXPECT_EQ(KX7CharSetConverter::getConverter(charSetOf(437)), &g_oConverterUTF8);
+}
+
+TEST(Registry, AnInsertForTheDefaultsOwnValueIsNeverAsked)
+{
+    CharSetConverterManager registry;
+    ForeignConverter own(KX7CS_OS_DEFAULT);
+    registry.insert(KX7CS_OS_DEFAULT, &own, true);
+    EXPECT_NE(registry.getConverter(KX7CS_OS_DEFAULT), &own);
+}
+
+TEST(Registry, DestructionDeletesOwnedConvertersOnceAndStaticOnesNever)
+{
+    int ownedDestroyed[3] = {};
+    int staticDestroyed = 0;
+    {
+        ForeignConverter notOwned(charSetOf(80000));
+        notOwned.destroyed = &staticDestroyed;
+        {
+            CharSetConverterManager registry;
+            for (int i = 0; i < 3; ++i) {
+                auto* const owned = new ForeignConverter(charSetOf(80001 + i));
+                owned->destroyed = &ownedDestroyed[i];
+                registry.insert(charSetOf(80001 + i), owned, false);
+                registry.insert(charSetOf(80001 + i), owned, false);
+            }
+            registry.insert(charSetOf(80000), &notOwned, true);
+            registry.insert(charSetOf(80010), nullptr, false);
+            EXPECT_EQ(ownedDestroyed[0], 0);
+        }
+        for (int const count : ownedDestroyed)
+            EXPECT_EQ(count, 1);
+        EXPECT_EQ(staticDestroyed, 0);
+    }
+    EXPECT_EQ(staticDestroyed, 1);
+}
+
+TEST(Registry, TheLibrarysConvertersOutliveALocalRegistry)
+{
+    {
+        CharSetConverterManager registry;
+        EXPECT_EQ(registry.getConverter(KX7CS_WCP1252), &g_oConverterWCP1252);
+    }
+    unsigned char utf8[8];
+    for (kx7test::CharSetRow const& row : charSetRows()) {
+        EXPECT_EQ(row.converter->getNullCharSize(), GetNullCharSize(row.charSet)) << row.name;
+        if (row.converter->getMinUnitSize() == 1) {
+            EXPECT_EQ(LocalToUTF8(utf8, "A", sizeof utf8, row.charSet), 1u) << row.name;
+        }
+    }
+}
+
+TEST(Registry, ConverterFromOutsideServesTheEntryPoints)
+{
+    static ForeignConverter converter(charSetOf(UNUSED_BY_ENTRY_POINTS));
+    KX7CharSet const cs = charSetOf(UNUSED_BY_ENTRY_POINTS);
+    g_oCnvtMgr.insert(cs, &converter, true);
+    ASSERT_EQ(KX7CharSetConverter::getConverter(cs), &converter);
+
+    unsigned char utf8[16];
+    EXPECT_EQ(LocalToUTF8(utf8, "ab", sizeof utf8, cs), 4u);
+    EXPECT_STREQ(reinterpret_cast<char const*>(utf8), u8"\u0161\u0162");
+    char local[16];
+    EXPECT_EQ(UTF8ToLocal(local, reinterpret_cast<unsigned char const*>(u8"\u0161\u0162\u4E2D"), sizeof local, cs), 3u);
+    EXPECT_STREQ(local, "ab?");
+    unsigned short units[16];
+    EXPECT_EQ(LocalToUTF16(units, "ab", 16, cs), 2u);
+    EXPECT_EQ(units[1], 0x162);
+    EXPECT_EQ(UTF16ToLocal(local, units, sizeof local, cs), 2u);
+    EXPECT_STREQ(local, "ab");
+    EXPECT_EQ(GetNumUnits("abc", cs), 3u);
+    EXPECT_EQ(GetNumBytes(units, cs), 2u);
+    EXPECT_EQ(GetMaxUnitSize(cs), 5u);
+}
+
+TEST(Registry, ConverterFromOutsideServesStrings)
+{
+    static ForeignConverter converter(charSetOf(UNUSED_BY_STRINGS));
+    KX7CharSet const cs = charSetOf(UNUSED_BY_STRINGS);
+    g_oCnvtMgr.insert(cs, &converter, true);
+
+    KX7UString const terminated("ab", cs);
+    ASSERT_EQ(terminated.length(), 2u);
+    EXPECT_EQ(terminated.data()[0], 0x161);
+    EXPECT_EQ(terminated.data()[1], 0x162);
+    EXPECT_EQ(KX7UString("abc", 2, cs).compare(terminated), 0);
+    EXPECT_EQ(KX7UString('a', cs).length(), 1u);
+    EXPECT_EQ(KX7UString('a', 300, cs).length(), 300u);
+    KX7PascalString pascal = {2, {'a', 'b'}};
+    EXPECT_EQ(KX7UString(pascal, cs).compare(terminated), 0);
+    EXPECT_EQ(KX7UString(&pascal, cs).compare(terminated), 0);
+}
+
+namespace {
+
+/** UTF-8 with every letter in upper case: derived from one of the library's own classes. */
+class ShoutingConverter : public KX7CharSetConverterUTF8 {
+public:
+    using KX7CharSetConverterUTF8::KX7CharSetConverterUTF8;
+    unsigned int toUTF16(unsigned short* dest, void const* source, unsigned int room, ILLCHAR_OPTYPE op, bool* illegal,
+                         int sourceLimit) override
+    {
+        unsigned int const n = KX7CharSetConverterUTF8::toUTF16(dest, source, room, op, illegal, sourceLimit);
+        for (unsigned int i = 0; i < n; ++i)
+            dest[i] = static_cast<unsigned short>(dest[i] >= 'a' && dest[i] <= 'z' ? dest[i] - 'a' + 'A' : dest[i]);
+        return n;
+    }
+    unsigned int fromUTF16(void* dest, unsigned short const* source, unsigned int room, ILLCHAR_OPTYPE op,
+                           bool* illegal) override
+    {
+        unsigned int const n = KX7CharSetConverterUTF8::fromUTF16(dest, source, room, op, illegal);
+        if (n != 0)
+            static_cast<char*>(dest)[0] = '!';
+        return n;
+    }
+};
+
+}  // namespace
+
+TEST(Registry, AClassDerivedFromALibraryConverterKeepsItsOwnOperations)
+{
+    static ShoutingConverter converter(charSetOf(UNUSED_BY_DERIVED));
+    KX7CharSet const cs = charSetOf(UNUSED_BY_DERIVED);
+    g_oCnvtMgr.insert(cs, &converter, true);
+
+    unsigned char utf8[16];
+    EXPECT_EQ(LocalToUTF8(utf8, "shout", sizeof utf8, cs), 5u);
+    EXPECT_STREQ(reinterpret_cast<char const*>(utf8), "SHOUT");
+    char local[16];
+    EXPECT_EQ(UTF8ToLocal(local, reinterpret_cast<unsigned char const*>("shout"), sizeof local, cs), 5u);
+    EXPECT_STREQ(local, "!hout");
+    EXPECT_EQ(KX7UString("ab", cs).data()[1], 'B');
+    EXPECT_EQ(KX7UString("ab", 2, cs).data()[1], 'B');
+}

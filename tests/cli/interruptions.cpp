@@ -1,0 +1,60 @@
+// kx7text - preloaded into kx7conv by its tests: open, read and write are interrupted by a signal every second time,
+// and read and write handle a few bytes at a time.
+#include <algorithm>
+#include <cerrno>
+#include <cstdarg>
+#include <cstddef>
+#include <fcntl.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace {
+
+unsigned int calls = 0;
+
+bool isInterrupted()
+{
+    if (++calls % 2 == 0)
+        return false;
+    errno = EINTR;
+    return true;
+}
+
+size_t few(size_t count)
+{
+    return std::min(count, size_t{1} + calls / 2 % 7);
+}
+
+int openInterrupted(char const* path, int flags)
+{
+    return isInterrupted() ? -1 : static_cast<int>(syscall(SYS_openat, AT_FDCWD, path, flags, 0));
+}
+
+}  // namespace
+
+extern "C" {
+
+int open(char const* path, int flags, ...)
+{
+    return openInterrupted(path, flags);
+}
+
+int open64(char const* path, int flags, ...)
+{
+    return openInterrupted(path, flags | O_LARGEFILE);
+}
+
+ssize_t read(int file, void* buffer, size_t count)
+{
+    return isInterrupted() ? -1 : syscall(SYS_read, file, buffer, few(count));
+}
+
+ssize_t write(int file, void const* buffer, size_t count)
+{
+    if (isInterrupted())
+        return -1;
+    // Messages come in one piece.
+    return syscall(SYS_write, file, buffer, file == STDERR_FILENO ? count : few(count));
+}
+
+}  // extern "C"

@@ -1,0 +1,469 @@
+// kx7text tests - file names between UTF-8 and the default character set.
+//
+// Run once for each default character set: LANG says which, EXPECTED_CHARSET what must have come of it.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "kx7/charset/KX7CharSet.h"
+#include "tests/environment/AllConverters.h"
+#include "tests/support/Calls.h"
+#include "tests/support/Hex.h"
+#include "tests/support/Memory.h"
+#include "tests/support/Texts.h"
+
+using namespace kx7test;
+using namespace std::string_literals;
+
+namespace {
+
+KX7CharSetConverter& local()
+{
+    return *KX7CharSetConverter::getConverter(KX7CS_OS_DEFAULT);
+}
+
+KX7CharSet defaultCharSet()
+{
+    return charSetOf(&local());
+}
+
+/** What a function returns, and all bytes that the capacity covers. */
+struct Result {
+    unsigned int count;
+    std::string dest;
+};
+
+constexpr char FILL = '\xEE';
+
+bool operator==(Result const& a, Result const& b)
+{
+    return a.count == b.count && a.dest == b.dest;
+}
+
+std::ostream& operator<<(std::ostream& out, Result const& r)
+{
+    return out << r.count << ' ' << hex(r.dest);
+}
+
+/** Source and destination that both end at an unreadable page; the bytes before the destination are watched. */
+template <class Function>
+Result run(Function const& function, std::string const& source, size_t capacity)
+{
+    size_t const most = 40000;
+    static PageEnd<char> sources;
+    static Guarded<char> memory(most);
+    char const* const src = sources.hold(source, 1);
+    size_t const before = std::min(most - capacity, size_t{64});
+    char* const dst = &memory[0] + (most - capacity);
+    memset(dst - before, FILL, before + capacity);
+    unsigned int const count = function(dst, src, static_cast<int>(capacity));
+    EXPECT_EQ(std::string(dst - before, before), std::string(before, FILL)) << "before the destination";
+    return {count, std::string(dst, capacity)};
+}
+
+Result localPathToUTF8(std::string const& source, size_t capacity)
+{
+    return run([](char* dst, char const* src,
+                  int dstBytes) { return LocalPathToUTF8(reinterpret_cast<unsigned char*>(dst), src, dstBytes); },
+               source, capacity);
+}
+
+Result utf8ToLocalPath(std::string const& source, size_t capacity)
+{
+    return run([](char* dst, char const* src,
+                  int dstBytes) { return UTF8ToLocalPath(dst, reinterpret_cast<unsigned char const*>(src), dstBytes); },
+               source, capacity);
+}
+
+/** The whole text in one call, as many units as it has bytes at most. */
+std::u16string decodedWhole(KX7CharSetConverter& from, std::string const& source)
+{
+    std::vector<unsigned short> units(source.size() + 1);
+    unsigned int const n = from.toUTF16(units.data(), source.c_str(), static_cast<unsigned int>(source.size()),
+                                        ILLCHAR_REPLACE, nullptr, -1);
+    return std::u16string(units.begin(), units.begin() + n);
+}
+
+Result encodedWhole(KX7CharSetConverter& to, std::u16string const& text, size_t capacity, ILLCHAR_OPTYPE op)
+{
+    std::string dest(capacity + 100, FILL);
+    unsigned int const n = to.fromUTF16(&dest[0], reinterpret_cast<unsigned short const*>(text.c_str()),
+                                        static_cast<unsigned int>(capacity) - 1, op, nullptr);
+    return {n, dest.substr(0, capacity)};
+}
+
+int digitOf(char16_t unit)
+{
+    return unit >= '0' && unit <= '9' ? unit - '0' : unit >= 'A' && unit <= 'F' ? unit - 'A' + 10 : -1;
+}
+
+/** Replaces escapes from the front, each result being passed over. */
+std::u16string unescaped(std::u16string text)
+{
+    for (size_t i = 0; i < text.size(); ++i) {
+        if (text[i] != 'U' || text.size() - i < 6 || text[i + 1] != '+')
+            continue;
+        int value = 0;
+        bool isEscape = true;
+        for (size_t k = 2; k < 6; ++k) {
+            int const digit = digitOf(text[i + k]);
+            isEscape = isEscape && digit >= 0;
+            value = value * 16 + digit;
+        }
+        if (isEscape)
+            text.replace(i, 6, 1, static_cast<char16_t>(value));
+    }
+    return text;
+}
+
+Result referenceToUTF8(std::string const& source, size_t capacity)
+{
+    Result const untouched = {0, std::string(capacity, FILL)};
+    if (capacity == 0)
+        return untouched;
+    if (source.empty())
+        return {0, '\0' + std::string(capacity - 1, FILL)};
+    std::u16string const text = decodedWhole(local(), source);
+    if (text.empty())
+        return untouched;
+    return encodedWhole(g_oConverterUTF8, unescaped(text), capacity, ILLCHAR_REPLACE);
+}
+
+std::string escapeOf(char16_t unit)
+{
+    return "U+" + hexDigits(static_cast<unsigned short>(unit));
+}
+
+/** UTF-8 with escapes and a room that is never left: ends before the first character that does not fit. */
+std::string escapedUTF8(std::u16string const& text, size_t room)
+{
+    std::string bytes;
+    for (size_t i = 0; i < text.size() && text[i] != 0; ++i) {
+        unsigned int const unit = text[i];
+        bool const isHigh = unit >= 0xD800 && unit <= 0xDBFF;
+        bool const isPair = isHigh && i + 1 < text.size() && text[i + 1] >= 0xDC00 && text[i + 1] <= 0xDFFF;
+        std::string character;
+        auto const put = [&character](unsigned int byte) { character += static_cast<char>(byte); };
+        if (isPair) {
+            unsigned int const c = ((unit - 0xD800) << 10) + (text[i + 1] - 0xDC00U) + 0x10000;
+            put(0xF0 | c >> 18);
+            put(0x80 | (c >> 12 & 0x3F));
+            put(0x80 | (c >> 6 & 0x3F));
+            put(0x80 | (c & 0x3F));
+        }
+        else if (isHigh) {
+            character = escapeOf(text[i]);
+        }
+        else if (unit < 0x80) {
+            put(unit);
+        }
+        else if (unit < 0x800) {
+            put(0xC0 | unit >> 6);
+            put(0x80 | (unit & 0x3F));
+        }
+        else {
+            put(0xE0 | unit >> 12);
+            put(0x80 | (unit >> 6 & 0x3F));
+            put(0x80 | (unit & 0x3F));
+        }
+        if (bytes.size() + character.size() > room)
+            break;
+        bytes += character;
+        // The escape of a high surrogate drops the unit behind it.
+        if (isHigh)
+            ++i;
+    }
+    return bytes;
+}
+
+Result referenceToLocal(std::string const& source, size_t capacity)
+{
+    Result const untouched = {0, std::string(capacity, FILL)};
+    if (capacity == 0)
+        return untouched;
+    if (source.empty())
+        return {0, '\0' + std::string(capacity - 1, FILL)};
+    std::u16string const text = decodedWhole(g_oConverterUTF8, source);
+    if (text.empty())
+        return untouched;
+    if (defaultCharSet() != KX7CS_UTF8)
+        return encodedWhole(local(), text, capacity, ILLCHAR_ESCAPE);
+    std::string const bytes = escapedUTF8(text, capacity - 1);
+    return {static_cast<unsigned int>(bytes.size()), bytes + '\0' + std::string(capacity - 1 - bytes.size(), FILL)};
+}
+
+std::string toLocal(std::string const& name)
+{
+    Result const r = utf8ToLocalPath(name, name.size() * 8 + 8);
+    return r.dest.substr(0, r.count);
+}
+
+std::string toUTF8(std::string const& name)
+{
+    Result const r = localPathToUTF8(name, name.size() * 8 + 8);
+    return r.dest.substr(0, r.count);
+}
+
+std::string utf8Of(unsigned int unit)
+{
+    return escapedUTF8(std::u16string(1, static_cast<char16_t>(unit)), 9);
+}
+
+/** Names that come near an escape, malformed text, surrogates on their own, characters of every length. */
+std::vector<std::string> names()
+{
+    std::vector<std::string> list = {
+        "",
+        "a",
+        "name.txt",
+        "aU+00E9b",
+        "aU+00e9b",
+        "U+12",
+        "U+123",
+        "U+1234",
+        "U+12345",
+        "UU+0041",
+        "U+0055+0041",
+        "U+0055U+0041",
+        "U+U+0041",
+        "U+004",
+        "U+004G1",
+        "u+0041",
+        "U+D83DU+DE00",
+        "U+D83Dx",
+        "U+DE00",
+        "U+0000a",
+        "aU+0000b",
+        "U+FFFF",
+        "a\xE4\xB8\xAD"
+        "b",
+        "\xF0\x9F\x98\x80",
+        "a\xED\xA0\x80"
+        "bc",
+        "\xED\xA0\x80\xED\xA0\x81x",
+        "a\xED\xA0\x80",
+        "\xED\xB0\x80z",
+        "\xED\xA0\xBD\xED\xB8\x80",
+        "caf\xC3\xA9\xE2\x82\xAC",
+        "\xFF",
+        "\x80",
+        "\x80\x80",
+        "\xC3",
+        "a\xE9",
+        "\x8E\xB1\xA4\xA2",
+        "\x82\xA0\x82",
+        "\xA4\xA2\xA4",
+        "\x81\x30\x81\x30",
+        "\x81\x30\x81",
+        "\xC0\x80"
+        "ab",
+        "a\xC0\x80"
+        "b",
+    };
+    std::string all;
+    for (unsigned int byte = 1; byte < 256; ++byte)
+        all += static_cast<char>(byte);
+    list.push_back(all);
+    return list;
+}
+
+}  // namespace
+
+TEST(PathNames, TheDefaultCharSetIsTheOneOfThisRun)
+{
+    char const* const expected = getenv("EXPECTED_CHARSET");
+    ASSERT_NE(expected, nullptr);
+    EXPECT_EQ(static_cast<int>(defaultCharSet()), atoi(expected));
+}
+
+TEST(PathNames, AtEveryCapacityAreAsInOnePass)
+{
+    for (std::string const& name : names()) {
+        for (size_t capacity = 0; capacity <= std::min(name.size() * 3 + 10, size_t{300}); ++capacity) {
+            ASSERT_EQ(localPathToUTF8(name, capacity), referenceToUTF8(name, capacity)) << hex(name) << capacity;
+            ASSERT_EQ(utf8ToLocalPath(name, capacity), referenceToLocal(name, capacity)) << hex(name) << capacity;
+        }
+    }
+}
+
+TEST(PathNames, OfNothingAndWithoutArguments)
+{
+    char dst[8] = {'x', 'y'};
+    auto* const bytes = reinterpret_cast<unsigned char*>(dst);
+    EXPECT_EQ(LocalPathToUTF8(nullptr, "a", 8), 0u);
+    EXPECT_EQ(LocalPathToUTF8(bytes, nullptr, 8), 0u);
+    EXPECT_EQ(LocalPathToUTF8(bytes, "a", 0), 0u);
+    EXPECT_EQ(UTF8ToLocalPath(nullptr, bytes, 8), 0u);
+    EXPECT_EQ(UTF8ToLocalPath(dst, nullptr, 8), 0u);
+    unsigned char const name[] = "a";
+    EXPECT_EQ(UTF8ToLocalPath(dst, name, 0), 0u);
+    EXPECT_EQ(dst[0], 'x');
+    unsigned char const empty[] = "";
+    EXPECT_EQ(UTF8ToLocalPath(dst, empty, 8), 0u);
+    EXPECT_EQ(dst[0], '\0');
+    EXPECT_EQ(dst[1], 'y');
+    dst[0] = 'x';
+    EXPECT_EQ(LocalPathToUTF8(bytes, "", 8), 0u);
+    EXPECT_EQ(dst[0], '\0');
+    EXPECT_EQ(dst[1], 'y');
+}
+
+TEST(PathNames, WithEscapesAreDecoded)
+{
+    struct {
+        char const* what;
+        std::string local, utf8;
+    } const rows[] = {
+        {"an escape", "aU+00E9b",
+         "a\xC3\xA9"
+         "b"},
+        {"lower-case digits are none", "aU+00e9b", "aU+00e9b"},
+        {"fewer than six units", "U+12", "U+12"},
+        {"five units", "U+123", "U+123"},
+        {"exactly six", "U+0041", "A"},
+        {"a decoded U begins no escape", "U+0055+0041", "U+0041"},
+        {"one behind the other", "U+0055U+0041", "UA"},
+        {"a U before an escape", "UU+0041", "UA"},
+        {"an escape that was literally part of the name", "U+4E2D", "\xE4\xB8\xAD"},
+        {"a pair", "U+D83DU+DE00", "\xF0\x9F\x98\x80"},
+        {"a zero ends the name", "aU+0000b", "a"},
+    };
+    for (auto const& row : rows)
+        EXPECT_TRUE(sameText(toUTF8(row.local), row.utf8)) << row.what;
+}
+
+TEST(PathNames, GetEscapesForWhatTheSetHasNot)
+{
+    if (defaultCharSet() != KX7CS_ISO_8859_1)
+        return;
+    EXPECT_EQ(toLocal("a\xE4\xB8\xAD"
+                      "b"),
+              "aU+4E2Db");
+    EXPECT_EQ(toUTF8("aU+4E2Db"), "a\xE4\xB8\xAD"
+                                  "b");
+    EXPECT_EQ(toLocal("\xF0\x9F\x98\x80"), "U+D83DU+DE00");
+    EXPECT_EQ(toUTF8("U+D83DU+DE00"), "\xF0\x9F\x98\x80");
+    EXPECT_EQ(toUTF8("a\xE9"), "a\xC3\xA9");
+    EXPECT_EQ(toLocal("a\xC3\xA9"), "a\xE9");
+}
+
+TEST(PathNames, InUTF8KeepWithinTheirCapacityAlsoWithEscapes)
+{
+    if (defaultCharSet() != KX7CS_UTF8)
+        return;
+    std::string const name = "\xED\xA0\x80"
+                             "xA\xED\xA0\x80"
+                             "yB";
+    std::string const whole = "U+D800AU+D800B";
+    EXPECT_EQ(toLocal(name), whole);
+    size_t const lengths[] = {0, 0, 0, 0, 0, 0, 0, 6, 7, 7, 7, 7, 7, 7, 13, 14};
+    for (size_t capacity = 1; capacity <= 15; ++capacity) {
+        Result const r = utf8ToLocalPath(name, capacity);
+        EXPECT_EQ(r.count, lengths[capacity]) << capacity;
+        EXPECT_EQ(r.dest.substr(0, r.count + 1), whole.substr(0, r.count) + '\0') << capacity;
+    }
+}
+
+TEST(PathNames, GoThereAndBack)
+{
+    unsigned int oneWay = 0;
+    for (unsigned int unit = 1; unit <= 0xFFFF; ++unit) {
+        if (unit >= 0xD800 && unit <= 0xDFFF)
+            continue;
+        std::string const name = "<" + utf8Of(unit) + ">";
+        std::string const localName = toLocal(name);
+        if (toUTF8(localName) == name)
+            continue;
+        // Some sets write two characters with one code, which is read as one of them.
+        ++oneWay;
+        ASSERT_EQ(localName.find("U+"), std::string::npos) << hex(name) << ' ' << hex(localName);
+        std::u16string const text = {u'<', static_cast<char16_t>(unit), u'>'};
+        Result const exact = encodedWhole(local(), text, 20, ILLCHAR_STOP);
+        ASSERT_EQ(localName, exact.dest.substr(0, exact.count)) << hex(name);
+        ASSERT_NE(decodedWhole(local(), localName), text) << hex(name);
+    }
+    bool const isSimple = GetMaxUnitSize(KX7CS_OS_DEFAULT) == 1 || defaultCharSet() == KX7CS_UTF8;
+    EXPECT_TRUE(oneWay == 0 || !isSimple) << oneWay;
+    EXPECT_LT(oneWay, 500u);
+}
+
+TEST(PathNames, BeyondTheBMPGoThereAndBack)
+{
+    for (unsigned int c = 0x10000; c <= 0x10FFFF; c += 251) {
+        std::u16string const pair = {static_cast<char16_t>(0xD7C0 + (c >> 10)),
+                                     static_cast<char16_t>(0xDC00 + (c & 0x3FF))};
+        std::string const name = "a" + escapedUTF8(pair, 9) + "b";
+        std::string const localName = toLocal(name);
+        ASSERT_EQ(toUTF8(localName), name) << hex(localName);
+        if (GetMaxUnitSize(KX7CS_OS_DEFAULT) == 1) {
+            ASSERT_EQ(localName, "a" + escapeOf(pair[0]) + escapeOf(pair[1]) + "b");
+        }
+    }
+}
+
+TEST(PathNames, LongOnesAreAsInOnePassWhereverAPieceEnds)
+{
+    std::string const elements[] = {
+        "U+00E9",
+        "U+D83DU+DE00",
+        "U+D83D",
+        "U+U+0041",
+        "UU+0041",
+        "U+004",
+        "U+0055+0041",
+        "\xF0\x9F\x98\x80",
+        "\xED\xA0\x80x",
+        "\xE4\xB8\xAD",
+        "\xED\xA0\xBD\xED\xB8\x80",
+        "\xA4\xA2",
+        "\x82\xA0",
+        "\xFF",
+    };
+    for (std::string const& element : elements) {
+        for (size_t before = PIECE_UNITS - 16; before <= PIECE_UNITS + 3; ++before) {
+            for (char const* const rest : {"", "tail"}) {
+                std::string const name = std::string(before, 'x') + element + element + rest;
+                size_t const most = name.size() * 2 + 40;
+                for (size_t const capacity : {most, before + 1, before + 3, before + 6, before + 7, before + 12}) {
+                    ASSERT_EQ(localPathToUTF8(name, capacity), referenceToUTF8(name, capacity))
+                        << hex(element) << ' ' << before << ' ' << capacity;
+                    ASSERT_EQ(utf8ToLocalPath(name, capacity), referenceToLocal(name, capacity))
+                        << hex(element) << ' ' << before << ' ' << capacity;
+                }
+            }
+        }
+    }
+}
+
+TEST(PathNames, OfManyPiecesAreAsInOnePass)
+{
+    std::mt19937 random(2);
+    std::vector<std::string> fragments = utf8Fragments();
+    std::vector<std::string> const more = names();
+    fragments.insert(fragments.end(), more.begin() + 1, more.end());
+    for (int round = 0; round < 60; ++round) {
+        std::string const name = randomText(random, fragments, 500 + random() % 8000);
+        size_t const most = name.size() * 3 + 40;
+        for (size_t const capacity : {std::min(most, size_t{39000}), 1 + random() % name.size()}) {
+            ASSERT_EQ(localPathToUTF8(name, capacity), referenceToUTF8(name, capacity)) << round << ' ' << capacity;
+            ASSERT_EQ(utf8ToLocalPath(name, capacity), referenceToLocal(name, capacity)) << round << ' ' << capacity;
+        }
+    }
+}
+
+TEST(PathNames, OfRandomBytesAreAsInOnePass)
+{
+    std::mt19937 random(3);
+    for (int round = 0; round < 5000; ++round) {
+        std::string name;
+        for (size_t n = random() % 40; n != 0; --n)
+            name += static_cast<char>(random() % 3 == 0 ? "U+0D8A"[random() % 6] : 1 + random() % 255);
+        size_t const capacity = random() % 100;
+        ASSERT_EQ(localPathToUTF8(name, capacity), referenceToUTF8(name, capacity)) << hex(name) << ' ' << capacity;
+        ASSERT_EQ(utf8ToLocalPath(name, capacity), referenceToLocal(name, capacity)) << hex(name) << ' ' << capacity;
+    }
+}

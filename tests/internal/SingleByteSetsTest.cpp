@@ -1,0 +1,43 @@
+// kx7text tests - every single-byte converter against the model of its stored list.
+#include <gtest/gtest.h>
+
+#include "tests/internal/SingleByteLists.h"
+#include "tests/support/Probe.h"
+#include "tests/support/SampleSingleByte.h"
+#include "tests/support/Texts.h"
+
+using namespace kx7test;
+
+TEST(SingleByteSets, EveryByteAndUnitOfEverySet)
+{
+    for (SingleByteList const& stored : SINGLE_BYTE_LISTS) {
+        SCOPED_TRACE(stored.name);
+        SingleByteModel const model(pairsOf(stored.list));
+        Probe probe(stored.converter, model);
+        compareEveryByteAndUnit(probe);
+    }
+}
+
+TEST(SingleByteSets, RandomTextsOfEverySet)
+{
+    std::vector<std::string> bytes;
+    for (unsigned int byte = 1; byte <= 0xFF; ++byte)
+        bytes.emplace_back(1, static_cast<char>(byte));
+    for (SingleByteList const& stored : SINGLE_BYTE_LISTS) {
+        SCOPED_TRACE(stored.name);
+        std::vector<std::u16string> units{{0x4E00}, {0xD800}, {0xFFFD}};
+        for (auto const& pair : pairsOf(stored.list))
+            units.emplace_back(1, pair.second);
+        SingleByteModel const model(pairsOf(stored.list));
+        Probe probe(stored.converter, model);
+        std::mt19937 random(26);
+        for (int i = 0; i < 8; ++i)
+            for (ILLCHAR_OPTYPE const op : OPERATIONS) {
+                size_t const length = random() % (3 * PIECE_UNITS);
+                auto const room = static_cast<unsigned int>(random() % (4 * PIECE_UNITS));
+                int const limit = static_cast<int>(random() % (4 * PIECE_UNITS)) - 100;
+                probe.compareDecode({randomText(random, bytes, length), room, op, limit});
+                probe.compareEncode({randomText(random, units, length), room, op});
+            }
+    }
+}
