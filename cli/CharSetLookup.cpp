@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "kx7/charset/CharSetConverterManager.h"
 #include "kx7/converters/KX7CharSetConverter.h"
 
 namespace kx7 {
@@ -36,7 +37,9 @@ CharSetName const* findCharSet(std::string const& text)
 
 bool hasConverter(KX7CharSet charSet)
 {
-    return charSet == KX7CS_UTF8 || charSet == KX7CS_OS_DEFAULT ||
+    if (charSet == KX7CS_OS_DEFAULT)
+        charSet = g_oCnvtMgr.getDefaultCharSet();
+    return charSet == KX7CS_UTF8 ||
            KX7CharSetConverter::getConverter(charSet) != KX7CharSetConverter::getConverter(KX7CS_UTF8);
 }
 

@@ -8,6 +8,7 @@
 #include <atomic>
 #include <clocale>
 #include <cstdlib>
+#include <exception>
 #include <new>
 #include <vector>
 
@@ -201,7 +202,7 @@ KX7CharSet CharSetConverterManager::charSetFromString(char const* name)
         auto const found = nameToCharSetMap.find(KX7UString(name, KX7CS_ISO_8859_1));
         return found == nameToCharSetMap.end() ? KX7CS_OS_DEFAULT : found->second;
     }
-    catch (std::bad_alloc const&) {
+    catch (std::exception const&) {
         return KX7CS_OS_DEFAULT;
     }
 }

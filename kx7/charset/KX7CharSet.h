@@ -3,9 +3,11 @@
 //     unsigned char utf8[64];
 //     LocalToUTF8(utf8, "caf\xE9", sizeof utf8, KX7CS_WCP1252);   // 5: 63 61 66 C3 A9
 //
-// All functions may be called from any thread at once. None throws, none allocates; they report through their
-// result alone. Text is zero-terminated; null pointers are allowed and yield 0. Destination sizes are full
-// capacities, room for the terminator included: bytes for byte text, code units for UTF-16.
+// All functions may be called from any thread at once. None throws; they report through their result alone. None
+// allocates, but that a character set builds its tables on first use, that a name is kept when it is first asked for,
+// and that the two-step conversions take memory for a converter that a caller has registered. Text is zero-terminated;
+// null pointers are allowed and yield 0. Destination sizes are full capacities, room for the terminator included: bytes
+// for byte text, code units for UTF-16.
 #ifndef KX7_CHARSET_KX7CHARSET_H
 #define KX7_CHARSET_KX7CHARSET_H
 
@@ -143,12 +145,16 @@ KX7_API unsigned int LocalPathToUTF8(unsigned char* dst, char const* src, int ds
 KX7_API unsigned int UTF8ToLocalPath(char* dst, unsigned char const* src, int dstBytes);
 
 /**
- * Counts what the converter of `cs` counts in `src`, terminator excluded: UTF-16 code units, but that a four-byte
- * UTF-8 sequence counts once although it becomes two units.
+ * Counts what the converter of `cs` counts in `src`, terminator excluded: the UTF-16 code units that it becomes, but
+ * that UTF-8 counts sequences (a four-byte one once, although it becomes two units) and ends at a stray continuation
+ * byte, and that EUC-JP ends at a character that the end of the text cuts off.
  */
 KX7_API unsigned int GetNumUnits(char const* src, KX7CharSet cs);
 
-/** Bytes that UTF16ToLocal needs for the whole of `src` in `cs`, terminator excluded. */
+/**
+ * Bytes that UTF16ToLocal writes for the whole of `src` in `cs`, terminator excluded; a high surrogate at the end is
+ * not counted in UTF-8, UTF-32 and Shift_JIS-2004, though a substitute is written for it.
+ */
 KX7_API unsigned int GetNumBytes(unsigned short const* src, KX7CharSet cs);
 
 /** Smallest number of bytes of one character of `cs`. */

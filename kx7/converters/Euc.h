@@ -4,6 +4,12 @@
 
 namespace kx7 {
 
+/** Both bytes of a pair lie in this range. */
+constexpr bool isPairByte(unsigned char byte)
+{
+    return byte >= 0xA1 && byte <= 0xFE;
+}
+
 /** The code that the low seven bits of two bytes make. */
 constexpr unsigned short rowAndCell(unsigned char row, unsigned char cell)
 {

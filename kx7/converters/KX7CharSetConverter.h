@@ -27,7 +27,7 @@ enum ILLCHAR_OPTYPE : int32_t {
  * Converters are static objects of the library (kx7/charset/Converters.h); getConverter finds them by character set.
  * Every operation may be called from any thread at once. Nothing throws; nothing allocates, but that a table-driven
  * converter builds its tables on first use. A null destination or source yields 0 and writes nothing, not even a
- * terminator; it is not a size query.
+ * terminator; it is not a size query. Nothing is written behind the terminator, whatever the room is.
  */
 class KX7_API KX7CharSetConverter {
 public:
@@ -44,7 +44,7 @@ public:
     static KX7CharSetConverter* getConverter(KX7CharSet charSet);
 
     /**
-     * Counts the UTF-16 code units that `source` becomes (UTF-8: sequences, a four-byte one counting once).
+     * Counts the UTF-16 code units that `source` becomes; the class says where it counts otherwise.
      * @param byteCount bytes to read at most; 0xFFFFFFFF: up to the terminator
      * @return the count, 0 for a null source
      */
@@ -66,7 +66,8 @@ public:
                                  bool* illegal, int sourceLimit) = 0;
 
     /**
-     * Counts the bytes that fromUTF16 writes for `source` with ILLCHAR_REPLACE, terminator excluded.
+     * Counts the bytes that fromUTF16 writes for `source` with ILLCHAR_REPLACE, terminator excluded; the class says
+     * where a high surrogate at the end is not counted.
      * @param unitCount units to read at most; 0xFFFFFFFF: up to the 0 unit
      * @return the count, 0 for a null source
      */

@@ -4,16 +4,6 @@
 #include "kx7/converters/EngineOf.h"
 #include "kx7/converters/Euc.h"
 
-namespace {
-
-/** Both bytes of a pair lie in this range. */
-constexpr bool isPairByte(unsigned char byte)
-{
-    return byte >= 0xA1 && byte <= 0xFE;
-}
-
-}  // namespace
-
 struct KX7CharSetConverterEUC_CN_KR::Decoder : kx7::DecoderBase {
     explicit Decoder(LookupTable<unsigned short> const& toUnicode) : m_toUnicode(toUnicode) {}
 
@@ -21,12 +11,12 @@ struct KX7CharSetConverterEUC_CN_KR::Decoder : kx7::DecoderBase {
     {
         if (p[0] < 0x7F)
             return kx7::DecodedChar::one(p[0], 1);
-        if (!isPairByte(p[0]))
+        if (!kx7::isPairByte(p[0]))
             return kx7::DecodedChar::illegal(1, kx7::LimitCheck::CHECK);
         if (p + 1 == end)
             return kx7::DecodedChar::cut();
         // Kept on purpose: after a lead byte without a trail byte the limit waits for the character behind it.
-        if (!isPairByte(p[1]))
+        if (!kx7::isPairByte(p[1]))
             return kx7::DecodedChar::illegal(1, kx7::LimitCheck::SKIP);
         unsigned int const unit = m_toUnicode.get(kx7::rowAndCell(p[0], p[1]));
         if (unit == 0)
@@ -91,7 +81,7 @@ unsigned int KX7CharSetConverterEUC_CN_KR::getNumUnits(void const* source, unsig
     unsigned char const* const end = in + kx7::terminatedLength(source, byteCount);
     unsigned int count = 0;
     for (; in != end; ++count)
-        in += isPairByte(in[0]) && end - in >= 2 && isPairByte(in[1]) ? 2 : 1;
+        in += kx7::isPairByte(in[0]) && end - in >= 2 && kx7::isPairByte(in[1]) ? 2 : 1;
     return count;
 }
 

@@ -96,7 +96,36 @@ private:
     LookupTable<unsigned short> const& m_fromUnicode0212;
 };
 
-template struct kx7::EngineOf<KX7CharSetConverterEUC_JP>;
+struct KX7CharSetConverterEUC_JP::StrictDecoder : Decoder {
+    explicit StrictDecoder(Decoder const& decoder) : Decoder(decoder) {}
+
+    /** Pairs in the range of the standard, and the two that the encoder writes beside them. */
+    kx7::DecodedChar step(unsigned char const* p, unsigned char const* end) const
+    {
+        kx7::DecodedChar const c = Decoder::step(p, end);
+        if (c.found != kx7::Found::CHARACTER || c.consumed == 1 || p[0] == SINGLE_SHIFT_2)
+            return c;
+        bool const isYenOrOverline = p[0] == 0x80 && (p[1] == 0xDC || p[1] == 0xFE);
+        unsigned char const* const pair = p + c.consumed - 2;
+        if (isYenOrOverline || (kx7::isPairByte(pair[0]) && kx7::isPairByte(pair[1])))
+            return c;
+        return kx7::DecodedChar::illegal(1, kx7::LimitCheck::CHECK);
+    }
+};
+
+namespace kx7 {
+template <>
+Progress EngineOf<KX7CharSetConverterEUC_JP>::decodeStrict(KX7CharSetConverter& converter, unsigned char const* source,
+                                                           unsigned char const* sourceEnd, unsigned short* dest,
+                                                           unsigned short* destEnd, bool last)
+{
+    KX7CharSetConverterEUC_JP::StrictDecoder const decoder(
+        static_cast<KX7CharSetConverterEUC_JP&>(converter).decoder());
+    return decodeRange(decoder, source, sourceEnd, dest, destEnd, last);
+}
+
+template struct EngineOf<KX7CharSetConverterEUC_JP>;
+}  // namespace kx7
 
 KX7CharSetConverterEUC_JP::KX7CharSetConverterEUC_JP(unsigned short const* map0208, unsigned short const* map0201,
                                                      unsigned short const* map0212, KX7CharSet charSet)

@@ -46,6 +46,7 @@ public:
 private:
     friend struct kx7::EngineOf<KX7CharSetConverterEUC_JP>;
     struct Decoder;
+    struct StrictDecoder;
     struct Encoder;
     Decoder decoder();
     Encoder encoder();

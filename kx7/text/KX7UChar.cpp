@@ -7,10 +7,10 @@
 unsigned int const KX7UChar::UTF16_MAX;
 unsigned int const KX7UChar::UTF32_MAX;
 
-// Ahead of ordinary static objects, as the converters are.
-__attribute__((init_priority(101))) KX7UCharTable KX7UChar::m_gUpperCaseTable(toUpperTable, true);
-__attribute__((init_priority(101))) KX7UCharTable KX7UChar::m_gLowerCaseTable(toLowerTable, true);
-__attribute__((init_priority(101))) KX7UCharTable KX7UChar::m_gCharClassTable(classTable, false);
+// Initialised as constants: usable in any static initialiser.
+KX7UCharTable KX7UChar::m_gUpperCaseTable(toUpperTable, true);
+KX7UCharTable KX7UChar::m_gLowerCaseTable(toLowerTable, true);
+KX7UCharTable KX7UChar::m_gCharClassTable(classTable, false);
 
 namespace {
 

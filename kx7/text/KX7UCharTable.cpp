@@ -4,12 +4,6 @@
 #include "kx7/converters/LoadLock.h"
 #include "kx7/tables/CharProperties.h"
 
-KX7UCharTable::KX7UCharTable(kx7::CharRange const* ranges_, bool increment_)
-    : directory(nullptr), ranges(ranges_), increment(increment_)
-{
-    pthread_mutex_init(&mutex, nullptr);
-}
-
 KX7UCharTable::~KX7UCharTable()
 {
     delete directory.load(std::memory_order_relaxed);

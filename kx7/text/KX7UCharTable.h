@@ -22,7 +22,10 @@ public:
      * @param ranges    records in ascending order, ended by one whose first unit is 0. Not copied.
      * @param increment true: the value grows by one for each unit of a range; false: it is the same for all
      */
-    KX7UCharTable(kx7::CharRange const* ranges, bool increment);
+    constexpr KX7UCharTable(kx7::CharRange const* ranges_, bool increment_)
+        : directory(nullptr), ranges(ranges_), increment(increment_)
+    {
+    }
     ~KX7UCharTable();
 
     KX7UCharTable(KX7UCharTable const&) = delete;
@@ -44,7 +47,7 @@ private:
     std::atomic<LookupTable<unsigned short>*> directory;
     kx7::CharRange const* ranges;
     bool increment;
-    pthread_mutex_t mutex;
+    pthread_mutex_t mutex = PTHREAD_MUTEX_INITIALIZER;
 };
 
 #endif

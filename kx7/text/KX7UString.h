@@ -121,7 +121,10 @@ public:
     KX7UString& operator=(char const* s);
     KX7UString& operator=(unsigned short u);
 
-    /** Unlike the others leaves the cache of c_str() as it is, which then still answers with the old text. */
+    /**
+     * Unlike the others leaves the cache of c_str() as it is, which then still answers with the old text; only where
+     * the result is empty the cache goes.
+     */
     KX7UString& operator=(char c);
 
     /** Exchanges the texts, by copying: the storage of both ends as after assign(). */
@@ -214,7 +217,10 @@ public:
     /** The first `n` units; throws where there are fewer. */
     KX7UString left(unsigned int n) const;
 
-    /** `n` units at `pos`, with npos to the end; throws where there are fewer. */
+    /**
+     * `n` units at `pos`, with npos to the end; throws where `pos` + `n`, modulo 2^32, is beyond the end. A sum that
+     * wraps passes: the part is then cut down to what is there.
+     */
     KX7UString mid(unsigned int pos, unsigned int n = npos) const;
 
     /** Maps unit by unit (KX7UChar::toUpperCase); the length never changes. Keeps the cache of c_str(). */

@@ -155,7 +155,7 @@ KX7UString& KX7UString::operator=(KX7PascalString const* p)
     if (units == 0)
         return erase();
     AssureSpace(units);
-    space->length = 0;
+    setLength(0);
     appendBytes(p->text, p->length, converter, units, p->length);
     dropCache();
     return *this;
@@ -192,7 +192,7 @@ KX7UString& KX7UString::operator=(char const* s)
     if (units == 0)
         return erase();
     AssureSpace(units);
-    space->length = 0;
+    setLength(0);
     appendBytes(s, kx7::UNTIL_TERMINATOR, converter, units, -1);
     dropCache();  // last: the source may be the cache
     return *this;
@@ -214,7 +214,7 @@ KX7UString& KX7UString::operator=(char c)
     unsigned int const units = c != 0 ? converter.getNumUnits(&c, 1) : 0;
     if (units == 0)
         return erase();
-    space->length = 0;
+    setLength(0);
     appendBytes(&c, 1, converter, units, -1);
     return *this;
 }

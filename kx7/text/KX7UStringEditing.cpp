@@ -119,7 +119,7 @@ KX7UString KX7UString::mid(unsigned int pos, unsigned int n) const
 KX7UString& KX7UString::toUpper(bool asciiOnly)
 {
     for (unsigned short* unit = space->buffer; unit != space->buffer + space->length; ++unit)
-        if (!asciiOnly || *unit < 0x80)
+        if (!asciiOnly || (*unit >= 'a' && *unit <= 'z'))
             *unit = KX7UChar::toUpperCase(*unit);
     return *this;
 }
@@ -127,7 +127,7 @@ KX7UString& KX7UString::toUpper(bool asciiOnly)
 KX7UString& KX7UString::toLower(bool asciiOnly)
 {
     for (unsigned short* unit = space->buffer; unit != space->buffer + space->length; ++unit)
-        if (!asciiOnly || *unit < 0x80)
+        if (!asciiOnly || (*unit >= 'A' && *unit <= 'Z'))
             *unit = KX7UChar::toLowerCase(*unit);
     return *this;
 }

@@ -182,18 +182,36 @@ public:
             m_limit = static_cast<uint64_t>(is.width());
     }
 
-    /** The next byte, left in the stream; false and eofbit at the end. 0xFF counts as the end: kept on purpose. */
+    /** What next() gives where the stream's buffer threw: an end without eofbit. */
+    static constexpr int BROKEN = -2;
+    static_assert(BROKEN != EOF, "the two ends differ");
+
+    /** The next byte, left in the stream; EOF at its end. */
+    int next()
+    {
+        return guarded([this] { return m_is.rdbuf() ? m_is.rdbuf()->sgetc() : EOF; });
+    }
+
+    /** Takes the byte that was seen last. */
+    void skip()
+    {
+        guarded([this] { return m_is.rdbuf()->sbumpc(); });
+    }
+
+    /** The next byte, left in the stream; false at the end, with eofbit. 0xFF counts as the end: kept on purpose. */
     bool peek(char& c)
     {
-        int const next = m_is.rdbuf() ? m_is.rdbuf()->sgetc() : EOF;
-        c = static_cast<char>(next);
+        int const byte = next();
+        if (byte == BROKEN)
+            return false;
+        c = static_cast<char>(byte);
         if (c != static_cast<char>(EOF))
             return true;
-        m_state |= std::ios_base::eofbit;
+        setEnd();
         return false;
     }
 
-    void skip() { m_is.rdbuf()->sbumpc(); }
+    void setEnd() { m_state |= std::ios_base::eofbit; }
 
     void store(char c) { m_bytes += c; }
 
@@ -205,30 +223,41 @@ public:
         if (m_bytes.empty())
             m_state |= std::ios_base::failbit;
         else
-            s.assign(KX7UString(m_bytes.data(), static_cast<unsigned int>(m_bytes.size()), KX7CS_OS_DEFAULT));
+            assignTo(s);
         m_is.clear(m_state | m_is.rdstate());
     }
 
 private:
+    template <class Read>
+    static int guarded(Read read)
+    {
+        try {
+            return read();
+        }
+        catch (abi::__forced_unwind&) {
+            throw;  // the thread is being cancelled
+        }
+        catch (...) {
+            return BROKEN;
+        }
+    }
+
+    void assignTo(KX7UString& s)
+    {
+        try {
+            s.assign(KX7UString(m_bytes.data(), static_cast<unsigned int>(m_bytes.size()), KX7CS_OS_DEFAULT));
+        }
+        catch (...) {
+            m_is.clear(m_state | m_is.rdstate());
+            throw;
+        }
+    }
+
     std::istream& m_is;
     uint64_t m_limit;
     std::ios_base::iostate m_state;
     std::string m_bytes;
 };
-
-/** Runs `read`; what the stream's buffer throws ends the reading and keeps the bytes so far. */
-template <class Read>
-void readBytes(Read read)
-{
-    try {
-        read();
-    }
-    catch (abi::__forced_unwind&) {
-        throw;  // the thread is being cancelled
-    }
-    catch (...) {
-    }
-}
 
 }  // namespace
 
@@ -236,20 +265,20 @@ std::istream& operator>>(std::istream& is, KX7UString& s)
 {
     s.erase();
     ByteReader reader(is);
-    readBytes([&reader, &is] {
-        char c;
-        do {
-            if (!reader.peek(c))
-                return;  // without a word the width stays
-            if (isSpace(c))
-                reader.skip();
-        } while (isSpace(c));
+    int first;
+    while ((first = reader.next()) >= 0 && isSpace(static_cast<char>(first)))
+        reader.skip();
+    if (first == EOF) {
+        reader.setEnd();  // without a word the width stays
+    }
+    else if (first != ByteReader::BROKEN) {
         is.width(0);
+        char c;
         while (reader.hasRoom() && reader.peek(c) && !isSpace(c)) {
             reader.store(c);
             reader.skip();
         }
-    });
+    }
     reader.finish(s);
     return is;
 }
@@ -259,15 +288,15 @@ std::istream& getline(std::istream& is, KX7UString& s, char delim)
     s.erase();
     ByteReader reader(is);
     is.width(0);
-    readBytes([&reader, delim] {
-        char c;
-        while (reader.hasRoom() && reader.peek(c)) {
+    char c;
+    while (reader.hasRoom() && reader.peek(c)) {
+        if (c == delim) {
             reader.skip();
-            if (c == delim)
-                break;
-            reader.store(c);
+            break;
         }
-    });
+        reader.store(c);
+        reader.skip();
+    }
     reader.finish(s);
     return is;
 }

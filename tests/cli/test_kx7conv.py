@@ -573,6 +573,25 @@ class Samples(Test):
                 ours = {"UTF-8": "utf8", name: charSet}
                 self.expect(["-f", ours[source], "-t", ours[target], file], b"", done.stdout)
 
+    @unittest.skipUnless(shutil.which("iconv"), "no iconv")
+    def testConvertAmongAllEncodingsOfTheirLanguageAsIconvDoes(self):
+        unicode = {"utf8": "UTF-8", "utf16": "UTF-16LE", "utf32": "UTF-32LE"}
+        for language in ("japanese", "chinese-simplified", "chinese-traditional", "korean"):
+            text = (SAMPLES / f"{language}.utf8.txt").read_bytes()
+            names = dict(unicode)
+            for path in SAMPLES.glob(f"{language}.[0-9]*.txt"):
+                charSet = path.name.split(".")[1]
+                names[charSet] = ICONV_NAMES.get(charSet, f"CP{charSet}")
+            self.assertGreaterEqual(len(names), 5, language)
+            forms = {}
+            for charSet, name in names.items():
+                done = subprocess.run(["iconv", "-f", "UTF-8", "-t", name], input=text, capture_output=True)
+                self.assertEqual((done.returncode, done.stderr), (0, b""), name)
+                forms[charSet] = done.stdout
+            for source, data in forms.items():
+                for target, expected in forms.items():
+                    self.expect(["-f", source, "-t", target], data, expected)
+
 
 if __name__ == "__main__":
     unittest.main()

@@ -79,7 +79,8 @@ TEST(CP932, BlankIsNoTrailByte)
 TEST(CP932, ByteBehindABadLeadIsReadAfresh)
 {
     cp932.decodes({
-        {"a byte that neither trails nor leads", "\x82\xFE\x82\xA0", 8, ILLCHAR_REPLACE, -1, u"\uFFFD\uFFFD\u3042", SET},
+        {"a byte that neither trails nor leads", "\x82\xFE\x82\xA0", 8, ILLCHAR_REPLACE, -1, u"\uFFFD\uFFFD\u3042",
+         SET},
         {"stop behind the replacement", "\x82\x20", 1, ILLCHAR_REPLACE, -1, u"\uFFFD", SET},
     });
 }

@@ -167,9 +167,29 @@ TEST(DefaultCharSet, OfTheUsualExamples)
 TEST(DefaultCharSet, IsLatin1WhereNothingIsFound)
 {
     char const* const languages[] = {
-        "",          ".EUC",  "EUC",      "_.EUC",   ".",        "@",          "-",
-        "_",         "..",    "a.",       "a.@x",    "@UTF-8",   "a.UTF_8",    "a.b.UTF-8",
-        "a.EUC.EUC", "utf 8", "a.UTF-8 ", "a.UTF8x", "\xFF\xFE", "a.\xC3\xA9", "UTF\xEF\xBC\x98",
+        "",
+        ".EUC",
+        "EUC",
+        "_.EUC",
+        ".",
+        "@",
+        "-",
+        "_",
+        "..",
+        "a.",
+        "a.@x",
+        "@UTF-8",
+        "a.UTF_8",
+        "a.b.UTF-8",
+        "a.EUC.EUC",
+        "\x7F",
+        "a.\x7F",
+        "utf 8",
+        "a.UTF-8 ",
+        "a.UTF8x",
+        "\xFF\xFE",
+        "a.\xC3\xA9",
+        "UTF\xEF\xBC\x98",
     };
     for (char const* const language : languages)
         EXPECT_EQ(detected(language), UNKNOWN) << language;

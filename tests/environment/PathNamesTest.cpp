@@ -461,7 +461,7 @@ TEST(PathNames, OfRandomBytesAreAsInOnePass)
     for (int round = 0; round < 5000; ++round) {
         std::string name;
         for (size_t n = random() % 40; n != 0; --n)
-            name += static_cast<char>(random() % 3 == 0 ? "U+0D8A"[random() % 6] : 1 + random() % 255);
+            name += random() % 3 == 0 ? "U+0D8A"[random() % 6] : static_cast<char>(1 + random() % 255);
         size_t const capacity = random() % 100;
         ASSERT_EQ(localPathToUTF8(name, capacity), referenceToUTF8(name, capacity)) << hex(name) << ' ' << capacity;
         ASSERT_EQ(utf8ToLocalPath(name, capacity), referenceToLocal(name, capacity)) << hex(name) << ' ' << capacity;

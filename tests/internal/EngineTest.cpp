@@ -468,7 +468,8 @@ TEST(Engines, EncodeTextGoesOnWhereItWasFull)
                 unsigned char piece[3000];
                 for (;;) {
                     unsigned int const room = 6 + static_cast<unsigned int>(random() % 2990);
-                    TextProgress const text = engine.encodeText(subject.converter, {in, nullptr}, piece, room, op, true);
+                    TextProgress const text =
+                        engine.encodeText(subject.converter, {in, nullptr}, piece, room, op, true);
                     bytes.append(piece, piece + text.written);
                     in += text.consumed;
                     if (!text.full)

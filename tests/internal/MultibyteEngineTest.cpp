@@ -345,7 +345,7 @@ TEST(MultibyteEngines, StrictEscapedFormRefusesBytesFrom80AndUnpairedSurrogates)
 TEST(MultibyteEngines, StrictDecodersOfTheOthersAreTheLenientOnes)
 {
     for (MultibyteSet const& set : multibyteSets()) {
-        if (set.isWide || &set.converter == &g_oConverterUTF16Esc)
+        if (set.isWide || &set.converter == &g_oConverterUTF16Esc || &set.converter == &g_oConverterEUCJP)
             continue;
         SCOPED_TRACE(set.name);
         RangeProbe lenient(set.converter);
@@ -354,6 +354,26 @@ TEST(MultibyteEngines, StrictDecodersOfTheOthersAreTheLenientOnes)
             for (bool const last : {false, true})
                 ASSERT_EQ(strict.decode(bytes, 16, last), lenient.decode(bytes, 16, last)) << hex(bytes);
         });
+    }
+}
+
+TEST(MultibyteEngines, StrictEUCJPTakesPairsInRangeAndTheTwoThatTheEncoderWritesBesideThem)
+{
+    RangeProbe lenient(g_oConverterEUCJP);
+    RangeProbe strict(g_oConverterEUCJP, true);
+    for (unsigned int lead = 0x7F; lead <= 0xFF; ++lead) {
+        for (unsigned int trail = 0; trail <= 0xFF; ++trail) {
+            std::string const bytes = {static_cast<char>(lead), static_cast<char>(trail), 'A'};
+            auto const inRange = [](unsigned int byte) { return byte >= 0xA1 && byte <= 0xFE; };
+            bool const isYenOrOverline = lead == 0x80 && (trail == 0xDC || trail == 0xFE);
+            bool const isKatakana = lead == 0x8E;
+            bool const isGood = isYenOrOverline || isKatakana || (inRange(lead) && inRange(trail));
+            if (isGood)
+                EXPECT_EQ(strict.decode(bytes, 16, true), lenient.decode(bytes, 16, true)) << hex(bytes);
+            else
+                EXPECT_EQ(strict.decode(bytes, 16, true), (Ranged<std::u16string>{u"", 0, Stop::ILLEGAL, 1}))
+                    << hex(bytes);
+        }
     }
 }
 

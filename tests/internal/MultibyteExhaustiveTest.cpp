@@ -309,8 +309,8 @@ TEST(Multibyte, EveryFragmentAcrossAPieceBoundary)
         std::string letters;
         while (letters.size() < 2 * PIECE_UNITS * letter.size())
             letters += letter;
-        for (size_t const pieces : {1, 2})
-            for (size_t const before : {0, 1, 2, 3, 4, 5, 6, 7}) {
+        for (size_t const pieces : {1U, 2U})
+            for (size_t before = 0; before < 8; ++before) {
                 std::string const front =
                     letters.substr(0, (pieces * PIECE_UNITS - before) / letter.size() * letter.size());
                 for (std::string const& a : set.byteFragments)

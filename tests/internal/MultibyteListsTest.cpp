@@ -204,7 +204,7 @@ TEST(MultibyteLists, ShiftJisEndsWithTheVendorsRun)
     std::set<unsigned int> tail;
     for (auto pair = pairs.end() - 139; pair != pairs.end(); ++pair)
         tail.insert(pair->first);
-    for (unsigned int const code : {0x5C, 0x7E, 0x8740, 0x815C, 0x8160, 0x817C, 0x81CA, 0xFA55})
+    for (unsigned int const code : {0x5CU, 0x7EU, 0x8740U, 0x815CU, 0x8160U, 0x817CU, 0x81CAU, 0xFA55U})
         EXPECT_EQ(tail.count(code), 1u) << code;
     EXPECT_EQ(CodeMap(pairs).codePointOf(0x5C), 0x5Cu);
     EXPECT_EQ(CodeMap(pairs).codePointOf(0x7E), 0x7Eu);

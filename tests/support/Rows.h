@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <climits>
 #include <string>
 
 #include "tests/support/Probe.h"
@@ -51,7 +52,8 @@ inline void expectDecoded(Probe& probe, DecodeRow const& row)
     unsigned int const most = row.limit == 0 ? 0 : longestPrefix(probe.converter());
     for (unsigned int n = 0; n <= most; ++n) {
         std::string const letters = asciiLetters(n);
-        int const limit = row.limit > 0 ? row.limit + static_cast<int>(n) : row.limit;
+        bool const hasLimit = row.limit > 0 && row.limit != INT_MAX;
+        int const limit = hasLimit ? row.limit + static_cast<int>(n) : row.limit;
         DecodeCall const call{letters + row.bytes, row.room + n, row.op, limit};
         Decoded const expected{std::u16string(letters.begin(), letters.end()) + row.units, row.flag};
         for (FlagArgument const argument : FLAG_ARGUMENTS)

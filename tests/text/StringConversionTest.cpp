@@ -549,7 +549,7 @@ void expectAssigned(KX7UString const& s, std::u16string const& text, unsigned in
 
 TEST(StringAssignment, OfUnits)
 {
-    for (size_t const n : {1, 5, 257, 258, 1000}) {
+    for (size_t const n : {1U, 5U, 257U, 258U, 1000U}) {
         std::u16string const text(n, u'\x20AC');
         onEveryState([&](KX7UString& s, unsigned int capacity) {
             EXPECT_EQ(&(s = raw(text)), &s);
@@ -581,7 +581,7 @@ TEST(StringAssignment, OfItsOwnUnits)
 
 TEST(StringAssignment, OfBytesIsInTheDefaultSet)
 {
-    for (size_t const n : {1, 5, 257, 258, 1000}) {
+    for (size_t const n : {1U, 5U, 257U, 258U, 1000U}) {
         std::string const bytes(n, 'x');
         onEveryState([&](KX7UString& s, unsigned int capacity) {
             EXPECT_EQ(&(s = bytes.c_str()), &s);

@@ -194,6 +194,17 @@ TEST(StringRead, OfBlanksToTheEndLeavesTheWidth)
     }
 }
 
+TEST(StringRead, OfAByteThatCountsAsTheEndResetsTheWidth)
+{
+    KX7UString s;
+    std::istringstream in("  \xFF"
+                          "a");
+    in.width(5);
+    in >> s;
+    EXPECT_EQ(in.rdstate(), FAILED);
+    EXPECT_EQ(in.width(), 0) << "the byte is no blank, so the word begins there";
+}
+
 TEST(StringRead, AddsToTheStateOfTheStream)
 {
     std::istringstream in("abc def");
