@@ -6,12 +6,15 @@
 #include "kx7/converters/EngineOf.h"
 #include "kx7/converters/LoadLock.h"
 #include "kx7/converters/LookupTables.h"
+#include "kx7/kernels/Kernels.h"
 
 struct KX7CharSetConverterSBCS::Decoder : kx7::DecoderBase {
     explicit Decoder(unsigned short const* toUnicode) : m_toUnicode(toUnicode) {}
 
     void run(unsigned char const*& in, unsigned char const* end, unsigned short*& out, unsigned short* outEnd) const
     {
+        if (end - in >= kx7::KERNEL_MINIMUM)
+            kx7::kernels().decodeSingleByte(m_toUnicode, in, end, out, outEnd);
         while (in != end && out != outEnd) {
             unsigned short const unit = m_toUnicode[*in];
             if (unit == 0)
@@ -38,6 +41,8 @@ struct KX7CharSetConverterSBCS::Encoder : kx7::EncoderBase {
 
     void run(unsigned short const*& in, unsigned short const* end, unsigned char*& out, unsigned char* outEnd) const
     {
+        if (end - in >= kx7::KERNEL_MINIMUM)
+            kx7::kernels().encodeSingleByte(m_fromUnicode, in, end, out, outEnd);
         while (in != end && out != outEnd) {
             unsigned char const byte = m_fromUnicode.get(*in);
             if (byte == 0)

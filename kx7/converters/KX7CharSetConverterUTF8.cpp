@@ -3,6 +3,7 @@
 #include "kx7/converters/KX7CharSetConverterUTF8.h"
 
 #include "kx7/converters/EngineOf.h"
+#include "kx7/kernels/Kernels.h"
 
 namespace {
 
@@ -68,6 +69,8 @@ struct StrictDecoder : kx7::DecoderBase {
 struct KX7CharSetConverterUTF8::Decoder : kx7::DecoderBase {
     static void run(unsigned char const*& in, unsigned char const* end, unsigned short*& out, unsigned short* outEnd)
     {
+        if (end - in >= kx7::KERNEL_MINIMUM)
+            kx7::kernels().decodeUTF8(in, end, out, outEnd);
         copyASCII(in, end, out, outEnd);
     }
 
@@ -94,6 +97,8 @@ struct KX7CharSetConverterUTF8::Decoder : kx7::DecoderBase {
 struct KX7CharSetConverterUTF8::Encoder : kx7::EncoderBase {
     static void run(unsigned short const*& in, unsigned short const* end, unsigned char*& out, unsigned char* outEnd)
     {
+        if (end - in >= kx7::KERNEL_MINIMUM)
+            kx7::kernels().encodeUTF8(in, end, out, outEnd);
         while (in != end && out != outEnd && *in < 0x80)
             *out++ = static_cast<unsigned char>(*in++);
     }

@@ -28,6 +28,8 @@ public:
 
     T get(unsigned int key) const { return m_pages[key >> 8][key & 0xFF]; }
 
+    T const* page(unsigned int high) const { return m_pages[high]; }
+
     void put(unsigned int key, T value, T const* nullPage)
     {
         T*& page = m_pages[key >> 8];
@@ -71,6 +73,9 @@ public:
 
     /** The value stored at `key`, 0 when there is none. */
     T get(unsigned short key) const { return m_pages.get(key); }
+
+    /** The 256 values of the keys whose high byte is `high`. */
+    T const* page(unsigned char high) const { return m_pages.page(high); }
 
     /** The page of zeros that all empty slots share; never written, never freed. */
     static T const m_gNullTable[256];

@@ -12,6 +12,7 @@
 
 #include "kx7/converters/Engine.h"
 #include "kx7/converters/Utf16.h"
+#include "kx7/kernels/Kernels.h"
 
 namespace kx7 {
 
@@ -98,13 +99,10 @@ T* endOf(T* begin, size_t count)
     return begin + std::min(count, std::min(addressable, size_t{PTRDIFF_MAX}) / sizeof(T));
 }
 
-/** Units before the first 0 unit, at most `most`. Reads nothing behind either. */
+/** Units before the first 0 unit, at most `most`. Touches no page that these do not reach. */
 inline size_t unitLength(unsigned short const* text, size_t most)
 {
-    size_t n = 0;
-    while (n < most && text[n] != 0)
-        ++n;
-    return n;
+    return kernels().unitLength(text, most);
 }
 
 /** What a decoder has unless it hides it. */

@@ -1,0 +1,25 @@
+// kx7text - the kernels with AVX2, and how their functions are compiled (internal).
+#ifndef KX7_KERNELS_AVX2_H
+#define KX7_KERNELS_AVX2_H
+
+#include "kx7/kernels/Kernels.h"
+
+#ifdef KX7_X86_KERNELS
+
+#include <immintrin.h>
+
+// By function and not by file: an inline function of a header must not be compiled for a machine that is not there.
+#define KX7_AVX2 __attribute__((target("avx2,popcnt")))
+
+namespace kx7 {
+
+void decodeUTF8Avx2(unsigned char const*& in, unsigned char const* end, unsigned short*& out, unsigned short* outEnd);
+void encodeUTF8Avx2(unsigned short const*& in, unsigned short const* end, unsigned char*& out, unsigned char* outEnd);
+void decodeSingleByteAvx2(unsigned short const* toUnicode, unsigned char const*& in, unsigned char const* end,
+                          unsigned short*& out, unsigned short* outEnd);
+
+}  // namespace kx7
+
+#endif
+
+#endif

@@ -1,0 +1,121 @@
+// kx7text - kernels for any machine: plain loops, with blocks of ASCII where the machine has SSE2.
+//
+// ASCII is found by the sign bits of 16 bytes, or by the high nine bits of 8 units, and widened or narrowed at once.
+#include "kx7/kernels/Kernels.h"
+
+#include <algorithm>
+#include <cstdint>
+
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
+namespace kx7 {
+
+namespace {
+
+KX7_READS_BEYOND size_t unitLength(unsigned short const* text, size_t most)
+{
+    size_t n = 0;
+#ifdef __SSE2__
+    constexpr size_t BLOCK = 8;
+    size_t const untilAligned = reinterpret_cast<uintptr_t>(text) % 16;
+    if (most >= 2 * BLOCK && untilAligned % 2 == 0) {
+        size_t const skipped = untilAligned / 2;
+        __m128i const zero = _mm_setzero_si128();
+        auto const* block = reinterpret_cast<__m128i const*>(text - skipped);
+        auto zeros = static_cast<unsigned int>(_mm_movemask_epi8(_mm_cmpeq_epi16(_mm_load_si128(block), zero)));
+        zeros = zeros >> untilAligned << untilAligned;
+        while (zeros == 0) {
+            n += BLOCK;
+            if (n - skipped >= most)
+                return most;
+            zeros = static_cast<unsigned int>(_mm_movemask_epi8(_mm_cmpeq_epi16(_mm_load_si128(++block), zero)));
+        }
+        return std::min(most, n + static_cast<size_t>(__builtin_ctz(zeros)) / 2 - skipped);
+    }
+#endif
+    while (n < most && text[n] != 0)
+        ++n;
+    return n;
+}
+
+void decodeUTF8(unsigned char const*& in, unsigned char const* end, unsigned short*& out, unsigned short* outEnd)
+{
+#ifdef __SSE2__
+    while (end - in >= 16 && outEnd - out >= 16) {
+        __m128i const bytes = _mm_loadu_si128(reinterpret_cast<__m128i const*>(in));
+        if (_mm_movemask_epi8(bytes) != 0)
+            break;
+        __m128i const zero = _mm_setzero_si128();
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(out), _mm_unpacklo_epi8(bytes, zero));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(out + 8), _mm_unpackhi_epi8(bytes, zero));
+        in += 16;
+        out += 16;
+    }
+#else
+    (void)in, (void)end, (void)out, (void)outEnd;
+#endif
+}
+
+void encodeUTF8(unsigned short const*& in, unsigned short const* end, unsigned char*& out, unsigned char* outEnd)
+{
+#ifdef __SSE2__
+    while (end - in >= 16 && outEnd - out >= 16) {
+        __m128i const low = _mm_loadu_si128(reinterpret_cast<__m128i const*>(in));
+        __m128i const high = _mm_loadu_si128(reinterpret_cast<__m128i const*>(in + 8));
+        __m128i const above = _mm_and_si128(_mm_or_si128(low, high), _mm_set1_epi16(static_cast<short>(0xFF80)));
+        if (_mm_movemask_epi8(_mm_cmpeq_epi16(above, _mm_setzero_si128())) != 0xFFFF)
+            break;
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(out), _mm_packus_epi16(low, high));
+        in += 16;
+        out += 16;
+    }
+#else
+    (void)in, (void)end, (void)out, (void)outEnd;
+#endif
+}
+
+void decodeSingleByte(unsigned short const* toUnicode, unsigned char const*& in, unsigned char const* end,
+                      unsigned short*& out, unsigned short* outEnd)
+{
+    while (end - in >= 4 && outEnd - out >= 4) {
+        unsigned short const a = toUnicode[in[0]];
+        unsigned short const b = toUnicode[in[1]];
+        unsigned short const c = toUnicode[in[2]];
+        unsigned short const d = toUnicode[in[3]];
+        if (a == 0 || b == 0 || c == 0 || d == 0)
+            break;
+        out[0] = a;
+        out[1] = b;
+        out[2] = c;
+        out[3] = d;
+        in += 4;
+        out += 4;
+    }
+}
+
+void encodeSingleByte(LookupTable<unsigned char> const& fromUnicode, unsigned short const*& in,
+                      unsigned short const* end, unsigned char*& out, unsigned char* outEnd)
+{
+    while (end - in >= 4 && outEnd - out >= 4) {
+        unsigned char const a = fromUnicode.get(in[0]);
+        unsigned char const b = fromUnicode.get(in[1]);
+        unsigned char const c = fromUnicode.get(in[2]);
+        unsigned char const d = fromUnicode.get(in[3]);
+        if (a == 0 || b == 0 || c == 0 || d == 0)
+            break;
+        out[0] = a;
+        out[1] = b;
+        out[2] = c;
+        out[3] = d;
+        in += 4;
+        out += 4;
+    }
+}
+
+}  // namespace
+
+Kernels const BASELINE_KERNELS = {unitLength, decodeUTF8, encodeUTF8, decodeSingleByte, encodeSingleByte};
+
+}  // namespace kx7

@@ -1,0 +1,71 @@
+// kx7text - the choice of kernels.
+#include "kx7/kernels/Kernels.h"
+
+namespace kx7 {
+
+namespace {
+
+size_t plainUnitLength(unsigned short const* text, size_t most)
+{
+    size_t n = 0;
+    while (n < most && text[n] != 0)
+        ++n;
+    return n;
+}
+
+}  // namespace
+
+Kernels const PLAIN_KERNELS = {
+    plainUnitLength,
+    [](unsigned char const*&, unsigned char const*, unsigned short*&, unsigned short*) {},
+    [](unsigned short const*&, unsigned short const*, unsigned char*&, unsigned char*) {},
+    [](unsigned short const*, unsigned char const*&, unsigned char const*, unsigned short*&, unsigned short*) {},
+    [](LookupTable<unsigned char> const&, unsigned short const*&, unsigned short const*, unsigned char*&,
+       unsigned char*) {},
+};
+
+InstructionSet detectInstructionSet()
+{
+#ifdef KX7_X86_KERNELS
+    __builtin_cpu_init();
+    if (__builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vl") &&
+        __builtin_cpu_supports("avx512vbmi") && __builtin_cpu_supports("avx512vbmi2"))
+        return InstructionSet::AVX512;
+    if (__builtin_cpu_supports("avx2"))
+        return InstructionSet::AVX2;
+#endif
+    return InstructionSet::BASELINE;
+}
+
+Kernels const& kernelsOf(InstructionSet set)
+{
+#ifdef KX7_X86_KERNELS
+    if (set == InstructionSet::AVX512)
+        return AVX512_KERNELS;
+    if (set == InstructionSet::AVX2)
+        return AVX2_KERNELS;
+#endif
+    return set == InstructionSet::PLAIN ? PLAIN_KERNELS : BASELINE_KERNELS;
+}
+
+std::atomic<Kernels const*> kernelsInUse{&BASELINE_KERNELS};
+
+bool useInstructionSet(InstructionSet set)
+{
+    if (set > detectInstructionSet())
+        return false;
+    kernelsInUse.store(&kernelsOf(set), std::memory_order_relaxed);
+    return true;
+}
+
+namespace {
+
+// Early, so that conversions in static constructors have them too; before that the baseline serves.
+__attribute__((constructor(101))) void chooseKernels()
+{
+    useInstructionSet(detectInstructionSet());
+}
+
+}  // namespace
+
+}  // namespace kx7

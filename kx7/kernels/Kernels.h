@@ -1,0 +1,88 @@
+// kx7text - vector kernels: which there are, and which this machine runs (internal).
+//
+// A kernel converts a run that it is sure of and hands the rest back; the plain steps of the converters remain the one
+// statement of the rules. All kernels have one shape: they move `in` and `out` over what they converted, read only from
+// `in` up to `end`, write only what they move `out` over, never beyond `outEnd`, and may do nothing. A room is often
+// larger than the destination, so nothing is written behind the text even where there is room.
+#ifndef KX7_KERNELS_KERNELS_H
+#define KX7_KERNELS_KERNELS_H
+
+#include <atomic>
+#include <cstddef>
+
+#include "kx7/converters/LookupTable.h"
+
+// Reads whole aligned blocks, of which a part may lie beside the object: no page that is not there, but more than a
+// sanitizer allows.
+#if defined __clang__ || defined __GNUC__
+#define KX7_READS_BEYOND __attribute__((no_sanitize("address"), no_sanitize("thread")))
+#endif
+
+namespace kx7 {
+
+enum class InstructionSet {
+    PLAIN,     ///< no kernels: the steps alone
+    BASELINE,  ///< what every machine of the kind that the library is compiled for has
+    AVX2,
+    AVX512  ///< with VBMI and VBMI2
+};
+
+struct Kernels {
+    /**
+     * Units before the first 0 unit, at most `most`. Reads no unit behind that one or the bound in another aligned
+     * block of memory, so in no page that the text does not reach.
+     */
+    size_t (*unitLength)(unsigned short const* text, size_t most);
+
+    /** UTF-8 whose sequences are as long as their leads say. */
+    void (*decodeUTF8)(unsigned char const*& in, unsigned char const* end, unsigned short*& out,
+                       unsigned short* outEnd);
+
+    /** UTF-16 without unpaired high surrogates. */
+    void (*encodeUTF8)(unsigned short const*& in, unsigned short const* end, unsigned char*& out,
+                       unsigned char* outEnd);
+
+    /** Bytes that `toUnicode` (256 units) maps. */
+    void (*decodeSingleByte)(unsigned short const* toUnicode, unsigned char const*& in, unsigned char const* end,
+                             unsigned short*& out, unsigned short* outEnd);
+
+    /** Units that `fromUnicode` maps. */
+    void (*encodeSingleByte)(LookupTable<unsigned char> const& fromUnicode, unsigned short const*& in,
+                             unsigned short const* end, unsigned char*& out, unsigned char* outEnd);
+};
+
+/** The fewest bytes or units for which a kernel is worth its call. */
+constexpr ptrdiff_t KERNEL_MINIMUM = 16;
+
+/** The best set that the machine has. */
+InstructionSet detectInstructionSet();
+
+/** The kernels of a set. The machine must have it. */
+Kernels const& kernelsOf(InstructionSet set);
+
+/** The kernels in use: the best, found when the library is loaded. */
+extern std::atomic<Kernels const*> kernelsInUse;
+
+inline Kernels const& kernels()
+{
+    return *kernelsInUse.load(std::memory_order_relaxed);
+}
+
+/** Makes all conversions use one set, for tests and benchmarks. False: the machine lacks it. */
+bool useInstructionSet(InstructionSet set);
+
+extern Kernels const PLAIN_KERNELS;
+extern Kernels const BASELINE_KERNELS;
+#ifdef __x86_64__
+#define KX7_X86_KERNELS
+#elif defined(__i386__)
+#define KX7_X86_KERNELS
+#endif
+#ifdef KX7_X86_KERNELS
+extern Kernels const AVX2_KERNELS;
+extern Kernels const AVX512_KERNELS;
+#endif
+
+}  // namespace kx7
+
+#endif

@@ -1,0 +1,360 @@
+// kx7text tests - the vector kernels against the plain engine: every kernel gives what the steps alone give.
+#include <gtest/gtest.h>
+
+#include <random>
+#include <string>
+#include <vector>
+
+#include "kx7/charset/Converters.h"
+#include "kx7/converters/Engine.h"
+#include "kx7/kernels/Kernels.h"
+#include "tests/support/Guarded.h"
+
+namespace {
+
+using kx7::InstructionSet;
+using kx7test::Guarded;
+
+char const* nameOf(InstructionSet set)
+{
+    switch (set) {
+        case InstructionSet::PLAIN: return "plain";
+        case InstructionSet::BASELINE: return "baseline";
+        case InstructionSet::AVX2: return "AVX2";
+        case InstructionSet::AVX512: return "AVX-512";
+    }
+    return "?";
+}
+
+/** The sets of this machine that have kernels. */
+std::vector<InstructionSet> sets()
+{
+    std::vector<InstructionSet> found;
+    for (InstructionSet const set : {InstructionSet::BASELINE, InstructionSet::AVX2, InstructionSet::AVX512})
+        if (set <= kx7::detectInstructionSet())
+            found.push_back(set);
+    return found;
+}
+
+/** Uses one set while it lives. */
+class Using {
+public:
+    explicit Using(InstructionSet set) { EXPECT_TRUE(kx7::useInstructionSet(set)); }
+    ~Using() { kx7::useInstructionSet(kx7::detectInstructionSet()); }
+};
+
+constexpr unsigned char CANARY = 0xA5;
+
+struct Outcome {
+    size_t consumed;
+    size_t written;
+    kx7::Stop stop;
+    unsigned int length;
+    std::string text;
+
+    bool operator==(Outcome const& o) const
+    {
+        return consumed == o.consumed && written == o.written && stop == o.stop && length == o.length && text == o.text;
+    }
+};
+
+std::string show(Outcome const& o)
+{
+    return std::to_string(o.consumed) + " used, " + std::to_string(o.written) + " written, stop " +
+           std::to_string(static_cast<int>(o.stop)) + ", length " + std::to_string(o.length);
+}
+
+/**
+ * Memory for one source and one destination, both ended by unreadable pages; texts are laid so that they end there, or
+ * begin `shift` units into the page.
+ */
+class Bench {
+public:
+    explicit Bench(KX7CharSetConverter& converter)
+        : m_converter(converter), m_engine(*kx7::engineOf(converter)), m_source(CAPACITY), m_dest(CAPACITY)
+    {
+    }
+
+    Outcome decode(std::string const& bytes, size_t room, size_t shift)
+    {
+        unsigned char* const source = place(m_source, bytes.size(), shift);
+        memcpy(source, bytes.data(), bytes.size());
+        auto* const dest = reinterpret_cast<unsigned short*>(m_dest.data() + CAPACITY) - room;
+        memset(dest, CANARY, room * 2);
+        kx7::Progress const p = m_engine.decode(m_converter, source, source + bytes.size(), dest, dest + room, false);
+        return {p.consumed, p.written, p.stop, p.length, {reinterpret_cast<char const*>(dest), p.written * 2}};
+    }
+
+    Outcome encode(std::u16string const& units, size_t room, size_t shift)
+    {
+        unsigned char* const source = place(m_source, units.size() * 2, shift == NOWHERE ? NOWHERE : shift * 2);
+        memcpy(source, units.data(), units.size() * 2);
+        auto const* const begin = reinterpret_cast<unsigned short const*>(source);
+        unsigned char* const dest = m_dest.data() + CAPACITY - room;
+        memset(dest, CANARY, room);
+        kx7::Progress const p = m_engine.encode(m_converter, begin, begin + units.size(), dest, dest + room, false);
+        return {p.consumed, p.written, p.stop, p.length, {reinterpret_cast<char const*>(dest), p.written}};
+    }
+
+    /** Zero-terminated text against the page; the terminator is the last thing that can be read. */
+    Outcome encodeText(std::u16string const& units, unsigned int room, ILLCHAR_OPTYPE op)
+    {
+        size_t const size = units.size() * 2 + 2;
+        unsigned char* const source = place(m_source, size, NOWHERE);
+        memcpy(source, units.c_str(), size);
+        unsigned char* const dest = m_dest.data() + CAPACITY - room - 1 - units.size();
+        memset(dest, CANARY, room + 1 + units.size());
+        bool flag = false;
+        unsigned int const n =
+            m_converter.fromUTF16(dest, reinterpret_cast<unsigned short const*>(source), room, op, &flag);
+        return {flag, n, {}, 0, {reinterpret_cast<char const*>(dest), n + 1}};
+    }
+
+    Outcome decodeText(std::string const& bytes, unsigned int room, ILLCHAR_OPTYPE op)
+    {
+        unsigned char* const source = place(m_source, bytes.size() + 1, NOWHERE);
+        memcpy(source, bytes.c_str(), bytes.size() + 1);
+        auto* const dest = reinterpret_cast<unsigned short*>(m_dest.data() + CAPACITY) - room - 1;
+        memset(dest, CANARY, (room + 1) * 2);
+        bool flag = false;
+        unsigned int const n = m_converter.toUTF16(dest, source, room, op, &flag, -1);
+        return {flag, n, {}, 0, {reinterpret_cast<char const*>(dest), (n + 1) * 2}};
+    }
+
+    static constexpr size_t NOWHERE = SIZE_MAX;
+
+private:
+    static constexpr size_t CAPACITY = 1 << 16;
+
+    static unsigned char* place(Guarded<unsigned char>& memory, size_t size, size_t shift)
+    {
+        return shift == NOWHERE ? memory.data() + CAPACITY - size : memory.data() + shift;
+    }
+
+    KX7CharSetConverter& m_converter;
+    kx7::Engine const& m_engine;
+    Guarded<unsigned char> m_source;
+    Guarded<unsigned char> m_dest;
+};
+
+/** Runs `call` with every set and compares with the plain steps. */
+template <class Call>
+void expectAlike(std::string const& what, Call call)
+{
+    Outcome expected;
+    {
+        Using const plain(InstructionSet::PLAIN);
+        expected = call();
+    }
+    for (InstructionSet const set : sets()) {
+        Using const use(set);
+        Outcome const got = call();
+        ASSERT_TRUE(got == expected) << nameOf(set) << ", " << what << "\n  plain " << show(expected) << "\n  kernel "
+                                     << show(got);
+    }
+}
+
+KX7CharSetConverter* const CONVERTERS[] = {&g_oConverterUTF8, &g_oConverterWCP1251, &g_oConverterWCP874,
+                                           &g_oConverterISO_8859_1, &g_oConverterISO_8859_6};
+
+/** Code points of one to four UTF-8 bytes, as many of each as `weights` say. */
+std::u16string randomUnits(std::mt19937& random, size_t units, unsigned int const (&weights)[4])
+{
+    std::u16string text;
+    std::discrete_distribution<int> kind(std::begin(weights), std::end(weights));
+    while (text.size() < units) {
+        switch (kind(random)) {
+            case 0: text += static_cast<char16_t>(1 + random() % 0x7F); break;
+            case 1: text += static_cast<char16_t>(0x400 + random() % 0x60); break;
+            case 2: text += static_cast<char16_t>(0x3041 + random() % 0x5000); break;
+            default:
+                text += static_cast<char16_t>(0xD800 + random() % 0x400);
+                text += static_cast<char16_t>(0xDC00 + random() % 0x400);
+        }
+    }
+    return text;
+}
+
+std::string utf8Of(std::u16string const& units)
+{
+    std::vector<unsigned char> bytes(units.size() * 3 + 4);
+    unsigned int const n = UTF16ToUTF8(bytes.data(), reinterpret_cast<unsigned short const*>(units.c_str()),
+                                       static_cast<unsigned int>(bytes.size()));
+    return {bytes.begin(), bytes.begin() + n};
+}
+
+unsigned int const MIXES[][4] = {{1, 0, 0, 0}, {1, 6, 0, 0},  {1, 0, 9, 0}, {1, 0, 0, 9}, {3, 1, 0, 0},
+                                 {9, 0, 1, 0}, {30, 0, 0, 1}, {4, 4, 4, 4}, {0, 1, 0, 0}, {0, 0, 1, 1}};
+
+TEST(Kernels, EveryLengthAtEveryAlignment)
+{
+    std::mt19937 random(11);
+    for (KX7CharSetConverter* const converter : CONVERTERS) {
+        Bench bench(*converter);
+        for (size_t length = 0; length <= 300; ++length) {
+            auto const& mix = MIXES[length % std::size(MIXES)];
+            std::u16string const units = randomUnits(random, length, mix);
+            std::string bytes = utf8Of(units).substr(0, length);
+            for (size_t shift = 0; shift <= 64; ++shift) {
+                size_t const at = shift == 64 ? Bench::NOWHERE : shift;
+                expectAlike("decoding " + std::to_string(length) + " at " + std::to_string(shift),
+                            [&] { return bench.decode(bytes, bytes.size(), at); });
+                expectAlike("encoding " + std::to_string(length) + " at " + std::to_string(shift),
+                            [&] { return bench.encode(units, units.size() * 3, at); });
+                if (HasFatalFailure())
+                    return;
+            }
+        }
+    }
+}
+
+TEST(Kernels, EveryPatternAtEveryPositionOfABlockEdge)
+{
+    // The bytes and units where the classes begin and end.
+    unsigned char const bytes[] = {0x00, 0x41, 0x7F, 0x80, 0xBF, 0xC0, 0xC3, 0xDF, 0xE0, 0xE2, 0xEF, 0xF0, 0xF4, 0xFF};
+    char16_t const units[] = {0,      0x41,   0x7F,   0x80,   0x7FF,  0x800, 0xD7FF,
+                              0xD800, 0xDBFF, 0xDC00, 0xDFFF, 0xE000, 0xFFFF};
+    for (KX7CharSetConverter* const converter : {CONVERTERS[0], CONVERTERS[1]}) {
+        Bench bench(*converter);
+        for (std::string const filler : {"a", "\xD0\xB0", "\xE3\x81\x82", "\xF0\x9F\x98\x80"}) {
+            for (size_t position = 24; position <= 72; ++position) {
+                std::string front;
+                while (front.size() + filler.size() <= position)
+                    front += filler;
+                front.append(position - front.size(), 'x');
+                for (unsigned char const a : bytes)
+                    for (unsigned char const b : bytes)
+                        for (unsigned char const c : bytes) {
+                            std::string text =
+                                front + static_cast<char>(a) + static_cast<char>(b) + static_cast<char>(c);
+                            for (int i = 0; i < 40; ++i)
+                                text += filler;
+                            expectAlike("a pattern at " + std::to_string(position),
+                                        [&] { return bench.decode(text, text.size(), Bench::NOWHERE); });
+                        }
+                if (HasFatalFailure())
+                    return;
+            }
+        }
+        for (std::u16string const filler : {u"a", u"\u0430", u"\u3042", u"\xD83D\xDE00"}) {
+            for (size_t position = 8; position <= 72; ++position) {
+                std::u16string front;
+                while (front.size() + filler.size() <= position)
+                    front += filler;
+                front.append(position - front.size(), u'x');
+                for (char16_t const a : units)
+                    for (char16_t const b : units) {
+                        std::u16string text = front + a + b;
+                        for (int i = 0; i < 70; ++i)
+                            text += filler;
+                        expectAlike("a pattern at " + std::to_string(position),
+                                    [&] { return bench.encode(text, text.size() * 3, Bench::NOWHERE); });
+                    }
+                if (HasFatalFailure())
+                    return;
+            }
+        }
+    }
+}
+
+TEST(Kernels, BrokenText)
+{
+    std::mt19937 random(12);
+    for (KX7CharSetConverter* const converter : CONVERTERS) {
+        Bench bench(*converter);
+        for (auto const& mix : MIXES) {
+            for (unsigned int const brokenInAThousand : {0U, 1U, 10U, 100U}) {
+                for (int round = 0; round < 8; ++round) {
+                    std::u16string units = randomUnits(random, 3000 + random() % 2000, mix);
+                    std::string bytes = utf8Of(units);
+                    for (char& byte : bytes)
+                        if (random() % 1000 < brokenInAThousand)
+                            byte = static_cast<char>(1 + random() % 255);
+                    for (char16_t& unit : units)
+                        if (random() % 1000 < brokenInAThousand)
+                            unit = static_cast<char16_t>(1 + random() % 0xFFFF);
+                    for (ILLCHAR_OPTYPE const op : {ILLCHAR_STOP, ILLCHAR_REPLACE, ILLCHAR_ESCAPE}) {
+                        expectAlike("broken bytes", [&] {
+                            return bench.decodeText(bytes, static_cast<unsigned int>(bytes.size()), op);
+                        });
+                        auto const room = static_cast<unsigned int>(units.size() * 6);
+                        expectAlike("broken units", [&] { return bench.encodeText(units, room, op); });
+                    }
+                    if (HasFatalFailure())
+                        return;
+                }
+            }
+        }
+    }
+}
+
+TEST(Kernels, EveryRoomAroundABlockEdge)
+{
+    std::mt19937 random(13);
+    for (KX7CharSetConverter* const converter : CONVERTERS) {
+        Bench bench(*converter);
+        for (auto const& mix : MIXES) {
+            std::u16string const units = randomUnits(random, 200, mix);
+            std::string const bytes = utf8Of(units);
+            for (size_t room = 0; room <= 300; ++room) {
+                expectAlike("room " + std::to_string(room), [&] { return bench.decode(bytes, room, Bench::NOWHERE); });
+                expectAlike("room " + std::to_string(room), [&] { return bench.encode(units, room, Bench::NOWHERE); });
+                expectAlike("room " + std::to_string(room),
+                            [&] { return bench.decodeText(bytes, static_cast<unsigned int>(room), ILLCHAR_REPLACE); });
+                expectAlike("room " + std::to_string(room),
+                            [&] { return bench.encodeText(units, static_cast<unsigned int>(room), ILLCHAR_REPLACE); });
+                if (HasFatalFailure())
+                    return;
+            }
+        }
+    }
+}
+
+TEST(Kernels, NothingIsWrittenBehindTheTextWhateverTheRoom)
+{
+    std::mt19937 random(14);
+    for (KX7CharSetConverter* const converter : CONVERTERS) {
+        for (InstructionSet const set : sets()) {
+            Using const use(set);
+            for (auto const& mix : MIXES) {
+                for (size_t length = 0; length <= 300; length += 1 + length / 32) {
+                    std::u16string const units = randomUnits(random, length, mix);
+                    auto const* const source = reinterpret_cast<unsigned short const*>(units.c_str());
+                    std::vector<unsigned char> bytes(units.size() * 3 + 4);
+                    unsigned int const n = converter->fromUTF16(
+                        bytes.data(), source, static_cast<unsigned int>(bytes.size() - 1), ILLCHAR_REPLACE, nullptr);
+                    Guarded<unsigned char> exactBytes(n + 1);
+                    EXPECT_EQ(converter->fromUTF16(exactBytes.data(), source, 0xFFFFFFFE, ILLCHAR_REPLACE, nullptr), n);
+                    std::vector<unsigned short> text(n + 1);
+                    unsigned int const m =
+                        converter->toUTF16(text.data(), bytes.data(), n, ILLCHAR_REPLACE, nullptr, -1);
+                    Guarded<unsigned short> exactUnits(m + 1);
+                    EXPECT_EQ(
+                        converter->toUTF16(exactUnits.data(), bytes.data(), 0xFFFFFFFE, ILLCHAR_REPLACE, nullptr, -1),
+                        m);
+                }
+            }
+        }
+    }
+}
+
+TEST(Kernels, LengthOfTextEndsAtTheFirstZeroOrTheBoundAndTouchesNoPageBehind)
+{
+    for (InstructionSet const set : sets()) {
+        kx7::Kernels const& kernels = kx7::kernelsOf(set);
+        for (size_t length = 0; length <= 200; ++length) {
+            std::vector<unsigned short> text(length + 1, 'a');
+            text[length] = 0;
+            Guarded<unsigned short> const memory(text.data(), text.size());
+            for (size_t start = 0; start <= length; ++start)
+                EXPECT_EQ(kernels.unitLength(memory.data() + start, SIZE_MAX), length - start) << nameOf(set);
+            Guarded<unsigned short> const unended(text.data(), length);
+            for (size_t start = 0; start <= length; ++start)
+                EXPECT_EQ(kernels.unitLength(unended.data() + start, length - start), length - start) << nameOf(set);
+            for (size_t most = 0; most <= length + 2; ++most)
+                EXPECT_EQ(kernels.unitLength(memory.data(), most), std::min(most, length)) << nameOf(set);
+        }
+    }
+}
+
+}  // namespace
