@@ -8,10 +8,9 @@
 #include "kx7/converters/Walk.h"
 #include "kx7/tables/MappingLists.h"
 #include "tests/internal/Foreign.h"
+#include "tests/internal/RangeProbe.h"
 #include "tests/internal/SingleByteLists.h"
 #include "tests/model/Utf8Model.h"
-#include "tests/support/Hex.h"
-#include "tests/support/Memory.h"
 #include "tests/support/Texts.h"
 
 using namespace kx7test;
@@ -23,86 +22,6 @@ using kx7::TextProgress;
 namespace {
 
 static_assert(PIECE_UNITS == kx7::PIECE, "texts are long enough to cross a piece boundary");
-
-char const* nameOf(Stop stop)
-{
-    char const* const names[] = {"SOURCE_USED", "SOURCE_CUT", "DESTINATION_FULL", "ILLEGAL", "UNMAPPABLE"};
-    return names[static_cast<unsigned int>(stop)];
-}
-
-/** What a conversion of a range gave. */
-template <class Text>
-struct Ranged {
-    Text text;
-    size_t consumed;
-    Stop stop;
-    unsigned int length;
-
-    bool operator==(Ranged const& other) const
-    {
-        return text == other.text && consumed == other.consumed && stop == other.stop && length == other.length;
-    }
-    friend std::ostream& operator<<(std::ostream& out, Ranged const& result)
-    {
-        return out << hex(result.text) << " consumed " << result.consumed << " " << nameOf(result.stop) << " length "
-                   << result.length;
-    }
-};
-using DecodedRange = Ranged<std::u16string>;
-using EncodedRange = Ranged<std::string>;
-
-/** An engine whose ranges end at unreadable pages and whose destinations lie between canaries. */
-class RangeProbe {
-public:
-    RangeProbe(KX7CharSetConverter& converter, bool strict = false)
-        : m_converter(converter), m_engine(*kx7::engineOf(converter)), m_strict(strict)
-    {
-    }
-
-    DecodedRange decode(std::string const& bytes, size_t room, bool last = false)
-    {
-        unsigned char const* const source = m_bytes.hold(bytes, 0);
-        unsigned short* const dest = m_unitsOut.arm(room);
-        auto* const decodeRange = m_strict ? m_engine.decodeStrict : m_engine.decode;
-        Progress const progress = decodeRange(m_converter, source, source + bytes.size(), dest, dest + room, last);
-        EXPECT_TRUE(m_unitsOut.intact()) << hex(bytes) << " room " << room;
-        EXPECT_LE(progress.written, room);
-        return {std::u16string(dest, dest + progress.written), progress.consumed, progress.stop, progress.length};
-    }
-
-    EncodedRange encode(std::u16string const& units, size_t room, bool last = false)
-    {
-        unsigned short const* const source = m_units.hold(units, 0);
-        unsigned char* const dest = m_bytesOut.arm(room);
-        Progress const progress = m_engine.encode(m_converter, source, source + units.size(), dest, dest + room, last);
-        EXPECT_TRUE(m_bytesOut.intact()) << hex(units) << " room " << room;
-        EXPECT_LE(progress.written, room);
-        return {std::string(dest, dest + progress.written), progress.consumed, progress.stop, progress.length};
-    }
-
-private:
-    KX7CharSetConverter& m_converter;
-    kx7::Engine const& m_engine;
-    bool m_strict;
-    PageEnd<unsigned char> m_bytes;
-    PageEnd<unsigned short> m_units;
-    Fenced<unsigned short> m_unitsOut;
-    Fenced<unsigned char> m_bytesOut;
-};
-
-/** Two ranges, one after the other, as one: the second begins where the first one came to. */
-template <class Text, class Convert>
-auto inTwoRanges(Text const& text, size_t split, Convert convert)
-{
-    auto first = convert(text.substr(0, split), false);
-    if (first.stop != Stop::SOURCE_USED && first.stop != Stop::SOURCE_CUT)
-        return first;
-    EXPECT_EQ(first.stop == Stop::SOURCE_USED, first.consumed == split);
-    auto second = convert(text.substr(first.consumed), true);
-    second.text = first.text + second.text;
-    second.consumed += first.consumed;
-    return second;
-}
 
 SingleByteModel const thai(pairsOf(oCP874map));
 Utf8Model const utf8;

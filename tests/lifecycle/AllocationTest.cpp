@@ -12,112 +12,16 @@
 #include "kx7/charset/Converters.h"
 #include "kx7/text/KX7UString.h"
 #include "tests/charset/ForeignConverter.h"
+#include "tests/support/Heap.h"
 #include "tests/text/StringState.h"
 
 using kx7test::expectStorage;
 using kx7test::expectString;
 using kx7test::ForeignConverter;
+using kx7test::Heap;
+using kx7test::heap;
 using kx7test::Units;
 using kx7test::unitsOf;
-
-namespace {
-
-/** The heap as the operators below see it. The tests of this program have one thread. */
-struct Heap {
-    size_t calls = 0;  ///< allocations asked for
-    size_t lastSize = 0;
-    size_t liveBlocks = 0;
-    size_t liveBytes = 0;
-    size_t failing = 0;    ///< 1: the next allocation fails, 2: the one behind it; 0: none
-    bool failsOn = false;  ///< all that follow a failing one fail too
-};
-Heap heap;
-
-/** In front of each block: its size, in as many bytes as keep the block aligned. */
-union Header {
-    size_t size;
-    std::max_align_t alignment;
-};
-
-void* allocate(size_t size) noexcept
-{
-    ++heap.calls;
-    heap.lastSize = size;
-    if (heap.failing == 1) {
-        heap.failing = heap.failsOn ? 1 : 0;
-        return nullptr;
-    }
-    if (heap.failing != 0)
-        --heap.failing;
-    auto* const header = static_cast<Header*>(malloc(sizeof(Header) + size));
-    if (!header)
-        abort();
-    header->size = size;
-    ++heap.liveBlocks;
-    heap.liveBytes += size;
-    return header + 1;
-}
-
-void* allocateOrThrow(size_t size)
-{
-    void* const p = allocate(size);
-    if (!p)
-        throw std::bad_alloc();
-    return p;
-}
-
-void release(void* p) noexcept
-{
-    if (!p)
-        return;
-    Header* const header = static_cast<Header*>(p) - 1;
-    --heap.liveBlocks;
-    heap.liveBytes -= header->size;
-    free(header);
-}
-
-}  // namespace
-
-void* operator new(size_t size)
-{
-    return allocateOrThrow(size);
-}
-void* operator new[](size_t size)
-{
-    return allocateOrThrow(size);
-}
-void* operator new(size_t size, std::nothrow_t const&) noexcept
-{
-    return allocate(size);
-}
-void* operator new[](size_t size, std::nothrow_t const&) noexcept
-{
-    return allocate(size);
-}
-void operator delete(void* p) noexcept
-{
-    release(p);
-}
-void operator delete[](void* p) noexcept
-{
-    release(p);
-}
-void operator delete(void* p, size_t) noexcept
-{
-    release(p);
-}
-void operator delete[](void* p, size_t) noexcept
-{
-    release(p);
-}
-void operator delete(void* p, std::nothrow_t const&) noexcept
-{
-    release(p);
-}
-void operator delete[](void* p, std::nothrow_t const&) noexcept
-{
-    release(p);
-}
 
 namespace {
 
