@@ -94,6 +94,8 @@ Sample const SAMPLES[] = {
     {"single-byte", KX7CS_WCP1252, "caf\xE9 \x80.", u8"caf\u00E9 \u20AC.", {'c', 'a', 'f', 0xE9, ' ', 0x20AC, '.'}},
     {"code page 932", KX7CS_WCP932, "a\x82\xA0\xB1", u8"a\u3042\uFF71", {'a', 0x3042, 0xFF71}},
     {"EUC-JP", KX7CS_EUC_JP, "a\xA4\xA2\x8E\xB1", u8"a\u3042\uFF71", {'a', 0x3042, 0xFF71}},
+    {"EUC-KR", KX7CS_EUC_KR, "a\xB0\xA1", u8"a\uAC00", {'a', 0xAC00}},
+    {"Shift_JIS-2004", KX7CS_SJIS0213, "a\x82\xA0", u8"a\u3042", {'a', 0x3042}},
     {"GB 18030", KX7CS_GB18030, "a\xD6\xD0\x94\x39\xFC\x36", u8"a\u4E2D\U0001F600", {'a', 0x4E2D, 0xD83D, 0xDE00}},
     {"UTF-8",
      KX7CS_UTF8,
