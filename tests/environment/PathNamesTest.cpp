@@ -173,8 +173,8 @@ std::string escapedUTF8(std::u16string const& text, size_t room)
         if (bytes.size() + character.size() > room)
             break;
         bytes += character;
-        // The escape of a high surrogate drops the unit behind it.
-        if (isHigh)
+        // The escape of a high surrogate drops the unit behind it; a 0 unit ends the text all the same.
+        if (isHigh && i + 1 < text.size() && text[i + 1] != 0)
             ++i;
     }
     return bytes;
@@ -366,6 +366,15 @@ TEST(PathNames, InUTF8KeepWithinTheirCapacityAlsoWithEscapes)
         EXPECT_EQ(r.count, lengths[capacity]) << capacity;
         EXPECT_EQ(r.dest.substr(0, r.count + 1), whole.substr(0, r.count) + '\0') << capacity;
     }
+}
+
+TEST(PathNames, InUTF8EndAtAZeroUnitBehindAnEscapedHighSurrogate)
+{
+    if (defaultCharSet() != KX7CS_UTF8)
+        return;
+    EXPECT_EQ(toLocal("a\xED\xA0\x80\xC0\x80"
+                      "x"),
+              "aU+D800");
 }
 
 TEST(PathNames, GoThereAndBack)
