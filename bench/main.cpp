@@ -1,7 +1,7 @@
 // kx7text benchmarks - the library beside ICU and glibc iconv, in one process and one run.
 //
 //     kx7_bench                      every case; prints the table of ratios
-//     kx7_bench --write FILE         the same, and writes it to FILE with the machine and the command
+//     kx7_bench --write FILE         the same, and writes it to FILE with the machine
 //     kx7_bench --check              compares the results of all peers, without timing
 //     kx7_bench --kernels avx2       forces a set of kernels: plain, baseline, avx2, avx512
 //     kx7_bench --benchmark_filter=… and the other options of Google Benchmark
@@ -278,7 +278,7 @@ int main(int argc, char** argv)
         out << "# Performance\n\nThis library beside ICU and glibc iconv: GB of source a second, and this library's "
                "speed divided by the\n"
                "faster peer's, medians of interleaved rounds of one run on "
-            << machine() << ".\n\n    ./dev bench --write docs/performance.md\n";
+            << machine() << ".\n";
         report.write(out);
     }
     benchmark::Shutdown();
