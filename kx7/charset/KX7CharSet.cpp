@@ -7,12 +7,9 @@
 #include "kx7/converters/Engine.h"
 #include "kx7/converters/Walk.h"
 
-namespace {
+using kx7::converterOf;
 
-KX7CharSetConverter& converterOf(KX7CharSet cs)
-{
-    return *KX7CharSetConverter::getConverter(cs);
-}
+namespace {
 
 unsigned int localToUTF8(unsigned char* dst, char const* src, int dstBytes, KX7CharSet cs, kx7::Transit transit)
 {

@@ -85,6 +85,12 @@ struct Engine {
 /** The engine of a converter of one of the library's own classes; null for a class that a caller derived. */
 Engine const* engineOf(KX7CharSetConverter const& converter);
 
+/** The converter that serves `charSet`. */
+inline KX7CharSetConverter& converterOf(KX7CharSet charSet)
+{
+    return *KX7CharSetConverter::getConverter(charSet);
+}
+
 /** Engine functions of one converter class; instantiated beside the class (EngineOf.h). */
 template <class Converter>
 struct EngineOf {

@@ -16,12 +16,12 @@ namespace {
 
 KX7_READS_BEYOND size_t unitLength(unsigned short const* text, size_t most)
 {
-    size_t n = 0;
 #ifdef __SSE2__
     constexpr size_t BLOCK = 8;
     size_t const untilAligned = reinterpret_cast<uintptr_t>(text) % 16;
     if (most >= 2 * BLOCK && untilAligned % 2 == 0) {
         size_t const skipped = untilAligned / 2;
+        size_t n = 0;
         __m128i const zero = _mm_setzero_si128();
         auto const* block = reinterpret_cast<__m128i const*>(text - skipped);
         auto zeros = static_cast<unsigned int>(_mm_movemask_epi8(_mm_cmpeq_epi16(_mm_load_si128(block), zero)));
@@ -35,9 +35,7 @@ KX7_READS_BEYOND size_t unitLength(unsigned short const* text, size_t most)
         return std::min(most, n + static_cast<size_t>(__builtin_ctz(zeros)) / 2 - skipped);
     }
 #endif
-    while (n < most && text[n] != 0)
-        ++n;
-    return n;
+    return PLAIN_KERNELS.unitLength(text, most);
 }
 
 void decodeUTF8(unsigned char const*& in, unsigned char const* end, unsigned short*& out, unsigned short* outEnd)

@@ -14,9 +14,7 @@
 
 // Reads whole aligned blocks, of which a part may lie beside the object: no page that is not there, but more than a
 // sanitizer allows.
-#if defined __clang__ || defined __GNUC__
 #define KX7_READS_BEYOND __attribute__((no_sanitize("address"), no_sanitize("thread")))
-#endif
 
 namespace kx7 {
 
@@ -73,12 +71,8 @@ bool useInstructionSet(InstructionSet set);
 
 extern Kernels const PLAIN_KERNELS;
 extern Kernels const BASELINE_KERNELS;
-#ifdef __x86_64__
+#if defined __x86_64__ || defined __i386__
 #define KX7_X86_KERNELS
-#elif defined(__i386__)
-#define KX7_X86_KERNELS
-#endif
-#ifdef KX7_X86_KERNELS
 extern Kernels const AVX2_KERNELS;
 extern Kernels const AVX512_KERNELS;
 #endif

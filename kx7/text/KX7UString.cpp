@@ -114,7 +114,7 @@ void KX7UString::store(unsigned short const* units, unsigned int n)
 /** Fills a string that is still empty. */
 void KX7UString::storeBytes(char const* s, unsigned int n, KX7CharSet cs, int sourceLimit)
 {
-    KX7CharSetConverter& converter = *KX7CharSetConverter::getConverter(cs);
+    KX7CharSetConverter& converter = kx7::converterOf(cs);
     unsigned int const units = converter.getNumUnits(s, n);
     if (units == 0)
         return;

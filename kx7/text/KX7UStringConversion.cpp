@@ -15,15 +15,10 @@ constexpr unsigned int PASCAL_CAPACITY = 255;
 // Bytes behind the cached text, for the widest terminator and more.
 constexpr size_t CACHE_MARGIN = 8;
 
-KX7CharSetConverter& osDefaultConverter()
-{
-    return *KX7CharSetConverter::getConverter(KX7CS_OS_DEFAULT);
-}
-
 /** Bytes of `n` units, where they may be more than the 32 bits that a converter counts in. */
 uint64_t encodedLength(KX7CharSet cs, unsigned short const* units, unsigned int n)
 {
-    KX7CharSetConverter& converter = *KX7CharSetConverter::getConverter(cs);
+    KX7CharSetConverter& converter = kx7::converterOf(cs);
     unsigned int const safe = 0xFFFFFFFF / 8;  // at most six bytes a unit
     uint64_t bytes = 0;
     do {
@@ -73,8 +68,7 @@ char const* KX7UString::c_str(KX7CharSet cs)
     char* const text = new char[room + CACHE_MARGIN];
     dropCache();
     space->narrowCache = text;
-    space->narrowCacheLength =
-        KX7CharSetConverter::getConverter(cs)->fromUTF16(text, space->buffer, room, ILLCHAR_REPLACE, nullptr);
+    space->narrowCacheLength = kx7::converterOf(cs).fromUTF16(text, space->buffer, room, ILLCHAR_REPLACE, nullptr);
     space->narrowCacheCharSet = cs;
     return text;
 }
@@ -90,7 +84,7 @@ unsigned int KX7UString::copy(char* dst, unsigned int size, KX7CharSet cs) const
 {
     if (!dst || size == 0 || empty())
         return 0;
-    return KX7CharSetConverter::getConverter(cs)->fromUTF16(dst, space->buffer, size, ILLCHAR_REPLACE, nullptr);
+    return kx7::converterOf(cs).fromUTF16(dst, space->buffer, size, ILLCHAR_REPLACE, nullptr);
 }
 
 unsigned int KX7UString::copy(unsigned short* dst, unsigned int size) const
@@ -150,7 +144,7 @@ unsigned int& KX7UString::at_utf32(unsigned int i)
 
 KX7UString& KX7UString::operator=(KX7PascalString const* p)
 {
-    KX7CharSetConverter& converter = osDefaultConverter();
+    KX7CharSetConverter& converter = kx7::converterOf(KX7CS_OS_DEFAULT);
     unsigned int const units = p ? converter.getNumUnits(p->text, p->length) : 0;
     if (units == 0)
         return erase();
@@ -187,7 +181,7 @@ KX7UString& KX7UString::operator=(unsigned short const* s)
 
 KX7UString& KX7UString::operator=(char const* s)
 {
-    KX7CharSetConverter& converter = osDefaultConverter();
+    KX7CharSetConverter& converter = kx7::converterOf(KX7CS_OS_DEFAULT);
     unsigned int const units = s ? converter.getNumUnits(s, kx7::UNTIL_TERMINATOR) : 0;
     if (units == 0)
         return erase();
@@ -210,7 +204,7 @@ KX7UString& KX7UString::operator=(unsigned short u)
 
 KX7UString& KX7UString::operator=(char c)
 {
-    KX7CharSetConverter& converter = osDefaultConverter();
+    KX7CharSetConverter& converter = kx7::converterOf(KX7CS_OS_DEFAULT);
     unsigned int const units = c != 0 ? converter.getNumUnits(&c, 1) : 0;
     if (units == 0)
         return erase();

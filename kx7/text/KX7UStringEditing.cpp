@@ -93,7 +93,7 @@ KX7UString& KX7UString::resize(unsigned int n, char c, KX7CharSet cs)
     if (added != 0) {
         // Where the byte is not one unit the rest is zeros, not what the memory held.
         std::fill(space->buffer + kept, space->buffer + n, static_cast<unsigned short>(0));
-        kx7::decodeCounted(*KX7CharSetConverter::getConverter(cs), space->buffer + kept, bytes.get(), added, added, -1);
+        kx7::decodeCounted(kx7::converterOf(cs), space->buffer + kept, bytes.get(), added, added, -1);
     }
     setLength(n);
     dropCache();

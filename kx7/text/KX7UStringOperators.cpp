@@ -35,11 +35,6 @@ int compareUnits(unsigned short const* a, unsigned short const* b, unsigned int 
     return 0;
 }
 
-KX7CharSetConverter& osDefaultConverter()
-{
-    return *KX7CharSetConverter::getConverter(KX7CS_OS_DEFAULT);
-}
-
 }  // namespace
 
 int KX7UString::canonicalCompare(unsigned short const* a, unsigned short const* b, unsigned int n) const
@@ -85,17 +80,20 @@ struct Concatenation {
         void appendTo(KX7UString& s) const
         {
             if (room != 0)
-                s.appendBytes(bytes, count, osDefaultConverter(), room, -1);
+                s.appendBytes(bytes, count, kx7::converterOf(KX7CS_OS_DEFAULT), room, -1);
         }
     };
 
     static Units of(KX7UString const& s) { return {s.data(), s.length()}; }
     static Units of(unsigned short const& u) { return {&u, u != 0 ? 1U : 0U}; }
     static Units of(unsigned short const* s) { return {s, s ? checkedLength(unitLength(s, SIZE_MAX)) : 0U}; }
-    static Bytes of(char const& c) { return {&c, 1, c != 0 ? osDefaultConverter().getNumUnits(&c, 1) : 0}; }
+    static Bytes of(char const& c)
+    {
+        return {&c, 1, c != 0 ? kx7::converterOf(KX7CS_OS_DEFAULT).getNumUnits(&c, 1) : 0};
+    }
     static Bytes of(char const* s)
     {
-        return {s, UNTIL_TERMINATOR, s ? osDefaultConverter().getNumUnits(s, UNTIL_TERMINATOR) : 0};
+        return {s, UNTIL_TERMINATOR, s ? kx7::converterOf(KX7CS_OS_DEFAULT).getNumUnits(s, UNTIL_TERMINATOR) : 0};
     }
 
     template <class First, class Second>
