@@ -1,4 +1,4 @@
-// kx7text benchmarks - ratios of medians.
+// kx7text benchmarks - medians of rounds, and the tables of all cases.
 #include "bench/Report.h"
 
 #include <algorithm>
@@ -11,65 +11,175 @@ namespace {
 double median(std::vector<double> values)
 {
     std::sort(values.begin(), values.end());
-    return values.empty() ? 0 : values[values.size() / 2];
+    return values[values.size() / 2];
 }
 
-std::string format(char const* format, double value)
+bool isPeer(std::string const& contender)
+{
+    return contender.compare(0, 4, "kx7-") != 0 && contender != "memcpy";
+}
+
+/** The cells of all kernel sets in one; empty where all are. */
+template <class Cell>
+std::string joined(std::vector<KernelSet> const& sets, Cell cell)
+{
+    std::string text;
+    for (KernelSet const& set : sets)
+        text += (text.empty() ? "" : " / ") + cell(set);
+    return text;
+}
+
+struct Title {
+    char const* operation;
+    char const* text;
+};
+
+Title const TITLES[] = {
+    {"decode", "To UTF-16"},
+    {"encode", "From UTF-16"},
+    {"to-utf8", "To UTF-8"},
+    {"from-utf8", "From UTF-8"},
+    {"num-units", "getNumUnits beside ICU's preflight"},
+    {"num-bytes", "getNumBytes beside ICU's preflight"},
+    {"look-up", "Finding a converter beside opening one"},
+    {"load", "Building the tables of a double-byte converter"},
+    {"load-first", "The same in a new process"},
+    {"text", "Operations on UTF-16 text"},
+};
+
+void writeSpeeds(std::ostream& out, std::vector<Result const*> const& results, std::vector<KernelSet> const& sets)
+{
+    std::vector<std::string> sizes;
+    for (Size const& size : SIZES)
+        if (std::any_of(results.begin(), results.end(), [&](Result const* r) { return r->name.size == size.name; }))
+            sizes.push_back(size.name);
+    out << "| case | GB/s, " << sizes.back() << " | peer | memcpy |";
+    for (std::string const& size : sizes)
+        out << ' ' << size << " |";
+    out << "\n|---|---|---|---|";
+    for (size_t n = sizes.size(); n != 0; --n)
+        out << "---|";
+    out << '\n';
+    std::map<std::string, std::map<std::string, Result const*>> rows;
+    for (Result const* result : results)
+        rows[result->name.row()][result->name.size] = result;
+    for (auto const& row : rows) {
+        out << "| " << row.first.substr(row.first.find('/') + 1) << " | ";
+        auto const last = row.second.find(sizes.back());
+        if (last == row.second.end()) {
+            out << "| | |";
+        }
+        else {
+            Result const& result = *last->second;
+            double peer = 0;
+            for (auto const& contender : result.seconds)
+                if (isPeer(contender.first))
+                    peer = std::max(peer, result.speed(contender.first));
+            out << joined(sets,
+                          [&](KernelSet const& set) {
+                              return result.has(set.contender()) ? formatted("%.2f", result.speed(set.contender()))
+                                                                 : "";
+                          })
+                << " | " << (peer > 0 ? formatted("%.2f", peer) : "") << " | "
+                << (result.has("memcpy") ? formatted("%.1f", result.speed("memcpy")) : "") << " |";
+        }
+        for (std::string const& size : sizes) {
+            auto const cell = row.second.find(size);
+            out << ' ';
+            if (cell != row.second.end())
+                out << joined(sets, [&](KernelSet const& set) {
+                    double const ratio = cell->second->ratio(set.contender());
+                    return ratio > 0 ? formatted("%.2f", ratio) : "";
+                });
+            out << " |";
+        }
+        out << '\n';
+    }
+}
+
+void writeTimes(std::ostream& out, std::vector<Result const*> const& results, std::vector<KernelSet> const& sets)
+{
+    out << "| case | microseconds | fastest peer | ratio |\n|---|---|---|---|\n";
+    for (Result const* result : results) {
+        std::string best;
+        for (auto const& contender : result->seconds)
+            if (isPeer(contender.first) && (best.empty() || contender.second < result->seconds.at(best)))
+                best = contender.first;
+        out << "| " << result->name.set << " | "
+            << joined(
+                   sets,
+                   [&](KernelSet const& set) { return formatted("%.4g", result->seconds.at(set.contender()) * 1e6); })
+            << " | " << (best.empty() ? "" : best + formatted(" %.4g", result->seconds.at(best) * 1e6)) << " | "
+            << (best.empty()
+                    ? ""
+                    : joined(sets,
+                             [&](KernelSet const& set) { return formatted("%.1f", result->ratio(set.contender())); }))
+            << " |\n";
+    }
+}
+
+}  // namespace
+
+std::string formatted(char const* format, double value)
 {
     char text[32];
     snprintf(text, sizeof text, format, value);
     return text;
 }
 
-}  // namespace
+double Result::speed(std::string const& contender) const
+{
+    return static_cast<double>(bytes) / seconds.at(contender) / 1e9;
+}
+
+double Result::ratio(std::string const& contender) const
+{
+    double best = 0;
+    for (auto const& entry : seconds)
+        if (isPeer(entry.first) && (best == 0 || entry.second < best))
+            best = entry.second;
+    return best / seconds.at(contender);
+}
+
+void Report::begin(Case const& c)
+{
+    m_rounds.clear();
+    m_results.push_back({c.name, c.bytes, {}});
+}
 
 void Report::ReportRuns(std::vector<Run> const& runs)
 {
     for (Run const& run : runs) {
         if (run.run_type != Run::RT_Iteration || run.error_occurred)
             continue;
-        std::string const name = run.run_name.function_name;
-        size_t const peerAt = name.rfind('/');
-        size_t const sizeAt = name.rfind('/', peerAt - 1);
-        std::string const key = name.substr(0, sizeAt);
-        auto const bytes = run.counters.find("bytes_per_second");
-        m_rows[key].speeds[name.substr(sizeAt + 1, peerAt - sizeAt - 1)][name.substr(peerAt + 1)].push_back(
-            bytes->second.value);
+        std::string const& name = run.run_name.function_name;
+        // Processor time, so that other processes do not count; what a contender timed itself stands in the other.
+        bool const manual = run.run_name.time_type == "manual_time";
+        m_rounds[name.substr(name.rfind('/') + 1)].push_back(
+            (manual ? run.real_accumulated_time : run.cpu_accumulated_time) / static_cast<double>(run.iterations));
     }
 }
 
-void Report::write(std::ostream& out) const
+void Report::end()
 {
-    static char const* const sizes[] = {"16B", "64B", "4KiB", "1MiB"};
-    std::string group;
-    for (auto const& entry : m_rows) {
-        std::string const& key = entry.first;
-        std::string const operation = key.substr(0, key.find('/'));
-        if (operation != group) {
-            group = operation;
-            out << "\n## " << group
-                << "\n\n| case | GB/s at 1 MiB | 16 B | 64 B | 4 KiB | 1 MiB |\n|---|---|---|---|---|---|\n";
-        }
-        Row const& row = entry.second;
-        std::string ratios;
-        double large = 0;
-        for (char const* size : sizes) {
-            auto const found = row.speeds.find(size);
-            ratios += " | ";
-            if (found == row.speeds.end())
-                continue;
-            double own = 0;
-            double best = 0;
-            for (auto const& peer : found->second) {
-                if (peer.first == "kx7")
-                    own = median(peer.second);
-                else
-                    best = std::max(best, median(peer.second));
-            }
-            large = own;
-            ratios += best > 0 ? format("%.2f", own / best) : "";
-        }
-        out << "| " << key.substr(operation.size() + 1) << " | " << format("%.2f", large / 1e9) << ratios << " |\n";
+    for (auto const& rounds : m_rounds)
+        m_results.back().seconds[rounds.first] = median(rounds.second);
+}
+
+void Report::writeDetails(std::ostream& out, std::vector<KernelSet> const& sets) const
+{
+    for (Title const& title : TITLES) {
+        std::vector<Result const*> results;
+        for (Result const& result : m_results)
+            if (result.name.operation == title.operation)
+                results.push_back(&result);
+        if (results.empty())
+            continue;
+        out << "\n### " << title.text << "\n\n";
+        if (results.front()->bytes != 0)
+            writeSpeeds(out, results, sets);
+        else
+            writeTimes(out, results, sets);
     }
 }
 

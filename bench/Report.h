@@ -1,4 +1,4 @@
-// kx7text benchmarks - collects the rounds of every case and prints ratios of medians.
+// kx7text benchmarks - collects the rounds of every case, and prints them as tables.
 #ifndef KX7_BENCH_REPORT_H
 #define KX7_BENCH_REPORT_H
 
@@ -9,23 +9,57 @@
 #include <string>
 #include <vector>
 
+#include "bench/Cases.h"
+
 namespace kx7bench {
 
-/** Takes the runs of Google Benchmark. Names are operation/set/script/form/size/peer. */
+/** The library with one set of kernels. */
+struct KernelSet {
+    std::string name;   ///< "avx512"
+    std::string title;  ///< "AVX-512"
+
+    /** What the library is called among the contenders. */
+    std::string contender() const { return "kx7-" + name; }
+};
+
+/** The medians of one case. */
+struct Result {
+    CaseName name;
+    size_t bytes;
+    std::map<std::string, double> seconds;  ///< by contender
+
+    bool has(std::string const& contender) const { return seconds.count(contender) != 0; }
+
+    /** GB of source a second. */
+    double speed(std::string const& contender) const;
+
+    /** Speed divided by that of the fastest peer; 0 where there is none. */
+    double ratio(std::string const& contender) const;
+};
+
+/** Takes the runs of Google Benchmark, case by case. */
 class Report : public benchmark::BenchmarkReporter {
 public:
     bool ReportContext(Context const&) override { return true; }
     void ReportRuns(std::vector<Run> const& runs) override;
 
-    /** A table a group of operations, as Markdown: this library's GB/s and its speed divided by the faster peer's. */
-    void write(std::ostream& out) const;
+    /** Whose runs come next: at least one round of each contender. */
+    void begin(Case const& c);
+    /** All rounds of that case have come. */
+    void end();
+
+    std::vector<Result> const& results() const { return m_results; }
+
+    /** A table an operation, as Markdown. */
+    void writeDetails(std::ostream& out, std::vector<KernelSet> const& sets) const;
 
 private:
-    struct Row {
-        std::map<std::string, std::map<std::string, std::vector<double>>> speeds;  ///< by size, by peer
-    };
-    std::map<std::string, Row> m_rows;
+    std::vector<Result> m_results;
+    std::map<std::string, std::vector<double>> m_rounds;
 };
+
+/** printf of one number. */
+std::string formatted(char const* format, double value);
 
 }  // namespace kx7bench
 

@@ -1,6 +1,7 @@
 // kx7text benchmarks - generated texts.
 #include "bench/Texts.h"
 
+#include <algorithm>
 #include <random>
 
 namespace kx7bench {
@@ -81,6 +82,7 @@ std::vector<Script> const& scripts()
     // Letters as often as they come in such texts: mostly ASCII, some with marks.
     static std::vector<Script> const all = {
         {"ascii", {latin}, 5},
+        {"english", {latin, latin, latin, latin, latin, latin, latin, latin + U"’é"}, 5},
         {"french", {latin, latin, latin + U"éèàêâçùîôû"}, 5},
         {"german", {latin, latin, latin + U"äöüßÄÖÜ"}, 6},
         {"greek", {range(0x3B1, 0x3C9), range(0x3B1, 0x3C9) + U"άέήίόύώ"}, 6},
@@ -94,6 +96,11 @@ std::vector<Script> const& scripts()
         {"emoji", {range(0x1F300, 0x1F5FF), range(0x1F600, 0x1F64F)}, 0},
     };
     return all;
+}
+
+Script const& scriptOf(std::string const& name)
+{
+    return *std::find_if(scripts().begin(), scripts().end(), [&](Script const& script) { return script.name == name; });
 }
 
 std::u16string denseText(Script const& script, size_t units, unsigned int seed)

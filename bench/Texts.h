@@ -1,4 +1,5 @@
-// kx7text benchmarks - generated texts: twelve scripts, dense and as markup, none of them a short text repeated.
+// kx7text benchmarks - generated texts: twelve scripts and plain ASCII, dense and as markup, none of them a short text
+// repeated.
 #ifndef KX7_BENCH_TEXTS_H
 #define KX7_BENCH_TEXTS_H
 
@@ -15,6 +16,7 @@ struct Script {
 };
 
 std::vector<Script> const& scripts();
+Script const& scriptOf(std::string const& name);
 
 /** A text of about `units` code units: words in random order and length, with blanks and punctuation. */
 std::u16string denseText(Script const& script, size_t units, unsigned int seed);

@@ -1,0 +1,260 @@
+// kx7text benchmarks - the floors.
+#include "bench/Floors.h"
+
+#include <algorithm>
+#include <functional>
+#include <initializer_list>
+
+namespace kx7bench {
+
+namespace {
+
+bool isOneOf(std::string const& text, std::initializer_list<char const*> all)
+{
+    return std::find(all.begin(), all.end(), text) != all.end();
+}
+
+// Which cases a floor is for.
+
+using Name = CaseName const&;
+
+bool isAny(Name)
+{
+    return true;
+}
+
+bool isUTF8(Name c)
+{
+    return c.set == "utf8";
+}
+
+bool isWide(Name c)
+{
+    return isOneOf(c.set, {"utf16", "utf32"});
+}
+
+bool isDense(Name c)
+{
+    return c.form == "dense";
+}
+
+bool isLatin(Name c)
+{
+    return isOneOf(c.script, {"ascii", "english", "french", "german"});
+}
+
+bool isUTF8InASCII(Name c)
+{
+    return isUTF8(c) && c.script == "ascii";
+}
+
+bool isUTF8DenseNotASCII(Name c)
+{
+    return isUTF8(c) && isDense(c) && c.script != "ascii";
+}
+
+/** Mostly ASCII, with letters of two bytes in between. */
+bool isUTF8InLatin(Name c)
+{
+    return isUTF8(c) && isLatin(c) && c.script != "ascii" && !(c.script == "english" && isDense(c));
+}
+
+bool isUTF8Han(Name c)
+{
+    return isUTF8(c) && isDense(c) && isOneOf(c.script, {"chinese", "japanese"});
+}
+
+bool isUTF8HanOrKorean(Name c)
+{
+    return isUTF8Han(c) || (isUTF8(c) && isDense(c) && c.script == "korean");
+}
+
+bool isUTF8OtherScript(Name c)
+{
+    return isUTF8(c) && isDense(c) && !isLatin(c) && !isUTF8Han(c);
+}
+
+bool isUTF8InTwoBytes(Name c)
+{
+    return isUTF8(c) && isDense(c) && isOneOf(c.script, {"cyrillic", "greek", "arabic", "hebrew"});
+}
+
+bool isUTF8Emoji(Name c)
+{
+    return isUTF8(c) && c.script == "emoji";
+}
+
+bool isUTF8NotASCIINorEmoji(Name c)
+{
+    return isUTF8(c) && c.script != "ascii" && c.script != "emoji";
+}
+
+/** The sets that have more than double bytes, or reach beyond the first plane. */
+bool isLong(Name c)
+{
+    return isOneOf(c.set, {"eucjp", "sjis2004"}) || (c.set == "gb18030" && c.script != "chinese");
+}
+
+bool isDoubleByte(Name c)
+{
+    return !isLong(c) && isOneOf(c.set, {"932", "sjis", "936", "euccn", "gb18030", "950", "big5", "949", "euckr"});
+}
+
+bool isGB(Name c)
+{
+    return isDoubleByte(c) && isDense(c) && isOneOf(c.set, {"936", "euccn", "gb18030"});
+}
+
+bool isDoubleByteDenseNotGB(Name c)
+{
+    return isDoubleByte(c) && isDense(c) && !isGB(c);
+}
+
+bool isDoubleByteMarkup(Name c)
+{
+    return isDoubleByte(c) && !isDense(c);
+}
+
+bool isSingleByte(Name c)
+{
+    return !isUTF8(c) && !isWide(c) && !isLong(c) && !isDoubleByte(c);
+}
+
+bool isSingleByteDense(Name c)
+{
+    return isSingleByte(c) && isDense(c) && !isLatin(c);
+}
+
+bool isSingleByteMostlyASCII(Name c)
+{
+    return isSingleByte(c) && !isSingleByteDense(c);
+}
+
+bool isLegacy(Name c)
+{
+    return !isUTF8(c) && !isWide(c);
+}
+
+bool isNotWide(Name c)
+{
+    return !isWide(c);
+}
+
+enum class Measure { RATIO, GIGABYTES, MICROSECONDS };
+
+struct Floor {
+    char const* title;
+    std::initializer_list<char const*> operations;
+    char const* size;
+    bool (*covers)(Name);
+    double avx512;
+    double avx2;
+    Measure measure = Measure::RATIO;
+};
+
+char const* const LARGE = "1MiB";
+char const* const BELOW = "4KiB";  ///< shown beside LARGE, without a floor
+
+// clang-format off
+Floor const FLOORS[] = {
+    {"UTF-8 to UTF-16: ASCII, 64 KiB", {"decode"}, "64KiB", isUTF8InASCII, 20, 14},
+    {"UTF-8 to UTF-16: ASCII, 1 MiB", {"decode"}, LARGE, isUTF8InASCII, 13, 10},
+    {"UTF-8 to UTF-16: French, German; English as markup", {"decode"}, LARGE, isUTF8InLatin, 8, 3},
+    {"UTF-8 to UTF-16, dense: Cyrillic, Greek, Arabic, Hebrew, Thai, Korean, emoji", {"decode"}, LARGE,
+     isUTF8OtherScript, 2.5, 1},
+    {"UTF-8 to UTF-16, dense: Chinese, Japanese", {"decode"}, LARGE, isUTF8Han, 1.9, 1},
+    {"UTF-8 to UTF-16, dense, two-byte scripts, GB/s", {"decode"}, LARGE, isUTF8InTwoBytes, 10, 0, Measure::GIGABYTES},
+    {"UTF-8 to UTF-16, dense, Chinese, Japanese, Korean, GB/s", {"decode"}, LARGE, isUTF8HanOrKorean, 8, 0,
+     Measure::GIGABYTES},
+    {"UTF-16 to UTF-8: ASCII", {"encode"}, LARGE, isUTF8InASCII, 12, 10},
+    {"UTF-16 to UTF-8: all other scripts", {"encode"}, LARGE, isUTF8NotASCIINorEmoji, 4, 2},
+    {"UTF-16 to UTF-8: emoji", {"encode"}, LARGE, isUTF8Emoji, 2.5, 0.9},
+    {"single-byte decode, dense", {"decode"}, LARGE, isSingleByteDense, 7, 1.5},
+    {"single-byte decode, mostly ASCII", {"decode"}, LARGE, isSingleByteMostlyASCII, 7, 3},
+    {"single-byte encode", {"encode"}, LARGE, isSingleByte, 20, 5},
+    {"single-byte to UTF-8", {"to-utf8"}, LARGE, isSingleByte, 6, 3},
+    {"UTF-8 to single-byte", {"from-utf8"}, LARGE, isSingleByte, 12, 4},
+    {"double-byte decode, dense, not GB", {"decode"}, LARGE, isDoubleByteDenseNotGB, 2.5, 1.5},
+    {"double-byte decode, dense, GB sets", {"decode"}, LARGE, isGB, 2, 1.5},
+    {"double-byte decode, markup", {"decode"}, LARGE, isDoubleByteMarkup, 4, 2.5},
+    {"double-byte encode", {"encode"}, LARGE, isDoubleByte, 4, 2},
+    {"double-byte to UTF-8", {"to-utf8"}, LARGE, isDoubleByte, 3, 1.8},
+    {"UTF-8 to double-byte", {"from-utf8"}, LARGE, isDoubleByte, 3, 1.8},
+    {"GB18030 four-byte text, EUC-JP, Shift_JIS-2004", {"decode", "encode", "to-utf8", "from-utf8"}, LARGE, isLong,
+     2, 1.5},
+    {"UTF-8, 16 bytes, ASCII", {"decode", "encode"}, "16B", isUTF8InASCII, 1.5, 1.2},
+    {"UTF-8, 16 bytes, dense", {"decode", "encode"}, "16B", isUTF8DenseNotASCII, 0.8, 0.7},
+    {"UTF-8, 64 bytes", {"decode", "encode"}, "64B", isUTF8, 1.8, 1.2},
+    {"legacy sets, 16 bytes", {"decode", "encode"}, "16B", isLegacy, 2, 1.5},
+    {"legacy sets, 64 bytes", {"decode", "encode"}, "64B", isLegacy, 3, 2},
+    {"legacy sets to and from UTF-8, 16 bytes", {"to-utf8", "from-utf8"}, "16B", isLegacy, 2, 1.5},
+    {"legacy sets to and from UTF-8, 64 bytes", {"to-utf8", "from-utf8"}, "64B", isLegacy, 3, 2},
+    {"getNumUnits beside ICU's preflight", {"num-units"}, LARGE, isNotWide, 8, 5},
+    {"getNumBytes beside ICU's preflight", {"num-bytes"}, LARGE, isNotWide, 8, 5},
+    {"finding a converter beside opening one", {"look-up"}, "", isAny, 30, 30},
+    {"double-byte tables, microseconds", {"load"}, "", isAny, 50, 50, Measure::MICROSECONDS},
+    {"double-byte tables in a new process, microseconds", {"load-first"}, "", isAny, 0, 0, Measure::MICROSECONDS},
+};
+// clang-format on
+
+double valueOf(Measure measure, Result const& result, std::string const& contender)
+{
+    switch (measure) {
+        case Measure::GIGABYTES: return result.speed(contender);
+        case Measure::MICROSECONDS: return result.seconds.at(contender) * 1e6;
+        default: return result.ratio(contender);
+    }
+}
+
+struct Worst {
+    Result const* result = nullptr;
+    double value = 0;
+};
+
+Worst worstOf(Floor const& floor, char const* size, std::vector<Result> const& results, std::string const& contender)
+{
+    Worst worst;
+    for (Result const& result : results) {
+        CaseName const& c = result.name;
+        if (!isOneOf(c.operation, floor.operations) || c.size != size || !floor.covers(c) || !result.has(contender))
+            continue;
+        double const value = valueOf(floor.measure, result, contender);
+        if (value == 0)  // no peer has the set
+            continue;
+        bool const worse = floor.measure == Measure::MICROSECONDS ? value > worst.value : value < worst.value;
+        if (!worst.result || worse)
+            worst = {&result, value};
+    }
+    return worst;
+}
+
+}  // namespace
+
+void writeFloors(std::ostream& out, std::vector<Result> const& results, std::vector<KernelSet> const& sets)
+{
+    for (KernelSet const& set : sets) {
+        int judged = 0;
+        int met = 0;
+        out << "\n### " << set.title << "\n\n"
+            << "| case | floor | worst | where | met | worst at 4 KiB |\n|---|---|---|---|---|---|\n";
+        for (Floor const& floor : FLOORS) {
+            Worst const worst = worstOf(floor, floor.size, results, set.contender());
+            if (!worst.result)
+                continue;
+            double const bound = set.name == "avx512" ? floor.avx512 : set.name == "avx2" ? floor.avx2 : 0;
+            bool const reached = floor.measure == Measure::MICROSECONDS ? worst.value <= bound : worst.value >= bound;
+            out << "| " << floor.title << " | " << (bound > 0 ? formatted("%g", bound) : "") << " | "
+                << formatted("%.3g", worst.value) << " | " << worst.result->name.row() << " | "
+                << (bound > 0 ? reached ? "yes" : "**no**" : "") << " | ";
+            Worst below;
+            if (floor.size == LARGE)
+                below = worstOf(floor, BELOW, results, set.contender());
+            out << (below.result ? formatted("%.3g", below.value) : "") << " |\n";
+            judged += bound > 0;
+            met += bound > 0 && reached;
+        }
+        out << '\n' << met << " of " << judged << " floors are met.\n";
+    }
+}
+
+}  // namespace kx7bench
