@@ -7,21 +7,29 @@
 #include "kx7/converters/LookupTables.h"
 
 KX7CharSetConverterMBCS::KX7CharSetConverterMBCS(unsigned short const* map, KX7CharSet charSet)
-    : KX7CharSetConverter(charSet), m_pszName(nullptr), m_pToUnicode(nullptr), m_pFromUnicode(nullptr), m_pMap(map)
+    : KX7CharSetConverter(charSet), m_pszName(nullptr), m_pToUnicode(nullptr), m_pFromUnicode(nullptr), m_pMap(map),
+      m_pFlat(nullptr)
 {
     pthread_mutex_init(&m_oLoadMutex, nullptr);
 }
 
 KX7CharSetConverterMBCS::KX7CharSetConverterMBCS(char const* name, KX7CharSet charSet)
-    : KX7CharSetConverter(charSet), m_pszName(name), m_pToUnicode(nullptr), m_pFromUnicode(nullptr), m_pMap(nullptr)
+    : KX7CharSetConverter(charSet), m_pszName(name), m_pToUnicode(nullptr), m_pFromUnicode(nullptr), m_pMap(nullptr),
+      m_pFlat(nullptr)
 {
     pthread_mutex_init(&m_oLoadMutex, nullptr);
 }
 
 KX7CharSetConverterMBCS::~KX7CharSetConverterMBCS()
 {
-    delete m_pToUnicode.load(std::memory_order_relaxed);
+    LookupTable<unsigned short>* const toUnicode = m_pToUnicode.load(std::memory_order_relaxed);
+    if (m_pFlat) {
+        m_pFlat->toUnicode.takeBackFrom(*toUnicode);
+        m_pFlat->fromUnicode.takeBackFrom(*m_pFromUnicode);
+    }
+    delete toUnicode;
     delete m_pFromUnicode;
+    delete m_pFlat;
     pthread_mutex_destroy(&m_oLoadMutex);
 }
 
@@ -36,7 +44,21 @@ void KX7CharSetConverterMBCS::load()
     std::unique_ptr<Table> fromUnicode(new (std::nothrow) Table);
     if (!toUnicode || !fromUnicode)
         return;
-    kx7::putPairs(*toUnicode, *fromUnicode, m_pMap);
+    std::unique_ptr<kx7::FlatTables> flat(new (std::nothrow) kx7::FlatTables);
+    if (flat && flat->complete()) {
+        unsigned short* const units = flat->toUnicode.data();
+        unsigned short* const codes = flat->fromUnicode.data();
+        for (unsigned short const* pair = m_pMap; pair[0] != 0 || pair[1] != 0; pair += 2) {
+            units[pair[0]] = pair[1];
+            codes[pair[1]] = pair[0];
+        }
+        flat->toUnicode.lendTo(*toUnicode);
+        flat->fromUnicode.lendTo(*fromUnicode);
+        m_pFlat = flat.release();
+    }
+    else {
+        kx7::putPairs(*toUnicode, *fromUnicode, m_pMap);
+    }
     m_pFromUnicode = fromUnicode.release();
     m_pToUnicode.store(toUnicode.release(), std::memory_order_release);
 }

@@ -9,6 +9,10 @@
 #include "kx7/converters/KX7CharSetConverter.h"
 #include "kx7/converters/LookupTable.h"
 
+namespace kx7 {
+struct FlatTables;
+}
+
 /**
  * Base of the converters whose encoding is a list of pairs of code and UTF-16 code unit. Created empty; the two tables
  * are built from the list on the first conversion, and from then on the object is read-only. All operations may be
@@ -43,6 +47,9 @@ protected:
     LookupTable<unsigned short>* m_pFromUnicode;             ///< unit to code
     unsigned short const* m_pMap;
     pthread_mutex_t m_oLoadMutex;
+
+private:
+    kx7::FlatTables* m_pFlat;  ///< the memory of both tables; null: they have their own
 };
 
 #endif

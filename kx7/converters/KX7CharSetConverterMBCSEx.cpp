@@ -10,21 +10,29 @@
 static_assert(sizeof(sMBCSExTable) == 8, "a record is 8 bytes without padding");
 
 KX7CharSetConverterMBCSEx::KX7CharSetConverterMBCSEx(sMBCSExTable const* map, KX7CharSet charSet)
-    : KX7CharSetConverter(charSet), m_pszName(nullptr), m_pToUnicode(nullptr), m_pFromUnicode(nullptr), m_pMap(map)
+    : KX7CharSetConverter(charSet), m_pszName(nullptr), m_pToUnicode(nullptr), m_pFromUnicode(nullptr), m_pMap(map),
+      m_pFlat(nullptr)
 {
     pthread_mutex_init(&m_oLoadMutex, nullptr);
 }
 
 KX7CharSetConverterMBCSEx::KX7CharSetConverterMBCSEx(char const* name, KX7CharSet charSet)
-    : KX7CharSetConverter(charSet), m_pszName(name), m_pToUnicode(nullptr), m_pFromUnicode(nullptr), m_pMap(nullptr)
+    : KX7CharSetConverter(charSet), m_pszName(name), m_pToUnicode(nullptr), m_pFromUnicode(nullptr), m_pMap(nullptr),
+      m_pFlat(nullptr)
 {
     pthread_mutex_init(&m_oLoadMutex, nullptr);
 }
 
 KX7CharSetConverterMBCSEx::~KX7CharSetConverterMBCSEx()
 {
-    delete m_pToUnicode.load(std::memory_order_relaxed);
+    LookupTable<unsigned int>* const toUnicode = m_pToUnicode.load(std::memory_order_relaxed);
+    if (m_pFlat) {
+        m_pFlat->toUnicode.takeBackFrom(*toUnicode);
+        m_pFlat->fromUnicode.takeBackFrom(*m_pFromUnicode);
+    }
+    delete toUnicode;
     delete m_pFromUnicode;
+    delete m_pFlat;
     pthread_mutex_destroy(&m_oLoadMutex);
 }
 
@@ -38,6 +46,12 @@ void KX7CharSetConverterMBCSEx::load()
     std::unique_ptr<LookupTableEx<unsigned short>> fromUnicode(new (std::nothrow) LookupTableEx<unsigned short>);
     if (!toUnicode || !fromUnicode)
         return;
+    std::unique_ptr<kx7::FlatTablesEx> flat(new (std::nothrow) kx7::FlatTablesEx);
+    if (flat && flat->complete()) {
+        flat->toUnicode.lendTo(*toUnicode);
+        flat->fromUnicode.lendTo(*fromUnicode);
+        m_pFlat = flat.release();
+    }
     for (sMBCSExTable const* record = m_pMap; record->code != 0 || record->codePoint != 0; ++record) {
         toUnicode->put(record->code, record->codePoint);
         if (record->codePoint <= kx7::LAST_CODE_POINT)

@@ -9,6 +9,10 @@
 #include "kx7/converters/KX7CharSetConverter.h"
 #include "kx7/converters/LookupTable.h"
 
+namespace kx7 {
+struct FlatTablesEx;
+}
+
 /** One record of the mapping list of an extended multibyte converter; a record of zeros ends the list. */
 struct sMBCSExTable {
     unsigned short code;      ///< lead byte * 256 + trail byte; a single byte as 0x00XX
@@ -50,6 +54,9 @@ protected:
     LookupTableEx<unsigned short>* m_pFromUnicode;         ///< code point to code
     sMBCSExTable const* m_pMap;
     pthread_mutex_t m_oLoadMutex;
+
+private:
+    kx7::FlatTablesEx* m_pFlat;  ///< the memory of both tables; null: they have their own
 };
 
 #endif

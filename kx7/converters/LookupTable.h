@@ -13,6 +13,9 @@
 
 namespace kx7 {
 
+template <class T>
+class FlatValues;
+
 /** The page store that both table templates are made of: PAGE_COUNT pages of 256 values of T. */
 template <class T, size_t PAGE_COUNT>
 class PagedTable {
@@ -49,6 +52,20 @@ public:
                 delete[] m_pages[i];
     }
 
+    /** Makes pages of the first slots from `values`, which this table neither owns nor outlives. */
+    void borrow(T* values, size_t count)
+    {
+        for (size_t i = 0; i < count / 256; ++i)
+            m_pages[i] = values + 256 * i;
+    }
+
+    /** Makes the first slots empty again. */
+    void giveBack(size_t count, T const* nullPage)
+    {
+        for (size_t i = 0; i < count / 256; ++i)
+            m_pages[i] = const_cast<T*>(nullPage);
+    }
+
 private:
     T* m_pages[PAGE_COUNT];
 };
@@ -81,6 +98,8 @@ public:
     static T const m_gNullTable[256];
 
 private:
+    template <class V>
+    friend class kx7::FlatValues;
     kx7::PagedTable<T, 256> m_pages;
 };
 
@@ -104,6 +123,8 @@ public:
     static T const m_gNullTable[256];
 
 private:
+    template <class V>
+    friend class kx7::FlatValues;
     kx7::PagedTable<T, size_t{17} * 256> m_pages;
 };
 

@@ -2,6 +2,8 @@
 #ifndef KX7_CONVERTERS_LOOKUPTABLES_H
 #define KX7_CONVERTERS_LOOKUPTABLES_H
 
+#include <cstdlib>
+
 #include "kx7/converters/LookupTable.h"
 
 namespace kx7 {
@@ -25,6 +27,52 @@ void putPairs(LookupTable<unsigned short>& toUnicode, LookupTable<T>& fromUnicod
         fromUnicode.put(pairs[1], static_cast<T>(pairs[0]));
     }
 }
+
+/**
+ * An array over all 16-bit keys that lends a table its pages: entering a value is one store, without a look at the
+ * page. Of the array only what is touched takes memory.
+ */
+template <class T>
+class FlatValues {
+public:
+    FlatValues() : m_values(static_cast<T*>(calloc(KEYS, sizeof(T)))) {}
+    ~FlatValues() { free(m_values); }
+    FlatValues(FlatValues const&) = delete;
+    FlatValues& operator=(FlatValues const&) = delete;
+
+    /** Zeros at first; null without memory. */
+    T* data() const { return m_values; }
+
+    template <class Table>
+    void lendTo(Table& table) const
+    {
+        table.m_pages.borrow(m_values, KEYS);
+    }
+
+    /** To be called before the table goes, which would free the pages. */
+    template <class Table>
+    void takeBackFrom(Table& table) const
+    {
+        table.m_pages.giveBack(KEYS, Table::m_gNullTable);
+    }
+
+private:
+    static constexpr size_t KEYS = 0x10000;
+
+    T* m_values;
+};
+
+/** The arrays of a converter's two tables: one by code, one by character of the Basic Multilingual Plane. */
+template <class T>
+struct FlatPair {
+    FlatValues<T> toUnicode;
+    FlatValues<unsigned short> fromUnicode;
+
+    bool complete() const { return toUnicode.data() && fromUnicode.data(); }
+};
+
+struct FlatTables : FlatPair<unsigned short> {};
+struct FlatTablesEx : FlatPair<unsigned int> {};
 
 }  // namespace kx7
 

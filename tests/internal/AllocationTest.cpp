@@ -44,6 +44,13 @@ void* allocateOrThrow(size_t size)
     return memory;
 }
 
+void release(void* memory)
+{
+    if (state.watching && memory)
+        ++state.freed;
+    free(memory);
+}
+
 }  // namespace
 
 void* operator new(size_t size)
@@ -66,21 +73,19 @@ void* operator new[](size_t size, std::nothrow_t const&) noexcept
 }
 void operator delete(void* memory) noexcept
 {
-    free(memory);
+    release(memory);
 }
 void operator delete(void* memory, size_t) noexcept
 {
-    free(memory);
+    release(memory);
 }
 void operator delete[](void* memory) noexcept
 {
-    if (state.watching && memory)
-        ++state.freed;
-    free(memory);
+    release(memory);
 }
 void operator delete[](void* memory, size_t) noexcept
 {
-    operator delete[](memory);
+    release(memory);
 }
 
 namespace kx7test {

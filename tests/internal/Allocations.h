@@ -21,7 +21,7 @@ struct Allocations {
         void fail(unsigned int first, unsigned int last);
 
         unsigned int made() const;   ///< allocations that were asked for
-        unsigned int freed() const;  ///< arrays given back
+        unsigned int freed() const;  ///< blocks given back
     };
 
     /** Bytes of the last array asked for. */
