@@ -17,9 +17,31 @@
 #include <cstdint>
 
 // By function and not by file: an inline function of a header must not be compiled for a machine that is not there.
-#define KX7_AVX512 __attribute__((target("avx512f,avx512bw,avx512dq,avx512vl,avx512vbmi,avx512vbmi2,popcnt")))
+#define KX7_AVX512 __attribute__((target("avx512f,avx512bw,avx512dq,avx512vl,avx512vbmi,avx512vbmi2,bmi,bmi2,popcnt")))
 
 namespace kx7 {
+
+/**
+ * A zeroed register of its own for what vpcompress writes: the instruction waits for its destination even where all of
+ * it is overwritten, and a register that a loop uses again would chain one round to the next.
+ */
+KX7_AVX512 inline __m512i freshZero()
+{
+    __m512i zero = _mm512_setzero_si512();
+    __asm__("" : "+v"(zero));  // else the compiler sees zeros and uses the form that is not fresh
+    return zero;
+}
+
+/** The bytes in `kept` moved to the front, zeros behind them. */
+KX7_AVX512 inline __m512i squeezeBytes(__mmask64 kept, __m512i bytes)
+{
+    return _mm512_mask_compress_epi8(freshZero(), kept, bytes);
+}
+
+KX7_AVX512 inline __m256i squeezeBytes(__mmask32 kept, __m256i bytes)
+{
+    return _mm256_mask_compress_epi8(_mm512_castsi512_si256(freshZero()), kept, bytes);
+}
 
 void decodeUTF8Avx512(unsigned char const*& in, unsigned char const* end, unsigned short*& out, unsigned short* outEnd);
 void encodeUTF8Avx512(unsigned short const*& in, unsigned short const* end, unsigned char*& out, unsigned char* outEnd);

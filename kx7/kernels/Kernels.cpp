@@ -28,7 +28,7 @@ InstructionSet detectInstructionSet()
 {
 #ifdef KX7_X86_KERNELS
     __builtin_cpu_init();
-    if (__builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vl") &&
+    if (__builtin_cpu_supports("bmi2") && __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vl") &&
         __builtin_cpu_supports("avx512vbmi") && __builtin_cpu_supports("avx512vbmi2"))
         return InstructionSet::AVX512;
     if (__builtin_cpu_supports("avx2"))

@@ -1,139 +1,249 @@
 // kx7text - UTF-8 with AVX-512 (VBMI2).
 //
-// Decoding takes 32 bytes at a time. Each byte becomes a 16-bit lane, three times: the byte itself, the one behind it
-// and the one behind that. A lane that holds a lead byte can then be turned into its unit without looking elsewhere;
-// the lanes of continuation bytes are squeezed out (vpcompressw). Which bytes must be continuation bytes follows from
-// the leads shifted by one, two and three; where that does not hold the block is handed back. A four-byte sequence
-// keeps two lanes, the lead's for the high surrogate and the one behind it for the low.
+// Decoding takes 64 bytes at a time. Which of them must be continuation bytes follows from the leads shifted by one,
+// two and three. The last byte of each character, the byte before that and the one before that are squeezed to the
+// front of three registers (vpcompressb), widened and put together, 32 units at a time. A four-byte sequence keeps two
+// lanes: that of its third byte, where the other three then give the high surrogate, and that of its fourth. A
+// character belongs to the block in which it ends, so that each block begins where the one before ended.
 //
-// Encoding takes 32 units that need up to two bytes each, or 16 that need up to four, builds the bytes of each unit in
-// a lane of its own with the unused ones empty, and squeezes those out (vpcompressb).
+// Encoding takes 32 units, gives each 16 bits if none needs three bytes, else 32, builds its bytes there (for three
+// bytes by vpmultishiftqb, six bits at a time), and squeezes out what is not used. Each half of a surrogate pair makes
+// two bytes, the low one with two bits from the unit before.
 //
-// Stores are masked: nothing is written behind the text. The last block of a range is loaded under a mask as well, so
-// that short texts are as quick as long ones.
+// Stores are masked: nothing is written behind the text. What is left in the end, or cannot be converted, goes through
+// smaller blocks loaded under a mask, which stop in front of the character at fault; short texts go there at once.
 #include "kx7/kernels/Avx512.h"
 
 #ifdef KX7_X86_KERNELS
+
+#include <algorithm>
 
 namespace kx7 {
 
 namespace {
 
-constexpr std::ptrdiff_t BLOCK = 32;
-constexpr std::ptrdiff_t LOOKAHEAD = 3;
-
-/** The lowest `count` bits. */
-constexpr uint32_t lowBits(std::ptrdiff_t count)
+/** The lowest `count` bits, of which there may be fewer. */
+KX7_AVX512 inline uint32_t lowBits(std::ptrdiff_t count)
 {
-    return count >= 32 ? ~UINT32_C(0) : (UINT32_C(1) << count) - 1;
+    return _bzhi_u32(~UINT32_C(0), static_cast<uint32_t>(count));
 }
 
-KX7_AVX512 inline __m512i words(__m256i bytes)
+/** Blocks of 32 bytes, whose masks fit a register of 32 bits. */
+struct Narrow {
+    using Mask = uint32_t;
+    using Bytes = __m256i;
+    static constexpr std::ptrdiff_t BLOCK = 32;
+
+    KX7_AVX512 static Bytes load(unsigned char const* p)
+    {
+        return _mm256_loadu_si256(reinterpret_cast<__m256i const*>(p));
+    }
+    KX7_AVX512 static Bytes load(unsigned char const* p, Mask wanted) { return _mm256_maskz_loadu_epi8(wanted, p); }
+    KX7_AVX512 static Mask notASCII(Bytes bytes) { return static_cast<Mask>(_mm256_movemask_epi8(bytes)); }
+    KX7_AVX512 static Mask atLeast(Bytes bytes, unsigned char least)
+    {
+        return _mm256_cmpge_epu8_mask(bytes, _mm256_set1_epi8(static_cast<char>(least)));
+    }
+    KX7_AVX512 static Bytes low(Bytes bytes, unsigned char bits)
+    {
+        return _mm256_and_si256(bytes, _mm256_set1_epi8(static_cast<char>(bits)));
+    }
+    KX7_AVX512 static __m512i front(Bytes bytes) { return _mm512_cvtepu8_epi16(bytes); }
+    KX7_AVX512 static __m512i back(Bytes) { return _mm512_setzero_si512(); }
+    KX7_AVX512 static std::ptrdiff_t count(Mask mask) { return __builtin_popcount(mask); }
+    KX7_AVX512 static Mask lowBits(std::ptrdiff_t count) { return kx7::lowBits(count); }
+};
+
+/** Blocks of 64 bytes. */
+struct Wide {
+    using Mask = uint64_t;
+    using Bytes = __m512i;
+    static constexpr std::ptrdiff_t BLOCK = 64;
+
+    KX7_AVX512 static Bytes load(unsigned char const* p) { return _mm512_loadu_si512(p); }
+    KX7_AVX512 static Bytes load(unsigned char const* p, Mask wanted) { return _mm512_maskz_loadu_epi8(wanted, p); }
+    KX7_AVX512 static Mask notASCII(Bytes bytes) { return _mm512_movepi8_mask(bytes); }
+    KX7_AVX512 static Mask atLeast(Bytes bytes, unsigned char least)
+    {
+        return _mm512_cmpge_epu8_mask(bytes, _mm512_set1_epi8(static_cast<char>(least)));
+    }
+    KX7_AVX512 static Bytes low(Bytes bytes, unsigned char bits)
+    {
+        return _mm512_and_si512(bytes, _mm512_set1_epi8(static_cast<char>(bits)));
+    }
+    KX7_AVX512 static __m512i front(Bytes bytes) { return _mm512_cvtepu8_epi16(_mm512_castsi512_si256(bytes)); }
+    KX7_AVX512 static __m512i back(Bytes bytes) { return _mm512_cvtepu8_epi16(_mm512_extracti64x4_epi64(bytes, 1)); }
+    KX7_AVX512 static std::ptrdiff_t count(Mask mask) { return __builtin_popcountll(mask); }
+    KX7_AVX512 static Mask lowBits(std::ptrdiff_t count)
+    {
+        return _bzhi_u64(~UINT64_C(0), static_cast<uint64_t>(count));
+    }
+};
+
+#ifdef __x86_64__
+using Widest = Wide;
+#else
+using Widest = Narrow;  // masks of 64 bits would be two registers
+#endif
+
+/** Units of one store. */
+constexpr std::ptrdiff_t UNITS = 32;
+
+/** Units of the 32 characters whose last byte, last but one and last but two are in lanes alike. */
+template <int LONGEST>
+KX7_AVX512 inline __m512i unitsOf(__m512i last, __m512i second, __m512i third)
 {
-    return _mm512_cvtepu8_epi16(bytes);
+    __m512i const units = _mm512_or_si512(last, _mm512_slli_epi16(second, 6));
+    return LONGEST > 2 ? _mm512_or_si512(units, _mm512_slli_epi16(third, 12)) : units;
 }
 
-/** A continuation byte, taken as signed, is below 0xC0. */
-KX7_AVX512 inline uint32_t continuationsOf(__m256i bytes)
+/** The same where the lanes in `highs` and behind them are those of surrogate pairs. */
+KX7_AVX512 inline __m512i withPairs(__m512i units, uint32_t highs, uint32_t lows)
 {
-    return _mm256_cmplt_epi8_mask(bytes, _mm256_set1_epi8(static_cast<char>(0xC0)));
+    // In the lane of the third byte of four stands the value without the last byte: four bits of the lead count, as in
+    // the plain decoder.
+    __m512i const low = _mm512_and_si512(units, _mm512_set1_epi16(0x3FF));
+    units =
+        _mm512_mask_add_epi16(units, highs, _mm512_srli_epi16(units, 4), _mm512_set1_epi16(static_cast<short>(0xD7C0)));
+    return _mm512_mask_add_epi16(units, lows, low, _mm512_set1_epi16(static_cast<short>(0xDC00)));
 }
 
-KX7_AVX512 inline uint32_t leadsOf(__m256i bytes, unsigned char least)
-{
-    return _mm256_cmpge_epu8_mask(bytes, _mm256_set1_epi8(static_cast<char>(least)));
-}
+/** Leads of a block, by the least length that they tell. */
+template <class Mask>
+struct Leads {
+    Mask two;
+    Mask three;
+    Mask four;
 
-/** The 32 bytes that begin `offset` bytes behind `in`; zeros from `available` on, where the last block is short. */
-template <bool IS_LAST>
-KX7_AVX512 inline __m256i loadBytes(unsigned char const* in, std::ptrdiff_t offset, std::ptrdiff_t available)
-{
-    if (!IS_LAST)
-        return _mm256_loadu_si256(reinterpret_cast<__m256i const*>(in + offset));
-    return available > offset ? _mm256_maskz_loadu_epi8(lowBits(available - offset), in + offset)
-                              : _mm256_setzero_si256();
-}
-
-/** What decodeBlock did. */
-struct Decoded {
-    std::ptrdiff_t consumed;  ///< bytes, 0: the block is handed back
-    std::ptrdiff_t written;
-    uint32_t carried;  ///< the bytes behind those consumed that belong to a character that is written already
+    /** The continuation bytes that follow them in their block. */
+    Mask continuations() const { return two << 1 | three << 2 | four << 3; }
 };
 
 /**
- * Decodes up to 32 of the `available` bytes at `in`, of which the `carried` ones belong to a character before. Unless
- * IS_LAST there are 3 bytes more, and room for 32 units.
+ * Writes the characters of up to LONGEST bytes that end in a block: one unit for each of its bytes in `kept`, the last
+ * of a character or, of a pair, the last two.
  */
-template <bool IS_LAST>
-KX7_AVX512 inline Decoded decodeBlock(unsigned char const* in, std::ptrdiff_t available, unsigned short* out,
-                                      std::ptrdiff_t room, uint32_t carried)
+template <class W, int LONGEST>
+KX7_AVX512 inline std::ptrdiff_t writeCharacters(unsigned char const* in, typename W::Bytes bytes,
+                                                 typename W::Mask continuations, typename W::Mask thirds,
+                                                 typename W::Mask kept, unsigned short* out)
 {
-    __m256i const bytes = loadBytes<IS_LAST>(in, 0, available);
-    __m512i const first = words(bytes);
-    __m256i const behind = loadBytes<IS_LAST>(in, 1, available);
-    uint32_t leads = leadsOf(bytes, 0xC0);
-    uint32_t leads3 = leadsOf(bytes, 0xE0);
-    uint32_t leads4 = leadsOf(bytes, 0xF0);
-    std::ptrdiff_t used = BLOCK;
-    if (IS_LAST) {
-        // Without the character that the end cuts off, if any.
-        used = available;
-        uint32_t const lastOne = UINT32_C(1) << (available - 1);
-        uint32_t const cut = (leads & lastOne) | (leads3 & (lastOne | lastOne >> 1)) |
-                             (leads4 & (lastOne | lastOne >> 1 | lastOne >> 2));
-        if (cut != 0)
-            used = __builtin_ctz(cut);
+    // Loads under a mask do not touch the bytes that it leaves out, so that nothing in front of the text is read.
+    std::ptrdiff_t const count = W::count(kept);
+    typename W::Bytes const last = W::low(squeezeBytes(kept, bytes), 0x7F);
+    typename W::Bytes const second = W::low(squeezeBytes(kept, W::load(in - 1, continuations)), 0x3F);
+    typename W::Bytes const third = LONGEST > 2 ? squeezeBytes(kept, W::load(in - 2, thirds)) : last;
+    typename W::Mask const highs = LONGEST > 3 ? W::atLeast(third, 0xF0) : 0;
+    typename W::Mask const lows = highs << 1;
+    typename W::Mask const written = W::lowBits(count);
+    __m512i units = unitsOf<LONGEST>(W::front(last), W::front(second), W::front(third));
+    if (LONGEST > 3)
+        units = withPairs(units, static_cast<uint32_t>(highs), static_cast<uint32_t>(lows));
+    _mm512_mask_storeu_epi16(out, static_cast<uint32_t>(written), units);
+    // Without a branch even where there are rarely so many: where there sometimes are, it would be guessed wrong.
+    if (W::BLOCK > UNITS) {
+        constexpr std::ptrdiff_t BEHIND = W::BLOCK - UNITS;
+        units = unitsOf<LONGEST>(W::back(last), W::back(second), W::back(third));
+        if (LONGEST > 3)
+            units = withPairs(units, static_cast<uint32_t>(highs >> BEHIND), static_cast<uint32_t>(lows >> BEHIND));
+        _mm512_mask_storeu_epi16(out + UNITS, static_cast<uint32_t>(written >> BEHIND), units);
     }
-    else if (leads4 >> 31) {
-        // Its low surrogate would come from a lane of the next block: leave it there whole.
-        used = BLOCK - 1;
+    return count;
+}
+
+/**
+ * Decodes up to 32 of the `available` bytes at `in`, which begins a character, up to what is cut off or malformed.
+ * @return the bytes consumed
+ */
+KX7_AVX512 inline std::ptrdiff_t decodeLastBlock(unsigned char const* in, std::ptrdiff_t available,
+                                                 unsigned short*& out)
+{
+    __m256i const bytes = Narrow::load(in, lowBits(available));
+    uint32_t const notASCII = Narrow::notASCII(bytes);
+    if (notASCII == 0) {
+        _mm512_mask_storeu_epi16(out, lowBits(available), Narrow::front(bytes));
+        out += available;
+        return available;
+    }
+    Leads<uint32_t> leads = {Narrow::atLeast(bytes, 0xC0), Narrow::atLeast(bytes, 0xE0), Narrow::atLeast(bytes, 0xF0)};
+    uint32_t const continuations = notASCII & ~leads.two;
+    std::ptrdiff_t used = available;
+    uint32_t const end = UINT32_C(1) << (available - 1);
+    uint32_t const cut =
+        (leads.two & end) | (leads.three & (end | end >> 1)) | (leads.four & (end | end >> 1 | end >> 2));
+    if (cut != 0)
+        used = __builtin_ctz(cut);
+    // One more byte, for what the character in front of it lacks.
+    uint32_t const wrong = (continuations ^ leads.continuations()) & lowBits(used + 1);
+    if (wrong != 0) {
+        // A continuation byte that nothing leads, or one that is missing: then the last lead in front is at fault.
+        used = __builtin_ctz(wrong);
+        if (!(continuations >> used & 1))
+            used = 31 - __builtin_clz(leads.two & lowBits(used));
     }
     uint32_t const lanes = lowBits(used);
-    leads &= lanes;
-    leads3 &= lanes;
-    leads4 &= lanes;
+    uint32_t const inside = continuations & lanes;
+    uint32_t const thirds = leads.three << 2 & lanes;
+    uint32_t const kept = ~(leads.two | leads.three << 1) & lanes;
+    out += thirds == 0 ? writeCharacters<Narrow, 2>(in, bytes, inside, 0, kept, out)
+                       : writeCharacters<Narrow, 4>(in, bytes, inside, thirds, kept, out);
+    return used;
+}
 
-    uint32_t const continuations = continuationsOf(bytes) & lanes;
-    uint64_t const expected = static_cast<uint64_t>(leads) << 1 | static_cast<uint64_t>(leads3) << 2 |
-                              static_cast<uint64_t>(leads4) << 3 | carried;
-    if ((leads & ~continuationsOf(behind)) != 0 || continuations != (static_cast<uint32_t>(expected) & lanes))
-        return {0, 0, carried};
-
-    __m512i const sixBits = _mm512_set1_epi16(0x3F);
-    __m512i const second = _mm512_and_si512(words(behind), sixBits);
-    __m512i units = _mm512_mask_mov_epi16(
-        first, leads, _mm512_or_si512(second, _mm512_and_si512(_mm512_slli_epi16(first, 6), _mm512_set1_epi16(0x7C0))));
-    uint32_t kept = ~continuations & lanes;
-    if (leads3 != 0) {
-        __m256i const behind2 = loadBytes<IS_LAST>(in, 2, available);
-        if ((leads3 & ~continuationsOf(behind2)) != 0)
-            return {0, 0, carried};
-        __m512i const third = _mm512_and_si512(words(behind2), sixBits);
-        units = _mm512_mask_mov_epi16(
-            units, leads3,
-            _mm512_or_si512(_mm512_or_si512(_mm512_slli_epi16(first, 12), third), _mm512_slli_epi16(second, 6)));
-        if (leads4 != 0) {
-            if ((leads4 & ~continuationsOf(loadBytes<IS_LAST>(in, 3, available))) != 0)
-                return {0, 0, carried};
-            // Four bits of the lead count, as in the plain decoder.
-            __m512i const lead = _mm512_slli_epi16(_mm512_and_si512(first, _mm512_set1_epi16(0xF)), 8);
-            __m512i const high =
-                _mm512_or_si512(_mm512_or_si512(lead, _mm512_slli_epi16(second, 2)), _mm512_srli_epi16(third, 4));
-            // In the lane behind the lead, `second` is the third byte of the sequence and `third` the fourth.
-            __m512i const low =
-                _mm512_or_si512(_mm512_slli_epi16(_mm512_and_si512(second, _mm512_set1_epi16(0xF)), 6), third);
-            units = _mm512_mask_add_epi16(units, leads4, high, _mm512_set1_epi16(static_cast<short>(0xD7C0)));
-            units = _mm512_mask_add_epi16(units, leads4 << 1, low, _mm512_set1_epi16(static_cast<short>(0xDC00)));
-            kept |= leads4 << 1;
+/** Decodes whole blocks while all is well; what is left begins a character. */
+template <class W>
+KX7_AVX512 inline void decodeBlocks(unsigned char const*& inOut, unsigned char const* end, unsigned short*& outOut,
+                                    unsigned short* outEnd)
+{
+    using Mask = typename W::Mask;
+    constexpr std::ptrdiff_t BLOCK = W::BLOCK;
+    unsigned char const* in = inOut;
+    unsigned short* out = outOut;
+    Leads<Mask> before = {0, 0, 0};  // of the block before
+    while (end - in >= BLOCK && outEnd - out >= BLOCK) {
+        typename W::Bytes const bytes = W::load(in);
+        Mask const notASCII = W::notASCII(bytes);
+        Mask const carried = before.two >> (BLOCK - 1) | before.three >> (BLOCK - 2) | before.four >> (BLOCK - 3);
+        if ((notASCII | carried) == 0) {
+            _mm512_storeu_si512(out, W::front(bytes));
+            if (BLOCK > UNITS)
+                _mm512_storeu_si512(out + UNITS, W::back(bytes));
+            in += BLOCK;
+            out += BLOCK;
+            continue;
         }
+        Leads<Mask> leads = {W::atLeast(bytes, 0xC0), W::atLeast(bytes, 0xE0), 0};
+        Mask const continuations = notASCII & ~leads.two;
+        Mask const thirds = leads.three << 2 | before.three >> (BLOCK - 2);
+        std::ptrdiff_t used = BLOCK;
+        if ((thirds | leads.three) == 0) {
+            if (continuations != (leads.continuations() | carried))
+                break;
+            out += writeCharacters<W, 2>(in, bytes, continuations, 0, ~leads.two, out);
+        }
+        else {
+            leads.four = W::atLeast(bytes, 0xF0);
+            if (continuations != (leads.continuations() | carried))
+                break;
+            Mask kept = ~(leads.two | leads.three << 1 | before.three >> (BLOCK - 1));
+            if (leads.four >> (BLOCK - 3) & 1) {
+                // The last byte of this pair is in the next block: leave the last but one to that as well.
+                used = BLOCK - 1;
+                kept &= W::lowBits(used);
+                leads = {leads.two << 1, leads.three << 1, leads.four << 1};
+            }
+            out += (leads.four | before.four) == 0 ? writeCharacters<W, 3>(in, bytes, continuations, thirds, kept, out)
+                                                   : writeCharacters<W, 4>(in, bytes, continuations, thirds, kept, out);
+        }
+        in += used;
+        before = leads;
     }
-    std::ptrdiff_t const count = __builtin_popcount(kept);
-    __m512i const text = _mm512_maskz_compress_epi16(kept, units);
-    if (IS_LAST && count > room)
-        return {0, 0, carried};
-    _mm512_mask_storeu_epi16(out, lowBits(count), text);
-    return {used, count, static_cast<uint32_t>(expected >> used)};
+    // The character that the last block cut off is left whole.
+    inOut = in - (before.two >> (BLOCK - 1) != 0     ? 1
+                  : before.three >> (BLOCK - 2) != 0 ? 2
+                  : before.four >> (BLOCK - 3) != 0  ? 3
+                                                     : 0);
+    outOut = out;
 }
 
 }  // namespace
@@ -143,55 +253,39 @@ KX7_AVX512 void decodeUTF8Avx512(unsigned char const*& inOut, unsigned char cons
 {
     unsigned char const* in = inOut;
     unsigned short* out = outOut;
-    uint32_t carried = 0;
+    decodeBlocks<Widest>(in, end, out, outEnd);
     for (;;) {
-        while (carried == 0 && end - in >= 2 * BLOCK && outEnd - out >= 2 * BLOCK) {
-            __m512i const bytes = _mm512_loadu_si512(in);
-            if (_mm512_movepi8_mask(bytes) != 0)
-                break;
-            _mm512_storeu_si512(out, words(_mm512_castsi512_si256(bytes)));
-            _mm512_storeu_si512(out + BLOCK, words(_mm512_extracti64x4_epi64(bytes, 1)));
-            in += 2 * BLOCK;
-            out += 2 * BLOCK;
-        }
-        if (end - in < BLOCK + LOOKAHEAD || outEnd - out < BLOCK)
+        std::ptrdiff_t const available = std::min({std::ptrdiff_t{32}, end - in, outEnd - out});
+        if (available <= 0)
             break;
-        // Two blocks before ASCII is looked for again.
-        Decoded const block = decodeBlock<false>(in, BLOCK, out, BLOCK, carried);
-        if (block.consumed == 0)
-            goto done;
-        in += block.consumed;
-        out += block.written;
-        carried = block.carried;
-        if (end - in < BLOCK + LOOKAHEAD || outEnd - out < BLOCK)
+        std::ptrdiff_t const used = decodeLastBlock(in, available, out);
+        if (used == 0)
             break;
-        Decoded const next = decodeBlock<false>(in, BLOCK, out, BLOCK, carried);
-        if (next.consumed == 0)
-            goto done;
-        in += next.consumed;
-        out += next.written;
-        carried = next.carried;
+        in += used;
     }
-    while (end - in > 0) {
-        Decoded const block = decodeBlock<true>(in, end - in < BLOCK ? end - in : BLOCK, out, outEnd - out, carried);
-        if (block.consumed == 0)
-            break;
-        in += block.consumed;
-        out += block.written;
-        carried = block.carried;
-    }
-done:
-    inOut = in + __builtin_popcount(carried);
+    inOut = in;
     outOut = out;
 }
 
 namespace {
 
-/** Writes the `count` bytes that `kept` leaves of `bytes`. */
-KX7_AVX512 inline void storeBytes(unsigned char* out, __m512i bytes, __m512i kept, unsigned int count)
+/** Units of an encoder's block, and of the half of one whose units get 32 bits each. */
+constexpr std::ptrdiff_t HALF = UNITS / 2;
+
+/** Room that a block needs: three bytes a unit, and two for the rest of a pair that it cuts. */
+constexpr std::ptrdiff_t BLOCK_ROOM = 3 * UNITS + 2;
+
+/** Stores the first `count` bytes. */
+KX7_AVX512 inline void storeBytes(unsigned char* out, __m512i bytes, unsigned int count)
 {
-    __m512i const text = _mm512_maskz_compress_epi8(_mm512_movepi8_mask(kept), bytes);
-    _mm512_mask_storeu_epi8(out, count >= 64 ? ~UINT64_C(0) : (UINT64_C(1) << count) - 1, text);
+#ifdef __x86_64__
+    _mm512_mask_storeu_epi8(out, Wide::lowBits(count), bytes);
+#else
+    _mm256_mask_storeu_epi8(out, lowBits(static_cast<std::ptrdiff_t>(count)), _mm512_castsi512_si256(bytes));
+    if (count > 32)
+        _mm256_mask_storeu_epi8(out + 32, lowBits(static_cast<std::ptrdiff_t>(count) - 32),
+                                _mm512_extracti64x4_epi64(bytes, 1));
+#endif
 }
 
 /** Encodes 32 units below U+0800, those in `twoBytes` in two bytes. */
@@ -201,75 +295,113 @@ KX7_AVX512 inline unsigned int encodeTwoByteBlock(__m512i units, uint32_t twoByt
     __m512i const tail = _mm512_slli_epi16(_mm512_and_si512(units, _mm512_set1_epi16(0x3F)), 8);
     __m512i const pairs = _mm512_or_si512(_mm512_or_si512(_mm512_srli_epi16(units, 6), tail),
                                           _mm512_set1_epi16(static_cast<short>(0x80C0)));
-    unsigned int const count = static_cast<unsigned int>(BLOCK + __builtin_popcount(twoBytes));
-    storeBytes(out, _mm512_mask_mov_epi16(units, twoBytes, pairs),
-               _mm512_mask_mov_epi16(_mm512_set1_epi16(0xFF), twoBytes, _mm512_set1_epi16(-1)), count);
+    unsigned int const count = static_cast<unsigned int>(UNITS + __builtin_popcount(twoBytes));
+    __m512i const kept = _mm512_mask_mov_epi16(_mm512_set1_epi16(0x80), twoBytes, _mm512_set1_epi16(-1));
+    storeBytes(out, squeezeBytes(_mm512_movepi8_mask(kept), _mm512_mask_mov_epi16(units, twoBytes, pairs)), count);
     return count;
 }
 
-/** What encodeBlock did. */
-struct Encoded {
-    std::ptrdiff_t consumed;  ///< units, 0: the block is handed back
-    unsigned int written;
+/** Units by the bytes that they need: at least two, three; and the halves of surrogate pairs, which need two each. */
+struct Kinds {
+    uint32_t two;
+    uint32_t three;
+    uint32_t highs;
+    uint32_t lows;
+
+    Kinds back() const { return {two >> HALF, three >> HALF, highs >> HALF, lows >> HALF}; }
 };
 
-/** Encodes `available` units (16 at most) of any kind. Unless IS_LAST there is room for 64 bytes. */
-template <bool IS_LAST>
-KX7_AVX512 inline Encoded encodeBlock(__m256i units, std::ptrdiff_t available, unsigned char* out, std::ptrdiff_t room)
+/** Encodes the first `available` of 16 units; those of pairs as withPairCodes leaves them. */
+template <bool HAS_PAIRS>
+KX7_AVX512 inline unsigned int encodeHalf(__m256i units, Kinds const& kinds, std::ptrdiff_t available,
+                                          unsigned char* out)
 {
-    __m512i const codes = _mm512_cvtepu16_epi32(units);
-    __m512i const sixBits = _mm512_set1_epi32(0x3F);
-    __m512i const kind = _mm512_and_si512(codes, _mm512_set1_epi32(0xFC00));
-    auto lanes = static_cast<uint32_t>(lowBits(available));
-    uint32_t highs = _mm512_cmpeq_epi32_mask(kind, _mm512_set1_epi32(0xD800));
-    if (highs >> (available - 1) & 1) {
-        // Its partner is in the next block, if anywhere: leave it there.
-        lanes >>= 1;
-        highs &= lanes;
-        --available;
-        if (available == 0)
-            return {0, 0};
+    auto const two = static_cast<__mmask16>(kinds.two);
+    auto const three = static_cast<__mmask16>(kinds.three);
+    // Bits 12 and up, 6 and up, 0 and up in the low three bytes of each lane.
+    __m512i const shifts = _mm512_set1_epi64(0x0020262C0000060C);
+    __m512i const fields = _mm512_multishift_epi64_epi8(shifts, _mm512_cvtepu16_epi32(units));
+    // The characters end alike. Bytes whose high bit is set here are kept.
+    __m512i marks = _mm512_mask_mov_epi32(_mm512_set1_epi32(0x800000), two, _mm512_set1_epi32(0x80C000));
+    marks = _mm512_mask_mov_epi32(marks, three, _mm512_set1_epi32(0x8080E0));
+    if (HAS_PAIRS) {
+        marks = _mm512_mask_mov_epi32(marks, static_cast<__mmask16>(kinds.highs), _mm512_set1_epi32(0x80F000));
+        marks = _mm512_mask_mov_epi32(marks, static_cast<__mmask16>(kinds.lows), _mm512_set1_epi32(0x808000));
     }
-    auto const two = static_cast<__mmask16>(_mm512_cmpge_epu32_mask(codes, _mm512_set1_epi32(0x80)) & lanes);
-    auto const three = static_cast<__mmask16>(_mm512_cmpge_epu32_mask(codes, _mm512_set1_epi32(0x800)) & lanes);
-    __m512i const tail = _mm512_and_si512(codes, sixBits);
-    __m512i const rest = _mm512_srli_epi32(codes, 6);
-    __m512i bytes =
-        _mm512_mask_or_epi32(codes, two, _mm512_or_si512(rest, _mm512_slli_epi32(tail, 8)), _mm512_set1_epi32(0x80C0));
-    __m512i const middle = _mm512_slli_epi32(_mm512_and_si512(rest, sixBits), 8);
-    bytes =
-        _mm512_mask_or_epi32(bytes, three, _mm512_or_si512(_mm512_srli_epi32(codes, 12), _mm512_set1_epi32(0x8080E0)),
-                             _mm512_or_si512(middle, _mm512_slli_epi32(tail, 16)));
-    __m512i kept = _mm512_maskz_mov_epi32(static_cast<__mmask16>(lanes), _mm512_set1_epi32(0xFF));
-    kept = _mm512_mask_mov_epi32(kept, two, _mm512_set1_epi32(0xFFFF));
-    kept = _mm512_mask_mov_epi32(kept, three, _mm512_set1_epi32(0xFFFFFF));
-    auto count = static_cast<unsigned int>(available + __builtin_popcount(two) + __builtin_popcount(three));
+    __m512i const marked = _mm512_or_si512(_mm512_and_si512(fields, _mm512_set1_epi32(0x3F3F0F)), marks);
+    __m512i const bytes = _mm512_mask_mov_epi32(fields, two, marked);
+    auto const count = static_cast<unsigned int>(available + __builtin_popcount(two) + __builtin_popcount(three));
+    __m512i const wanted =
+        available == HALF ? marks : _mm512_maskz_mov_epi32(static_cast<__mmask16>(lowBits(available)), marks);
+    storeBytes(out, squeezeBytes(_mm512_movepi8_mask(wanted), bytes), count);
+    return count;
+}
 
-    if (highs != 0) {
-        auto const partners = static_cast<__mmask16>(highs << 1);
-        if ((partners & ~_mm512_cmpeq_epi32_mask(kind, _mm512_set1_epi32(0xDC00))) != 0)
-            return {0, 0};
-        // Two bytes from each half: 11110ppp 10pppppp of the high one plus 0x40, 10ppllll 10llllll of the low one.
-        __m512i const plane =
-            _mm512_add_epi32(_mm512_and_si512(codes, _mm512_set1_epi32(0x3FF)), _mm512_set1_epi32(0x40));
-        __m512i const before = _mm512_alignr_epi32(plane, plane, 15);
-        __m512i const front =
-            _mm512_or_si512(_mm512_or_si512(_mm512_srli_epi32(plane, 8), _mm512_set1_epi32(0x80F0)),
-                            _mm512_slli_epi32(_mm512_and_si512(_mm512_srli_epi32(plane, 2), sixBits), 8));
-        __m512i const back =
-            _mm512_or_si512(_mm512_or_si512(_mm512_slli_epi32(_mm512_and_si512(before, _mm512_set1_epi32(3)), 4),
-                                            _mm512_and_si512(rest, _mm512_set1_epi32(0xF))),
-                            _mm512_or_si512(_mm512_slli_epi32(tail, 8), _mm512_set1_epi32(0x8080)));
-        auto const both = static_cast<__mmask16>(highs | partners);
-        bytes =
-            _mm512_mask_mov_epi32(_mm512_mask_mov_epi32(bytes, static_cast<__mmask16>(highs), front), partners, back);
-        kept = _mm512_mask_mov_epi32(kept, both, _mm512_set1_epi32(0xFFFF));
-        count -= static_cast<unsigned int>(__builtin_popcount(both));
+/**
+ * Puts in the place of surrogates what gives their two bytes when it is taken six bits at a time: ppppp for the high
+ * surrogate's first byte and the six bits behind, then the two bits that it leaves for the low one and that one's ten.
+ */
+KX7_AVX512 inline __m512i withPairCodes(unsigned short const* in, __m512i units, Kinds const& kinds)
+{
+    __m512i const high = _mm512_srli_epi16(_mm512_sub_epi16(units, _mm512_set1_epi16(static_cast<short>(0xD7C0))), 2);
+    __m512i const before = _mm512_slli_epi16(_mm512_maskz_loadu_epi16(kinds.lows, in - 1), 10);
+    __m512i const tenBits = _mm512_set1_epi16(0x3FF);
+    __m512i const low = _mm512_or_si512(_mm512_and_si512(units, tenBits), _mm512_andnot_si512(tenBits, before));
+    return _mm512_mask_mov_epi16(_mm512_mask_mov_epi16(units, kinds.highs, high), kinds.lows, low);
+}
+
+/** Lanes of a kind of surrogate, 0xD800 or 0xDC00. */
+KX7_AVX512 inline uint32_t surrogates(__m512i units, unsigned short kind)
+{
+    return _mm512_cmpeq_epi16_mask(_mm512_and_si512(units, _mm512_set1_epi16(static_cast<short>(0xFC00))),
+                                   _mm512_set1_epi16(static_cast<short>(kind)));
+}
+
+KX7_AVX512 inline uint32_t atLeast(__m512i units, unsigned short least)
+{
+    return _mm512_cmpge_epu16_mask(units, _mm512_set1_epi16(static_cast<short>(least)));
+}
+
+/**
+ * Encodes the first `available` units, 32 at most and not cut off at the end, up to what is unpaired or does not fit.
+ * @return the units consumed
+ */
+KX7_AVX512 inline std::ptrdiff_t encodeLastBlock(unsigned short const* in, std::ptrdiff_t available,
+                                                 unsigned char*& out, std::ptrdiff_t room)
+{
+    __m512i units = _mm512_maskz_loadu_epi16(lowBits(available), in);
+    uint32_t const notASCII = atLeast(units, 0x80);
+    if (notASCII == 0 && available <= room) {
+        _mm256_mask_storeu_epi8(out, lowBits(available), _mm512_cvtepi16_epi8(units));
+        out += available;
+        return available;
     }
-    if (IS_LAST && static_cast<std::ptrdiff_t>(count) > room)
-        return {0, 0};
-    storeBytes(out, bytes, kept, count);
-    return {available, count};
+    std::ptrdiff_t used = std::min(available, HALF);
+    uint32_t highs = surrogates(units, 0xD800);
+    uint32_t const unpaired = highs & ~(surrogates(units, 0xDC00) >> 1) & lowBits(used);
+    if (unpaired != 0)
+        used = __builtin_ctz(unpaired);
+    // A pair that the half cuts is left to the next; its low surrogate is there.
+    else if (highs >> (used - 1) & 1)
+        --used;
+    for (int attempts = 0; attempts < 2; ++attempts) {
+        uint32_t const lanes = lowBits(used);
+        highs &= lanes;
+        Kinds kinds = {notASCII & lanes, atLeast(units, 0x800) & lanes, highs, highs << 1};
+        kinds.three &= ~(kinds.highs | kinds.lows);
+        if (used == 0)
+            return 0;
+        if (used + __builtin_popcount(kinds.two) + __builtin_popcount(kinds.three) <= room) {
+            __m512i const codes = withPairCodes(in, units, kinds);
+            out += encodeHalf<true>(_mm512_castsi512_si256(codes), kinds, used, out);
+            return used;
+        }
+        // What fits for certain.
+        used = std::min(used, room / 3);
+        if (used > 0 && highs >> (used - 1) & 1)
+            --used;
+    }
+    return 0;
 }
 
 }  // namespace
@@ -277,39 +409,59 @@ KX7_AVX512 inline Encoded encodeBlock(__m256i units, std::ptrdiff_t available, u
 KX7_AVX512 void encodeUTF8Avx512(unsigned short const*& inOut, unsigned short const* end, unsigned char*& outOut,
                                  unsigned char* outEnd)
 {
-    constexpr std::ptrdiff_t HALF = BLOCK / 2;
     unsigned short const* in = inOut;
     unsigned char* out = outOut;
-    while (end - in >= BLOCK && outEnd - out >= 2 * BLOCK) {
+    uint32_t carried = 0;  // 1: the pair that the block before cut
+    // One more unit, by which it is known that a pair is cut.
+    while (end - in > UNITS && outEnd - out >= UNITS) {
         __m512i const units = _mm512_loadu_si512(in);
-        uint32_t const twoBytes = _mm512_cmpge_epu16_mask(units, _mm512_set1_epi16(0x80));
-        if (twoBytes == 0) {
+        uint32_t const notASCII = atLeast(units, 0x80);
+        if (notASCII == 0) {
             _mm256_storeu_si256(reinterpret_cast<__m256i*>(out), _mm512_cvtepi16_epi8(units));
-            in += BLOCK;
-            out += BLOCK;
+            in += UNITS;
+            out += UNITS;
             continue;
         }
-        if (_mm512_cmpge_epu16_mask(units, _mm512_set1_epi16(0x800)) == 0) {
-            out += encodeTwoByteBlock(units, twoBytes, out);
-            in += BLOCK;
+        if (outEnd - out < BLOCK_ROOM)
+            break;
+        Kinds kinds = {notASCII, atLeast(units, 0x800), 0, 0};
+        if (kinds.three == 0) {
+            out += encodeTwoByteBlock(units, notASCII, out);
+            in += UNITS;
             continue;
         }
-        Encoded const block = encodeBlock<false>(_mm512_castsi512_si256(units), HALF, out, 2 * BLOCK);
-        if (block.consumed == 0)
-            goto done;
-        in += block.consumed;
-        out += block.written;
+        kinds.highs = surrogates(units, 0xD800);
+        kinds.lows = kinds.highs << 1 | carried;
+        if ((kinds.highs | carried) == 0) {
+            out += encodeHalf<false>(_mm512_castsi512_si256(units), kinds, HALF, out);
+            out += encodeHalf<false>(_mm512_extracti64x4_epi64(units, 1), kinds.back(), HALF, out);
+        }
+        else {
+            if ((kinds.lows & ~surrogates(units, 0xDC00)) != 0 ||
+                (kinds.highs >> (UNITS - 1) != 0 && (in[UNITS] & 0xFC00) != 0xDC00))
+                break;
+            kinds.three &= ~(kinds.highs | kinds.lows);
+            __m512i const codes = withPairCodes(in, units, kinds);
+            out += encodeHalf<true>(_mm512_castsi512_si256(codes), kinds, HALF, out);
+            out += encodeHalf<true>(_mm512_extracti64x4_epi64(codes, 1), kinds.back(), HALF, out);
+            carried = kinds.highs >> (UNITS - 1);
+        }
+        in += UNITS;
+    }
+    if (carried != 0) {
+        // The bytes of its low surrogate, for which the block before left room.
+        unsigned int const low = (in[-1] & 3U) << 10 | (in[0] & 0x3FFU);
+        out[0] = static_cast<unsigned char>(0x80 | low >> 6);
+        out[1] = static_cast<unsigned char>(0x80 | (low & 0x3F));
+        ++in;
+        out += 2;
     }
     while (end - in > 0) {
-        std::ptrdiff_t const available = end - in < HALF ? end - in : HALF;
-        __m256i const units = _mm256_maskz_loadu_epi16(static_cast<__mmask16>(lowBits(available)), in);
-        Encoded const block = encodeBlock<true>(units, available, out, outEnd - out);
-        if (block.consumed == 0)
+        std::ptrdiff_t const used = encodeLastBlock(in, std::min(end - in, UNITS), out, outEnd - out);
+        if (used == 0)
             break;
-        in += block.consumed;
-        out += block.written;
+        in += used;
     }
-done:
     inOut = in;
     outOut = out;
 }
