@@ -5,11 +5,13 @@
 // bytes are squeezed out of each half by a shuffle from a table of 256, by the mask of the lanes to keep.
 //
 // Encoding takes 16 units that need up to two bytes each, or 8 that need up to three, builds the bytes of each unit in
-// a lane of its own and squeezes out the unused ones by shuffles from tables. Surrogates are handed back.
+// a lane of its own and squeezes out the unused ones by shuffles from tables. Each half of a surrogate pair makes two
+// bytes.
 #include "kx7/kernels/Avx2.h"
 
 #ifdef KX7_X86_KERNELS
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 
@@ -80,46 +82,18 @@ constexpr KeepLanes KEEP_LANES;
 constexpr KeepPairs KEEP_PAIRS;
 constexpr KeepTriples KEEP_TRIPLES;
 
-/** Collects the text of blocks that are stored whole, and passes on just the text. */
-template <class T>
-class Collector {
-public:
-    explicit Collector(T*& out) : m_out(out), m_end(m_buffer) {}
-    ~Collector() { flush(); }
-    Collector(Collector const&) = delete;
-    Collector& operator=(Collector const&) = delete;
+/** Bytes of a decoder's block, units of an encoder's. */
+constexpr std::ptrdiff_t BYTES = 32;
+constexpr std::ptrdiff_t UNITS = 16;
 
-    /** Where the next block goes; 64 bytes may be written there. */
-    T* end() const { return m_end; }
+/** Values that one store reaches behind those that count. */
+constexpr std::ptrdiff_t SPILL = 16;
 
-    /** The text ends at `end` now. */
-    void moveTo(T* end)
-    {
-        m_end = end;
-        if (m_end - m_buffer >= SIZE)
-            flush();
-    }
-
-    void flush()
-    {
-        memcpy(m_out, m_buffer, static_cast<size_t>(m_end - m_buffer) * sizeof(T));
-        m_out += m_end - m_buffer;
-        m_end = m_buffer;
-    }
-
-    /** Values collected and not passed on yet. */
-    std::ptrdiff_t size() const { return m_end - m_buffer; }
-
-private:
-    static constexpr std::ptrdiff_t SIZE = 1024 / sizeof(T);
-
-    T*& m_out;
-    T* m_end;
-    T m_buffer[SIZE + 64];
-};
-
-constexpr std::ptrdiff_t BLOCK = 16;
-constexpr std::ptrdiff_t LOOKAHEAD = 3;
+/** The lowest `count` bits. */
+constexpr uint32_t lowBits(std::ptrdiff_t count)
+{
+    return count >= 32 ? ~UINT32_C(0) : (UINT32_C(1) << count) - 1;
+}
 
 KX7_AVX2 inline __m128i load(void const* p)
 {
@@ -137,16 +111,10 @@ KX7_AVX2 inline __m128i squeeze(__m128i value, unsigned char const (&shuffle)[16
 }
 
 /** A bit for each byte that is at least `least`, both taken as unsigned. */
-KX7_AVX2 inline uint32_t atLeast(__m128i bytes, unsigned char least)
+KX7_AVX2 inline uint32_t atLeast(__m256i bytes, unsigned char least)
 {
-    __m128i const bound = _mm_set1_epi8(static_cast<char>(least));
-    return static_cast<uint32_t>(_mm_movemask_epi8(_mm_cmpeq_epi8(_mm_max_epu8(bytes, bound), bytes)));
-}
-
-/** A continuation byte, taken as signed, is below 0xC0. */
-KX7_AVX2 inline uint32_t continuationsOf(__m128i bytes)
-{
-    return static_cast<uint32_t>(_mm_movemask_epi8(_mm_cmplt_epi8(bytes, _mm_set1_epi8(static_cast<char>(0xC0)))));
+    __m256i const bound = _mm256_set1_epi8(static_cast<char>(least));
+    return static_cast<uint32_t>(_mm256_movemask_epi8(_mm256_cmpeq_epi8(_mm256_max_epu8(bytes, bound), bytes)));
 }
 
 /** A lane of ones for each byte that is at least `least`. */
@@ -155,69 +123,59 @@ KX7_AVX2 inline __m256i lanesAtLeast(__m256i words, unsigned short least)
     return _mm256_cmpgt_epi16(words, _mm256_set1_epi16(static_cast<short>(least - 1)));
 }
 
-}  // namespace
+/** The structure of 32 bytes: leads by the least length that they tell, and continuation bytes. */
+struct Structure {
+    uint32_t two;
+    uint32_t three;
+    uint32_t four;
+    uint32_t continuations;
 
-KX7_AVX2 void decodeUTF8Avx2(unsigned char const*& inOut, unsigned char const* end, unsigned short*& outOut,
-                             unsigned short* outEnd)
+    /** The continuation bytes that the leads want in this block, and in the next. */
+    uint32_t wanted() const { return two << 1 | three << 2 | four << 3; }
+    uint32_t wantedBehind() const { return two >> 31 | three >> 30 | four >> 29; }
+};
+
+KX7_AVX2 inline Structure structureOf(__m256i bytes)
 {
-    unsigned char const* in = inOut;
-    Collector<unsigned short> collected(outOut);
-    uint32_t carried = 0;  // the bytes at the front that belong to a character of the block before
+    auto const notASCII = static_cast<uint32_t>(_mm256_movemask_epi8(bytes));
+    Structure s = {0, 0, 0, 0};
+    if (notASCII != 0) {
+        s.two = atLeast(bytes, 0xC0);
+        s.three = atLeast(bytes, 0xE0);
+        s.four = s.three != 0 ? atLeast(bytes, 0xF0) : 0;
+        s.continuations = notASCII & ~s.two;
+    }
+    return s;
+}
+
+/** Stores eight of the units in `kept` of which there are fewer, and returns where they end. */
+KX7_AVX2 inline unsigned short* storeKept(unsigned short* out, __m128i units, uint32_t kept)
+{
+    store(out, squeeze(units, KEEP_LANES.shuffles[kept]));
+    return out + __builtin_popcount(kept);
+}
+
+/**
+ * Decodes the characters that begin in 32 bytes, of which `kept` has the leads and, behind those of four, the second
+ * bytes. Reads 3 bytes more; stores up to SPILL units behind those that count.
+ */
+KX7_AVX2 inline unsigned short* decodeBytes(unsigned char const* in, Structure const& s, uint32_t kept,
+                                            bool beginsInPair, unsigned short* out)
+{
     __m256i const sixBits = _mm256_set1_epi16(0x3F);
-    for (;;) {
-        while (carried == 0 && end - in >= 2 * BLOCK && outEnd - outOut - collected.size() >= 2 * BLOCK) {
-            __m256i const bytes = _mm256_loadu_si256(reinterpret_cast<__m256i const*>(in));
-            if (_mm256_movemask_epi8(bytes) != 0)
-                break;
-            unsigned short* const out = collected.end();
-            _mm256_storeu_si256(reinterpret_cast<__m256i*>(out), _mm256_cvtepu8_epi16(_mm256_castsi256_si128(bytes)));
-            _mm256_storeu_si256(reinterpret_cast<__m256i*>(out + BLOCK),
-                                _mm256_cvtepu8_epi16(_mm256_extracti128_si256(bytes, 1)));
-            in += 2 * BLOCK;
-            collected.moveTo(out + 2 * BLOCK);
-        }
-        if (end - in < BLOCK + LOOKAHEAD || outEnd - outOut - collected.size() < BLOCK)
-            break;
-        unsigned short* const out = collected.end();
-        __m128i const bytes = load(in);
-        __m256i const first = _mm256_cvtepu8_epi16(bytes);
-        uint32_t const notASCII = static_cast<uint32_t>(_mm_movemask_epi8(bytes));
-        if (notASCII == 0) {
-            _mm256_storeu_si256(reinterpret_cast<__m256i*>(out), first);
-            in += BLOCK;
-            collected.moveTo(out + BLOCK);
-            continue;
-        }
-        __m128i const behind = load(in + 1);
-        __m256i const second = _mm256_and_si256(_mm256_cvtepu8_epi16(behind), sixBits);
-        uint32_t leads = atLeast(bytes, 0xC0);
-        uint32_t leads3 = atLeast(bytes, 0xE0);
-        uint32_t leads4 = leads3 != 0 ? atLeast(bytes, 0xF0) : 0;
-        // The low surrogate of a lead in the last lane would come from the next block: leave it there whole.
-        std::ptrdiff_t const used = leads4 >> 15 ? BLOCK - 1 : BLOCK;
-        uint32_t const lanes = (UINT32_C(1) << used) - 1;
-        leads &= lanes;
-        leads3 &= lanes;
-        leads4 &= lanes;
-        uint32_t const continuations = notASCII & ~leads & lanes;
-        uint32_t const expected = leads << 1 | leads3 << 2 | leads4 << 3 | carried;
-        if ((leads & ~continuationsOf(behind)) != 0 || continuations != (expected & lanes))
-            break;
+    __m256i leadBefore = beginsInPair ? _mm256_set1_epi16(-1) : _mm256_setzero_si256();
+    for (int half = 0; half < 2; ++half, in += 16, kept >>= 16) {
+        __m256i const first = _mm256_cvtepu8_epi16(load(in));
+        __m256i const second = _mm256_and_si256(_mm256_cvtepu8_epi16(load(in + 1)), sixBits);
         __m256i const two =
             _mm256_or_si256(second, _mm256_and_si256(_mm256_slli_epi16(first, 6), _mm256_set1_epi16(0x7C0)));
         __m256i units = _mm256_blendv_epi8(first, two, lanesAtLeast(first, 0xC0));
-        uint32_t kept = ~continuations & lanes;
-        if (leads3 != 0) {
-            __m128i const behind2 = load(in + 2);
-            if ((leads3 & ~continuationsOf(behind2)) != 0)
-                break;
-            __m256i const third = _mm256_and_si256(_mm256_cvtepu8_epi16(behind2), sixBits);
+        if (s.three != 0 || beginsInPair) {
+            __m256i const third = _mm256_and_si256(_mm256_cvtepu8_epi16(load(in + 2)), sixBits);
             __m256i const three =
                 _mm256_or_si256(_mm256_or_si256(_mm256_slli_epi16(first, 12), third), _mm256_slli_epi16(second, 6));
             units = _mm256_blendv_epi8(units, three, lanesAtLeast(first, 0xE0));
-            if (leads4 != 0) {
-                if ((leads4 & ~continuationsOf(load(in + 3))) != 0)
-                    break;
+            if (s.four != 0 || beginsInPair) {
                 // Four bits of the lead count, as in the plain decoder.
                 __m256i const lead = _mm256_slli_epi16(_mm256_and_si256(first, _mm256_set1_epi16(0xF)), 8);
                 __m256i const high = _mm256_add_epi16(
@@ -228,81 +186,275 @@ KX7_AVX2 void decodeUTF8Avx2(unsigned char const*& inOut, unsigned char const* e
                     _mm256_or_si256(_mm256_slli_epi16(_mm256_and_si256(second, _mm256_set1_epi16(0xF)), 6), third),
                     _mm256_set1_epi16(static_cast<short>(0xDC00)));
                 __m256i const isLead = lanesAtLeast(first, 0xF0);
-                __m128i const isBehindLow = _mm_slli_si128(_mm256_castsi256_si128(isLead), 2);
-                __m128i const isBehindHigh =
-                    _mm_alignr_epi8(_mm256_extracti128_si256(isLead, 1), _mm256_castsi256_si128(isLead), 14);
-                __m256i const isBehind = _mm256_inserti128_si256(_mm256_castsi128_si256(isBehindLow), isBehindHigh, 1);
+                __m256i const isBehind =
+                    _mm256_alignr_epi8(isLead, _mm256_permute2x128_si256(leadBefore, isLead, 0x21), 14);
                 units = _mm256_blendv_epi8(_mm256_blendv_epi8(units, high, isLead), low, isBehind);
-                kept |= leads4 << 1;
+                leadBefore = isLead;
             }
         }
-        store(out, squeeze(_mm256_castsi256_si128(units), KEEP_LANES.shuffles[kept & 0xFF]));
-        unsigned short* const middle = out + __builtin_popcount(kept & 0xFF);
-        store(middle, squeeze(_mm256_extracti128_si256(units, 1), KEEP_LANES.shuffles[kept >> 8]));
-        collected.moveTo(middle + __builtin_popcount(kept >> 8));
-        in += used;
-        carried = expected >> used;
+        out = storeKept(out, _mm256_castsi256_si128(units), kept & 0xFF);
+        out = storeKept(out, _mm256_extracti128_si256(units, 1), kept >> 8 & 0xFF);
     }
-    inOut = in + __builtin_popcount(carried);
+    return out;
 }
+
+/**
+ * Decodes up to 32 of the `available` bytes at `in`, which begins a character, up to what is cut off or malformed, and
+ * writes nothing behind them.
+ * @return the bytes consumed
+ */
+KX7_AVX2 inline std::ptrdiff_t decodeLastBlock(unsigned char const* in, std::ptrdiff_t available, unsigned short*& out)
+{
+    unsigned char bytes[BYTES + 16] = {};
+    memcpy(bytes, in, static_cast<size_t>(available));
+    Structure const s = structureOf(_mm256_loadu_si256(reinterpret_cast<__m256i const*>(bytes)));
+    std::ptrdiff_t used = available;
+    uint32_t const last = UINT32_C(1) << (available - 1);
+    uint32_t const cut = (s.two & last) | (s.three & (last | last >> 1)) | (s.four & (last | last >> 1 | last >> 2));
+    if (cut != 0)
+        used = __builtin_ctz(cut);
+    // One more byte, for what the character in front of it lacks.
+    uint32_t const wrong = (s.continuations ^ s.wanted()) & lowBits(used + 1);
+    if (wrong != 0) {
+        // A continuation byte that nothing leads, or one that is missing: then the last lead in front is at fault.
+        used = __builtin_ctz(wrong);
+        if (!(s.continuations >> used & 1))
+            used = 31 - __builtin_clz(s.two & lowBits(used));
+    }
+    unsigned short text[BYTES + SPILL];
+    uint32_t const kept = (~s.continuations | s.four << 1) & lowBits(used);
+    std::ptrdiff_t const count = decodeBytes(bytes, s, kept, false, text) - text;
+    memcpy(out, text, static_cast<size_t>(count) * 2);
+    out += count;
+    return used;
+}
+
+}  // namespace
+
+KX7_AVX2 void decodeUTF8Avx2(unsigned char const*& inOut, unsigned char const* end, unsigned short*& outOut,
+                             unsigned short* outEnd)
+{
+    unsigned char const* in = inOut;
+    unsigned short* out = outOut;
+    if (end - in >= 2 * BYTES + 3) {
+        // A block is converted when the next is known to be well-formed: what is stored behind the one is then
+        // overwritten by the text of the other.
+        auto const* blocks = reinterpret_cast<__m256i const*>(in);
+        Structure block = structureOf(_mm256_loadu_si256(blocks));
+        uint32_t carried = 0;  // the bytes at the front that belong to a character of the block before
+        bool inPair = false;   // of which the low surrogate is not written yet
+        bool good = block.continuations == block.wanted();
+        while (good && end - in >= 2 * BYTES + 3 && outEnd - out >= 2 * BYTES + SPILL) {
+            if ((block.two | carried) == 0) {
+                __m256i const bytes = _mm256_loadu_si256(reinterpret_cast<__m256i const*>(in));
+                _mm256_storeu_si256(reinterpret_cast<__m256i*>(out),
+                                    _mm256_cvtepu8_epi16(_mm256_castsi256_si128(bytes)));
+                _mm256_storeu_si256(reinterpret_cast<__m256i*>(out + 16),
+                                    _mm256_cvtepu8_epi16(_mm256_extracti128_si256(bytes, 1)));
+                in += BYTES;
+                out += BYTES;
+                block = structureOf(_mm256_loadu_si256(reinterpret_cast<__m256i const*>(in)));
+                good = block.continuations == block.wanted();
+                continue;
+            }
+            Structure const next = structureOf(_mm256_loadu_si256(reinterpret_cast<__m256i const*>(in + BYTES)));
+            uint32_t const carriedNext = block.wantedBehind();
+            good = next.continuations == (next.wanted() | carriedNext);
+            if (!good)
+                break;
+            uint32_t const kept = ~block.continuations | block.four << 1 | (inPair ? 1 : 0);
+            out = decodeBytes(in, block, kept, inPair, out);
+            inPair = block.four >> 31 != 0;
+            in += BYTES;
+            block = next;
+            carried = carriedNext;
+        }
+        if (inPair)
+            *out++ = static_cast<unsigned short>(0xDC00 | (in[1] & 0xF) << 6 | (in[2] & 0x3F));
+        in += __builtin_popcount(carried);
+    }
+    for (;;) {
+        std::ptrdiff_t const available = std::min({BYTES, end - in, outEnd - out});
+        if (available <= 0)
+            break;
+        std::ptrdiff_t const used = decodeLastBlock(in, available, out);
+        if (used == 0)
+            break;
+        in += used;
+    }
+    inOut = in;
+    outOut = out;
+}
+
+namespace {
+
+KX7_AVX2 inline __m256i loadUnits(unsigned short const* in)
+{
+    return _mm256_loadu_si256(reinterpret_cast<__m256i const*>(in));
+}
+
+KX7_AVX2 inline bool hasSurrogates(__m256i units)
+{
+    __m256i const kind = _mm256_and_si256(units, _mm256_set1_epi16(static_cast<short>(0xF800)));
+    return _mm256_movemask_epi8(_mm256_cmpeq_epi16(kind, _mm256_set1_epi16(static_cast<short>(0xD800)))) != 0;
+}
+
+/** None of the 16 units is a high surrogate without its partner; looks at one unit more. */
+KX7_AVX2 inline bool wellPaired(unsigned short const* in)
+{
+    __m256i const kindBits = _mm256_set1_epi16(static_cast<short>(0xFC00));
+    __m256i const isHigh =
+        _mm256_cmpeq_epi16(_mm256_and_si256(loadUnits(in), kindBits), _mm256_set1_epi16(static_cast<short>(0xD800)));
+    __m256i const isLowNext = _mm256_cmpeq_epi16(_mm256_and_si256(loadUnits(in + 1), kindBits),
+                                                 _mm256_set1_epi16(static_cast<short>(0xDC00)));
+    return _mm256_testc_si256(isLowNext, isHigh) != 0;
+}
+
+/** Encodes 16 units below U+0800; stores up to SPILL bytes behind those that count. */
+KX7_AVX2 inline unsigned char* encodePairs(__m256i units, unsigned char* out)
+{
+    // The lead in the low byte of a lane, the continuation byte in the high one.
+    __m256i const tail = _mm256_slli_epi16(_mm256_and_si256(units, _mm256_set1_epi16(0x3F)), 8);
+    __m256i const pairs = _mm256_or_si256(_mm256_or_si256(_mm256_srli_epi16(units, 6), tail),
+                                          _mm256_set1_epi16(static_cast<short>(0x80C0)));
+    __m256i const isPair = _mm256_cmpgt_epi16(units, _mm256_set1_epi16(0x7F));
+    __m256i const bytes = _mm256_blendv_epi8(units, pairs, isPair);
+    auto const mask = static_cast<uint32_t>(
+        _mm_movemask_epi8(_mm_packs_epi16(_mm256_castsi256_si128(isPair), _mm256_extracti128_si256(isPair, 1))));
+    store(out, squeeze(_mm256_castsi256_si128(bytes), KEEP_PAIRS.shuffles[mask & 0xFF]));
+    out += 8 + __builtin_popcount(mask & 0xFF);
+    store(out, squeeze(_mm256_extracti128_si256(bytes, 1), KEEP_PAIRS.shuffles[mask >> 8]));
+    return out + 8 + __builtin_popcount(mask >> 8);
+}
+
+/**
+ * Encodes the first `used` of 8 units; HAS_PAIRS: up to an unpaired high surrogate or one whose partner is not among
+ * them. Stores up to SPILL bytes behind those that count.
+ */
+template <bool HAS_PAIRS>
+KX7_AVX2 inline unsigned char* encodeEight(__m128i units, std::ptrdiff_t& used, unsigned char* out)
+{
+    __m256i const codes = _mm256_cvtepu16_epi32(units);
+    __m256i const sixBits = _mm256_set1_epi32(0x3F);
+    __m256i const tail = _mm256_and_si256(codes, sixBits);
+    __m256i const rest = _mm256_srli_epi32(codes, 6);
+    __m256i const isTwo = _mm256_cmpgt_epi32(codes, _mm256_set1_epi32(0x7F));
+    __m256i const isThree = _mm256_cmpgt_epi32(codes, _mm256_set1_epi32(0x7FF));
+    __m256i const two = _mm256_or_si256(_mm256_or_si256(rest, _mm256_slli_epi32(tail, 8)), _mm256_set1_epi32(0x80C0));
+    __m256i const three = _mm256_or_si256(
+        _mm256_or_si256(_mm256_srli_epi32(codes, 12), _mm256_set1_epi32(0x8080E0)),
+        _mm256_or_si256(_mm256_slli_epi32(_mm256_and_si256(rest, sixBits), 8), _mm256_slli_epi32(tail, 16)));
+    __m256i bytes = _mm256_blendv_epi8(_mm256_blendv_epi8(codes, two, isTwo), three, isThree);
+    auto twos = static_cast<uint32_t>(_mm256_movemask_ps(_mm256_castsi256_ps(isTwo)));
+    auto threes = static_cast<uint32_t>(_mm256_movemask_ps(_mm256_castsi256_ps(isThree)));
+    if (HAS_PAIRS) {
+        __m256i const kind = _mm256_and_si256(codes, _mm256_set1_epi32(0xFC00));
+        __m256i const isHigh = _mm256_cmpeq_epi32(kind, _mm256_set1_epi32(0xD800));
+        __m256i const isLow = _mm256_cmpeq_epi32(kind, _mm256_set1_epi32(0xDC00));
+        auto highs = static_cast<uint32_t>(_mm256_movemask_ps(_mm256_castsi256_ps(isHigh)));
+        uint32_t const lows = static_cast<uint32_t>(_mm256_movemask_ps(_mm256_castsi256_ps(isLow))) & lowBits(used);
+        uint32_t const unpaired = highs & ~(lows >> 1) & lowBits(used);
+        if (unpaired != 0)
+            used = __builtin_ctz(unpaired);
+        // Two bytes from each half: 11110ppp 10pppppp of the high one plus 0x40, 10ppllll 10llllll of the low one.
+        __m256i const plane =
+            _mm256_add_epi32(_mm256_and_si256(codes, _mm256_set1_epi32(0x3FF)), _mm256_set1_epi32(0x40));
+        __m256i const rotate = _mm256_setr_epi32(7, 0, 1, 2, 3, 4, 5, 6);
+        __m256i const before = _mm256_permutevar8x32_epi32(plane, rotate);
+        __m256i const isBehind =
+            _mm256_permutevar8x32_epi32(_mm256_blend_epi32(isHigh, _mm256_setzero_si256(), 0x80), rotate);
+        __m256i const front =
+            _mm256_or_si256(_mm256_or_si256(_mm256_srli_epi32(plane, 8), _mm256_set1_epi32(0x80F0)),
+                            _mm256_slli_epi32(_mm256_and_si256(_mm256_srli_epi32(plane, 2), sixBits), 8));
+        __m256i const back =
+            _mm256_or_si256(_mm256_or_si256(_mm256_slli_epi32(_mm256_and_si256(before, _mm256_set1_epi32(3)), 4),
+                                            _mm256_and_si256(rest, _mm256_set1_epi32(0xF))),
+                            _mm256_or_si256(_mm256_slli_epi32(tail, 8), _mm256_set1_epi32(0x8080)));
+        bytes = _mm256_blendv_epi8(_mm256_blendv_epi8(bytes, front, isHigh), back, isBehind);
+        highs &= lowBits(used);
+        threes &= ~(highs | highs << 1) & lowBits(used);
+        twos &= lowBits(used);
+    }
+    store(out, squeeze(_mm256_castsi256_si128(bytes), KEEP_TRIPLES.shuffles[(twos & 0xF) | (threes & 0xF) << 4]));
+    unsigned char* const middle = out + 4 + __builtin_popcount(twos & 0xF) + __builtin_popcount(threes & 0xF);
+    store(middle, squeeze(_mm256_extracti128_si256(bytes, 1), KEEP_TRIPLES.shuffles[twos >> 4 | (threes & 0xF0)]));
+    return out + used + __builtin_popcount(twos) + __builtin_popcount(threes);
+}
+
+/**
+ * Encodes up to 16 of the `available` units up to what is unpaired or does not fit, and writes nothing behind them.
+ * @return the units consumed
+ */
+KX7_AVX2 inline std::ptrdiff_t encodeLastBlock(unsigned short const* in, std::ptrdiff_t available, unsigned char*& out,
+                                               std::ptrdiff_t room)
+{
+    unsigned short units[UNITS + 8] = {};
+    memcpy(units, in, static_cast<size_t>(available) * 2);
+    unsigned char text[3 * UNITS + SPILL];
+    std::ptrdiff_t used = 0;
+    unsigned char* last = text;
+    while (used < available && last - text <= 24) {
+        std::ptrdiff_t part = std::min<std::ptrdiff_t>(8, available - used);
+        unsigned char* const next = encodeEight<true>(load(units + used), part, last);
+        if (part == 0 || next - text > room)
+            break;
+        used += part;
+        last = next;
+    }
+    memcpy(out, text, static_cast<size_t>(last - text));
+    out += last - text;
+    return used;
+}
+
+}  // namespace
 
 KX7_AVX2 void encodeUTF8Avx2(unsigned short const*& inOut, unsigned short const* end, unsigned char*& outOut,
                              unsigned char* outEnd)
 {
     unsigned short const* in = inOut;
-    Collector<unsigned char> collected(outOut);
-    while (end - in >= BLOCK && outEnd - outOut - collected.size() >= 3 * BLOCK) {
-        unsigned char* out = collected.end();
-        __m256i const units = _mm256_loadu_si256(reinterpret_cast<__m256i const*>(in));
-        __m128i const low = _mm256_castsi256_si128(units);
-        __m128i const high = _mm256_extracti128_si256(units, 1);
-        if (_mm256_testz_si256(units, _mm256_set1_epi16(static_cast<short>(0xFF80)))) {
-            store(out, _mm_packus_epi16(low, high));
-            in += BLOCK;
-            collected.moveTo(out + BLOCK);
-            continue;
+    unsigned char* out = outOut;
+    while (end - in > 0) {
+        if (end - in >= UNITS && outEnd - out >= UNITS) {
+            __m256i const units = loadUnits(in);
+            __m128i const low = _mm256_castsi256_si128(units);
+            __m128i const high = _mm256_extracti128_si256(units, 1);
+            if (_mm256_testz_si256(units, _mm256_set1_epi16(static_cast<short>(0xFF80)))) {
+                store(out, _mm_packus_epi16(low, high));
+                in += UNITS;
+                out += UNITS;
+                continue;
+            }
+            // What is stored behind the text is overwritten by that of the next units: all of them can be encoded.
+            if (end - in > 2 * UNITS && outEnd - out >= 6 * UNITS + SPILL && wellPaired(in + UNITS)) {
+                std::ptrdiff_t used = 8;
+                if (_mm256_testz_si256(units, _mm256_set1_epi16(static_cast<short>(0xF800)))) {
+                    out = encodePairs(units, out);
+                    in += UNITS;
+                    continue;
+                }
+                if (!hasSurrogates(units)) {
+                    out = encodeEight<false>(low, used, out);
+                    out = encodeEight<false>(high, used, out);
+                    in += UNITS;
+                    continue;
+                }
+                if (wellPaired(in)) {
+                    out = encodeEight<true>(low, used, out);
+                    in += used;
+                    used = 8;
+                    out = encodeEight<true>(load(in), used, out);
+                    in += used;
+                    continue;
+                }
+            }
         }
-        if (_mm256_testz_si256(units, _mm256_set1_epi16(static_cast<short>(0xF800)))) {
-            // The lead in the low byte of a lane, the continuation byte in the high one.
-            __m256i const tail = _mm256_slli_epi16(_mm256_and_si256(units, _mm256_set1_epi16(0x3F)), 8);
-            __m256i const pairs = _mm256_or_si256(_mm256_or_si256(_mm256_srli_epi16(units, 6), tail),
-                                                  _mm256_set1_epi16(static_cast<short>(0x80C0)));
-            __m256i const isPair = _mm256_cmpgt_epi16(units, _mm256_set1_epi16(0x7F));
-            __m256i const bytes = _mm256_blendv_epi8(units, pairs, isPair);
-            auto const mask = static_cast<uint32_t>(_mm_movemask_epi8(
-                _mm_packs_epi16(_mm256_castsi256_si128(isPair), _mm256_extracti128_si256(isPair, 1))));
-            store(out, squeeze(_mm256_castsi256_si128(bytes), KEEP_PAIRS.shuffles[mask & 0xFF]));
-            out += 8 + __builtin_popcount(mask & 0xFF);
-            store(out, squeeze(_mm256_extracti128_si256(bytes, 1), KEEP_PAIRS.shuffles[mask >> 8]));
-            collected.moveTo(out + 8 + __builtin_popcount(mask >> 8));
-            in += BLOCK;
-            continue;
-        }
-        __m128i const isSurrogate = _mm_cmpeq_epi16(_mm_and_si128(low, _mm_set1_epi16(static_cast<short>(0xF800))),
-                                                    _mm_set1_epi16(static_cast<short>(0xD800)));
-        if (_mm_movemask_epi8(isSurrogate) != 0)
+        std::ptrdiff_t const used = encodeLastBlock(in, std::min(end - in, UNITS), out, outEnd - out);
+        if (used == 0)
             break;
-        __m256i const codes = _mm256_cvtepu16_epi32(low);
-        __m256i const sixBits = _mm256_set1_epi32(0x3F);
-        __m256i const tail = _mm256_and_si256(codes, sixBits);
-        __m256i const rest = _mm256_srli_epi32(codes, 6);
-        __m256i const isTwo = _mm256_cmpgt_epi32(codes, _mm256_set1_epi32(0x7F));
-        __m256i const isThree = _mm256_cmpgt_epi32(codes, _mm256_set1_epi32(0x7FF));
-        __m256i const two =
-            _mm256_or_si256(_mm256_or_si256(rest, _mm256_slli_epi32(tail, 8)), _mm256_set1_epi32(0x80C0));
-        __m256i const three = _mm256_or_si256(
-            _mm256_or_si256(_mm256_srli_epi32(codes, 12), _mm256_set1_epi32(0x8080E0)),
-            _mm256_or_si256(_mm256_slli_epi32(_mm256_and_si256(rest, sixBits), 8), _mm256_slli_epi32(tail, 16)));
-        __m256i const bytes = _mm256_blendv_epi8(_mm256_blendv_epi8(codes, two, isTwo), three, isThree);
-        auto const twos = static_cast<uint32_t>(_mm256_movemask_ps(_mm256_castsi256_ps(isTwo)));
-        auto const threes = static_cast<uint32_t>(_mm256_movemask_ps(_mm256_castsi256_ps(isThree)));
-        store(out, squeeze(_mm256_castsi256_si128(bytes), KEEP_TRIPLES.shuffles[(twos & 0xF) | (threes & 0xF) << 4]));
-        out += 4 + __builtin_popcount(twos & 0xF) + __builtin_popcount(threes & 0xF);
-        store(out, squeeze(_mm256_extracti128_si256(bytes, 1), KEEP_TRIPLES.shuffles[twos >> 4 | (threes & 0xF0)]));
-        collected.moveTo(out + 4 + __builtin_popcount(twos >> 4) + __builtin_popcount(threes >> 4));
-        in += BLOCK / 2;
+        in += used;
     }
     inOut = in;
+    outOut = out;
 }
 
 }  // namespace kx7

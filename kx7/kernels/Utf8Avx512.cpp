@@ -54,6 +54,7 @@ struct Narrow {
     KX7_AVX512 static Mask lowBits(std::ptrdiff_t count) { return kx7::lowBits(count); }
 };
 
+#ifdef __x86_64__
 /** Blocks of 64 bytes. */
 struct Wide {
     using Mask = uint64_t;
@@ -80,7 +81,6 @@ struct Wide {
     }
 };
 
-#ifdef __x86_64__
 using Widest = Wide;
 #else
 using Widest = Narrow;  // masks of 64 bits would be two registers
