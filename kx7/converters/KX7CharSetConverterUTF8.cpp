@@ -29,6 +29,17 @@ void copyASCII(unsigned char const*& in, unsigned char const* end, unsigned shor
 struct StrictDecoder : kx7::DecoderBase {
     static void run(unsigned char const*& in, unsigned char const* end, unsigned short*& out, unsigned short* outEnd)
     {
+        // Pieces that are well-formed are what the lenient kernel takes.
+        kx7::Kernels const& kernels = kx7::kernels();
+        while (end - in >= kx7::KERNEL_MINIMUM) {
+            auto const most =
+                std::min({static_cast<size_t>(end - in), kx7::PIECE, 3 * static_cast<size_t>(outEnd - out)});
+            unsigned char const* const wellFormed = in + kernels.wellFormedUTF8(in, in + most);
+            unsigned char const* const begin = in;
+            kernels.decodeUTF8(in, wellFormed, out, outEnd);
+            if (in == begin)
+                break;
+        }
         copyASCII(in, end, out, outEnd);
     }
 
@@ -121,6 +132,11 @@ struct KX7CharSetConverterUTF8::Encoder : kx7::EncoderBase {
                 kx7::Found::CHARACTER};
     }
 
+    static size_t countRun(unsigned short const*& in, unsigned short const* end)
+    {
+        return end - in >= kx7::KERNEL_MINIMUM ? kx7::kernels().countAsUTF8(in, end) : 0;
+    }
+
     /** Kept on purpose: the unit behind the high surrogate is dropped, and six bytes take five from the room. */
     static bool escape(unsigned short const*& in, unsigned short const* end, unsigned int consumed, unsigned char*& out,
                        unsigned char*& outEnd)
@@ -169,8 +185,18 @@ unsigned int KX7CharSetConverterUTF8::getNumUnits(void const* source, unsigned i
     auto const* in = static_cast<unsigned char const*>(source);
     bool const terminated = byteCount == kx7::UNTIL_TERMINATOR;
     size_t left = terminated ? strlen(static_cast<char const*>(source)) : byteCount;
+    unsigned char const* known = terminated ? in + left : in;  // no zero byte in front of it, so that it may be read
     unsigned int count = 0;
     while (left != 0 && *in != 0) {
+        if (known - in < kx7::KERNEL_MINIMUM && left >= static_cast<size_t>(kx7::KERNEL_MINIMUM) && !terminated)
+            known = in + strnlen(reinterpret_cast<char const*>(in), std::min(left, kx7::PIECE));
+        if (known - in >= kx7::KERNEL_MINIMUM) {
+            unsigned char const* const begin = in;
+            count += static_cast<unsigned int>(kx7::kernels().countUTF8(in, known));
+            left -= static_cast<size_t>(in - begin);
+            if (in != begin)
+                continue;
+        }
         unsigned int const length = oUTF8Bits[*in >> 4];
         if (length == 0 || length > left)
             break;

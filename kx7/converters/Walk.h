@@ -139,6 +139,9 @@ struct EncoderBase {
     {
     }
 
+    /** Counts the bytes of as long a run as it is sure of, moving `in`; it may do nothing. */
+    static size_t countRun(unsigned short const*& /*in*/, unsigned short const* /*end*/) { return 0; }
+
     /** What a character is that the end of the source cuts off. */
     static EncodedChar cutOff() { return EncodedChar::unmappable(1); }
 
@@ -479,7 +482,10 @@ unsigned int countBytes(Encoder const& encoder, unsigned short const* source, un
     unsigned short const* in = source;
     unsigned short const* const end = endOf(in, unitLength(in, unitCount == UNTIL_TERMINATOR ? SIZE_MAX : unitCount));
     unsigned int bytes = 0;
-    while (in != end) {
+    for (;;) {
+        bytes += static_cast<unsigned int>(encoder.countRun(in, end));
+        if (in == end)
+            break;
         EncodedChar const c = encoder.step(in, end);
         if (c.found == Found::CUT || c.found == Found::END)
             break;

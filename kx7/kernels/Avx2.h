@@ -15,6 +15,9 @@ namespace kx7 {
 
 void decodeUTF8Avx2(unsigned char const*& in, unsigned char const* end, unsigned short*& out, unsigned short* outEnd);
 void encodeUTF8Avx2(unsigned short const*& in, unsigned short const* end, unsigned char*& out, unsigned char* outEnd);
+size_t wellFormedUTF8Avx2(unsigned char const* in, unsigned char const* end);
+size_t countUTF8Avx2(unsigned char const*& in, unsigned char const* end);
+size_t countAsUTF8Avx2(unsigned short const*& in, unsigned short const* end);
 void decodeSingleByteAvx2(unsigned short const* toUnicode, unsigned char const*& in, unsigned char const* end,
                           unsigned short*& out, unsigned short* outEnd);
 

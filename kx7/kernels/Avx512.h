@@ -45,6 +45,9 @@ KX7_AVX512 inline __m256i squeezeBytes(__mmask32 kept, __m256i bytes)
 
 void decodeUTF8Avx512(unsigned char const*& in, unsigned char const* end, unsigned short*& out, unsigned short* outEnd);
 void encodeUTF8Avx512(unsigned short const*& in, unsigned short const* end, unsigned char*& out, unsigned char* outEnd);
+size_t wellFormedUTF8Avx512(unsigned char const* in, unsigned char const* end);
+size_t countUTF8Avx512(unsigned char const*& in, unsigned char const* end);
+size_t countAsUTF8Avx512(unsigned short const*& in, unsigned short const* end);
 void decodeSingleByteAvx512(unsigned short const* toUnicode, unsigned char const*& in, unsigned char const* end,
                             unsigned short*& out, unsigned short* outEnd);
 void encodeSingleByteAvx512(LookupTable<unsigned char> const& fromUnicode, unsigned short const*& in,

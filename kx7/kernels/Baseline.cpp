@@ -6,17 +6,21 @@
 #include <algorithm>
 #include <cstdint>
 
-#ifdef __SSE2__
+#ifdef KX7_X86_KERNELS
 #include <emmintrin.h>
+// By function: 32-bit code is compiled for machines without it, which are found out when the library is loaded.
+#define KX7_SSE2 __attribute__((target("sse2")))
+#else
+#define KX7_SSE2
 #endif
 
 namespace kx7 {
 
 namespace {
 
-KX7_READS_BEYOND size_t unitLength(unsigned short const* text, size_t most)
+KX7_SSE2 KX7_READS_BEYOND size_t unitLength(unsigned short const* text, size_t most)
 {
-#ifdef __SSE2__
+#ifdef KX7_X86_KERNELS
     constexpr size_t BLOCK = 8;
     size_t const untilAligned = reinterpret_cast<uintptr_t>(text) % 16;
     if (most >= 2 * BLOCK && untilAligned % 2 == 0) {
@@ -38,9 +42,10 @@ KX7_READS_BEYOND size_t unitLength(unsigned short const* text, size_t most)
     return PLAIN_KERNELS.unitLength(text, most);
 }
 
-void decodeUTF8(unsigned char const*& in, unsigned char const* end, unsigned short*& out, unsigned short* outEnd)
+KX7_SSE2 void decodeUTF8(unsigned char const*& in, unsigned char const* end, unsigned short*& out,
+                         unsigned short* outEnd)
 {
-#ifdef __SSE2__
+#ifdef KX7_X86_KERNELS
     while (end - in >= 16 && outEnd - out >= 16) {
         __m128i const bytes = _mm_loadu_si128(reinterpret_cast<__m128i const*>(in));
         if (_mm_movemask_epi8(bytes) != 0)
@@ -56,9 +61,10 @@ void decodeUTF8(unsigned char const*& in, unsigned char const* end, unsigned sho
 #endif
 }
 
-void encodeUTF8(unsigned short const*& in, unsigned short const* end, unsigned char*& out, unsigned char* outEnd)
+KX7_SSE2 void encodeUTF8(unsigned short const*& in, unsigned short const* end, unsigned char*& out,
+                         unsigned char* outEnd)
 {
-#ifdef __SSE2__
+#ifdef KX7_X86_KERNELS
     while (end - in >= 16 && outEnd - out >= 16) {
         __m128i const low = _mm_loadu_si128(reinterpret_cast<__m128i const*>(in));
         __m128i const high = _mm_loadu_si128(reinterpret_cast<__m128i const*>(in + 8));
@@ -114,6 +120,7 @@ void encodeSingleByte(LookupTable<unsigned char> const& fromUnicode, unsigned sh
 
 }  // namespace
 
-Kernels const BASELINE_KERNELS = {unitLength, decodeUTF8, encodeUTF8, decodeSingleByte, encodeSingleByte};
+Kernels const BASELINE_KERNELS = {unitLength,  decodeUTF8,    encodeUTF8,       noWellFormedUTF8,
+                                  noCountUTF8, noCountAsUTF8, decodeSingleByte, encodeSingleByte};
 
 }  // namespace kx7

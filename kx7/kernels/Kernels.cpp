@@ -19,6 +19,9 @@ Kernels const PLAIN_KERNELS = {
     plainUnitLength,
     [](unsigned char const*&, unsigned char const*, unsigned short*&, unsigned short*) {},
     [](unsigned short const*&, unsigned short const*, unsigned char*&, unsigned char*) {},
+    noWellFormedUTF8,
+    noCountUTF8,
+    noCountAsUTF8,
     [](unsigned short const*, unsigned char const*&, unsigned char const*, unsigned short*&, unsigned short*) {},
     [](LookupTable<unsigned char> const&, unsigned short const*&, unsigned short const*, unsigned char*&,
        unsigned char*) {},
@@ -33,6 +36,8 @@ InstructionSet detectInstructionSet()
         return InstructionSet::AVX512;
     if (__builtin_cpu_supports("avx2"))
         return InstructionSet::AVX2;
+    if (!__builtin_cpu_supports("sse2"))
+        return InstructionSet::PLAIN;
 #endif
     return InstructionSet::BASELINE;
 }
@@ -48,7 +53,7 @@ Kernels const& kernelsOf(InstructionSet set)
     return set == InstructionSet::PLAIN ? PLAIN_KERNELS : BASELINE_KERNELS;
 }
 
-std::atomic<Kernels const*> kernelsInUse{&BASELINE_KERNELS};
+std::atomic<Kernels const*> kernelsInUse{&PLAIN_KERNELS};
 
 bool useInstructionSet(InstructionSet set)
 {
@@ -60,7 +65,7 @@ bool useInstructionSet(InstructionSet set)
 
 namespace {
 
-// Early, so that conversions in static constructors have them too; before that the baseline serves.
+// Early, so that conversions in static constructors have them too; before that the steps serve.
 __attribute__((constructor(101))) void chooseKernels()
 {
     useInstructionSet(detectInstructionSet());

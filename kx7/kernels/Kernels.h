@@ -20,7 +20,7 @@ namespace kx7 {
 
 enum class InstructionSet {
     PLAIN,     ///< no kernels: the steps alone
-    BASELINE,  ///< what every machine of the kind that the library is compiled for has
+    BASELINE,  ///< what every machine has, or nearly: on x86 SSE2
     AVX2,
     AVX512  ///< with VBMI and VBMI2
 };
@@ -40,6 +40,15 @@ struct Kernels {
     void (*encodeUTF8)(unsigned short const*& in, unsigned short const* end, unsigned char*& out,
                        unsigned char* outEnd);
 
+    /** Bytes of UTF-8 in front that are well-formed and end with a character; may be fewer than there are. */
+    size_t (*wellFormedUTF8)(unsigned char const* in, unsigned char const* end);
+
+    /** Characters of UTF-8 whose sequences are as long as their leads say, none of them zero. */
+    size_t (*countUTF8)(unsigned char const*& in, unsigned char const* end);
+
+    /** Bytes of UTF-8 for UTF-16 without unpaired high surrogates. */
+    size_t (*countAsUTF8)(unsigned short const*& in, unsigned short const* end);
+
     /** Bytes that `toUnicode` (256 units) maps. */
     void (*decodeSingleByte)(unsigned short const* toUnicode, unsigned char const*& in, unsigned char const* end,
                              unsigned short*& out, unsigned short* outEnd);
@@ -48,6 +57,20 @@ struct Kernels {
     void (*encodeSingleByte)(LookupTable<unsigned char> const& fromUnicode, unsigned short const*& in,
                              unsigned short const* end, unsigned char*& out, unsigned char* outEnd);
 };
+
+/** What a set has that leaves these to the steps. */
+inline size_t noWellFormedUTF8(unsigned char const* /*in*/, unsigned char const* /*end*/)
+{
+    return 0;
+}
+inline size_t noCountUTF8(unsigned char const*& /*in*/, unsigned char const* /*end*/)
+{
+    return 0;
+}
+inline size_t noCountAsUTF8(unsigned short const*& /*in*/, unsigned short const* /*end*/)
+{
+    return 0;
+}
 
 /** The fewest bytes or units for which a kernel is worth its call. */
 constexpr ptrdiff_t KERNEL_MINIMUM = 16;

@@ -1,12 +1,16 @@
 // kx7text - UTF-8 with AVX2.
 //
-// Decoding takes 16 bytes at a time and works as with AVX-512: each byte becomes a 16-bit lane, with the bytes behind
-// it in two more registers, so that the lane of a lead byte can be turned into its unit. The lanes of continuation
-// bytes are squeezed out of each half by a shuffle from a table of 256, by the mask of the lanes to keep.
+// Decoding takes 32 bytes at a time, checked as with AVX-512. Each byte becomes a 16-bit lane, with the bytes behind it
+// in two more registers, so that the lane of a lead byte can be turned into its unit; a four-byte sequence keeps the
+// lane behind its lead for the low surrogate. The lanes of continuation bytes are squeezed out of eight at a time by a
+// shuffle from a table of 256, by the mask of the lanes to keep.
 //
-// Encoding takes 16 units that need up to two bytes each, or 8 that need up to three, builds the bytes of each unit in
+// Encoding takes 16 units that need up to two bytes each, or 8 that need up to four, builds the bytes of each unit in
 // a lane of its own and squeezes out the unused ones by shuffles from tables. Each half of a surrogate pair makes two
 // bytes.
+//
+// A block is converted once the next one is known to be good: what its stores write behind its text is then covered by
+// the text of the next. What is left goes through buffers, so that nothing stays behind the text.
 #include "kx7/kernels/Avx2.h"
 
 #ifdef KX7_X86_KERNELS
@@ -14,6 +18,8 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+
+#include "kx7/kernels/Utf8Structure.h"
 
 namespace kx7 {
 
@@ -123,22 +129,15 @@ KX7_AVX2 inline __m256i lanesAtLeast(__m256i words, unsigned short least)
     return _mm256_cmpgt_epi16(words, _mm256_set1_epi16(static_cast<short>(least - 1)));
 }
 
-/** The structure of 32 bytes: leads by the least length that they tell, and continuation bytes. */
-struct Structure {
-    uint32_t two;
-    uint32_t three;
-    uint32_t four;
+/** The structure of 32 bytes. */
+struct Structure : Leads<uint32_t> {
     uint32_t continuations;
-
-    /** The continuation bytes that the leads want in this block, and in the next. */
-    uint32_t wanted() const { return two << 1 | three << 2 | four << 3; }
-    uint32_t wantedBehind() const { return two >> 31 | three >> 30 | four >> 29; }
 };
 
 KX7_AVX2 inline Structure structureOf(__m256i bytes)
 {
     auto const notASCII = static_cast<uint32_t>(_mm256_movemask_epi8(bytes));
-    Structure s = {0, 0, 0, 0};
+    Structure s = {};
     if (notASCII != 0) {
         s.two = atLeast(bytes, 0xC0);
         s.three = atLeast(bytes, 0xE0);
@@ -205,6 +204,17 @@ KX7_AVX2 inline unsigned short* decodeBytes(unsigned char const* in, Structure c
  */
 KX7_AVX2 inline std::ptrdiff_t decodeLastBlock(unsigned char const* in, std::ptrdiff_t available, unsigned short*& out)
 {
+    if (available >= 16) {
+        // ASCII in two stores, which may overlap.
+        __m128i const front = load(in);
+        __m128i const back = load(in + available - 16);
+        if (_mm_movemask_epi8(_mm_or_si128(front, back)) == 0) {
+            _mm256_storeu_si256(reinterpret_cast<__m256i*>(out), _mm256_cvtepu8_epi16(front));
+            _mm256_storeu_si256(reinterpret_cast<__m256i*>(out + available - 16), _mm256_cvtepu8_epi16(back));
+            out += available;
+            return available;
+        }
+    }
     unsigned char bytes[BYTES + 16] = {};
     memcpy(bytes, in, static_cast<size_t>(available));
     Structure const s = structureOf(_mm256_loadu_si256(reinterpret_cast<__m256i const*>(bytes)));
@@ -284,6 +294,56 @@ KX7_AVX2 void decodeUTF8Avx2(unsigned char const*& inOut, unsigned char const* e
     }
     inOut = in;
     outOut = out;
+}
+
+namespace {
+
+KX7_AVX2 inline uint32_t equal(__m256i bytes, unsigned char value)
+{
+    return static_cast<uint32_t>(
+        _mm256_movemask_epi8(_mm256_cmpeq_epi8(bytes, _mm256_set1_epi8(static_cast<char>(value)))));
+}
+
+}  // namespace
+
+KX7_AVX2 size_t wellFormedUTF8Avx2(unsigned char const* const begin, unsigned char const* end)
+{
+    unsigned char const* in = begin;
+    Leads<uint32_t> before = {0, 0, 0};
+    StrictBytes<uint32_t> bytesBefore = {};
+    for (; end - in >= BYTES; in += BYTES) {
+        __m256i const bytes = _mm256_loadu_si256(reinterpret_cast<__m256i const*>(in));
+        Structure const s = structureOf(bytes);
+        uint32_t const carried = before.wantedBehind();
+        if ((s.two | s.continuations | carried) != 0) {
+            StrictBytes<uint32_t> const strict = {atLeast(bytes, 0xC2), atLeast(bytes, 0xF5), atLeast(bytes, 0x90),
+                                                  atLeast(bytes, 0xA0), equal(bytes, 0xE0),   equal(bytes, 0xED),
+                                                  equal(bytes, 0xF0),   equal(bytes, 0xF4)};
+            if (s.continuations != (s.wanted() | carried) || strict.wrong(s, bytesBefore) != 0)
+                break;
+            bytesBefore = strict;
+        }
+        before = s;
+    }
+    return static_cast<size_t>(in - begin) - static_cast<size_t>(before.cutOff());
+}
+
+KX7_AVX2 size_t countUTF8Avx2(unsigned char const*& inOut, unsigned char const* end)
+{
+    unsigned char const* in = inOut;
+    Leads<uint32_t> before = {0, 0, 0};
+    std::ptrdiff_t count = 0;
+    for (; end - in >= BYTES; in += BYTES) {
+        __m256i const bytes = _mm256_loadu_si256(reinterpret_cast<__m256i const*>(in));
+        Structure const s = structureOf(bytes);
+        if (s.continuations != (s.wanted() | before.wantedBehind()) || equal(bytes, 0) != 0)
+            break;
+        count += __builtin_popcount(~s.continuations);
+        before = s;
+    }
+    int const cut = before.cutOff();
+    inOut = in - cut;
+    return static_cast<size_t>(count - (cut != 0 ? 1 : 0));
 }
 
 namespace {
@@ -414,6 +474,16 @@ KX7_AVX2 void encodeUTF8Avx2(unsigned short const*& inOut, unsigned short const*
     unsigned short const* in = inOut;
     unsigned char* out = outOut;
     while (end - in > 0) {
+        while (end - in >= 2 * UNITS && outEnd - out >= 2 * UNITS) {
+            __m256i const front = loadUnits(in);
+            __m256i const back = loadUnits(in + UNITS);
+            if (!_mm256_testz_si256(_mm256_or_si256(front, back), _mm256_set1_epi16(static_cast<short>(0xFF80))))
+                break;
+            _mm256_storeu_si256(reinterpret_cast<__m256i*>(out),
+                                _mm256_permute4x64_epi64(_mm256_packus_epi16(front, back), 0xD8));
+            in += 2 * UNITS;
+            out += 2 * UNITS;
+        }
         if (end - in >= UNITS && outEnd - out >= UNITS) {
             __m256i const units = loadUnits(in);
             __m128i const low = _mm256_castsi256_si128(units);
@@ -455,6 +525,35 @@ KX7_AVX2 void encodeUTF8Avx2(unsigned short const*& inOut, unsigned short const*
     }
     inOut = in;
     outOut = out;
+}
+
+KX7_AVX2 size_t countAsUTF8Avx2(unsigned short const*& inOut, unsigned short const* end)
+{
+    unsigned short const* in = inOut;
+    uint32_t carried = 0;  // 1: a high surrogate in front
+    std::ptrdiff_t count = 0;
+    auto const bitsOf = [](__m256i lanes) KX7_AVX2 { return static_cast<uint32_t>(_mm256_movemask_epi8(lanes)); };
+    for (; end - in >= UNITS; in += UNITS) {
+        __m256i const units = loadUnits(in);
+        uint32_t const one = bitsOf(_mm256_cmpeq_epi16(_mm256_min_epu16(units, _mm256_set1_epi16(0x7F)), units));
+        uint32_t const upToTwo = bitsOf(_mm256_cmpeq_epi16(_mm256_min_epu16(units, _mm256_set1_epi16(0x7FF)), units));
+        if ((~upToTwo | carried) == 0) {
+            count += 2 * UNITS - __builtin_popcount(one) / 2;
+            continue;
+        }
+        __m256i const kind = _mm256_and_si256(units, _mm256_set1_epi16(static_cast<short>(0xFC00)));
+        // Two bits a unit.
+        uint32_t const highs = bitsOf(_mm256_cmpeq_epi16(kind, _mm256_set1_epi16(static_cast<short>(0xD800))));
+        uint32_t const lows = bitsOf(_mm256_cmpeq_epi16(kind, _mm256_set1_epi16(static_cast<short>(0xDC00))));
+        if (((highs << 2 | carried * 3) & ~lows) != 0)
+            break;
+        // Three bytes for either half of a pair are two too many.
+        count += 3 * UNITS - (__builtin_popcount(one) + __builtin_popcount(upToTwo)) / 2 - __builtin_popcount(highs);
+        carried = highs >> 31;
+    }
+    // A high surrogate whose partner does not follow here has been counted with one byte.
+    inOut = in - carried;
+    return static_cast<size_t>(count) - carried;
 }
 
 }  // namespace kx7

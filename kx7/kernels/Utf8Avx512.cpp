@@ -18,6 +18,8 @@
 
 #include <algorithm>
 
+#include "kx7/kernels/Utf8Structure.h"
+
 namespace kx7 {
 
 namespace {
@@ -44,6 +46,10 @@ struct Narrow {
     {
         return _mm256_cmpge_epu8_mask(bytes, _mm256_set1_epi8(static_cast<char>(least)));
     }
+    KX7_AVX512 static Mask equal(Bytes bytes, unsigned char value)
+    {
+        return _mm256_cmpeq_epi8_mask(bytes, _mm256_set1_epi8(static_cast<char>(value)));
+    }
     KX7_AVX512 static Bytes low(Bytes bytes, unsigned char bits)
     {
         return _mm256_and_si256(bytes, _mm256_set1_epi8(static_cast<char>(bits)));
@@ -67,6 +73,10 @@ struct Wide {
     KX7_AVX512 static Mask atLeast(Bytes bytes, unsigned char least)
     {
         return _mm512_cmpge_epu8_mask(bytes, _mm512_set1_epi8(static_cast<char>(least)));
+    }
+    KX7_AVX512 static Mask equal(Bytes bytes, unsigned char value)
+    {
+        return _mm512_cmpeq_epi8_mask(bytes, _mm512_set1_epi8(static_cast<char>(value)));
     }
     KX7_AVX512 static Bytes low(Bytes bytes, unsigned char bits)
     {
@@ -107,17 +117,6 @@ KX7_AVX512 inline __m512i withPairs(__m512i units, uint32_t highs, uint32_t lows
         _mm512_mask_add_epi16(units, highs, _mm512_srli_epi16(units, 4), _mm512_set1_epi16(static_cast<short>(0xD7C0)));
     return _mm512_mask_add_epi16(units, lows, low, _mm512_set1_epi16(static_cast<short>(0xDC00)));
 }
-
-/** Leads of a block, by the least length that they tell. */
-template <class Mask>
-struct Leads {
-    Mask two;
-    Mask three;
-    Mask four;
-
-    /** The continuation bytes that follow them in their block. */
-    Mask continuations() const { return two << 1 | three << 2 | four << 3; }
-};
 
 /**
  * Writes the characters of up to LONGEST bytes that end in a block: one unit for each of its bytes in `kept`, the last
@@ -174,7 +173,7 @@ KX7_AVX512 inline std::ptrdiff_t decodeLastBlock(unsigned char const* in, std::p
     if (cut != 0)
         used = __builtin_ctz(cut);
     // One more byte, for what the character in front of it lacks.
-    uint32_t const wrong = (continuations ^ leads.continuations()) & lowBits(used + 1);
+    uint32_t const wrong = (continuations ^ leads.wanted()) & lowBits(used + 1);
     if (wrong != 0) {
         // A continuation byte that nothing leads, or one that is missing: then the last lead in front is at fault.
         used = __builtin_ctz(wrong);
@@ -203,7 +202,7 @@ KX7_AVX512 inline void decodeBlocks(unsigned char const*& inOut, unsigned char c
     while (end - in >= BLOCK && outEnd - out >= BLOCK) {
         typename W::Bytes const bytes = W::load(in);
         Mask const notASCII = W::notASCII(bytes);
-        Mask const carried = before.two >> (BLOCK - 1) | before.three >> (BLOCK - 2) | before.four >> (BLOCK - 3);
+        Mask const carried = before.wantedBehind();
         if ((notASCII | carried) == 0) {
             _mm512_storeu_si512(out, W::front(bytes));
             if (BLOCK > UNITS)
@@ -217,13 +216,13 @@ KX7_AVX512 inline void decodeBlocks(unsigned char const*& inOut, unsigned char c
         Mask const thirds = leads.three << 2 | before.three >> (BLOCK - 2);
         std::ptrdiff_t used = BLOCK;
         if ((thirds | leads.three) == 0) {
-            if (continuations != (leads.continuations() | carried))
+            if (continuations != (leads.wanted() | carried))
                 break;
             out += writeCharacters<W, 2>(in, bytes, continuations, 0, ~leads.two, out);
         }
         else {
             leads.four = W::atLeast(bytes, 0xF0);
-            if (continuations != (leads.continuations() | carried))
+            if (continuations != (leads.wanted() | carried))
                 break;
             Mask kept = ~(leads.two | leads.three << 1 | before.three >> (BLOCK - 1));
             if (leads.four >> (BLOCK - 3) & 1) {
@@ -239,10 +238,7 @@ KX7_AVX512 inline void decodeBlocks(unsigned char const*& inOut, unsigned char c
         before = leads;
     }
     // The character that the last block cut off is left whole.
-    inOut = in - (before.two >> (BLOCK - 1) != 0     ? 1
-                  : before.three >> (BLOCK - 2) != 0 ? 2
-                  : before.four >> (BLOCK - 3) != 0  ? 3
-                                                     : 0);
+    inOut = in - before.cutOff();
     outOut = out;
 }
 
@@ -265,6 +261,67 @@ KX7_AVX512 void decodeUTF8Avx512(unsigned char const*& inOut, unsigned char cons
     }
     inOut = in;
     outOut = out;
+}
+
+namespace {
+
+/** A block for the loops that write nothing: zeros behind the end. */
+template <class W>
+KX7_AVX512 inline typename W::Bytes loadBlock(unsigned char const* in, std::ptrdiff_t available)
+{
+    return available >= W::BLOCK ? W::load(in) : W::load(in, W::lowBits(available));
+}
+
+}  // namespace
+
+KX7_AVX512 size_t wellFormedUTF8Avx512(unsigned char const* const begin, unsigned char const* end)
+{
+    using W = Widest;
+    unsigned char const* in = begin;
+    Leads<W::Mask> before = {0, 0, 0};
+    StrictBytes<W::Mask> bytesBefore = {};
+    while (in < end) {
+        W::Bytes const bytes = loadBlock<W>(in, end - in);
+        W::Mask const notASCII = W::notASCII(bytes);
+        W::Mask const carried = before.wantedBehind();
+        Leads<W::Mask> leads = {0, 0, 0};
+        if ((notASCII | carried) != 0) {
+            leads = {W::atLeast(bytes, 0xC0), W::atLeast(bytes, 0xE0), W::atLeast(bytes, 0xF0)};
+            StrictBytes<W::Mask> const strict = {
+                W::atLeast(bytes, 0xC2), W::atLeast(bytes, 0xF5), W::atLeast(bytes, 0x90), W::atLeast(bytes, 0xA0),
+                W::equal(bytes, 0xE0),   W::equal(bytes, 0xED),   W::equal(bytes, 0xF0),   W::equal(bytes, 0xF4)};
+            // Where the end cuts a character off, zeros stand for what is missing and are wrong.
+            if (((notASCII & ~leads.two) ^ (leads.wanted() | carried)) != 0 || strict.wrong(leads, bytesBefore) != 0)
+                break;
+            bytesBefore = strict;
+        }
+        before = leads;
+        in += std::min(end - in, W::BLOCK);
+    }
+    return static_cast<size_t>(in - begin) - static_cast<size_t>(before.cutOff());
+}
+
+KX7_AVX512 size_t countUTF8Avx512(unsigned char const*& inOut, unsigned char const* end)
+{
+    using W = Widest;
+    unsigned char const* in = inOut;
+    Leads<W::Mask> before = {0, 0, 0};
+    std::ptrdiff_t count = 0;
+    while (in < end) {
+        std::ptrdiff_t const available = std::min(end - in, W::BLOCK);
+        W::Mask const lanes = W::lowBits(available);
+        W::Bytes const bytes = loadBlock<W>(in, available);
+        Leads<W::Mask> const leads = {W::atLeast(bytes, 0xC0), W::atLeast(bytes, 0xE0), W::atLeast(bytes, 0xF0)};
+        W::Mask const continuations = W::notASCII(bytes) & ~leads.two;
+        if (continuations != (leads.wanted() | before.wantedBehind()) || (W::equal(bytes, 0) & lanes) != 0)
+            break;
+        count += W::count(~continuations & lanes);
+        in += available;
+        before = leads;
+    }
+    int const cut = before.cutOff();
+    inOut = in - cut;
+    return static_cast<size_t>(count - (cut != 0 ? 1 : 0));
 }
 
 namespace {
@@ -464,6 +521,35 @@ KX7_AVX512 void encodeUTF8Avx512(unsigned short const*& inOut, unsigned short co
     }
     inOut = in;
     outOut = out;
+}
+
+KX7_AVX512 size_t countAsUTF8Avx512(unsigned short const*& inOut, unsigned short const* end)
+{
+    unsigned short const* in = inOut;
+    uint32_t carried = 0;  // 1: a high surrogate in front
+    std::ptrdiff_t count = 0;
+    while (in < end) {
+        std::ptrdiff_t const available = std::min(end - in, UNITS);
+        __m512i const units =
+            available == UNITS ? _mm512_loadu_si512(in) : _mm512_maskz_loadu_epi16(lowBits(available), in);
+        uint32_t const notASCII = atLeast(units, 0x80);
+        if ((notASCII | carried) == 0) {
+            count += available;
+            in += available;
+            continue;
+        }
+        uint32_t const highs = surrogates(units, 0xD800);
+        if (((highs << 1 | carried) & ~surrogates(units, 0xDC00)) != 0)
+            break;
+        // Three bytes for either half of a pair are two too many.
+        count += available + __builtin_popcount(notASCII) + __builtin_popcount(atLeast(units, 0x800)) -
+                 2 * __builtin_popcount(highs);
+        carried = highs >> (available - 1) & 1;
+        in += available;
+    }
+    // A high surrogate whose partner does not follow here has been counted with one byte.
+    inOut = in - carried;
+    return static_cast<size_t>(count) - carried;
 }
 
 }  // namespace kx7

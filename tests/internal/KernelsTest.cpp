@@ -1,6 +1,7 @@
 // kx7text tests - the vector kernels against the plain engine: every kernel gives what the steps alone give.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
 #include <string>
 #include <vector>
@@ -83,6 +84,46 @@ public:
         memset(dest, CANARY, room * 2);
         kx7::Progress const p = m_engine.decode(m_converter, source, source + bytes.size(), dest, dest + room, false);
         return {p.consumed, p.written, p.stop, p.length, {reinterpret_cast<char const*>(dest), p.written * 2}};
+    }
+
+    Outcome decodeStrict(std::string const& bytes, size_t room, size_t shift)
+    {
+        unsigned char* const source = place(m_source, bytes.size(), shift);
+        memcpy(source, bytes.data(), bytes.size());
+        auto* const dest = reinterpret_cast<unsigned short*>(m_dest.data() + CAPACITY) - room;
+        memset(dest, CANARY, room * 2);
+        kx7::Progress const p =
+            m_engine.decodeStrict(m_converter, source, source + bytes.size(), dest, dest + room, false);
+        return {p.consumed, p.written, p.stop, p.length, {reinterpret_cast<char const*>(dest), p.written * 2}};
+    }
+
+    /** getNumUnits of bytes that end at the page: by their count, and by a zero byte in front of a larger count. */
+    Outcome countUnits(std::string const& bytes)
+    {
+        unsigned char* source = place(m_source, bytes.size(), NOWHERE);
+        memcpy(source, bytes.data(), bytes.size());
+        auto const size = static_cast<unsigned int>(bytes.size());
+        unsigned int const counted = m_converter.getNumUnits(source, size);
+        // Without what would lead over the zero byte.
+        std::string const text = std::string(bytes.c_str()) + "abcd";
+        source = place(m_source, text.size() + 1, NOWHERE);
+        memcpy(source, text.c_str(), text.size() + 1);
+        unsigned int const terminated = m_converter.getNumUnits(source, 0xFFFFFFFF);
+        return {counted, terminated, {}, m_converter.getNumUnits(source, 0x7FFFFFFF), {}};
+    }
+
+    /** getNumBytes of units that end at the page: by their count, and by a 0 unit. */
+    Outcome countBytes(std::u16string const& units)
+    {
+        unsigned char* source = place(m_source, units.size() * 2, NOWHERE);
+        memcpy(source, units.data(), units.size() * 2);
+        unsigned int const counted = m_converter.getNumBytes(reinterpret_cast<unsigned short const*>(source),
+                                                             static_cast<unsigned int>(units.size()));
+        source = place(m_source, units.size() * 2 + 2, NOWHERE);
+        memcpy(source, units.c_str(), units.size() * 2 + 2);
+        unsigned int const terminated =
+            m_converter.getNumBytes(reinterpret_cast<unsigned short const*>(source), 0xFFFFFFFF);
+        return {counted, terminated, {}, 0, {}};
     }
 
     Outcome encode(std::u16string const& units, size_t room, size_t shift)
@@ -201,9 +242,15 @@ TEST(Kernels, EveryLengthAtEveryAlignment)
                             [&] { return bench.decode(bytes, bytes.size(), at); });
                 expectAlike("encoding " + std::to_string(length) + " at " + std::to_string(shift),
                             [&] { return bench.encode(units, units.size() * 3, at); });
+                expectAlike("strictly decoding " + std::to_string(length) + " at " + std::to_string(shift),
+                            [&] { return bench.decodeStrict(bytes, bytes.size(), at); });
                 if (HasFatalFailure())
                     return;
             }
+            expectAlike("counting units of " + std::to_string(length), [&] { return bench.countUnits(bytes); });
+            expectAlike("counting bytes of " + std::to_string(length), [&] { return bench.countBytes(units); });
+            if (HasFatalFailure())
+                return;
         }
     }
 }
@@ -211,7 +258,8 @@ TEST(Kernels, EveryLengthAtEveryAlignment)
 TEST(Kernels, EveryPatternAtEveryPositionOfABlockEdge)
 {
     // The bytes and units where the classes begin and end.
-    unsigned char const bytes[] = {0x00, 0x41, 0x7F, 0x80, 0xBF, 0xC0, 0xC3, 0xDF, 0xE0, 0xE2, 0xEF, 0xF0, 0xF4, 0xFF};
+    unsigned char const bytes[] = {0x00, 0x41, 0x7F, 0x80, 0x90, 0xA0, 0xBF, 0xC0, 0xC3,
+                                   0xDF, 0xE0, 0xE2, 0xED, 0xEF, 0xF0, 0xF4, 0xF5, 0xFF};
     char16_t const units[] = {0,      0x41,   0x7F,   0x80,   0x7FF,  0x800, 0xD7FF,
                               0xD800, 0xDBFF, 0xDC00, 0xDFFF, 0xE000, 0xFFFF};
     for (KX7CharSetConverter* const converter : {CONVERTERS[0], CONVERTERS[1]}) {
@@ -231,6 +279,10 @@ TEST(Kernels, EveryPatternAtEveryPositionOfABlockEdge)
                                 text += filler;
                             expectAlike("a pattern at " + std::to_string(position),
                                         [&] { return bench.decode(text, text.size(), Bench::NOWHERE); });
+                            expectAlike("a pattern, strictly, at " + std::to_string(position),
+                                        [&] { return bench.decodeStrict(text, text.size(), Bench::NOWHERE); });
+                            expectAlike("units of a pattern at " + std::to_string(position),
+                                        [&] { return bench.countUnits(text); });
                         }
                 if (HasFatalFailure())
                     return;
@@ -249,6 +301,8 @@ TEST(Kernels, EveryPatternAtEveryPositionOfABlockEdge)
                             text += filler;
                         expectAlike("a pattern at " + std::to_string(position),
                                     [&] { return bench.encode(text, text.size() * 3, Bench::NOWHERE); });
+                        expectAlike("bytes of a pattern at " + std::to_string(position),
+                                    [&] { return bench.countBytes(text); });
                     }
                 if (HasFatalFailure())
                     return;
@@ -280,6 +334,10 @@ TEST(Kernels, BrokenText)
                         auto const room = static_cast<unsigned int>(units.size() * 6);
                         expectAlike("broken units", [&] { return bench.encodeText(units, room, op); });
                     }
+                    expectAlike("broken bytes, strictly",
+                                [&] { return bench.decodeStrict(bytes, bytes.size(), Bench::NOWHERE); });
+                    expectAlike("units of broken bytes", [&] { return bench.countUnits(bytes); });
+                    expectAlike("bytes of broken units", [&] { return bench.countBytes(units); });
                     if (HasFatalFailure())
                         return;
                 }
@@ -299,6 +357,8 @@ TEST(Kernels, EveryRoomAroundABlockEdge)
             for (size_t room = 0; room <= 300; ++room) {
                 expectAlike("room " + std::to_string(room), [&] { return bench.decode(bytes, room, Bench::NOWHERE); });
                 expectAlike("room " + std::to_string(room), [&] { return bench.encode(units, room, Bench::NOWHERE); });
+                expectAlike("strictly, room " + std::to_string(room),
+                            [&] { return bench.decodeStrict(bytes, room, Bench::NOWHERE); });
                 expectAlike("room " + std::to_string(room),
                             [&] { return bench.decodeText(bytes, static_cast<unsigned int>(room), ILLCHAR_REPLACE); });
                 expectAlike("room " + std::to_string(room),
@@ -333,6 +393,39 @@ TEST(Kernels, NothingIsWrittenBehindTheTextWhateverTheRoom)
                         converter->toUTF16(exactUnits.data(), bytes.data(), 0xFFFFFFFE, ILLCHAR_REPLACE, nullptr, -1),
                         m);
                 }
+            }
+        }
+    }
+}
+
+TEST(Kernels, NothingBehindWhatAKernelReturnsIsTouchedThoughItStopsAtBrokenText)
+{
+    std::mt19937 random(15);
+    for (InstructionSet const set : sets()) {
+        kx7::Kernels const& kernels = kx7::kernelsOf(set);
+        for (auto const& mix : MIXES) {
+            for (size_t at = 0; at < 399; ++at) {
+                std::u16string units = randomUnits(random, 400, mix);
+                std::string bytes = utf8Of(units);
+                bytes[at] = static_cast<char>(0xE3);
+                bytes[at + 1] = 'x';
+                units[at] = 0xD800;
+                units[at + 1] = 'x';
+                auto const* in = reinterpret_cast<unsigned char const*>(bytes.data());
+                std::vector<unsigned short> text(bytes.size() + 64, 0xA5A5);
+                unsigned short* out = text.data();
+                kernels.decodeUTF8(in, in + bytes.size(), out, text.data() + text.size());
+                EXPECT_LE(in, reinterpret_cast<unsigned char const*>(bytes.data()) + at);
+                EXPECT_TRUE(std::all_of(out, text.data() + text.size(), [](unsigned short u) { return u == 0xA5A5; }))
+                    << nameOf(set) << ", broken at " << at;
+                auto const* unitsIn = reinterpret_cast<unsigned short const*>(units.data());
+                std::vector<unsigned char> encoded(units.size() * 3 + 64, 0xFF);
+                unsigned char* bytesOut = encoded.data();
+                kernels.encodeUTF8(unitsIn, unitsIn + units.size(), bytesOut, encoded.data() + encoded.size());
+                EXPECT_LE(unitsIn, reinterpret_cast<unsigned short const*>(units.data()) + at);
+                EXPECT_TRUE(
+                    std::all_of(bytesOut, encoded.data() + encoded.size(), [](unsigned char b) { return b == 0xFF; }))
+                    << nameOf(set) << ", broken at " << at;
             }
         }
     }
