@@ -41,10 +41,10 @@ private:
     friend struct kx7::EngineOf<KX7CharSetConverterDBCS>;
     struct Decoder;
     struct Encoder;
-    Decoder decoder();
-    Encoder encoder();
-    unsigned int toUTF16Within(unsigned short* dest, kx7::ByteText const& source, unsigned int room, ILLCHAR_OPTYPE op,
-                               bool* illegal, int sourceLimit);
+    KX7_LOCAL Decoder decoder();
+    KX7_LOCAL Encoder encoder();
+    KX7_LOCAL unsigned int toUTF16Within(unsigned short* dest, kx7::ByteText const& source, unsigned int room,
+                                         ILLCHAR_OPTYPE op, bool* illegal, int sourceLimit);
 };
 
 #endif

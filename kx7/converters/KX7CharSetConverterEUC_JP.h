@@ -48,11 +48,11 @@ private:
     struct Decoder;
     struct StrictDecoder;
     struct Encoder;
-    Decoder decoder();
-    Encoder encoder();
-    unsigned int toUTF16Within(unsigned short* dest, kx7::ByteText const& source, unsigned int room, ILLCHAR_OPTYPE op,
-                               bool* illegal, int sourceLimit);
-    bool assureLoaded();
+    KX7_LOCAL Decoder decoder();
+    KX7_LOCAL Encoder encoder();
+    KX7_LOCAL unsigned int toUTF16Within(unsigned short* dest, kx7::ByteText const& source, unsigned int room,
+                                         ILLCHAR_OPTYPE op, bool* illegal, int sourceLimit);
+    KX7_LOCAL bool assureLoaded();
 
 protected:
     char const* m_pszName0201;

@@ -56,11 +56,11 @@ private:
     friend struct kx7::EngineOf<KX7CharSetConverterGB18030>;
     struct Decoder;
     struct Encoder;
-    Decoder decoder();
-    Encoder encoder();
-    unsigned int toUTF16Within(unsigned short* dest, kx7::ByteText const& source, unsigned int room, ILLCHAR_OPTYPE op,
-                               bool* illegal, int sourceLimit);
-    bool assureLoaded();
+    KX7_LOCAL Decoder decoder();
+    KX7_LOCAL Encoder encoder();
+    KX7_LOCAL unsigned int toUTF16Within(unsigned short* dest, kx7::ByteText const& source, unsigned int room,
+                                         ILLCHAR_OPTYPE op, bool* illegal, int sourceLimit);
+    KX7_LOCAL bool assureLoaded();
 
     kx7::GB18030Range const** m_pGB2UniIndex;               ///< 287 entries
     std::atomic<kx7::GB18030Range const**> m_pUni2GBIndex;  ///< 512 entries; published last

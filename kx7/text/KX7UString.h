@@ -314,15 +314,16 @@ public:
     void assureSize(unsigned int n) { AssureSpace(n); }
 
 private:
-    void storeBytes(char const* s, unsigned int n, KX7CharSet cs, int sourceLimit);
-    void store(unsigned short const* units, unsigned int n);
-    void takeOver(KX7UString& o);
-    void release();
-    void dropCache();
-    void setLength(unsigned int n);
-    void append(unsigned short const* units, unsigned int n);
-    void appendBytes(char const* s, unsigned int n, KX7CharSetConverter& converter, unsigned int room, int sourceLimit);
-    bool standsAt(unsigned int pos, KX7UString const& s) const;
+    KX7_LOCAL void storeBytes(char const* s, unsigned int n, KX7CharSet cs, int sourceLimit);
+    KX7_LOCAL void store(unsigned short const* units, unsigned int n);
+    KX7_LOCAL void takeOver(KX7UString& o);
+    KX7_LOCAL void release();
+    KX7_LOCAL void dropCache();
+    KX7_LOCAL void setLength(unsigned int n);
+    KX7_LOCAL void append(unsigned short const* units, unsigned int n);
+    KX7_LOCAL void appendBytes(char const* s, unsigned int n, KX7CharSetConverter& converter, unsigned int room,
+                               int sourceLimit);
+    KX7_LOCAL bool standsAt(unsigned int pos, KX7UString const& s) const;
 
     friend class KX7UStringList;
     friend struct kx7::Concatenation;

@@ -79,8 +79,8 @@ public:
 
 private:
     template <class Separator>
-    void split(KX7UString const& s, Separator const& sep, unsigned int sepLength);
-    void checkGrowth(unsigned int added) const;
+    KX7_LOCAL void split(KX7UString const& s, Separator const& sep, unsigned int sepLength);
+    KX7_LOCAL void checkGrowth(unsigned int added) const;
 
     std::vector<KX7UString> m_strings;
 };
