@@ -17,6 +17,8 @@
 #include "kx7/converters/KX7CharSetConverterUTF32.h"
 #include "kx7/converters/KX7CharSetConverterUTF8.h"
 
+/** Each is named after its character set. */
+///@{
 extern KX7_API KX7CharSetConverterSBCS g_oConverterWCP1250;
 extern KX7_API KX7CharSetConverterSBCS g_oConverterWCP1251;
 extern KX7_API KX7CharSetConverterSBCS g_oConverterWCP1252;
@@ -58,5 +60,6 @@ extern KX7_API KX7CharSetConverterUTF8 g_oConverterUTF8;
 extern KX7_API KX7CharSetConverterUTF16 g_oConverterUTF16;
 extern KX7_API KX7CharSetConverterUTF32 g_oConverterUTF32;
 extern KX7_API KX7CharSetConverterUTF16Esc g_oConverterUTF16Esc;
+///@}
 
 #endif

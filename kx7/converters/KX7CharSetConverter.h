@@ -31,6 +31,7 @@ enum ILLCHAR_OPTYPE : int32_t {
  */
 class KX7_API KX7CharSetConverter {
 public:
+    /** @param charSet kept in m_eCharSet; nothing is registered */
     explicit KX7CharSetConverter(KX7CharSet charSet) : m_eCharSet(charSet) {}
     virtual ~KX7CharSetConverter();
 

@@ -14,6 +14,7 @@ class KX7_API KX7CharSetConverterDBCS : public KX7CharSetConverterMBCS, private 
 public:
     /** @param typeTable 256 bytes; bit 0x40 marks a lead byte, bit 0x80 a trail byte. Neither list is copied. */
     KX7CharSetConverterDBCS(unsigned short const* map, unsigned char const* typeTable, KX7CharSet charSet);
+    /** A converter without a mapping list: nothing is mapped. `name` is kept, not copied. */
     KX7CharSetConverterDBCS(char const* name, unsigned char const* typeTable, KX7CharSet charSet);
     ~KX7CharSetConverterDBCS() override;
 

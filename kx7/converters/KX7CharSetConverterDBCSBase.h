@@ -11,7 +11,7 @@ public:
     explicit KX7CharSetConverterDBCSBase(unsigned char const* typeTable) : m_pTypeTable(typeTable) {}
 
 protected:
-    unsigned char const* m_pTypeTable;
+    unsigned char const* m_pTypeTable;  ///< 256 bytes, by byte
 };
 
 #endif

@@ -12,6 +12,7 @@ class KX7_API KX7CharSetConverterEUC_CN_KR : public KX7CharSetConverterMBCS {
 public:
     /** @param map pairs of row and cell (0x2121 to 0x7E7E) and unit, ended by (0, 0). Not copied. */
     KX7CharSetConverterEUC_CN_KR(unsigned short const* map, KX7CharSet charSet);
+    /** A converter without a mapping list: nothing is mapped. `name` is kept, not copied. */
     KX7CharSetConverterEUC_CN_KR(char const* name, KX7CharSet charSet);
     ~KX7CharSetConverterEUC_CN_KR() override;
 

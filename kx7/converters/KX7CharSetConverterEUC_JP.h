@@ -14,6 +14,7 @@ public:
     /** @param map0208, map0201, map0212 pairs of code and unit, ended by (0, 0). Not copied. */
     KX7CharSetConverterEUC_JP(unsigned short const* map0208, unsigned short const* map0201,
                               unsigned short const* map0212, KX7CharSet charSet);
+    /** A converter without a mapping list: nothing is mapped. The names are kept, not copied. */
     KX7CharSetConverterEUC_JP(char const* name0208, char const* name0201, char const* name0212, KX7CharSet charSet);
     ~KX7CharSetConverterEUC_JP() override;
 
@@ -55,13 +56,13 @@ private:
     KX7_LOCAL bool assureLoaded();
 
 protected:
-    char const* m_pszName0201;
-    char const* m_pszName0212;
+    char const* m_pszName0201;                                   ///< of a converter without lists; null otherwise
+    char const* m_pszName0212;                                   ///< of a converter without lists; null otherwise
     std::atomic<LookupTable<unsigned short>*> m_pToUnicode0212;  ///< published last, after the tables of the base
-    LookupTable<unsigned short>* m_pFromUnicode0212;
-    unsigned short const* m_pMap0201;
-    unsigned short const* m_pMap0212;
-    pthread_mutex_t m_oLoadMutex0212;
+    LookupTable<unsigned short>* m_pFromUnicode0212;             ///< unit to code
+    unsigned short const* m_pMap0201;                            ///< the list of JIS X 0201, or null
+    unsigned short const* m_pMap0212;                            ///< the list of JIS X 0212, or null
+    pthread_mutex_t m_oLoadMutex0212;                            ///< held while the tables of this class are built
 };
 
 #endif

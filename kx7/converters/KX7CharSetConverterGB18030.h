@@ -16,6 +16,7 @@ class KX7_API KX7CharSetConverterGB18030 : public KX7CharSetConverterMBCS {
 public:
     /** @param gbkMap pairs of code and unit, ended by (0, 0). Not copied. */
     KX7CharSetConverterGB18030(unsigned short const* gbkMap, KX7CharSet charSet);
+    /** A converter without a mapping list: nothing is mapped. `name` is kept, not copied. */
     KX7CharSetConverterGB18030(char const* name, KX7CharSet charSet);
     ~KX7CharSetConverterGB18030() override;
 

@@ -38,15 +38,17 @@ protected:
     /** The tables can be read. Acquires what load() published. */
     bool tablesBuilt() const { return m_pToUnicode.load(std::memory_order_acquire) != nullptr; }
 
-    /** The tables; empty ones where they are not built. Loads nothing. */
+    /** The table by code; an empty one where it is not built. Loads nothing. */
     LookupTable<unsigned short> const& toUnicode() const;
+
+    /** The table by character; an empty one where it is not built. Loads nothing. */
     LookupTable<unsigned short> const& fromUnicode() const;
 
-    char const* m_pszName;
+    char const* m_pszName;                                   ///< of a converter without a list; null otherwise
     std::atomic<LookupTable<unsigned short>*> m_pToUnicode;  ///< code to unit; published last
     LookupTable<unsigned short>* m_pFromUnicode;             ///< unit to code
-    unsigned short const* m_pMap;
-    pthread_mutex_t m_oLoadMutex;
+    unsigned short const* m_pMap;                            ///< the mapping list, or null
+    pthread_mutex_t m_oLoadMutex;                            ///< held while the tables are built
 
 private:
     kx7::FlatTables* m_pFlat;  ///< the memory of both tables; null: they have their own

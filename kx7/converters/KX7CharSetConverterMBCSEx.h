@@ -17,7 +17,7 @@ struct FlatTablesEx;
 struct sMBCSExTable {
     unsigned short code;      ///< lead byte * 256 + trail byte; a single byte as 0x00XX
     unsigned short reserved;  ///< zero
-    unsigned int codePoint;
+    unsigned int codePoint;   ///< the character
 };
 
 /**
@@ -45,15 +45,17 @@ protected:
     /** The tables can be read. Acquires what load() published. */
     bool tablesBuilt() const { return m_pToUnicode.load(std::memory_order_acquire) != nullptr; }
 
-    /** The tables; empty ones where they are not built. Loads nothing. */
+    /** The table by code; an empty one where it is not built. Loads nothing. */
     LookupTable<unsigned int> const& toUnicode() const;
+
+    /** The table by character; an empty one where it is not built. Loads nothing. */
     LookupTableEx<unsigned short> const& fromUnicode() const;
 
-    char const* m_pszName;
+    char const* m_pszName;                                 ///< of a converter without a list; null otherwise
     std::atomic<LookupTable<unsigned int>*> m_pToUnicode;  ///< code to code point; published last
     LookupTableEx<unsigned short>* m_pFromUnicode;         ///< code point to code
-    sMBCSExTable const* m_pMap;
-    pthread_mutex_t m_oLoadMutex;
+    sMBCSExTable const* m_pMap;                            ///< the mapping list, or null
+    pthread_mutex_t m_oLoadMutex;                          ///< held while the tables are built
 
 private:
     kx7::FlatTablesEx* m_pFlat;  ///< the memory of both tables; null: they have their own

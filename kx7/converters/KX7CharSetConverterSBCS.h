@@ -65,11 +65,11 @@ private:
                                          ILLCHAR_OPTYPE op, bool* illegal, int sourceLimit);
 
 protected:
-    char const* m_pszName;
-    std::atomic<unsigned short*> m_pToUnicode;  ///< byte to unit, 256 entries; published last
-    LookupTable<unsigned char>* m_pFromUnicode;
-    unsigned short const* m_pMap;
-    pthread_mutex_t m_oLoadMutex;
+    char const* m_pszName;                       ///< of a converter without a list; null otherwise
+    std::atomic<unsigned short*> m_pToUnicode;   ///< byte to unit, 256 entries; published last
+    LookupTable<unsigned char>* m_pFromUnicode;  ///< unit to byte
+    unsigned short const* m_pMap;                ///< the mapping list, or null
+    pthread_mutex_t m_oLoadMutex;                ///< held while the tables are built
 };
 
 #endif

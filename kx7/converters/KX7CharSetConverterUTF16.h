@@ -10,6 +10,7 @@
  */
 class KX7_API KX7CharSetConverterUTF16 : public KX7CharSetConverter {
 public:
+    /** A converter that serves `charSet`; nothing is registered. */
     explicit KX7CharSetConverterUTF16(KX7CharSet charSet);
     ~KX7CharSetConverterUTF16() override;
 

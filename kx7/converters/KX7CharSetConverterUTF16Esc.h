@@ -11,6 +11,7 @@
  */
 class KX7_API KX7CharSetConverterUTF16Esc : public KX7CharSetConverter {
 public:
+    /** A converter that serves `charSet`; nothing is registered. */
     explicit KX7CharSetConverterUTF16Esc(KX7CharSet charSet);
     ~KX7CharSetConverterUTF16Esc() override;
 

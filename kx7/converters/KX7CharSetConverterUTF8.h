@@ -11,6 +11,7 @@
  */
 class KX7_API KX7CharSetConverterUTF8 : public KX7CharSetConverter {
 public:
+    /** A converter that serves `charSet`; nothing is registered. */
     explicit KX7CharSetConverterUTF8(KX7CharSet charSet);
     ~KX7CharSetConverterUTF8() override;
 

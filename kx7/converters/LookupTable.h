@@ -29,10 +29,13 @@ public:
     PagedTable(PagedTable const&) = delete;
     PagedTable& operator=(PagedTable const&) = delete;
 
+    /** The value stored at `key`. */
     T get(unsigned int key) const { return m_pages[key >> 8][key & 0xFF]; }
 
+    /** The 256 values of the keys that begin with `high`. */
     T const* page(unsigned int high) const { return m_pages[high]; }
 
+    /** Stores `value`, on a page of its own; dropped when that cannot be allocated. */
     void put(unsigned int key, T value, T const* nullPage)
     {
         T*& page = m_pages[key >> 8];
@@ -45,6 +48,7 @@ public:
         page[key & 0xFF] = value;
     }
 
+    /** Frees the pages that the table allocated. */
     void freePages(T const* nullPage)
     {
         for (size_t i = 0; i < PAGE_COUNT; ++i)

@@ -16,9 +16,10 @@
  */
 class KX7_API KX7UChar {
 public:
-    static unsigned int const UTF16_MAX = 65535;
-    static unsigned int const UTF32_MAX = 1114111;
+    static unsigned int const UTF16_MAX = 65535;    ///< the largest value of one code unit
+    static unsigned int const UTF32_MAX = 1114111;  ///< the largest code point
 
+    /** The character of that value, which is not checked. */
     explicit KX7UChar(unsigned int value = 0) : m_value(value) {}
 
     /** The character of a surrogate pair; 0 for two units that are none. */
@@ -27,18 +28,25 @@ public:
     {
     }
 
+    /** The same character. */
     KX7UChar(KX7UChar const&) = default;
+
+    /** Makes this the same character. */
     KX7UChar& operator=(KX7UChar const&) = default;
 
+    /** The value, as it was given. */
     unsigned int value() const { return m_value; }
 
     /** The class bits; 0x1000 for a supplementary character. A value above U+10FFFF is taken modulo 0x10000. */
     unsigned short getCharClass() const { return isSupplementary() ? 0x1000 : getCharClass(lowUnit()); }
 
+    /** Tests of one class bit; never true for a supplementary character. */
+    ///@{
     bool isWhiteSpace() const { return hasClass(0x0001); }
     bool isDigit() const { return hasClass(0x0002); }
     bool isLetter() const { return hasClass(0x0004); }
     bool isPunctuation() const { return hasClass(0x0010); }
+    ///@}
 
     /** Has class 0, and is no supplementary character. */
     bool isNonChar() const { return !isSupplementary() && getCharClass(lowUnit()) == 0; }
@@ -64,9 +72,12 @@ public:
         return mapped != 0 ? mapped : c;
     }
 
+    /** What the static services read, by code unit. */
+    ///@{
     static KX7UCharTable m_gUpperCaseTable;
     static KX7UCharTable m_gLowerCaseTable;
     static KX7UCharTable m_gCharClassTable;
+    ///@}
 
 private:
     bool isSupplementary() const { return m_value > UTF16_MAX && m_value <= UTF32_MAX; }

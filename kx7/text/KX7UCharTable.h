@@ -19,8 +19,8 @@ struct CharRange;
 class KX7_API KX7UCharTable {
 public:
     /**
-     * @param ranges    records in ascending order, ended by one whose first unit is 0. Not copied.
-     * @param increment true: the value grows by one for each unit of a range; false: it is the same for all
+     * @param ranges_    records in ascending order, ended by one whose first unit is 0. Not copied.
+     * @param increment_ true: the value grows by one for each unit of a range; false: it is the same for all
      */
     constexpr KX7UCharTable(kx7::CharRange const* ranges_, bool increment_)
         : directory(nullptr), ranges(ranges_), increment(increment_)

@@ -18,13 +18,13 @@ struct Concatenation;
 /** A byte text of up to 255 bytes behind its length; no terminator. */
 struct KX7PascalString {
     unsigned char length;  ///< bytes of text
-    char text[255];
+    char text[255];        ///< the bytes
 };
 
 /** A UTF-16 text of up to 65,535 code units behind its length; no terminator. */
 struct KX7BSTR {
-    unsigned short length;  ///< code units of text
-    unsigned short text[65535];
+    unsigned short length;       ///< code units of text
+    unsigned short text[65535];  ///< the code units
 };
 
 /**
@@ -53,11 +53,12 @@ public:
         unsigned int length;     ///< code units before the terminator
         unsigned int capacity;   ///< code units that `buffer` can hold, the terminator not counted
         char* narrowCache;       ///< the text in another character set, or null
-        unsigned int narrowCacheLength;
-        KX7CharSet narrowCacheCharSet;
-        unsigned short inlineBuffer[INLINE_CAPACITY + 1];
+        unsigned int narrowCacheLength;                    ///< bytes in `narrowCache`, terminator not counted
+        KX7CharSet narrowCacheCharSet;                     ///< the character set of `narrowCache`
+        unsigned short inlineBuffer[INLINE_CAPACITY + 1];  ///< for texts that need no heap
     };
 
+    /** The empty string. */
     KX7UString();
 
     /** The character of one byte of `cs`; empty for the zero byte and for a byte that is only part of a character. */
@@ -93,16 +94,19 @@ public:
     /** The code units from `begin` up to `end`, zeros included. */
     KX7UString(unsigned short const* begin, unsigned short const* end);
 
+    /** The bytes of `p`, decoded. */
     KX7UString(KX7PascalString const& p, KX7CharSet cs = KX7CS_OS_DEFAULT);
 
     /** Empty for null. */
     KX7UString(KX7PascalString const* p, KX7CharSet cs = KX7CS_OS_DEFAULT);
 
+    /** The code units of `b`, zeros included. */
     KX7UString(KX7BSTR const& b);
 
     /** Empty for null. */
     KX7UString(KX7BSTR const* b);
 
+    /** A copy of the text; the cache of c_str() is not copied. */
     KX7UString(KX7UString const& o);
 
     /** The part of `o` of `n` units at `pos`; both are cut down to what is there. */
@@ -114,12 +118,16 @@ public:
 
     /** Replaces the text by that of `o`. The string is then inline, or on the heap with exactly the capacity needed. */
     KX7UString& assign(KX7UString const& o);
+
+    /** Replaces the text by what the constructor of the same argument makes. */
+    ///@{
     KX7UString& operator=(KX7UString const& o) { return assign(o); }
     KX7UString& operator=(KX7PascalString const* p);
     KX7UString& operator=(KX7BSTR const& b);
     KX7UString& operator=(unsigned short const* s);
     KX7UString& operator=(char const* s);
     KX7UString& operator=(unsigned short u);
+    ///@}
 
     /**
      * Unlike the others leaves the cache of c_str() as it is, which then still answers with the old text; only where
@@ -139,6 +147,7 @@ public:
     /** The text, ended by a 0 unit; valid until the string changes. */
     unsigned short const* data() const { return space->buffer; }
 
+    /** Has no code unit. */
     bool empty() const { return space->length == 0; }
 
     /** Bytes that the text needs in `cs`, terminator not counted. */
@@ -177,6 +186,7 @@ public:
 
     /** The code unit at `i`; throws std::out_of_range "invalid string index given". Writing leaves the cache alone. */
     unsigned short& at(unsigned int i);
+    /** The same, to be read only. */
     unsigned short const& at(unsigned int i) const;
 
     /**
@@ -188,7 +198,11 @@ public:
     // Editing. Positions beyond the text throw std::out_of_range "invalid string index given".
 
     /** What trim() cuts: bits for the front and the end. */
-    enum TrimCmd { TRIM_FRONT = 1, TRIM_END = 2, TRIM_BOTH = 3 };
+    enum TrimCmd {
+        TRIM_FRONT = 1,  ///< at the front only
+        TRIM_END = 2,    ///< at the end only
+        TRIM_BOTH = 3    ///< at both ends
+    };
 
     /** What trim() takes for blank. */
     enum TrimTarget {
@@ -203,6 +217,7 @@ public:
     /** Removes up to `n` units at `pos`. No effect on an empty string, whatever `pos` is. */
     KX7UString& erase(unsigned int pos, unsigned int n = npos);
 
+    /** Cuts blanks off the front, the end or both. */
     KX7UString& trim(TrimCmd cmd = TRIM_BOTH, TrimTarget target = TRIM_WHITESPACE);
 
     /**
@@ -225,6 +240,7 @@ public:
 
     /** Maps unit by unit (KX7UChar::toUpperCase); the length never changes. Keeps the cache of c_str(). */
     KX7UString& toUpper(bool asciiOnly = false);
+    /** The same with KX7UChar::toLowerCase. */
     KX7UString& toLower(bool asciiOnly = false);
 
     /** First index of `c` from `pos` on, or npos; 0 is never found. */
@@ -250,9 +266,11 @@ public:
     KX7UString& replace(unsigned short const* first, unsigned short const* last, KX7UString const& s);
 
     /** The parts between separators; see the constructors of KX7UStringList. */
+    ///@{
     KX7UStringList split(unsigned short sep) const;
     KX7UStringList split(KX7UString const& sep) const;
     KX7UStringList split(char sep, KX7CharSet cs = KX7CS_OS_DEFAULT) const;
+    ///@}
 
     // Comparison, by unit value: no normalisation, no locale. All of it ends at a 0 unit within a text.
 
@@ -267,9 +285,11 @@ public:
      * comes before everything but another one.
      */
     int canonicalCompare(unsigned short const* a, unsigned short const* b, unsigned int n) const;
+    /** The same; units that differ are compared by their upper case. */
     int canonicalCompareNoCase(unsigned short const* a, unsigned short const* b, unsigned int n) const;
 
-    // Byte text is in KX7CS_OS_DEFAULT; a null pointer is the empty text.
+    /** As compare(). Byte text is in KX7CS_OS_DEFAULT; a null pointer is the empty text. */
+    ///@{
     bool operator==(KX7UString const& o) const { return compare(o) == 0; }
     bool operator!=(KX7UString const& o) const { return compare(o) != 0; }
     bool operator<(KX7UString const& o) const { return compare(o) < 0; }
@@ -288,13 +308,16 @@ public:
     bool operator>(unsigned short const* s) const { return compare(KX7UString(s)) > 0; }
     bool operator<=(unsigned short const* s) const { return compare(KX7UString(s)) <= 0; }
     bool operator>=(unsigned short const* s) const { return compare(KX7UString(s)) >= 0; }
+    ///@}
 
     /** This text and the other behind it, in a new string; byte text is in KX7CS_OS_DEFAULT. */
+    ///@{
     KX7UString operator+(char c) const;
     KX7UString operator+(unsigned short u) const;
     KX7UString operator+(char const* s) const;
     KX7UString operator+(unsigned short const* s) const;
     KX7UString operator+(KX7UString const& o) const;
+    ///@}
 
     // Storage primitives.
 
@@ -332,7 +355,8 @@ private:
     Space m_space;
 };
 
-// A raw text on the left; byte text is in KX7CS_OS_DEFAULT, a null pointer is the empty text.
+/** As KX7UString::compare. Byte text is in KX7CS_OS_DEFAULT; a null pointer is the empty text. */
+///@{
 inline bool operator==(char const* s, KX7UString const& o)
 {
     return KX7UString(s).compare(o) == 0;
@@ -381,11 +405,15 @@ inline bool operator>=(unsigned short const* s, KX7UString const& o)
 {
     return KX7UString(s).compare(o) >= 0;
 }
+///@}
 
+/** Both texts in a new string. Byte text is in KX7CS_OS_DEFAULT; a null pointer is the empty text. */
+///@{
 KX7_API KX7UString operator+(char c, KX7UString const& o);
 KX7_API KX7UString operator+(unsigned short u, KX7UString const& o);
 KX7_API KX7UString operator+(char const* s, KX7UString const& o);
 KX7_API KX7UString operator+(unsigned short const* s, KX7UString const& o);
+///@}
 
 /** Writes the text in KX7CS_OS_DEFAULT as a byte string, with the stream's width and fill. */
 KX7_API std::ostream& operator<<(std::ostream& os, KX7UString const& s);
@@ -399,9 +427,11 @@ KX7_API std::istream& operator>>(std::istream& is, KX7UString& s);
 /**
  * Reads a line in KX7CS_OS_DEFAULT up to `delim`, which is consumed and not stored, the end of the input, a byte 0xFF
  * (which counts as the end) or one byte less than the stream's width. An empty line reads as a failure: failbit is set
- * though its delimiter is consumed. Without `delim` a line ends at a carriage return, not at a line feed.
+ * though its delimiter is consumed.
  */
 KX7_API std::istream& getline(std::istream& is, KX7UString& s, char delim);
+
+/** The same; a line ends at a carriage return, not at a line feed. */
 KX7_API std::istream& getline(std::istream& is, KX7UString& s);
 
 #endif

@@ -14,11 +14,15 @@
  */
 class KX7_API KX7UStringList {
 public:
+    /** They stay valid until the list changes. */
+    ///@{
     typedef std::vector<KX7UString>::iterator iterator;
     typedef std::vector<KX7UString>::const_iterator const_iterator;
     typedef std::vector<KX7UString>::reverse_iterator reverse_iterator;
     typedef std::vector<KX7UString>::const_reverse_iterator const_reverse_iterator;
+    ///@}
 
+    /** The empty list. */
     KX7UStringList();
 
     /** A list of the one string, empty or not. */
@@ -33,21 +37,27 @@ public:
     /** The same with a separator string; an empty one gives the whole string as the one element. */
     KX7UStringList(KX7UString const& s, KX7UString const& sep);
 
+    /** A list of the same strings. */
     KX7UStringList(KX7UStringList const& o);
     virtual ~KX7UStringList();
 
+    /** The number of elements. */
     unsigned int size() const { return static_cast<unsigned int>(m_strings.size()); }
 
     /** The largest number of elements. */
     unsigned int max_size() const;
 
+    /** Removes all elements. */
     void clear();
 
+    /** The element at `i`. */
     KX7UString const& at(unsigned int i) const;
 
     /** The element at `i`, unchecked. */
     KX7UString const& operator[](unsigned int i) const { return m_strings[i]; }
 
+    /** Over the elements, forwards and backwards. */
+    ///@{
     iterator begin() { return m_strings.begin(); }
     iterator end() { return m_strings.end(); }
     const_iterator begin() const { return m_strings.begin(); }
@@ -56,11 +66,14 @@ public:
     reverse_iterator rend() { return m_strings.rend(); }
     const_reverse_iterator rbegin() const { return m_strings.rbegin(); }
     const_reverse_iterator rend() const { return m_strings.rend(); }
+    ///@}
 
     /** Makes the string, which may be one of the elements, the only element. */
     KX7UStringList& operator=(KX7UString const& s);
+    /** Makes this list hold the strings of `o`. */
     KX7UStringList& operator=(KX7UStringList const& o);
 
+    /** Adds the string behind the others. */
     KX7UStringList& append(KX7UString const& s);
 
     /** Adds the elements of `o`. A list is never appended to itself: nothing happens then. */
@@ -72,6 +85,7 @@ public:
     /** The same with the elements of `o`. A list is never inserted into itself: nothing happens then. */
     KX7UStringList& insert(unsigned int i, KX7UStringList const& o);
 
+    /** Removes the element at `i`. */
     KX7UStringList& erase(unsigned int i);
 
     /** The elements with `separator` between each two. */

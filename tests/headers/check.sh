@@ -9,10 +9,7 @@ cd "$(dirname "$0")/../.."
 
 [ $# -ne 0 ] || set -- g++ clang++
 
-# A header whose first line says "(internal)" is not for callers; everything else under kx7/ is public.
-headers=$(find kx7 -name '*.h' | LC_ALL=C sort | while read -r header; do
-    head -n 1 "$header" | grep -q '(internal)' || echo "$header"
-done)
+headers=$(tests/headers/list.sh public)
 
 # The text is two includes: what a header leaves undone shows in the first, a missing guard in the second.
 compile='
