@@ -49,7 +49,13 @@ install(
     COMPONENT development
 )
 
-# Folders below the prefix follow the file when it is moved; absolute ones stay as they are.
+# The prefix follows from where the file lies, so that an installation can be moved; absolute folders stay as they are.
+set(KX7_PC_PREFIX ${CMAKE_INSTALL_PREFIX})
+if(NOT IS_ABSOLUTE "${CMAKE_INSTALL_LIBDIR}")
+    file(RELATIVE_PATH up /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
+    string(REGEX REPLACE "/$" "" up ${up})
+    set(KX7_PC_PREFIX "\${pcfiledir}/${up}")
+endif()
 foreach(folder INCLUDEDIR LIBDIR)
     if(IS_ABSOLUTE "${CMAKE_INSTALL_${folder}}")
         set(KX7_PC_${folder} ${CMAKE_INSTALL_${folder}})
@@ -93,8 +99,11 @@ function(kx7_install_manual section component)
         foreach(line ${lines})
             if(line MATCHES "^\\.Sh ")
                 string(COMPARE EQUAL "${line}" ".Sh NAME" in_name)
-            elseif(in_name AND line MATCHES "^\\.Nm ([A-Za-z0-9_:]+)" AND NOT "${CMAKE_MATCH_1}.${section}" STREQUAL own_name)
-                file(CREATE_LINK ${own_name}${suffix} ${folder}/${CMAKE_MATCH_1}.${section}${suffix} SYMBOLIC)
+            elseif(in_name AND line MATCHES "^\\.Nm ([A-Za-z0-9_:]+)")
+                set(name ${CMAKE_MATCH_1}.${section})
+                if(NOT name STREQUAL own_name)
+                    file(CREATE_LINK ${own_name}${suffix} ${folder}/${name}${suffix} SYMBOLIC)
+                endif()
             endif()
         endforeach()
     endforeach()
