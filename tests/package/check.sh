@@ -39,7 +39,7 @@ tests/package/hardening.sh "$build/libkx7text.a" "$build/libkx7text.so" "$build/
 
 echo "-- binary interface"
 tests/package/abi.sh "$build/libkx7text.so" ${2:+"$2/libkx7text.so"}
-readelf -dW "$build/libkx7text.so" | grep -q 'SONAME.*\[libkx7text\.so\.1\]' || fail "the soname is not libkx7text.so.1"
+readelf -dW "$build/libkx7text.so" | grep 'SONAME.*\[libkx7text\.so\.1\]' >/dev/null || fail "the soname is not libkx7text.so.1"
 
 echo "-- recipes, manual"
 tests/package/recipes.py
@@ -78,7 +78,7 @@ for standard in c++11 c++17; do
     g++ -std=$standard tests/consumer/consumer.cpp -o "$work/program" "${flags[@]}"
     LD_LIBRARY_PATH=$stage/$library_folder "$work/program" || fail "the program by pkg-config, $standard"
 done
-ldd "$work/program" | grep -q 'libkx7text\.so\.1' || fail "the program by pkg-config is not linked with the library"
+ldd "$work/program" | grep 'libkx7text\.so\.1' >/dev/null || fail "the program by pkg-config is not linked with the library"
 rm "$stage/$library_folder"/libkx7text.so*
 read -r -a flags <<<"$(pkg-config --static --cflags --libs kx7text)"
 g++ -std=c++11 tests/consumer/consumer.cpp -o "$work/program" "${flags[@]}"
@@ -101,8 +101,8 @@ for package in libkx7text1 libkx7text-dev kx7conv; do
 done
 lintian --allow-root --fail-on error,warning "${debs[@]}" || fail "lintian is not content"
 [ "$(dpkg-deb -f "${debs[1]}" Depends)" = "libkx7text1 (= $version)" ] || fail "libkx7text-dev depends on something else"
-dpkg-deb -f "${debs[0]}" Depends | grep -q 'libstdc++6' || fail "libkx7text1 does not depend on libstdc++6"
-dpkg-deb -I "${debs[0]}" symbols | grep -qx ' LocalToUTF8@KX7TEXT_1.0 1.0.0' || fail "no symbols file"
+dpkg-deb -f "${debs[0]}" Depends | grep 'libstdc++6' >/dev/null || fail "libkx7text1 does not depend on libstdc++6"
+dpkg-deb -I "${debs[0]}" symbols | grep -x ' LocalToUTF8@KX7TEXT_1.0 1.0.0' >/dev/null || fail "no symbols file"
 consume deb-cmake "$work/root/usr"
 [ "$(printf 'caf\351' | "$work/root/usr/bin/kx7conv" --from 1252 --to UTF8)" = "$(printf 'caf\303\251')" ] ||
     fail "kx7conv of the package converts wrongly"

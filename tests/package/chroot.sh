@@ -37,12 +37,12 @@ cp build/package/*.deb "$root/debs"
 echo "-- install, use, purge"
 files >"$root/debs/before"
 inside sh -c 'dpkg -i /debs/*.deb' >/dev/null
-inside ldconfig -p | grep -q 'libkx7text\.so\.1' || fail "the library is not in the loader's cache"
+inside ldconfig -p | grep 'libkx7text\.so\.1' >/dev/null || fail "the library is not in the loader's cache"
 [ "$(printf '\317\360\350\342\345\362' | inside kx7conv --from 1251 --to UTF8)" = 'Привет' ] || fail "kx7conv"
 inside dpkg --verify || fail "files that differ from the packages"
 inside dpkg --purge kx7conv libkx7text-dev libkx7text1 >/dev/null
 files | diff "$root/debs/before" - || fail "files are left"
-inside ldconfig -p | grep -q kx7text && fail "the library is still in the loader's cache"
+inside ldconfig -p | grep kx7text >/dev/null && fail "the library is still in the loader's cache"
 
 echo "-- ./dev convert"
 mkdir "$root/kx7text"
