@@ -38,10 +38,14 @@ void useEntryPoints()
 
 void useText()
 {
-    KX7UString text("Stra\xDF" "e;Weg", KX7CS_WCP1252);
+    KX7UString text("Stra\xDF"
+                    "e;Weg",
+                    KX7CS_WCP1252);
     KX7UStringList parts = text.split(static_cast<unsigned short>(';'));
     check(parts.size() == 2 && parts.at(1) == KX7UString("Weg", KX7CS_UTF8), "split");
-    check(strcmp(text.toUpper(true).c_str(KX7CS_UTF8), "STRA\xC3\x9F" "E;WEG") == 0, "c_str");
+    check(strcmp(text.toUpper(true).c_str(KX7CS_UTF8), "STRA\xC3\x9F"
+                                                       "E;WEG") == 0,
+          "c_str");
     check(KX7UChar::toUpperCase(0xE9) == 0xC9 && KX7UChar(0x41u).isLetter(), "KX7UChar");
     std::istringstream words("one two");
     KX7UString word;
@@ -50,7 +54,8 @@ void useText()
     bool isCaught = false;
     try {
         parts.at(2);
-    } catch (std::out_of_range const&) {
+    }
+    catch (std::out_of_range const&) {
         isCaught = true;
     }
     check(isCaught, "exception");
