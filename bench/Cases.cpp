@@ -156,9 +156,6 @@ Sample makeSample(Script const& script, bool markup, size_t size, Peer& set, Pee
     return sample;
 }
 
-using Wanted = std::function<bool(std::string const&)>;
-using Visit = std::function<void(Case const&)>;
-
 void visitSample(Sample const& sample, Operation operation, CaseName const& name, Peers const& peers,
                  Visit const& visit)
 {
@@ -295,9 +292,10 @@ void loads(Wanted const& wanted, Visit const& visit)
 
 void forEachCase(Wanted const& wanted, std::function<void(std::string const&)> const& progress, Visit const& visit)
 {
-    progress("loading and look-up");
+    progress("loading, look-up, text");
     loads(wanted, visit);
     lookUps(wanted, visit);
+    forEachTextCase(wanted, visit);
     conversions(wanted, progress, visit);
 }
 

@@ -38,13 +38,15 @@ struct Case {
     bool comparesResults;
 };
 
-/**
- * Calls `visit` for every case whose full name `wanted` accepts. A case and its contenders are valid within that call
- * only. Before each text `progress` gets what the cases to come are about.
- */
-void forEachCase(std::function<bool(std::string const&)> const& wanted,
-                 std::function<void(std::string const&)> const& progress,
-                 std::function<void(Case const&)> const& visit);
+/** Whether the case of a full name is asked for; what takes a case, which is valid within that call only. */
+using Wanted = std::function<bool(std::string const&)>;
+using Visit = std::function<void(Case const&)>;
+
+/** Calls `visit` for every case that is wanted. Before each text `progress` gets what the cases to come are about. */
+void forEachCase(Wanted const& wanted, std::function<void(std::string const&)> const& progress, Visit const& visit);
+
+/** Those about UTF-16 text itself. */
+void forEachTextCase(Wanted const& wanted, Visit const& visit);
 
 }  // namespace kx7bench
 

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <limits>
 
 namespace kx7bench {
 
@@ -144,6 +145,7 @@ double Result::ratio(std::string const& contender) const
 void Report::begin(Case const& c)
 {
     m_rounds.clear();
+    m_shortestRound = std::numeric_limits<double>::max();
     m_results.push_back({c.name, c.bytes, {}});
 }
 
@@ -155,15 +157,23 @@ void Report::ReportRuns(std::vector<Run> const& runs)
         std::string const& name = run.run_name.function_name;
         // Processor time, so that other processes do not count; what a contender timed itself stands in the other.
         bool const manual = run.run_name.time_type == "manual_time";
-        m_rounds[name.substr(name.rfind('/') + 1)].push_back(
-            (manual ? run.real_accumulated_time : run.cpu_accumulated_time) / static_cast<double>(run.iterations));
+        double const seconds = manual ? run.real_accumulated_time : run.cpu_accumulated_time;
+        m_rounds[name.substr(name.rfind('/') + 1)].push_back(seconds / static_cast<double>(run.iterations));
+        m_shortestRound = std::min(m_shortestRound, seconds);
     }
 }
 
-void Report::end()
+bool Report::end()
 {
+    // The first round finds out how many iterations it takes. Where the machine held it up, that were too few for all.
+    constexpr double SHORTEST = 0.0005;
+    if (m_shortestRound < SHORTEST) {
+        m_results.pop_back();
+        return false;
+    }
     for (auto const& rounds : m_rounds)
         m_results.back().seconds[rounds.first] = median(rounds.second);
+    return true;
 }
 
 void Report::writeDetails(std::ostream& out, std::vector<KernelSet> const& sets) const

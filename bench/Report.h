@@ -45,8 +45,8 @@ public:
 
     /** Whose runs come next: at least one round of each contender. */
     void begin(Case const& c);
-    /** All rounds of that case have come. */
-    void end();
+    /** All rounds of that case have come. False: some are too short to be worth anything, and the case is dropped. */
+    bool end();
 
     std::vector<Result> const& results() const { return m_results; }
 
@@ -56,6 +56,7 @@ public:
 private:
     std::vector<Result> m_results;
     std::map<std::string, std::vector<double>> m_rounds;
+    double m_shortestRound = 0;
 };
 
 /** printf of one number. */
