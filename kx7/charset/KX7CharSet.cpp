@@ -127,11 +127,8 @@ int KX7CharSetWStrEqual(unsigned short const* a, unsigned short const* b)
 {
     if (!a || !b)
         return a == b ? 1 : 0;
-    while (*a == *b && *a != 0) {
-        ++a;
-        ++b;
-    }
-    return *a == *b ? 1 : 0;
+    size_t const alike = kx7::kernels().unitMatch(a, b, SIZE_MAX);
+    return a[alike] == b[alike] ? 1 : 0;
 }
 
 char const* KX7CharSetToString(KX7CharSet cs)

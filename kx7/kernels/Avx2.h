@@ -13,6 +13,8 @@
 
 namespace kx7 {
 
+size_t unitFindAvx2(unsigned short const* text, size_t count, unsigned short unit);
+size_t unitMatchAvx2(unsigned short const* a, unsigned short const* b, size_t most);
 void decodeUTF8Avx2(unsigned char const*& in, unsigned char const* end, unsigned short*& out, unsigned short* outEnd);
 void encodeUTF8Avx2(unsigned short const*& in, unsigned short const* end, unsigned char*& out, unsigned char* outEnd);
 size_t wellFormedUTF8Avx2(unsigned char const* in, unsigned char const* end);

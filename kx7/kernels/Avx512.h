@@ -43,6 +43,8 @@ KX7_AVX512 inline __m256i squeezeBytes(__mmask32 kept, __m256i bytes)
     return _mm256_mask_compress_epi8(_mm512_castsi512_si256(freshZero()), kept, bytes);
 }
 
+size_t unitFindAvx512(unsigned short const* text, size_t count, unsigned short unit);
+size_t unitMatchAvx512(unsigned short const* a, unsigned short const* b, size_t most);
 void decodeUTF8Avx512(unsigned char const*& in, unsigned char const* end, unsigned short*& out, unsigned short* outEnd);
 void encodeUTF8Avx512(unsigned short const*& in, unsigned short const* end, unsigned char*& out, unsigned char* outEnd);
 size_t wellFormedUTF8Avx512(unsigned char const* in, unsigned char const* end);

@@ -8,6 +8,9 @@
 
 #ifdef KX7_X86_KERNELS
 #include <emmintrin.h>
+
+#include "kx7/kernels/Units.h"
+
 // By function: 32-bit code is compiled for machines without it, which are found out when the library is loaded.
 #define KX7_SSE2 __attribute__((target("sse2")))
 #else
@@ -40,6 +43,73 @@ KX7_SSE2 KX7_READS_BEYOND size_t unitLength(unsigned short const* text, size_t m
     }
 #endif
     return PLAIN_KERNELS.unitLength(text, most);
+}
+
+#ifdef KX7_X86_KERNELS
+
+KX7_SSE2 __m128i loadUnits(unsigned short const* p)
+{
+    return _mm_loadu_si128(reinterpret_cast<__m128i const*>(p));
+}
+
+/** The bytes of the units that are the same in both. */
+KX7_SSE2 unsigned int equalUnits(__m128i a, __m128i b)
+{
+    return static_cast<unsigned int>(_mm_movemask_epi8(_mm_cmpeq_epi16(a, b)));
+}
+
+size_t firstUnitOf(unsigned int bytes)
+{
+    return static_cast<size_t>(__builtin_ctz(bytes)) / 2;
+}
+
+/** The bytes of the units that differ or are 0. */
+KX7_SSE2 KX7_READS_BEYOND unsigned int ends(unsigned short const* a, unsigned short const* b)
+{
+    // Not through a function that a sanitizer looks at.
+    __m128i const x = _mm_loadu_si128(reinterpret_cast<__m128i const*>(a));
+    __m128i const y = _mm_loadu_si128(reinterpret_cast<__m128i const*>(b));
+    // A unit of `a` where it is what stands in `b`, else 0: 0 ends the search either way.
+    return equalUnits(_mm_and_si128(_mm_cmpeq_epi16(x, y), x), _mm_setzero_si128());
+}
+
+#endif
+
+KX7_SSE2 size_t unitFind(unsigned short const* text, size_t count, unsigned short unit)
+{
+#ifdef KX7_X86_KERNELS
+    constexpr size_t BLOCK = 8;
+    if (count >= BLOCK) {
+        __m128i const wanted = _mm_set1_epi16(static_cast<short>(unit));
+        size_t n = 0;
+        for (; count - n >= BLOCK; n += BLOCK)
+            if (unsigned int const found = equalUnits(loadUnits(text + n), wanted))
+                return n + firstUnitOf(found);
+        unsigned int const found = equalUnits(loadUnits(text + count - BLOCK), wanted);
+        return found != 0 ? count - BLOCK + firstUnitOf(found) : count;
+    }
+#endif
+    return PLAIN_KERNELS.unitFind(text, count, unit);
+}
+
+KX7_SSE2 KX7_READS_BEYOND size_t unitMatch(unsigned short const* a, unsigned short const* b, size_t most)
+{
+#ifdef KX7_X86_KERNELS
+    constexpr size_t BLOCK = 8;
+    size_t n = 0;
+    while (n != most) {
+        size_t const end = n + unitsInPage(a + n, b + n, most - n);
+        for (; end - n >= BLOCK; n += BLOCK)
+            if (unsigned int const found = ends(a + n, b + n))
+                return n + firstUnitOf(found);
+        n += PLAIN_KERNELS.unitMatch(a + n, b + n, end - n);
+        if (n != end)
+            return n;
+    }
+    return most;
+#else
+    return PLAIN_KERNELS.unitMatch(a, b, most);
+#endif
 }
 
 KX7_SSE2 void decodeUTF8(unsigned char const*& in, unsigned char const* end, unsigned short*& out,
@@ -120,7 +190,7 @@ void encodeSingleByte(LookupTable<unsigned char> const& fromUnicode, unsigned sh
 
 }  // namespace
 
-Kernels const BASELINE_KERNELS = {unitLength,  decodeUTF8,    encodeUTF8,       noWellFormedUTF8,
-                                  noCountUTF8, noCountAsUTF8, decodeSingleByte, encodeSingleByte};
+Kernels const BASELINE_KERNELS = {unitLength,       unitFind,    unitMatch,     decodeUTF8,       encodeUTF8,
+                                  noWellFormedUTF8, noCountUTF8, noCountAsUTF8, decodeSingleByte, encodeSingleByte};
 
 }  // namespace kx7

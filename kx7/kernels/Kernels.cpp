@@ -1,6 +1,8 @@
 // kx7text - the choice of kernels.
 #include "kx7/kernels/Kernels.h"
 
+#include <algorithm>
+
 namespace kx7 {
 
 namespace {
@@ -13,10 +15,25 @@ size_t plainUnitLength(unsigned short const* text, size_t most)
     return n;
 }
 
+size_t plainUnitFind(unsigned short const* text, size_t count, unsigned short unit)
+{
+    return static_cast<size_t>(std::find(text, text + count, unit) - text);
+}
+
+size_t plainUnitMatch(unsigned short const* a, unsigned short const* b, size_t most)
+{
+    size_t n = 0;
+    while (n < most && a[n] == b[n] && a[n] != 0)
+        ++n;
+    return n;
+}
+
 }  // namespace
 
 Kernels const PLAIN_KERNELS = {
     plainUnitLength,
+    plainUnitFind,
+    plainUnitMatch,
     [](unsigned char const*&, unsigned char const*, unsigned short*&, unsigned short*) {},
     [](unsigned short const*&, unsigned short const*, unsigned char*&, unsigned char*) {},
     noWellFormedUTF8,

@@ -1,9 +1,9 @@
 // kx7text - vector kernels: which there are, and which this machine runs (internal).
 //
 // A kernel converts a run that it is sure of and hands the rest back; the plain steps of the converters remain the one
-// statement of the rules. All kernels have one shape: they move `in` and `out` over what they converted, read only from
-// `in` up to `end`, write only what they move `out` over, never beyond `outEnd`, and may do nothing. A room is often
-// larger than the destination, so nothing is written behind the text even where there is room.
+// statement of the rules. The kernels that convert have one shape: they move `in` and `out` over what they converted,
+// read only from `in` up to `end`, write only what they move `out` over, never beyond `outEnd`, and may do nothing. A
+// room is often larger than the destination, so nothing is written behind the text even where there is room.
 #ifndef KX7_KERNELS_KERNELS_H
 #define KX7_KERNELS_KERNELS_H
 
@@ -31,6 +31,15 @@ struct Kernels {
      * block of memory, so in no page that the text does not reach.
      */
     size_t (*unitLength)(unsigned short const* text, size_t most);
+
+    /** Units before the first that is `unit`; `count` where none of them is. */
+    size_t (*unitFind)(unsigned short const* text, size_t count, unsigned short unit);
+
+    /**
+     * Units before the first place where the texts differ or both have a 0 unit, at most `most`. Touches no page that
+     * the texts do not reach up to that place.
+     */
+    size_t (*unitMatch)(unsigned short const* a, unsigned short const* b, size_t most);
 
     /** UTF-8 whose sequences are as long as their leads say. */
     void (*decodeUTF8)(unsigned char const*& in, unsigned char const* end, unsigned short*& out,

@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "kx7/converters/Engine.h"
+#include "kx7/kernels/Kernels.h"
 #include "kx7/text/KX7UChar.h"
 #include "kx7/text/KX7UString.h"
 #include "kx7/text/KX7UStringList.h"
@@ -116,19 +117,56 @@ KX7UString KX7UString::mid(unsigned int pos, unsigned int n) const
     return KX7UString(*this, pos, count);
 }
 
+namespace {
+
+/** The case of 26 letters of ASCII from `first` on exchanged, in loops that the compiler makes vectors of. */
+void exchangeCase(unsigned short* text, size_t count, unsigned short first)
+{
+    for (size_t i = 0; i != count; ++i) {
+        bool const isLetter = static_cast<unsigned short>(text[i] - first) < 26;
+        text[i] = static_cast<unsigned short>(text[i] ^ (isLetter ? 0x20 : 0));
+    }
+}
+
+bool isASCII(unsigned short const* text, size_t count)
+{
+    unsigned int all = 0;
+    for (size_t i = 0; i != count; ++i)
+        all |= text[i];
+    return all < 0x80;
+}
+
+/** `map` of every unit, which exchanges the case of ASCII letters from `first` on. */
+template <class Map>
+void mapCase(unsigned short* text, size_t count, unsigned short first, Map map)
+{
+    constexpr size_t BLOCK = 32;
+    for (; count >= BLOCK; text += BLOCK, count -= BLOCK) {
+        if (isASCII(text, BLOCK))
+            exchangeCase(text, BLOCK, first);
+        else
+            std::transform(text, text + BLOCK, text, map);
+    }
+    std::transform(text, text + count, text, map);
+}
+
+}  // namespace
+
 KX7UString& KX7UString::toUpper(bool asciiOnly)
 {
-    for (unsigned short* unit = space->buffer; unit != space->buffer + space->length; ++unit)
-        if (!asciiOnly || (*unit >= 'a' && *unit <= 'z'))
-            *unit = KX7UChar::toUpperCase(*unit);
+    if (asciiOnly)
+        exchangeCase(space->buffer, space->length, 'a');
+    else
+        mapCase(space->buffer, space->length, 'a', [](unsigned short unit) { return KX7UChar::toUpperCase(unit); });
     return *this;
 }
 
 KX7UString& KX7UString::toLower(bool asciiOnly)
 {
-    for (unsigned short* unit = space->buffer; unit != space->buffer + space->length; ++unit)
-        if (!asciiOnly || (*unit >= 'A' && *unit <= 'Z'))
-            *unit = KX7UChar::toLowerCase(*unit);
+    if (asciiOnly)
+        exchangeCase(space->buffer, space->length, 'A');
+    else
+        mapCase(space->buffer, space->length, 'A', [](unsigned short unit) { return KX7UChar::toLowerCase(unit); });
     return *this;
 }
 
@@ -136,10 +174,8 @@ unsigned int KX7UString::find(unsigned short c, unsigned int pos) const
 {
     if (pos >= space->length || c == 0)
         return npos;
-    unsigned short const* const begin = space->buffer;
-    unsigned short const* const end = begin + space->length;
-    unsigned short const* const found = std::find(begin + pos, end, c);
-    return found == end ? npos : static_cast<unsigned int>(found - begin);
+    size_t const found = pos + kx7::kernels().unitFind(space->buffer + pos, space->length - pos, c);
+    return found == space->length ? npos : static_cast<unsigned int>(found);
 }
 
 unsigned int KX7UString::rfind(unsigned short c, unsigned int pos) const
@@ -170,9 +206,11 @@ unsigned int KX7UString::find(KX7UString const& s, unsigned int pos) const
     if (s.space->length > space->length)
         return npos;
     unsigned int const last = space->length - s.space->length;
-    for (unsigned int i = pos; i <= last; ++i)
-        if (standsAt(i, s))
-            return i;
+    for (size_t i = pos; i <= last; ++i) {
+        i += kx7::kernels().unitFind(space->buffer + i, last + size_t{1} - i, s.space->buffer[0]);
+        if (i <= last && standsAt(static_cast<unsigned int>(i), s))
+            return static_cast<unsigned int>(i);
+    }
     return npos;
 }
 

@@ -1,5 +1,7 @@
 // kx7text - the UTF-16 string: comparison, concatenation, streams.
+#include <algorithm>
 #include <cctype>
+#include <cstdint>
 #include <cxxabi.h>
 #include <istream>
 #include <ostream>
@@ -12,6 +14,9 @@
 
 namespace {
 
+/** Units compared one by one before a kernel is asked: most texts that differ do so early. */
+constexpr size_t COMPARED_PLAINLY = 16;
+
 /** Compares as KX7UString::canonicalCompare says; `differ` (a, b) orders two units that are not the same. */
 template <class Differ>
 int compareUnits(unsigned short const* a, unsigned short const* b, unsigned int n, Differ differ)
@@ -20,17 +25,21 @@ int compareUnits(unsigned short const* a, unsigned short const* b, unsigned int 
         return 0;
     if (!a || !b)
         return a ? 1 : -1;
-    for (unsigned int i = 0; n == KX7UString::npos || i != n; ++i) {
-        if (a[i] == b[i]) {
-            if (a[i] == 0)
-                return 0;
-            continue;
+    size_t const most = n == KX7UString::npos ? SIZE_MAX : n;
+    for (size_t i = 0; i != most;) {
+        for (size_t const plainly = i + std::min(COMPARED_PLAINLY, most - i); i != plainly; ++i) {
+            if (a[i] == b[i]) {
+                if (a[i] == 0)
+                    return 0;
+                continue;
+            }
+            if (a[i] == 0 || b[i] == 0)
+                return a[i] == 0 ? -1 : 1;
+            int const order = differ(a[i], b[i]);
+            if (order != 0)
+                return order;
         }
-        if (a[i] == 0 || b[i] == 0)
-            return a[i] == 0 ? -1 : 1;
-        int const order = differ(a[i], b[i]);
-        if (order != 0)
-            return order;
+        i += kx7::kernels().unitMatch(a + i, b + i, most - i);
     }
     return 0;
 }

@@ -9,40 +9,16 @@
 #include "kx7/charset/Converters.h"
 #include "kx7/converters/Engine.h"
 #include "kx7/kernels/Kernels.h"
+#include "tests/internal/KernelSets.h"
 #include "tests/support/Guarded.h"
 
 namespace {
 
 using kx7::InstructionSet;
 using kx7test::Guarded;
-
-char const* nameOf(InstructionSet set)
-{
-    switch (set) {
-        case InstructionSet::PLAIN: return "plain";
-        case InstructionSet::BASELINE: return "baseline";
-        case InstructionSet::AVX2: return "AVX2";
-        case InstructionSet::AVX512: return "AVX-512";
-    }
-    return "?";
-}
-
-/** The sets of this machine that have kernels. */
-std::vector<InstructionSet> sets()
-{
-    std::vector<InstructionSet> found;
-    for (InstructionSet const set : {InstructionSet::BASELINE, InstructionSet::AVX2, InstructionSet::AVX512})
-        if (set <= kx7::detectInstructionSet())
-            found.push_back(set);
-    return found;
-}
-
-/** Uses one set while it lives. */
-class Using {
-public:
-    explicit Using(InstructionSet set) { EXPECT_TRUE(kx7::useInstructionSet(set)); }
-    ~Using() { kx7::useInstructionSet(kx7::detectInstructionSet()); }
-};
+using kx7test::nameOf;
+using kx7test::sets;
+using kx7test::Using;
 
 constexpr unsigned char CANARY = 0xA5;
 

@@ -1,4 +1,4 @@
-// kx7text tests - memory that ends at an unreadable page.
+// kx7text tests - memory between two unreadable pages.
 #ifndef KX7_TESTS_SUPPORT_GUARDED_H
 #define KX7_TESTS_SUPPORT_GUARDED_H
 
@@ -11,7 +11,10 @@
 
 namespace kx7test {
 
-/** `count` values of T whose end is the end of a readable page; a touch behind them faults. */
+/**
+ * `count` values of T whose end is the end of a readable page; a touch behind them faults. So does one before the page
+ * in which they begin.
+ */
 template <class T>
 class Guarded {
 public:
@@ -19,9 +22,10 @@ public:
     {
         auto const page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
         size_t const bytes = count * sizeof(T);
-        m_size = (bytes + page - 1) / page * page + page;
+        m_size = (bytes + page - 1) / page * page + 2 * page;
         m_map = static_cast<char*>(mmap(nullptr, m_size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
-        if (m_map == MAP_FAILED || mprotect(m_map + m_size - page, page, PROT_NONE) != 0)
+        if (m_map == MAP_FAILED || mprotect(m_map, page, PROT_NONE) != 0 ||
+            mprotect(m_map + m_size - page, page, PROT_NONE) != 0)
             abort();
         m_data = reinterpret_cast<T*>(m_map + m_size - page - bytes);
     }
