@@ -39,6 +39,14 @@ struct KX7CharSetConverterUTF16::Decoder : kx7::DecoderBase {
 
     static size_t fewestBytes(size_t units) { return units * UNIT_SIZE; }
 
+    static void run(unsigned char const*& in, unsigned char const* end, unsigned short*& out, unsigned short* outEnd)
+    {
+        size_t const units = std::min(static_cast<size_t>(end - in) / UNIT_SIZE, static_cast<size_t>(outEnd - out));
+        memmove(out, in, units * UNIT_SIZE);
+        in += units * UNIT_SIZE;
+        out += units;
+    }
+
     static kx7::DecodedChar step(unsigned char const* p, unsigned char const* end)
     {
         if (static_cast<size_t>(end - p) < UNIT_SIZE)
@@ -49,6 +57,14 @@ struct KX7CharSetConverterUTF16::Decoder : kx7::DecoderBase {
 
 struct KX7CharSetConverterUTF16::Encoder : kx7::EncoderBase {
     static constexpr unsigned int CODE_SIZE = UNIT_SIZE;
+
+    static void run(unsigned short const*& in, unsigned short const* end, unsigned char*& out, unsigned char* outEnd)
+    {
+        size_t const units = std::min(static_cast<size_t>(end - in), static_cast<size_t>(outEnd - out) / UNIT_SIZE);
+        memmove(out, in, units * UNIT_SIZE);
+        in += units;
+        out += units * UNIT_SIZE;
+    }
 
     static kx7::EncodedChar step(unsigned short const* p, unsigned short const* /*end*/)
     {

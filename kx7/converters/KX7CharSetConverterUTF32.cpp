@@ -52,6 +52,9 @@ unsigned char* appendUTF8(unsigned char* out, unsigned int c)
 
 }  // namespace
 
+/** Characters in a block of the runs below, which the compiler makes vectors of where none of them needs a pair. */
+constexpr ptrdiff_t BLOCK = 32;
+
 struct KX7CharSetConverterUTF32::Decoder : kx7::DecoderBase {
     static size_t textLength(unsigned char const* text, size_t most)
     {
@@ -60,17 +63,84 @@ struct KX7CharSetConverterUTF32::Decoder : kx7::DecoderBase {
 
     static size_t fewestBytes(size_t units) { return (units + 1) / 2 * BYTES; }
 
+    static void run(unsigned char const*& in, unsigned char const* end, unsigned short*& out, unsigned short* outEnd)
+    {
+        while (end - in >= ptrdiff_t{BLOCK * BYTES} && outEnd - out >= 2 * BLOCK) {
+            unsigned int block[BLOCK];
+            memcpy(block, in, sizeof block);
+            in += sizeof block;
+            unsigned int all = 0;
+            for (unsigned int const codePoint : block)
+                all |= codePoint;
+            if (all <= 0xFFFF) {
+                for (ptrdiff_t i = 0; i != BLOCK; ++i)
+                    out[i] = static_cast<unsigned short>(block[i]);
+                out += BLOCK;
+            }
+            else {
+                for (unsigned int const codePoint : block)
+                    out = kx7::appendUTF16(out, charOf(codePoint));
+            }
+        }
+        for (; end - in >= ptrdiff_t{BYTES} && outEnd - out >= 2; in += BYTES)
+            out = kx7::appendUTF16(out, charOf(kx7::loadWide<unsigned int>(in)));
+    }
+
     static kx7::DecodedChar step(unsigned char const* p, unsigned char const* end)
     {
         if (static_cast<size_t>(end - p) < BYTES)
             return kx7::DecodedChar::cut();
-        unsigned int const codePoint = kx7::loadWide<unsigned int>(p);
+        return charOf(kx7::loadWide<unsigned int>(p));
+    }
+
+    static kx7::DecodedChar charOf(unsigned int codePoint)
+    {
         return {codePoint, BYTES, codePoint > 0xFFFF ? 2U : 1U, kx7::Found::CHARACTER, kx7::LimitCheck::CHECK};
     }
 };
 
 struct KX7CharSetConverterUTF32::Encoder : kx7::EncoderBase {
     static constexpr unsigned int CODE_SIZE = BYTES;
+
+    static void run(unsigned short const*& in, unsigned short const* end, unsigned char*& out, unsigned char* outEnd)
+    {
+        while (end - in >= BLOCK && outEnd - out >= ptrdiff_t{BLOCK * BYTES}) {
+            if (hasSurrogate(in)) {
+                unsigned short const* const blockEnd = in + BLOCK;
+                while (in < blockEnd)
+                    if (!runOne(in, end, out))
+                        return;
+                continue;
+            }
+            unsigned int block[BLOCK];
+            for (ptrdiff_t i = 0; i != BLOCK; ++i)
+                block[i] = in[i];
+            memcpy(out, block, sizeof block);
+            in += BLOCK;
+            out += sizeof block;
+        }
+        while (in != end && outEnd - out >= ptrdiff_t{BYTES} && runOne(in, end, out)) {
+        }
+    }
+
+    static bool hasSurrogate(unsigned short const* block)
+    {
+        unsigned short found = 0;
+        for (ptrdiff_t i = 0; i != BLOCK; ++i)
+            found = static_cast<unsigned short>(found | ((block[i] & 0xF800) == 0xD800 ? 0xFFFF : 0));
+        return found != 0;
+    }
+
+    /** Converts the character at `in` if it is one; there is room for it. */
+    static bool runOne(unsigned short const*& in, unsigned short const* end, unsigned char*& out)
+    {
+        kx7::EncodedChar const c = step(in, end);
+        if (c.found != kx7::Found::CHARACTER)
+            return false;
+        write(out, c);
+        in += c.consumed;
+        return true;
+    }
 
     static kx7::EncodedChar step(unsigned short const* p, unsigned short const* end)
     {

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <cwchar>
 
 #include "kx7/converters/Walk.h"
 
@@ -25,10 +26,18 @@ void storeWide(unsigned char*& out, T value)
     out += sizeof value;
 }
 
-/** Bytes of the whole values before the first 0 value, at most `most`. Reads nothing behind either. */
+/** Bytes of the whole values before the first 0 value, at most `most`. Touches no page that these do not reach. */
 template <class T>
 size_t wideLength(unsigned char const* text, size_t most)
 {
+    if (reinterpret_cast<uintptr_t>(text) % sizeof(T) == 0) {
+        if constexpr (sizeof(T) == sizeof(unsigned short))
+            return unitLength(reinterpret_cast<unsigned short const*>(text), most / sizeof(T)) * sizeof(T);
+        if constexpr (sizeof(T) == sizeof(wchar_t)) {
+            auto const* const values = reinterpret_cast<wchar_t const*>(text);
+            return (most == SIZE_MAX ? wcslen(values) : wcsnlen(values, most / sizeof(T))) * sizeof(T);
+        }
+    }
     size_t n = 0;
     while (most - n >= sizeof(T) && loadWide<T>(text + n) != 0)
         n += sizeof(T);
