@@ -7,7 +7,7 @@
 #include "kx7/charset/CharSetConverterManager.h"
 #include "kx7/converters/KX7CharSetConverter.h"
 
-namespace kx7 {
+namespace kx7conv {
 
 namespace {
 
@@ -24,15 +24,15 @@ std::string upperCase(std::string text)
 
 }  // namespace
 
-CharSetName const* findCharSet(std::string const& text)
+kx7::CharSetName const* findCharSet(std::string const& text)
 {
     std::string const wanted = upperCase(text);
-    auto const* const found =
-        std::find_if(std::begin(CHAR_SET_NAMES), std::end(CHAR_SET_NAMES), [&](CharSetName const& entry) {
-            return wanted == entry.name || wanted == entry.name + strlen(PREFIX) ||
-                   wanted == std::to_string(entry.charSet);
-        });
-    return found == std::end(CHAR_SET_NAMES) ? nullptr : found;
+    auto const* const found = std::find_if(std::begin(kx7::CHAR_SET_NAMES), std::end(kx7::CHAR_SET_NAMES),
+                                           [&](kx7::CharSetName const& entry) {
+                                               return wanted == entry.name || wanted == entry.name + strlen(PREFIX) ||
+                                                      wanted == std::to_string(entry.charSet);
+                                           });
+    return found == std::end(kx7::CHAR_SET_NAMES) ? nullptr : found;
 }
 
 bool hasConverter(KX7CharSet charSet)
@@ -43,4 +43,4 @@ bool hasConverter(KX7CharSet charSet)
            KX7CharSetConverter::getConverter(charSet) != KX7CharSetConverter::getConverter(KX7CS_UTF8);
 }
 
-}  // namespace kx7
+}  // namespace kx7conv

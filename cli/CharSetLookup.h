@@ -6,17 +6,17 @@
 
 #include "kx7/charset/CharSetNames.h"
 
-namespace kx7 {
+namespace kx7conv {
 
 /**
  * The character set of a code-page number ("1251") or a name, in any case and with or without "KX7CS_" ("wcp1251").
  * Null where there is none such.
  */
-CharSetName const* findCharSet(std::string const& text);
+kx7::CharSetName const* findCharSet(std::string const& text);
 
 /** `charSet` has a converter, rather than getting the UTF-8 converter for want of one. */
 bool hasConverter(KX7CharSet charSet);
 
-}  // namespace kx7
+}  // namespace kx7conv
 
 #endif

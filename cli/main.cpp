@@ -1,145 +1,122 @@
-// kx7text - kx7conv: converts text files between character sets. This file: options and exit status.
-#include <CLI/CLI.hpp>
-
-#include <algorithm>
+// kx7text - kx7conv: converts text files between character sets. This file: what is to be done, and the exit status.
+#include <chrono>
+#include <cinttypes>
 #include <csignal>
-#include <memory>
-#include <sstream>
+#include <cstdio>
 
 #include "CharSetLookup.h"
+#include "Conversion.h"
+#include "Guess.h"
 #include "Io.h"
-#include "Transcoder.h"
+#include "Options.h"
 
 namespace {
 
-enum ExitStatus {
-    EXIT_FINE = 0,
-    EXIT_BAD_DATA = 1,  ///< illegal bytes or unrepresentable characters, with --errors strict
-    EXIT_USAGE = 2,     ///< options, or a character set that is unknown or has no converter
-    EXIT_IO = 3         ///< an input that cannot be read, output that cannot be written
-};
-
-struct Options {
-    std::string from;
-    std::string to = "UTF8";
-    std::string errors = "strict";
-    std::vector<std::string> files;
-    bool list = false;
-};
-
-/** Options that make no sense; what() is the message. */
-struct UsageError : std::runtime_error {
-    using runtime_error::runtime_error;
-};
-
-/** The arguments as CLI11 wants them, last first. */
-std::vector<std::string> arguments(int argc, char** argv)
-{
-    std::vector<std::string> result(std::make_reverse_iterator(argv + argc),
-                                    std::make_reverse_iterator(argv + std::min(argc, 1)));
-    // CLI11 would take a file called "[a]" for a list with the one name "a".
-    for (std::string& argument : result)
-        if (!argument.empty() && argument.front() == '[')
-            argument.insert(0, "./");
-    return result;
-}
+using namespace kx7conv;
 
 kx7::CharSetName const& charSetOf(std::string const& text)
 {
-    kx7::CharSetName const* const charSet = kx7::findCharSet(text);
+    kx7::CharSetName const* const charSet = findCharSet(text);
     if (!charSet)
         throw UsageError("unknown character set '" + text + "'; --list shows those that there are");
-    if (!kx7::hasConverter(charSet->charSet))
+    if (!hasConverter(charSet->charSet))
         throw UsageError(std::string("character set ") + charSet->name + " has no converter");
     return *charSet;
 }
 
-kx7::OnError onErrorOf(std::string const& errors)
+void print(std::string const& text)
 {
-    return errors == "replace" ? kx7::OnError::REPLACE : errors == "escape" ? kx7::OnError::ESCAPE : kx7::OnError::STOP;
+    Output output;
+    output.write(text.data(), text.size());
+    output.finish();
 }
 
-ExitStatus convertFile(kx7::Transcoder& transcoder, std::string const& path)
-{
-    try {
-        kx7::Input input(path);
-        try {
-            transcoder.convert(input);
-            return EXIT_FINE;
-        }
-        catch (kx7::DataError const& error) {
-            kx7::report(input.name() + ":" + error.what());
-            return EXIT_BAD_DATA;
-        }
-    }
-    catch (kx7::InputError const& error) {
-        kx7::report(error.what());
-        return EXIT_IO;
-    }
-}
-
-void printList()
+std::string listText(Format format)
 {
     std::string text;
-    for (kx7::CharSetName const& charSet : kx7::CHAR_SET_NAMES)
-        if (kx7::hasConverter(charSet.charSet))
-            text += std::to_string(charSet.charSet) + "\t" + charSet.name + "\n";
-    kx7::writeOutput(text.data(), text.size());
+    for (kx7::CharSetName const& charSet : kx7::CHAR_SET_NAMES) {
+        if (!hasConverter(charSet.charSet))
+            continue;
+        std::string const number = std::to_string(charSet.charSet);
+        if (format == Format::JSON)
+            text +=
+                (text.empty() ? "[\n" : ",\n") + ("  {\"number\": " + number) + ", \"name\": \"" + charSet.name + "\"}";
+        else
+            text += number + "\t" + charSet.name + "\n";
+    }
+    return format == Format::JSON ? text + "\n]\n" : text;
 }
 
-void convertFiles(Options const& options, ExitStatus& status)
+/** One line a set: number and name, behind the name of the input if there are several. */
+int guessAll(Options const& options)
+{
+    int status = EXIT_FINE;
+    Output output;
+    Files files(options);
+    bool const named = options.files.size() > 1 || options.recursive || !options.namesFrom.empty();
+    for (File file;;) {
+        try {
+            if (!files.next(file))
+                break;
+            Input input(file.path);
+            std::vector<kx7::CharSetName const*> const charSets = guess(input);
+            std::string text;
+            for (kx7::CharSetName const* const charSet : charSets)
+                text += (named ? input.name() + "\t" : std::string()) + std::to_string(charSet->charSet) + "\t" +
+                        charSet->name + "\n";
+            output.write(text.data(), text.size());
+            if (charSets.empty()) {
+                report(input.name() + ": not clean in any character set");
+                status = std::max<int>(status, EXIT_BAD_DATA);
+            }
+        }
+        catch (InputError const& error) {
+            report(error.what());
+            status = EXIT_IO;
+        }
+    }
+    output.finish();
+    return status;
+}
+
+void reportTotals(Totals const& totals, double seconds, Format format)
+{
+    char text[512];
+    char const* const form = format == Format::JSON
+                                 ? "{\"files\": %" PRIu64 ", \"failedFiles\": %" PRIu64 ", \"bytesRead\": %" PRIu64
+                                   ", \"bytesWritten\": %" PRIu64 ", \"errors\": %" PRIu64 ", \"seconds\": %.6f}\n"
+                                 : "kx7conv: %" PRIu64 " files, %" PRIu64 " failed; %" PRIu64 " bytes read, %" PRIu64
+                                   " written; %" PRIu64 " errors; %.3f s\n";
+    snprintf(text, sizeof text, form, totals.files, totals.failedFiles, totals.bytesRead, totals.bytesWritten,
+             totals.faults, seconds);
+    writeError(text);
+}
+
+void convertAll(Options const& options, std::atomic<int>& status)
 {
     if (options.from.empty())
         throw UsageError("--from is required");
-    auto const transcoder =
-        std::make_unique<kx7::Transcoder>(charSetOf(options.from), charSetOf(options.to), onErrorOf(options.errors));
-    for (std::string const& file : options.files)
-        status = std::max(status, convertFile(*transcoder, file));
+    Codec const from(charSetOf(options.from));
+    Codec const to(charSetOf(options.to));
+    auto const began = std::chrono::steady_clock::now();
+    Conversion conversion(options, from, to, status);
+    conversion.run();
+    std::chrono::duration<double> const seconds = std::chrono::steady_clock::now() - began;
+    if (options.stats != Format::NONE)
+        reportTotals(conversion.totals(), seconds.count(), options.stats);
 }
 
-/**
- * Does what the arguments ask for. `status` is that of the files so far, at any time.
- * Throws CLI::ParseError, UsageError and OutputError.
- */
-void run(int argc, char** argv, ExitStatus& status)
+/** Does what the arguments ask for. `status` is that of the files so far. Throws UsageError and OutputError. */
+void run(int argc, char** argv, std::atomic<int>& status)
 {
-    Options options;
-    CLI::App app("Converts text between character sets. Reads the files one after another, or standard input,\n"
-                 "and writes to standard output.",
-                 "kx7conv");
-    app.add_option("-f,--from", options.from,
-                   "character set of the input: a code-page number (1251) or a name (KX7CS_WCP1251, wcp1251)")
-        ->type_name("CS");
-    app.add_option("-t,--to", options.to, "character set of the output; UTF-8 if not given")->type_name("CS");
-    app.add_option("--errors", options.errors,
-                   "what to do with illegal bytes and with characters that the output cannot represent:\n"
-                   "strict (if not given): end that file with a message;\n"
-                   "replace: write U+FFFD and \"?\"; escape: write U+FFFD and \"U+20AC\"")
-        ->type_name("MODE")
-        ->check(CLI::IsMember({"strict", "replace", "escape"}));
-    app.add_option("FILE", options.files, "input files; \"-\" is standard input")->type_name("");
-    app.add_flag("--list", options.list, "print the number and the name of every character set and end");
-    app.set_version_flag("--version", "kx7conv " KX7CONV_VERSION);
-    app.footer("Exit status: 0 fine, 1 illegal or unrepresentable data (strict only), 2 usage or character set,\n"
-               "3 input or output. Of several files the highest counts.");
-    try {
-        app.parse(arguments(argc, argv));
+    Options const options = parseOptions(argc, argv);
+    switch (options.action) {
+        case Action::HELP: print(helpText()); break;
+        case Action::VERSION: print("kx7conv " KX7CONV_VERSION "\n"); break;
+        case Action::LIST: print(listText(options.list)); break;
+        case Action::GUESS: status = guessAll(options); break;
+        case Action::CONVERT: convertAll(options, status); break;
     }
-    catch (CLI::Success const& helpOrVersion) {
-        std::ostringstream text;
-        app.exit(helpOrVersion, text, text);
-        kx7::writeOutput(text.str().data(), text.str().size());
-        kx7::closeOutput();
-        return;
-    }
-    if (options.files.empty())
-        options.files.emplace_back("-");
-
-    if (options.list)
-        printList();
-    else
-        convertFiles(options, status);
-    kx7::closeOutput();
 }
 
 }  // namespace
@@ -149,24 +126,24 @@ int main(int argc, char** argv)
     // A reader that has gone shows as EPIPE instead.
     signal(SIGPIPE, SIG_IGN);
 
-    ExitStatus status = EXIT_FINE;
+    std::atomic<int> status{EXIT_FINE};
     try {
         run(argc, argv, status);
     }
-    catch (CLI::ParseError const& error) {
-        kx7::report(error.what());
-        status = EXIT_USAGE;
-    }
     catch (UsageError const& error) {
-        kx7::report(error.what());
+        report(error.what());
         status = EXIT_USAGE;
     }
-    catch (kx7::OutputError const& error) {
+    catch (OutputError const& error) {
         // A reader that has seen enough, as in `kx7conv ... | head`, is no failure.
         if (error.code() != std::errc::broken_pipe) {
-            kx7::report(error.what());
+            report(error.what());
             status = EXIT_IO;
         }
+    }
+    catch (std::exception const& error) {
+        report(error.what());
+        status = EXIT_IO;
     }
     return status;
 }

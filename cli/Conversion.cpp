@@ -1,0 +1,401 @@
+// kx7text - kx7conv: the run over all inputs, by one thread or several.
+#include "Conversion.h"
+
+#include <algorithm>
+#include <cinttypes>
+#include <climits>
+#include <cstdio>
+#include <cstdlib>
+#include <thread>
+
+namespace kx7conv {
+
+namespace {
+
+/** Large enough that system calls do not count, small enough that a block stays in the second-level cache. */
+constexpr size_t BLOCK_SIZE = 128 * 1024;
+
+/** All threads' blocks together. */
+constexpr size_t ALL_BLOCKS = 2 * 1024 * 1024;
+
+/** Longer than any character in any set. */
+constexpr size_t SMALLEST_BLOCK = 4 * 1024;
+
+std::u16string utf16(unsigned int codePoint)
+{
+    if (codePoint > 0xFFFF)
+        return {static_cast<char16_t>((codePoint >> 10) + 0xD7C0), static_cast<char16_t>((codePoint & 0x3FF) + 0xDC00)};
+    return std::u16string(codePoint != 0, static_cast<char16_t>(codePoint));
+}
+
+std::string place(uint64_t lineFeeds, uint64_t offset)
+{
+    char text[96];
+    snprintf(text, sizeof text, "%" PRIu64 ": byte %" PRIu64 " (0x%" PRIX64 "): ", lineFeeds + 1, offset, offset);
+    return text;
+}
+
+std::string counted(uint64_t count)
+{
+    return std::to_string(count) + (count == 1 ? " error" : " errors");
+}
+
+/** One name for each file: the path of the folder without links, and the name. */
+std::string canonical(std::string const& path)
+{
+    std::string const target = followLinks(path);
+    std::unique_ptr<char, void (*)(void*)> const folder(realpath(folderOf(target).c_str(), nullptr), free);
+    return (folder ? folder.get() : folderOf(target)) + "/" + target.substr(target.rfind('/') + 1);
+}
+
+}  // namespace
+
+Conversion::Conversion(Options const& options, Codec const& from, Codec const& to, std::atomic<int>& status)
+    : m_options(options), m_from(from), m_to(to), m_status(status),
+      m_mark(options.byteOrderMark == ByteOrderMark::ADD ? to.encoded(u"\uFEFF") : std::string()),
+      // A line or a literal text is continued by its next block only.
+      m_threads(options.literal || options.lineBuffered ? 1 : options.jobs),
+      m_blockSize(std::clamp(ALL_BLOCKS / m_threads, SMALLEST_BLOCK, BLOCK_SIZE)), m_files(options),
+      m_messages(options.progress)
+{
+    if (options.byteOrderMark == ByteOrderMark::ADD && m_mark.empty())
+        throw UsageError(std::string("--bom add: ") + to.name + " has no byte order mark");
+    if (options.substitute != 0 && to.encoded(utf16(options.substitute)).empty())
+        throw UsageError(std::string("--substitute: not in ") + to.name);
+}
+
+std::unique_ptr<BlockConverter> Conversion::makeConverter() const
+{
+    size_t const outputSize = 2 * m_blockSize;
+    if (m_options.literal)
+        return std::make_unique<LiteralTranscoder>(m_from, m_to, m_options.onError, outputSize);
+    Rules rules;
+    rules.onError = m_options.check ? OnError::SKIP : m_options.onError;
+    rules.substitute = utf16(m_options.substitute);
+    rules.faultsWanted = m_options.check ? m_options.maxErrors : rules.onError == OnError::STOP || m_options.failOnLoss;
+    rules.countsLines = rules.faultsWanted != 0;
+    rules.dropsByteOrderMark = m_options.byteOrderMark != ByteOrderMark::KEEP;
+    rules.lineBuffered = m_options.lineBuffered;
+    rules.writesNothing = m_options.check;
+    return std::make_unique<Transcoder>(m_from, m_to, rules, outputSize);
+}
+
+void Conversion::run()
+{
+    bool const isShared = !m_options.check && !m_options.inPlace && m_options.outputFolder.empty();
+    if (isShared) {
+        m_sharedOutput = m_options.output.empty() ? std::make_shared<Output>()
+                                                  : std::make_shared<Output>(m_options.output, std::string());
+        m_sharedOutput->write(m_mark.data(), m_mark.size());
+    }
+    std::vector<std::thread> threads;
+    try {
+        while (threads.size() + 1 < m_threads)
+            threads.emplace_back([this] { work(); });
+    }
+    catch (std::system_error const&) {
+        // Fewer do as well.
+    }
+    work();
+    for (std::thread& thread : threads)
+        thread.join();
+    m_messages.clear();
+    if (m_failure)
+        std::rethrow_exception(m_failure);
+
+    if (isShared) {
+        m_totals.bytesWritten += m_sharedOutput->written();
+        if (m_options.output.empty() || m_status == EXIT_FINE)
+            m_sharedOutput->finish();
+        if (!m_options.output.empty() && m_status == EXIT_FINE)
+            m_folders.insert(folderOf(followLinks(m_options.output)));
+    }
+    for (std::string const& folder : m_folders)
+        syncFolder(folder);
+}
+
+/** What each thread does. */
+void Conversion::work()
+{
+    try {
+        std::unique_ptr<BlockConverter> const converter = makeConverter();
+        Block block;
+        block.bytes.resize(m_blockSize);
+        while (take(block))
+            process(block, *converter);
+    }
+    catch (...) {
+        abort();
+    }
+}
+
+/** Reads the next block. False: there are no more. */
+bool Conversion::take(Block& block)
+{
+    std::lock_guard<std::mutex> const lock(m_readMutex);
+    if (m_aborted)
+        return false;
+    block.failure.clear();
+    block.size = 0;
+    block.isFirst = false;
+    block.isLast = false;
+    if (!m_current && !openNext(block))
+        return false;
+    block.ticket = m_tickets++;
+    if (block.isLast)
+        return true;
+
+    Job& job = *m_current;
+    block.job = m_current;
+    block.isFirst = job.bytesTaken == 0;
+    try {
+        bool isEmpty = true;
+        while (!block.isLast && isEmpty) {
+            std::copy(m_held.begin(), m_held.end(), block.bytes.begin());
+            size_t const held = m_held.size();
+            m_held.clear();
+            if (job.isStopped) {
+                block.isLast = true;
+                break;
+            }
+            size_t const got = job.input->read(block.bytes.data() + held, block.bytes.size() - held);
+            block.isLast = got == 0;
+            block.size = held + got;
+            size_t whole = block.size;
+            if (m_threads > 1 && !block.isLast) {
+                // The rest stays in the block too: that a sequence is illegal may show behind it only.
+                whole = m_from.wholeCharacters(block.bytes.data(), block.size);
+                m_held.assign(block.bytes.data() + whole, block.bytes.data() + block.size);
+            }
+            isEmpty = whole == 0;
+            job.bytesTaken += whole;
+        }
+    }
+    catch (InputError const& error) {
+        fail(block, error.what(), EXIT_IO);
+        block.size = 0;
+    }
+    if (block.isLast) {
+        m_current.reset();
+        m_held.clear();
+    }
+    return true;
+}
+
+/** Makes the next input the current one; if it cannot be opened, its only block says so. False: there are no more. */
+bool Conversion::openNext(Block& block)
+{
+    auto const job = std::make_shared<Job>();
+    job->number = m_jobs++;
+    block.job = job;
+    File file;
+    try {
+        if (!m_files.next(file))
+            return false;
+        job->name = inputName(file.path);
+        job->input = std::make_unique<Input>(file.path);
+        job->output = openOutput(file, *job);
+        m_current = job;
+    }
+    catch (UsageError const& error) {
+        fail(block, error.what(), EXIT_USAGE);
+    }
+    catch (std::system_error const& error) {
+        fail(block, error.what(), EXIT_IO);
+    }
+    return true;
+}
+
+std::shared_ptr<Output> Conversion::openOutput(File const& file, Job& job)
+{
+    if (m_options.check)
+        return nullptr;
+    std::string target;
+    if (m_options.inPlace) {
+        // Reading tells what is wrong with a folder.
+        mode_t const mode = job.input->status().st_mode;
+        if (file.path == "-" || (!S_ISREG(mode) && !S_ISDIR(mode)))
+            throw UsageError(job.name + ": not a regular file, which -i needs");
+        if (S_ISDIR(mode))
+            return nullptr;
+        target = file.path;
+    }
+    else if (!m_options.outputFolder.empty()) {
+        if (file.path == "-")
+            throw UsageError(job.name + ": has no name, which --output-dir needs");
+        target = m_options.outputFolder + "/" + file.relative;
+        std::string const folder = folderOf(target);
+        if (folder != m_madeFolder)
+            makeFolders(folder);
+        m_madeFolder = folder;
+    }
+    else {
+        return m_sharedOutput;
+    }
+    if (!m_targets.insert(canonical(target)).second)
+        throw UsageError(job.name + ": " + (m_options.inPlace ? "given twice" : "another input has the same output"));
+    auto output = std::make_shared<Output>(target, m_options.backupSuffix);
+    output->write(m_mark.data(), m_mark.size());
+    job.folder = folderOf(followLinks(target));
+    return output;
+}
+
+/** The input of the block ends, and this is why. */
+void Conversion::fail(Block& block, std::string const& reason, int status)
+{
+    block.failure = reason;
+    block.failureStatus = status;
+    block.isLast = true;
+}
+
+void Conversion::process(Block& block, BlockConverter& converter)
+{
+    Job& job = *block.job;
+    BlockResult result = {0, 0, false};
+    try {
+        if (!job.isStopped && block.failure.empty())
+            result = converter.convert(block.bytes.data(), block.size, block.isFirst, block.isLast, [&] {
+                awaitTurn(block.ticket);
+                if (job.isStopped || m_aborted)
+                    throw Cancelled();
+                commit(job, converter);
+            });
+    }
+    catch (Cancelled const&) {
+        converter.clear();
+    }
+    awaitTurn(block.ticket);
+    if (!job.isStopped && !m_aborted) {
+        // A line that goes on in the next block waits for it, with the one converter that there is then.
+        bool const keepsOutput = m_options.lineBuffered && !block.isLast && !result.stopped;
+        if (!keepsOutput) {
+            commit(job, converter);
+            converter.clear();
+        }
+        job.offset += result.used;
+        job.lineFeeds += result.lineFeeds;
+        m_totals.bytesRead += result.used;
+        if (result.stopped)
+            job.isStopped = true;
+        m_messages.progress(job.name, job.offset, job.input ? static_cast<uint64_t>(job.input->status().st_size) : 0);
+    }
+    else {
+        converter.clear();
+    }
+    if (m_threads == 1 && !block.isLast && !job.isStopped) {
+        m_held.assign(block.bytes.data() + result.used, block.bytes.data() + block.size);
+        job.bytesTaken -= m_held.size();
+    }
+    if (!block.failure.empty() && !m_aborted) {
+        job.isFailed = true;
+        raise(block.failureStatus);
+        m_messages.post(job.number, block.failure);
+    }
+    if (block.isLast && !m_aborted) {
+        bool const reportsCount = m_options.check || m_options.failOnLoss;
+        if (reportsCount && job.faults != 0) {
+            m_messages.post(job.number, job.name + ": " + counted(job.faults));
+            job.isFailed = true;
+            raise(EXIT_BAD_DATA);
+        }
+        ++m_totals.files;
+        m_totals.failedFiles += job.isFailed;
+        m_totals.faults += job.faults;
+        if (job.output && job.output != m_sharedOutput)
+            m_totals.bytesWritten += job.output->written();
+    }
+    endTurn();
+    if (block.isLast)
+        conclude(job);
+}
+
+void Conversion::awaitTurn(uint64_t ticket)
+{
+    std::unique_lock<std::mutex> lock(m_turnMutex);
+    m_turnEnded.wait(lock, [&] { return m_turn == ticket || m_aborted; });
+}
+
+void Conversion::endTurn()
+{
+    {
+        std::lock_guard<std::mutex> const lock(m_turnMutex);
+        ++m_turn;
+    }
+    m_turnEnded.notify_all();
+}
+
+/** Writes the output and the messages that the converter holds. The turn is this thread's. */
+void Conversion::commit(Job& job, BlockConverter const& converter)
+{
+    if (job.output) {
+        try {
+            job.output->write(converter.output(), converter.outputSize());
+        }
+        catch (OutputError const& error) {
+            if (job.output == m_sharedOutput) {
+                abort();
+                return;
+            }
+            raise(EXIT_IO);
+            m_messages.post(job.number, error.what());
+            job.isFailed = true;
+            job.isStopped = true;
+            return;
+        }
+    }
+    uint64_t const wanted = m_options.check ? m_options.maxErrors : 1;
+    uint64_t index = job.faults;
+    for (Fault const& fault : converter.faults()) {
+        if (index++ >= wanted)
+            break;
+        std::string const where =
+            fault.offset == NO_OFFSET ? " " : place(job.lineFeeds + fault.lineFeeds, job.offset + fault.offset);
+        m_messages.post(job.number, job.name + ":" + where + fault.reason);
+    }
+    job.faults += converter.faultCount();
+    if (converter.faultCount() != 0 && !m_options.check && m_options.onError == OnError::STOP) {
+        job.isFailed = true;
+        raise(EXIT_BAD_DATA);
+    }
+}
+
+/** The input is converted: what it became takes its place. */
+void Conversion::conclude(Job& job)
+{
+    if (job.output && job.output != m_sharedOutput && !m_aborted) {
+        try {
+            if (!job.isFailed) {
+                job.output->finish();
+                std::lock_guard<std::mutex> const lock(m_folderMutex);
+                m_folders.insert(job.folder);
+            }
+        }
+        catch (OutputError const& error) {
+            raise(EXIT_IO);
+            m_messages.post(job.number, error.what());
+        }
+        job.output.reset();
+    }
+    m_messages.finish(job.number);
+}
+
+void Conversion::raise(int status)
+{
+    int known = m_status;
+    while (known < status && !m_status.compare_exchange_weak(known, status)) {
+    }
+}
+
+/** Ends the run with the exception at hand. */
+void Conversion::abort()
+{
+    {
+        std::lock_guard<std::mutex> const lock(m_turnMutex);
+        if (!m_aborted)
+            m_failure = std::current_exception();
+        m_aborted = true;
+    }
+    m_turnEnded.notify_all();
+}
+
+}  // namespace kx7conv
