@@ -480,13 +480,21 @@ template <class Encoder>
 unsigned int countBytes(Encoder const& encoder, unsigned short const* source, unsigned int unitCount)
 {
     unsigned short const* in = source;
-    unsigned short const* const end = endOf(in, unitLength(in, unitCount == UNTIL_TERMINATOR ? SIZE_MAX : unitCount));
+    unsigned short const* const last = endOf(in, unitCount == UNTIL_TERMINATOR ? SIZE_MAX : unitCount);
+    unsigned short const* end = in;  // what is known to be text
     unsigned int bytes = 0;
     for (;;) {
+        if (in == end) {
+            end += unitLength(in, std::min(PIECE, static_cast<size_t>(last - in)));
+            if (in == end)
+                break;
+        }
         bytes += static_cast<unsigned int>(encoder.countRun(in, end));
         if (in == end)
-            break;
-        EncodedChar const c = encoder.step(in, end);
+            continue;
+        EncodedChar c = encoder.step(in, end);
+        while (c.found == Found::CUT && end != last && *end != 0)
+            c = encoder.step(in, ++end);
         if (c.found == Found::CUT || c.found == Found::END)
             break;
         bytes += c.found == Found::CHARACTER ? c.length : encoder.CODE_SIZE;

@@ -536,6 +536,14 @@ KX7_AVX512 size_t countAsUTF8Avx512(unsigned short const*& inOut, unsigned short
         if ((notASCII | carried) == 0) {
             count += available;
             in += available;
+            // Where there is one block of ASCII there are more.
+            for (; end - in >= 4 * UNITS; in += 4 * UNITS, count += 4 * UNITS) {
+                __m512i const front = _mm512_or_si512(_mm512_loadu_si512(in), _mm512_loadu_si512(in + UNITS));
+                __m512i const back =
+                    _mm512_or_si512(_mm512_loadu_si512(in + 2 * UNITS), _mm512_loadu_si512(in + 3 * UNITS));
+                if (atLeast(_mm512_or_si512(front, back), 0x80) != 0)
+                    break;
+            }
             continue;
         }
         uint32_t const highs = surrogates(units, 0xD800);
