@@ -147,6 +147,13 @@ KX7_AVX2 inline Structure structureOf(__m256i bytes)
     return s;
 }
 
+/** Stores 32 bytes as units. */
+KX7_AVX2 inline void storeASCII(unsigned short* out, __m256i bytes)
+{
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(out), _mm256_cvtepu8_epi16(_mm256_castsi256_si128(bytes)));
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(out + 16), _mm256_cvtepu8_epi16(_mm256_extracti128_si256(bytes, 1)));
+}
+
 /** Stores eight of the units in `kept` of which there are fewer, and returns where they end. */
 KX7_AVX2 inline unsigned short* storeKept(unsigned short* out, __m128i units, uint32_t kept)
 {
@@ -204,8 +211,9 @@ KX7_AVX2 inline unsigned short* decodeBytes(unsigned char const* in, Structure c
  */
 KX7_AVX2 inline std::ptrdiff_t decodeLastBlock(unsigned char const* in, std::ptrdiff_t available, unsigned short*& out)
 {
+    unsigned char bytes[BYTES + 16] = {};
     if (available >= 16) {
-        // ASCII in two stores, which may overlap.
+        // In two halves, which may overlap.
         __m128i const front = load(in);
         __m128i const back = load(in + available - 16);
         if (_mm_movemask_epi8(_mm_or_si128(front, back)) == 0) {
@@ -214,9 +222,12 @@ KX7_AVX2 inline std::ptrdiff_t decodeLastBlock(unsigned char const* in, std::ptr
             out += available;
             return available;
         }
+        store(bytes, front);
+        store(bytes + available - 16, back);
     }
-    unsigned char bytes[BYTES + 16] = {};
-    memcpy(bytes, in, static_cast<size_t>(available));
+    else {
+        memcpy(bytes, in, static_cast<size_t>(available));
+    }
     Structure const s = structureOf(_mm256_loadu_si256(reinterpret_cast<__m256i const*>(bytes)));
     std::ptrdiff_t used = available;
     uint32_t const last = UINT32_C(1) << (available - 1);
@@ -246,7 +257,15 @@ KX7_AVX2 void decodeUTF8Avx2(unsigned char const*& inOut, unsigned char const* e
 {
     unsigned char const* in = inOut;
     unsigned short* out = outOut;
-    if (end - in >= 2 * BYTES + 3) {
+    while (end - in >= BYTES && outEnd - out >= BYTES) {
+        __m256i const bytes = _mm256_loadu_si256(reinterpret_cast<__m256i const*>(in));
+        if (_mm256_movemask_epi8(bytes) != 0)
+            break;
+        storeASCII(out, bytes);
+        in += BYTES;
+        out += BYTES;
+    }
+    if (end - in >= 2 * BYTES) {
         // A block is converted when the next is known to be well-formed: what is stored behind the one is then
         // overwritten by the text of the other.
         auto const* blocks = reinterpret_cast<__m256i const*>(in);
@@ -254,13 +273,9 @@ KX7_AVX2 void decodeUTF8Avx2(unsigned char const*& inOut, unsigned char const* e
         uint32_t carried = 0;  // the bytes at the front that belong to a character of the block before
         bool inPair = false;   // of which the low surrogate is not written yet
         bool good = block.continuations == block.wanted();
-        while (good && end - in >= 2 * BYTES + 3 && outEnd - out >= 2 * BYTES + SPILL) {
+        while (good && end - in >= 2 * BYTES && outEnd - out >= 2 * BYTES + SPILL) {
             if ((block.two | carried) == 0) {
-                __m256i const bytes = _mm256_loadu_si256(reinterpret_cast<__m256i const*>(in));
-                _mm256_storeu_si256(reinterpret_cast<__m256i*>(out),
-                                    _mm256_cvtepu8_epi16(_mm256_castsi256_si128(bytes)));
-                _mm256_storeu_si256(reinterpret_cast<__m256i*>(out + 16),
-                                    _mm256_cvtepu8_epi16(_mm256_extracti128_si256(bytes, 1)));
+                storeASCII(out, _mm256_loadu_si256(reinterpret_cast<__m256i const*>(in)));
                 in += BYTES;
                 out += BYTES;
                 block = structureOf(_mm256_loadu_si256(reinterpret_cast<__m256i const*>(in)));
