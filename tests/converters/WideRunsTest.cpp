@@ -142,7 +142,7 @@ TEST(WideRuns, Utf16AtEveryLengthRoomAndLimit)
     for (size_t length = 0; length <= LONGEST; ++length) {
         std::u16string units = unitsOf(randomText(random, length, 20));
         units.resize(length);
-        for (size_t const shift : {0, 1}) {
+        for (size_t const shift : {size_t{0}, size_t{1}}) {
             Source<char16_t> source(units, shift);
             ASSERT_EQ(g_oConverterUTF16.getNumUnits(source.data(), 0xFFFFFFFF), length);
             for (size_t room = length < 20 ? 0 : length - 20; room <= length + 2; ++room) {
