@@ -3,6 +3,7 @@
 #define KX7_CONVERTERS_DOUBLEBYTE_H
 
 #include "kx7/converters/Walk.h"
+#include "kx7/kernels/PairUnits.h"
 #include "kx7/tables/ByteTypeTables.h"
 
 namespace kx7 {
@@ -12,10 +13,53 @@ constexpr unsigned int doubleByteCode(unsigned char const* p)
     return p[0] * 256U + p[1];
 }
 
+/** A decoder of which `pairs`, unless null, has characters. */
+struct PairDecoder : DecoderBase {
+    explicit PairDecoder(PairUnits const* pairs) : m_pairs(pairs) {}
+
+    void run(unsigned char const*& in, unsigned char const* end, unsigned short*& out, unsigned short* outEnd) const
+    {
+        if (m_pairs)
+            kernels().decodePairs(*m_pairs, in, end, out, outEnd);
+    }
+
+private:
+    PairUnits const* m_pairs;
+};
+
 /** One byte, or a lead byte and a trail byte; the code is looked up in `Table`. */
 template <class Table>
-struct DoubleByteDecoder : DecoderBase {
-    DoubleByteDecoder(unsigned char const* types, Table const& toUnicode) : m_types(types), m_toUnicode(toUnicode) {}
+struct DoubleByteDecoder : PairDecoder {
+    DoubleByteDecoder(unsigned char const* types, Table const& toUnicode, PairUnits const* pairs)
+        : PairDecoder(pairs), m_types(types), m_toUnicode(toUnicode)
+    {
+    }
+
+    /** What the step finds, where it is a character of one unit. `pairs` may share the values of `toUnicode`. */
+    static void fill(PairUnits& pairs, unsigned char const* types, Table const& toUnicode)
+    {
+        for (unsigned int byte = 0; byte < 256; ++byte) {
+            auto const high = static_cast<unsigned char>(byte);
+            if (!(types[high] & LEAD_BYTE)) {
+                pairs.put(high, oneUnit(toUnicode.get(high)));
+                continue;
+            }
+            auto const* const values = toUnicode.page(high);
+            unsigned short* const units = pairs.row(high);
+            for (unsigned int low = 0; low < 256; ++low) {
+                // A code that ends so is never looked up by the step: it need not stay in the table.
+                unsigned short const unit = types[low] & TRAIL_BYTE ? oneUnit(values[low]) : 0;
+                if (units[low] != unit)
+                    units[low] = unit;
+            }
+        }
+    }
+
+    /** Whether PairUnits can tell the lead bytes. */
+    static bool canFill(unsigned char const* types)
+    {
+        return std::none_of(types, types + 0x80, [](unsigned char type) { return (type & LEAD_BYTE) != 0; });
+    }
 
     DecodedChar step(unsigned char const* p, unsigned char const* end) const
     {
@@ -37,6 +81,11 @@ struct DoubleByteDecoder : DecoderBase {
     }
 
 private:
+    static unsigned short oneUnit(unsigned int codePoint)
+    {
+        return codePoint <= 0xFFFF ? static_cast<unsigned short>(codePoint) : 0;
+    }
+
     unsigned char const* m_types;
     Table const& m_toUnicode;
 };

@@ -2,6 +2,11 @@
 #ifndef KX7_CONVERTERS_EUC_H
 #define KX7_CONVERTERS_EUC_H
 
+#include <algorithm>
+
+#include "kx7/converters/LookupTable.h"
+#include "kx7/kernels/PairUnits.h"
+
 namespace kx7 {
 
 /** Both bytes of a pair lie in this range. */
@@ -20,6 +25,17 @@ constexpr unsigned short rowAndCell(unsigned char row, unsigned char cell)
 constexpr unsigned int eucPair(unsigned int code)
 {
     return (code + 0x8080) & 0xFFFF;
+}
+
+/** ASCII, and the pairs of a table by row and cell. */
+inline void fillEuc(PairUnits& pairs, LookupTable<unsigned short> const& toUnicode)
+{
+    for (unsigned char byte = 1; byte < 0x7F; ++byte)
+        pairs.put(byte, byte);
+    for (unsigned char row = 0xA1; row <= 0xFE; ++row) {
+        unsigned short const* const units = toUnicode.page(row & 0x7F);
+        std::copy(units + 0x21, units + 0x7F, pairs.row(row) + 0xA1);
+    }
 }
 
 }  // namespace kx7

@@ -3,6 +3,8 @@
 
 #include "kx7/converters/DoubleByte.h"
 #include "kx7/converters/EngineOf.h"
+#include "kx7/converters/LoadLock.h"
+#include "kx7/converters/LookupTables.h"
 
 struct KX7CharSetConverterDBCS::Decoder : kx7::DoubleByteDecoder<LookupTable<unsigned short>> {
     using DoubleByteDecoder::DoubleByteDecoder;
@@ -35,11 +37,20 @@ KX7CharSetConverterDBCS::KX7CharSetConverterDBCS(char const* name, unsigned char
 
 KX7CharSetConverterDBCS::~KX7CharSetConverterDBCS() = default;
 
+void KX7CharSetConverterDBCS::load()
+{
+    KX7CharSetConverterMBCS::load();
+    kx7::LoadLock const lock(m_oLoadMutex);
+    if (tablesBuilt() && Decoder::canFill(m_pTypeTable))
+        kx7::makePairUnits(m_pPairs, m_pFlat ? m_pFlat->toUnicode.data() : nullptr,
+                           [this](kx7::PairUnits& pairs) { Decoder::fill(pairs, m_pTypeTable, toUnicode()); });
+}
+
 KX7CharSetConverterDBCS::Decoder KX7CharSetConverterDBCS::decoder()
 {
     if (!tablesBuilt())
         load();
-    return {m_pTypeTable, toUnicode()};
+    return {m_pTypeTable, toUnicode(), m_pPairs.load(std::memory_order_acquire)};
 }
 
 KX7CharSetConverterDBCS::Encoder KX7CharSetConverterDBCS::encoder()

@@ -18,6 +18,9 @@ public:
     KX7CharSetConverterDBCS(char const* name, unsigned char const* typeTable, KX7CharSet charSet);
     ~KX7CharSetConverterDBCS() override;
 
+    /** Builds the tables of the base, then what decoding kernels look up. */
+    void load() override;
+
     /** Counts a well-formed pair, mapped or not, or any other byte as one unit. */
     unsigned int getNumUnits(void const* source, unsigned int byteCount) override;
 

@@ -5,6 +5,7 @@
 
 #include "kx7/converters/DoubleByte.h"
 #include "kx7/converters/EngineOf.h"
+#include "kx7/converters/LoadLock.h"
 
 struct KX7CharSetConverterDBCSEx::Decoder : kx7::DoubleByteDecoder<LookupTable<unsigned int>> {
     using DoubleByteDecoder::DoubleByteDecoder;
@@ -59,11 +60,20 @@ KX7CharSetConverterDBCSEx::KX7CharSetConverterDBCSEx(char const* name, unsigned 
 
 KX7CharSetConverterDBCSEx::~KX7CharSetConverterDBCSEx() = default;
 
+void KX7CharSetConverterDBCSEx::load()
+{
+    KX7CharSetConverterMBCSEx::load();
+    kx7::LoadLock const lock(m_oLoadMutex);
+    if (tablesBuilt() && Decoder::canFill(m_pTypeTable))
+        kx7::makePairUnits(m_pPairs, nullptr,
+                           [this](kx7::PairUnits& pairs) { Decoder::fill(pairs, m_pTypeTable, toUnicode()); });
+}
+
 KX7CharSetConverterDBCSEx::Decoder KX7CharSetConverterDBCSEx::decoder()
 {
     if (!tablesBuilt())
         load();
-    return {m_pTypeTable, toUnicode()};
+    return {m_pTypeTable, toUnicode(), m_pPairs.load(std::memory_order_acquire)};
 }
 
 KX7CharSetConverterDBCSEx::Encoder KX7CharSetConverterDBCSEx::encoder()

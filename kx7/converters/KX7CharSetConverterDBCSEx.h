@@ -17,6 +17,9 @@ public:
     KX7CharSetConverterDBCSEx(char const* name, unsigned char const* typeTable, KX7CharSet charSet);
     ~KX7CharSetConverterDBCSEx() override;
 
+    /** Builds the tables of the base, then what decoding kernels look up. */
+    void load() override;
+
     /** Counts a pair that maps beyond U+FFFF as two units, any other well-formed pair or byte as one. */
     unsigned int getNumUnits(void const* source, unsigned int byteCount) override;
 

@@ -1,11 +1,16 @@
 // kx7text - EUC-KR and EUC-CN: ASCII, and the row and cell of a 94-by-94 set with the high bits set.
 #include "kx7/converters/KX7CharSetConverterEUC_CN_KR.h"
 
+#include "kx7/converters/DoubleByte.h"
 #include "kx7/converters/EngineOf.h"
 #include "kx7/converters/Euc.h"
+#include "kx7/converters/LoadLock.h"
 
-struct KX7CharSetConverterEUC_CN_KR::Decoder : kx7::DecoderBase {
-    explicit Decoder(LookupTable<unsigned short> const& toUnicode) : m_toUnicode(toUnicode) {}
+struct KX7CharSetConverterEUC_CN_KR::Decoder : kx7::PairDecoder {
+    Decoder(LookupTable<unsigned short> const& toUnicode, kx7::PairUnits const* pairs)
+        : PairDecoder(pairs), m_toUnicode(toUnicode)
+    {
+    }
 
     kx7::DecodedChar step(unsigned char const* p, unsigned char const* end) const
     {
@@ -59,11 +64,19 @@ KX7CharSetConverterEUC_CN_KR::KX7CharSetConverterEUC_CN_KR(char const* name, KX7
 
 KX7CharSetConverterEUC_CN_KR::~KX7CharSetConverterEUC_CN_KR() = default;
 
+void KX7CharSetConverterEUC_CN_KR::load()
+{
+    KX7CharSetConverterMBCS::load();
+    kx7::LoadLock const lock(m_oLoadMutex);
+    if (tablesBuilt())
+        kx7::makePairUnits(m_pPairs, nullptr, [this](kx7::PairUnits& pairs) { kx7::fillEuc(pairs, toUnicode()); });
+}
+
 KX7CharSetConverterEUC_CN_KR::Decoder KX7CharSetConverterEUC_CN_KR::decoder()
 {
     if (!tablesBuilt())
         load();
-    return Decoder(toUnicode());
+    return {toUnicode(), m_pPairs.load(std::memory_order_acquire)};
 }
 
 KX7CharSetConverterEUC_CN_KR::Encoder KX7CharSetConverterEUC_CN_KR::encoder()

@@ -16,6 +16,9 @@ public:
     KX7CharSetConverterEUC_CN_KR(char const* name, KX7CharSet charSet);
     ~KX7CharSetConverterEUC_CN_KR() override;
 
+    /** Builds the tables of the base, then what decoding kernels look up. */
+    void load() override;
+
     /** Counts a pair of bytes in range, mapped or not, or any other byte as one unit. */
     unsigned int getNumUnits(void const* source, unsigned int byteCount) override;
 

@@ -6,6 +6,7 @@
 
 #include <memory>
 
+#include "kx7/converters/DoubleByte.h"
 #include "kx7/converters/EngineOf.h"
 #include "kx7/converters/Euc.h"
 #include "kx7/converters/LoadLock.h"
@@ -29,9 +30,10 @@ constexpr bool isKatakana(unsigned int code)
 
 }  // namespace
 
-struct KX7CharSetConverterEUC_JP::Decoder : kx7::DecoderBase {
-    Decoder(LookupTable<unsigned short> const& toUnicode, LookupTable<unsigned short> const& toUnicode0212)
-        : m_toUnicode(toUnicode), m_toUnicode0212(toUnicode0212)
+struct KX7CharSetConverterEUC_JP::Decoder : kx7::PairDecoder {
+    Decoder(LookupTable<unsigned short> const& toUnicode, LookupTable<unsigned short> const& toUnicode0212,
+            kx7::PairUnits const* pairs)
+        : PairDecoder(pairs), m_toUnicode(toUnicode), m_toUnicode0212(toUnicode0212)
     {
     }
 
@@ -165,6 +167,12 @@ void KX7CharSetConverterEUC_JP::load()
     if (m_pMap0201)
         kx7::putPairs(*m_pToUnicode.load(std::memory_order_relaxed), *m_pFromUnicode, m_pMap0201);
     m_pFromUnicode0212 = fromUnicode0212.release();
+    kx7::makePairUnits(m_pPairs, nullptr, [this](kx7::PairUnits& pairs) {
+        kx7::fillEuc(pairs, toUnicode());
+        unsigned short* const behindShift = pairs.row(SINGLE_SHIFT_2);
+        for (unsigned char byte = 0xA1; isKatakana(byte); ++byte)
+            behindShift[byte] = toUnicode().get(byte);
+    });
     m_pToUnicode0212.store(toUnicode0212.release(), std::memory_order_release);
 }
 
@@ -181,8 +189,9 @@ KX7CharSetConverterEUC_JP::Decoder KX7CharSetConverterEUC_JP::decoder()
 {
     Table const& none = kx7::tableOrEmpty<Table>(nullptr);
     if (assureLoaded())
-        return {toUnicode(), *m_pToUnicode0212.load(std::memory_order_acquire)};
-    return {m_pMap0212 ? none : toUnicode(), none};
+        return {toUnicode(), *m_pToUnicode0212.load(std::memory_order_acquire),
+                m_pPairs.load(std::memory_order_acquire)};
+    return {m_pMap0212 ? none : toUnicode(), none, nullptr};
 }
 
 KX7CharSetConverterEUC_JP::Encoder KX7CharSetConverterEUC_JP::encoder()

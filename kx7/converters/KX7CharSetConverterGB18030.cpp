@@ -47,6 +47,12 @@ constexpr bool isTrail(unsigned char byte)
     return byte >= 0x40 && byte <= 0xFE && byte != 0x7F;
 }
 
+/** Whether the bytes are those of a four-byte character; without a branch between them. */
+constexpr bool isFourBytes(unsigned char const* p)
+{
+    return ((p[0] - 0x81U < 0x7E) & (p[1] - 0x30U < 10) & (p[2] - 0x81U < 0x7E) & (p[3] - 0x30U < 10)) != 0;
+}
+
 constexpr unsigned int fourByteCode(unsigned char const* p)
 {
     return FIRST_FOUR_BYTE_CODE + (((p[0] - 0x81U) * 10 + (p[1] - 0x30U)) * 126 + (p[2] - 0x81U)) * 10 + (p[3] - 0x30U);
@@ -78,11 +84,18 @@ void fillIndex(GB18030Range const** index, size_t blocks, GB18030Range const* ra
     }
 }
 
-/** What the first range from `range` on that reaches `key` maps it to; 0 where it lies before that range. */
-unsigned int search(GB18030Range const* range, unsigned int key)
+/** The first range from `range` on that reaches `key`, or the terminator. */
+GB18030Range const* firstToReach(GB18030Range const* range, unsigned int key)
 {
     while (!isTerminator(*range) && range->last < key)
         ++range;
+    return range;
+}
+
+/** What that range maps `key` to; 0 where it lies before it. */
+unsigned int search(GB18030Range const* range, unsigned int key)
+{
+    range = firstToReach(range, key);
     if (isTerminator(*range) || key < range->first)
         return 0;
     return key - range->first + range->value;
@@ -90,9 +103,10 @@ unsigned int search(GB18030Range const* range, unsigned int key)
 
 }  // namespace
 
-struct KX7CharSetConverterGB18030::Decoder : kx7::DecoderBase {
-    Decoder(LookupTable<unsigned short> const& toUnicode, KX7CharSetConverterGB18030 const& converter)
-        : m_toUnicode(toUnicode), m_converter(converter)
+struct KX7CharSetConverterGB18030::Decoder : kx7::PairDecoder {
+    Decoder(LookupTable<unsigned short> const& toUnicode, KX7CharSetConverterGB18030 const& converter,
+            kx7::PairUnits const* pairs)
+        : PairDecoder(pairs), m_toUnicode(toUnicode), m_converter(converter)
     {
     }
 
@@ -127,6 +141,35 @@ struct KX7CharSetConverterGB18030::Decoder : kx7::DecoderBase {
         return found(codePoint <= kx7::LAST_CODE_POINT ? codePoint : 0, 4);
     }
 
+    /** What the step finds in one byte or two. `pairs` may share the values of `toUnicode`. */
+    static void fill(kx7::PairUnits& pairs, LookupTable<unsigned short> const& toUnicode)
+    {
+        for (unsigned int byte = 0; byte < 256; ++byte) {
+            auto const high = static_cast<unsigned char>(byte);
+            if (!isLead(high)) {
+                pairs.put(high, high == 0xFF ? 0 : toUnicode.get(high));
+                continue;
+            }
+            unsigned short const* const values = toUnicode.page(high);
+            unsigned short* const units = pairs.row(high);
+            for (unsigned int low = 0; low < 256; ++low) {
+                unsigned short const unit = isTrail(static_cast<unsigned char>(low)) ? values[low] : 0;
+                if (units[low] != unit)
+                    units[low] = unit;
+            }
+        }
+    }
+
+    void run(unsigned char const*& in, unsigned char const* end, unsigned short*& out, unsigned short* outEnd) const
+    {
+        // Without kernels the steps stand alone.
+        if (&kx7::kernels() == &kx7::PLAIN_KERNELS)
+            return;
+        do
+            PairDecoder::run(in, end, out, outEnd);
+        while (runOfFourBytes(in, end, out, outEnd));
+    }
+
     /** As any other malformed sequence. */
     static kx7::DecodedChar cutOff(unsigned char const* /*text*/, unsigned char const* /*end*/)
     {
@@ -134,6 +177,49 @@ struct KX7CharSetConverterGB18030::Decoder : kx7::DecoderBase {
     }
 
 private:
+    /** Characters of four bytes, with a few of one between them. False: the first is none. */
+    bool runOfFourBytes(unsigned char const*& inOut, unsigned char const* end, unsigned short*& outOut,
+                        unsigned short* outEnd) const
+    {
+        constexpr unsigned int FEW = 8;
+        unsigned char const* in = inOut;
+        unsigned short* out = outOut;
+        unsigned short const* const singleBytes = m_toUnicode.page(0);
+        GB18030Range const* range = oGB2UniRange;  // text of one script stays in one
+        unsigned int singles = 0;
+        while (end - in >= 4 && outEnd - out >= 2 && singles <= FEW) {
+            // Which of the two comes next is hard to predict, so that both are prepared.
+            unsigned int const byte = in[0];
+            bool const isSingle = byte < 0x80;
+            bool const isASCII = isSingle & (singleBytes[byte] == byte) & (byte != 0) & (in != inOut);
+            if (!(isASCII | isFourBytes(in)))
+                break;
+            unsigned int const code = fourByteCode(in);
+            if (!isSingle && (code < range->first || code > range->last)) {
+                if (code >= FIRST_SUPPLEMENTARY_CODE) {
+                    unsigned int const codePoint = code - SUPPLEMENTARY_OFFSET;
+                    if (codePoint > kx7::LAST_CODE_POINT)
+                        break;
+                    *out++ = kx7::highSurrogateOf(codePoint);
+                    *out++ = kx7::lowSurrogateOf(codePoint);
+                    in += 4;
+                    singles = 0;
+                    continue;
+                }
+                range = firstToReach(m_converter.getGB2UniRange(code), code);
+                if (code < range->first || code > range->last)
+                    break;
+            }
+            *out++ = static_cast<unsigned short>(isSingle ? byte : code - range->first + range->value);
+            in += isSingle ? 1 : 4;
+            singles = isSingle ? singles + 1 : 0;
+        }
+        bool const any = in != inOut;
+        inOut = in;
+        outOut = out;
+        return any;
+    }
+
     static kx7::DecodedChar found(unsigned int codePoint, unsigned int length)
     {
         if (codePoint == 0)
@@ -215,6 +301,9 @@ void KX7CharSetConverterGB18030::load()
             for (unsigned int code = range->first; code <= range->last; ++code)
                 toUnicode->put(static_cast<unsigned short>(code),
                                static_cast<unsigned short>(code - range->first + range->value));
+    if (tablesBuilt())
+        kx7::makePairUnits(m_pPairs, m_pFlat ? m_pFlat->toUnicode.data() : nullptr,
+                           [this](kx7::PairUnits& pairs) { Decoder::fill(pairs, toUnicode()); });
     m_pGB2UniIndex = gb2Uni.release();
     m_pUni2GBIndex.store(uni2GB.release(), std::memory_order_release);
 }
@@ -242,7 +331,9 @@ GB18030Range const* KX7CharSetConverterGB18030::getUni2GBRange(unsigned int unit
 
 KX7CharSetConverterGB18030::Decoder KX7CharSetConverterGB18030::decoder()
 {
-    return {assureLoaded() ? toUnicode() : kx7::tableOrEmpty<LookupTable<unsigned short>>(nullptr), *this};
+    if (assureLoaded())
+        return {toUnicode(), *this, m_pPairs.load(std::memory_order_acquire)};
+    return {kx7::tableOrEmpty<LookupTable<unsigned short>>(nullptr), *this, nullptr};
 }
 
 KX7CharSetConverterGB18030::Encoder KX7CharSetConverterGB18030::encoder()

@@ -8,14 +8,14 @@
 
 KX7CharSetConverterMBCS::KX7CharSetConverterMBCS(unsigned short const* map, KX7CharSet charSet)
     : KX7CharSetConverter(charSet), m_pszName(nullptr), m_pToUnicode(nullptr), m_pFromUnicode(nullptr), m_pMap(map),
-      m_pFlat(nullptr)
+      m_pPairs(nullptr), m_pFlat(nullptr)
 {
     pthread_mutex_init(&m_oLoadMutex, nullptr);
 }
 
 KX7CharSetConverterMBCS::KX7CharSetConverterMBCS(char const* name, KX7CharSet charSet)
     : KX7CharSetConverter(charSet), m_pszName(name), m_pToUnicode(nullptr), m_pFromUnicode(nullptr), m_pMap(nullptr),
-      m_pFlat(nullptr)
+      m_pPairs(nullptr), m_pFlat(nullptr)
 {
     pthread_mutex_init(&m_oLoadMutex, nullptr);
 }
@@ -30,6 +30,7 @@ KX7CharSetConverterMBCS::~KX7CharSetConverterMBCS()
     delete toUnicode;
     delete m_pFromUnicode;
     delete m_pFlat;
+    delete m_pPairs.load(std::memory_order_relaxed);
     pthread_mutex_destroy(&m_oLoadMutex);
 }
 

@@ -11,7 +11,8 @@
 
 namespace kx7 {
 struct FlatTables;
-}
+class PairUnits;
+}  // namespace kx7
 
 /**
  * Base of the converters whose encoding is a list of pairs of code and UTF-16 code unit. Created empty; the two tables
@@ -49,9 +50,8 @@ protected:
     LookupTable<unsigned short>* m_pFromUnicode;             ///< unit to code
     unsigned short const* m_pMap;                            ///< the mapping list, or null
     pthread_mutex_t m_oLoadMutex;                            ///< held while the tables are built
-
-private:
-    kx7::FlatTables* m_pFlat;  ///< the memory of both tables; null: they have their own
+    std::atomic<kx7::PairUnits const*> m_pPairs;             ///< what decoding kernels look up; null: nothing
+    kx7::FlatTables* m_pFlat;                                ///< the memory of both tables; null: they have their own
 };
 
 #endif

@@ -11,14 +11,14 @@ static_assert(sizeof(sMBCSExTable) == 8, "a record is 8 bytes without padding");
 
 KX7CharSetConverterMBCSEx::KX7CharSetConverterMBCSEx(sMBCSExTable const* map, KX7CharSet charSet)
     : KX7CharSetConverter(charSet), m_pszName(nullptr), m_pToUnicode(nullptr), m_pFromUnicode(nullptr), m_pMap(map),
-      m_pFlat(nullptr)
+      m_pPairs(nullptr), m_pFlat(nullptr)
 {
     pthread_mutex_init(&m_oLoadMutex, nullptr);
 }
 
 KX7CharSetConverterMBCSEx::KX7CharSetConverterMBCSEx(char const* name, KX7CharSet charSet)
     : KX7CharSetConverter(charSet), m_pszName(name), m_pToUnicode(nullptr), m_pFromUnicode(nullptr), m_pMap(nullptr),
-      m_pFlat(nullptr)
+      m_pPairs(nullptr), m_pFlat(nullptr)
 {
     pthread_mutex_init(&m_oLoadMutex, nullptr);
 }
@@ -26,13 +26,12 @@ KX7CharSetConverterMBCSEx::KX7CharSetConverterMBCSEx(char const* name, KX7CharSe
 KX7CharSetConverterMBCSEx::~KX7CharSetConverterMBCSEx()
 {
     LookupTable<unsigned int>* const toUnicode = m_pToUnicode.load(std::memory_order_relaxed);
-    if (m_pFlat) {
-        m_pFlat->toUnicode.takeBackFrom(*toUnicode);
+    if (m_pFlat)
         m_pFlat->fromUnicode.takeBackFrom(*m_pFromUnicode);
-    }
     delete toUnicode;
     delete m_pFromUnicode;
     delete m_pFlat;
+    delete m_pPairs.load(std::memory_order_relaxed);
     pthread_mutex_destroy(&m_oLoadMutex);
 }
 
@@ -48,7 +47,6 @@ void KX7CharSetConverterMBCSEx::load()
         return;
     std::unique_ptr<kx7::FlatTablesEx> flat(new (std::nothrow) kx7::FlatTablesEx);
     if (flat && flat->complete()) {
-        flat->toUnicode.lendTo(*toUnicode);
         flat->fromUnicode.lendTo(*fromUnicode);
         m_pFlat = flat.release();
     }

@@ -11,7 +11,8 @@
 
 namespace kx7 {
 struct FlatTablesEx;
-}
+class PairUnits;
+}  // namespace kx7
 
 /** One record of the mapping list of an extended multibyte converter; a record of zeros ends the list. */
 struct sMBCSExTable {
@@ -56,9 +57,8 @@ protected:
     LookupTableEx<unsigned short>* m_pFromUnicode;         ///< code point to code
     sMBCSExTable const* m_pMap;                            ///< the mapping list, or null
     pthread_mutex_t m_oLoadMutex;                          ///< held while the tables are built
-
-private:
-    kx7::FlatTablesEx* m_pFlat;  ///< the memory of both tables; null: they have their own
+    std::atomic<kx7::PairUnits const*> m_pPairs;           ///< what decoding kernels look up; null: nothing
+    kx7::FlatTablesEx* m_pFlat;                            ///< the memory of both tables; null: they have their own
 };
 
 #endif

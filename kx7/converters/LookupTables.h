@@ -5,6 +5,7 @@
 #include <cstdlib>
 
 #include "kx7/converters/LookupTable.h"
+#include "kx7/kernels/PairUnits.h"
 
 namespace kx7 {
 
@@ -35,7 +36,7 @@ void putPairs(LookupTable<unsigned short>& toUnicode, LookupTable<T>& fromUnicod
 template <class T>
 class FlatValues {
 public:
-    FlatValues() : m_values(static_cast<T*>(calloc(KEYS, sizeof(T)))) {}
+    FlatValues() : m_values(static_cast<T*>(calloc(PairUnits::SIZE, sizeof(T)))) {}
     ~FlatValues() { free(m_values); }
     FlatValues(FlatValues const&) = delete;
     FlatValues& operator=(FlatValues const&) = delete;
@@ -62,17 +63,20 @@ private:
     T* m_values;
 };
 
-/** The arrays of a converter's two tables: one by code, one by character of the Basic Multilingual Plane. */
-template <class T>
-struct FlatPair {
-    FlatValues<T> toUnicode;
+/** The arrays of a converter's two tables. */
+struct FlatTables {
+    FlatValues<unsigned short> toUnicode;
     FlatValues<unsigned short> fromUnicode;
 
     bool complete() const { return toUnicode.data() && fromUnicode.data(); }
 };
 
-struct FlatTables : FlatPair<unsigned short> {};
-struct FlatTablesEx : FlatPair<unsigned int> {};
+/** The array of the characters of the Basic Multilingual Plane, which are most. */
+struct FlatTablesEx {
+    FlatValues<unsigned short> fromUnicode;
+
+    bool complete() const { return fromUnicode.data() != nullptr; }
+};
 
 }  // namespace kx7
 

@@ -22,6 +22,8 @@ size_t countUTF8Avx2(unsigned char const*& in, unsigned char const* end);
 size_t countAsUTF8Avx2(unsigned short const*& in, unsigned short const* end);
 void decodeSingleByteAvx2(unsigned short const* toUnicode, unsigned char const*& in, unsigned char const* end,
                           unsigned short*& out, unsigned short* outEnd);
+void decodePairsAvx2(PairUnits const& pairs, unsigned char const*& in, unsigned char const* end, unsigned short*& out,
+                     unsigned short* outEnd);
 
 }  // namespace kx7
 

@@ -54,6 +54,8 @@ void decodeSingleByteAvx512(unsigned short const* toUnicode, unsigned char const
                             unsigned short*& out, unsigned short* outEnd);
 void encodeSingleByteAvx512(LookupTable<unsigned char> const& fromUnicode, unsigned short const*& in,
                             unsigned short const* end, unsigned char*& out, unsigned char* outEnd);
+void decodePairsAvx512(PairUnits const& pairs, unsigned char const*& in, unsigned char const* end, unsigned short*& out,
+                       unsigned short* outEnd);
 
 }  // namespace kx7
 

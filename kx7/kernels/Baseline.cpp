@@ -188,9 +188,35 @@ void encodeSingleByte(LookupTable<unsigned char> const& fromUnicode, unsigned sh
     }
 }
 
+void decodePairs(PairUnits const& pairs, unsigned char const*& inOut, unsigned char const* end, unsigned short*& outOut,
+                 unsigned short* outEnd)
+{
+    unsigned char const* in = inOut;
+    unsigned short* out = outOut;
+    unsigned short const* const units = pairs.units();
+    while (in != end && out != outEnd) {
+        unsigned int code = in[0];
+        std::ptrdiff_t length = 1;
+        if (code >= 0x80 && pairs.isLead()[code & 0x7F]) {
+            if (end - in < 2)
+                break;
+            code = code << 8 | in[1];
+            length = 2;
+        }
+        unsigned short const unit = units[code];
+        if (unit == 0)
+            break;
+        *out++ = unit;
+        in += length;
+    }
+    inOut = in;
+    outOut = out;
+}
+
 }  // namespace
 
-Kernels const BASELINE_KERNELS = {unitLength,       unitFind,    unitMatch,     decodeUTF8,       encodeUTF8,
-                                  noWellFormedUTF8, noCountUTF8, noCountAsUTF8, decodeSingleByte, encodeSingleByte};
+Kernels const BASELINE_KERNELS = {unitLength,       unitFind,         unitMatch,   decodeUTF8,
+                                  encodeUTF8,       noWellFormedUTF8, noCountUTF8, noCountAsUTF8,
+                                  decodeSingleByte, encodeSingleByte, decodePairs};
 
 }  // namespace kx7

@@ -42,6 +42,7 @@ Kernels const PLAIN_KERNELS = {
     [](unsigned short const*, unsigned char const*&, unsigned char const*, unsigned short*&, unsigned short*) {},
     [](LookupTable<unsigned char> const&, unsigned short const*&, unsigned short const*, unsigned char*&,
        unsigned char*) {},
+    [](PairUnits const&, unsigned char const*&, unsigned char const*, unsigned short*&, unsigned short*) {},
 };
 
 InstructionSet detectInstructionSet()

@@ -11,6 +11,7 @@
 #include <cstddef>
 
 #include "kx7/converters/LookupTable.h"
+#include "kx7/kernels/PairUnits.h"
 
 // Reads whole aligned blocks, of which a part may lie beside the object: no page that is not there, but more than a
 // sanitizer allows.
@@ -65,6 +66,10 @@ struct Kernels {
     /** Units that `fromUnicode` maps. */
     void (*encodeSingleByte)(LookupTable<unsigned char> const& fromUnicode, unsigned short const*& in,
                              unsigned short const* end, unsigned char*& out, unsigned char* outEnd);
+
+    /** Characters of a double-byte set that `pairs` has. */
+    void (*decodePairs)(PairUnits const& pairs, unsigned char const*& in, unsigned char const* end,
+                        unsigned short*& out, unsigned short* outEnd);
 };
 
 /** What a set has that leaves these to the steps. */
@@ -103,6 +108,20 @@ bool useInstructionSet(InstructionSet set);
 
 extern Kernels const PLAIN_KERNELS;
 extern Kernels const BASELINE_KERNELS;
+/**
+ * Converts the first characters one by one. False: there is no more to convert, or a step is needed already; so text
+ * with many such places is not slowed down by blocks that end early.
+ */
+inline bool beginsWell(PairUnits const& pairs, unsigned char const*& in, unsigned char const* end, unsigned short*& out,
+                       unsigned short* outEnd)
+{
+    constexpr std::ptrdiff_t FIRST = 16;
+    constexpr std::ptrdiff_t WORTHWHILE = 2 * FIRST;
+    unsigned char const* const until = end - in < WORTHWHILE ? end : in + FIRST;
+    BASELINE_KERNELS.decodePairs(pairs, in, until, out, outEnd);
+    return until != end && until - in <= 1;
+}
+
 #if defined __x86_64__ || defined __i386__
 #define KX7_X86_KERNELS
 extern Kernels const AVX2_KERNELS;

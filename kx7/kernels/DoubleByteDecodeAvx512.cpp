@@ -1,0 +1,176 @@
+// kx7text - decoding of double-byte sets with AVX-512 (VBMI, VBMI2).
+//
+// Takes up to 64 bytes at a time. Two byte permutations tell which bytes may lead and which are their own unit. A byte
+// that may lead and one that trails look alike, so which is which follows from the parity of its place in its run of
+// such bytes: an addition carries through a run and changes the bits of one parity. The codes to look up are squeezed
+// together (vpcompressb), looked up by gathers, and spread again among the bytes that are their own unit, if any; the
+// lanes of trail bytes are squeezed out. A code without a unit, or with one that the steps have to judge, ends the run.
+//
+// Loads and stores of the last block are masked: short texts are as quick as long ones.
+#include "kx7/kernels/Avx512.h"
+
+#ifdef KX7_X86_KERNELS
+
+namespace kx7 {
+
+namespace {
+
+constexpr std::ptrdiff_t BLOCK = 64;
+constexpr int UNITS = 32;  // in a register
+
+/** The lowest `count` bits. */
+constexpr uint64_t lowBits(std::ptrdiff_t count)
+{
+    return count >= 64 ? ~UINT64_C(0) : (UINT64_C(1) << count) - 1;
+}
+
+KX7_AVX512 inline __m512i words(__m256i bytes)
+{
+    return _mm512_cvtepu8_epi16(bytes);
+}
+
+/** Bytes below 0x80 or above it, by the low seven bits. */
+struct HalfTable {
+    __m512i low;
+    __m512i high;
+
+    KX7_AVX512 explicit HalfTable(unsigned char const* entries)
+        : low(_mm512_loadu_si512(entries)), high(_mm512_loadu_si512(entries + BLOCK))
+    {
+    }
+
+    KX7_AVX512 uint64_t contains(__m512i bytes) const
+    {
+        return _mm512_movepi8_mask(_mm512_permutex2var_epi8(low, bytes, high));
+    }
+};
+
+/** The units of 16 codes, of which `first` has the high bytes and `second` the low ones. */
+KX7_AVX512 inline __m256i lookUp(unsigned short const* units, __m128i first, __m128i second)
+{
+    __m512i const codes =
+        _mm512_or_si512(_mm512_slli_epi32(_mm512_cvtepu8_epi32(first), 8), _mm512_cvtepu8_epi32(second));
+    return _mm512_cvtepi32_epi16(_mm512_i32gather_epi32(codes, units, 2));
+}
+
+/** The units of up to 32 codes. */
+KX7_AVX512 inline __m512i lookUp(unsigned short const* units, __m256i first, __m256i second, int count)
+{
+    __m256i const low = lookUp(units, _mm256_castsi256_si128(first), _mm256_castsi256_si128(second));
+    if (count <= 16)
+        return _mm512_castsi256_si512(low);
+    __m256i const high = lookUp(units, _mm256_extracti128_si256(first, 1), _mm256_extracti128_si256(second, 1));
+    return _mm512_inserti64x4(_mm512_castsi256_si512(low), high, 1);
+}
+
+KX7_AVX512 inline void store(unsigned short* out, __m512i units, int count)
+{
+    _mm512_mask_storeu_epi16(out, static_cast<__mmask32>(lowBits(count)), units);
+}
+
+}  // namespace
+
+KX7_AVX512 void decodePairsAvx512(PairUnits const& set, unsigned char const*& inOut, unsigned char const* end,
+                                  unsigned short*& outOut, unsigned short* outEnd)
+{
+    unsigned char const* in = inOut;
+    unsigned short* out = outOut;
+    if (!beginsWell(set, in, end, out, outEnd)) {
+        inOut = in;
+        outOut = out;
+        return;
+    }
+    unsigned short const* const table = set.units();
+    HalfTable const leadTable(set.isLead());
+    HalfTable const sameTable(set.isSame());
+    constexpr uint64_t ODD = UINT64_C(0xAAAAAAAAAAAAAAAA);
+    bool more = true;
+    while (more && in != end) {
+        __m512i bytes;
+        __m512i behind;
+        uint64_t valid = ~UINT64_C(0);
+        if (end - in > BLOCK) {
+            bytes = _mm512_loadu_si512(in);
+            behind = _mm512_loadu_si512(in + 1);
+        }
+        else {
+            valid = lowBits(end - in);
+            bytes = _mm512_maskz_loadu_epi8(valid, in);
+            behind = _mm512_maskz_loadu_epi8(valid >> 1, in + 1);
+        }
+        uint64_t const upper = _mm512_movepi8_mask(bytes);
+        uint64_t const same = sameTable.contains(bytes) & ~upper;
+        if (same == ~UINT64_C(0) && outEnd - out >= BLOCK) {
+            _mm512_storeu_si512(out, words(_mm512_castsi512_si256(bytes)));
+            _mm512_storeu_si512(out + UNITS, words(_mm512_extracti64x4_epi64(bytes, 1)));
+            in += BLOCK;
+            out += BLOCK;
+            continue;
+        }
+        uint64_t const mayLead = leadTable.contains(bytes) & upper;
+        uint64_t const sums = (((mayLead << 1) | ODD) - mayLead) ^ ODD;
+        uint64_t const trails = sums ^ mayLead;
+        uint64_t leads = sums & mayLead;
+        // A lead byte in the last place waits for the next block, or for who knows what follows.
+        uint64_t const cut = leads & (valid ^ valid >> 1);
+        valid &= ~cut;
+        leads &= ~cut;
+        uint64_t chars = valid & ~trails;
+        uint64_t sought = chars & ~same;
+        int const soughtCount = __builtin_popcountll(sought);
+        __m512i const first = _mm512_maskz_compress_epi8(sought, _mm512_maskz_mov_epi8(leads, bytes));
+        __m512i const second = _mm512_maskz_compress_epi8(sought, _mm512_mask_mov_epi8(bytes, leads, behind));
+        __m512i const units = lookUp(table, _mm512_castsi512_si256(first), _mm512_castsi512_si256(second), soughtCount);
+        __m512i units2 = _mm512_setzero_si512();
+        uint64_t missing = _mm512_testn_epi16_mask(units, units);
+        if (soughtCount > UNITS) {
+            units2 = lookUp(table, _mm512_extracti64x4_epi64(first, 1), _mm512_extracti64x4_epi64(second, 1),
+                            soughtCount - UNITS);
+            missing |= static_cast<uint64_t>(_mm512_testn_epi16_mask(units2, units2)) << UNITS;
+        }
+        missing &= lowBits(soughtCount);
+        if (missing != 0) {
+            // Up to the first character that was not found.
+            uint64_t const places = _mm512_movepi8_mask(_mm512_maskz_expand_epi8(sought, _mm512_movm_epi8(missing)));
+            valid = lowBits(__builtin_ctzll(places));
+            chars &= valid;
+            sought &= valid;
+            more = false;
+        }
+        int const count = __builtin_popcountll(chars);
+        if (count > outEnd - out)
+            break;
+        if (sought == chars) {
+            store(out, units, count);
+            if (count > UNITS)
+                store(out + UNITS, units2, count - UNITS);
+        }
+        else {
+            auto const lowSought = static_cast<uint32_t>(sought);
+            auto const lowChars = static_cast<uint32_t>(chars);
+            int const inLow = __builtin_popcount(lowSought);
+            __m512i const places =
+                _mm512_add_epi16(_mm512_set1_epi16(static_cast<short>(inLow)),
+                                 _mm512_set_epi16(31, 30, 29, 28, 27, 26, 25, 24, 23, 22, 21, 20, 19, 18, 17, 16, 15,
+                                                  14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0));
+            __m512i const unitsOfHigh = _mm512_permutex2var_epi16(units, places, units2);
+            __m512i const low = _mm512_mask_expand_epi16(words(_mm512_castsi512_si256(bytes)), lowSought, units);
+            __m512i const high = _mm512_mask_expand_epi16(words(_mm512_extracti64x4_epi64(bytes, 1)),
+                                                          static_cast<uint32_t>(sought >> 32), unitsOfHigh);
+            int const lowCount = __builtin_popcount(lowChars);
+            store(out, _mm512_maskz_compress_epi16(lowChars, low), lowCount);
+            store(out + lowCount, _mm512_maskz_compress_epi16(static_cast<uint32_t>(chars >> 32), high),
+                  count - lowCount);
+        }
+        if (valid == 0)
+            break;
+        in += __builtin_popcountll(valid);
+        out += count;
+    }
+    inOut = in;
+    outOut = out;
+}
+
+}  // namespace kx7
+
+#endif

@@ -1,0 +1,92 @@
+// kx7text - what decoding kernels of the double-byte sets look up (internal).
+#ifndef KX7_KERNELS_PAIRUNITS_H
+#define KX7_KERNELS_PAIRUNITS_H
+
+#include <atomic>
+#include <cstdlib>
+#include <memory>
+#include <new>
+
+namespace kx7 {
+
+/**
+ * The characters of one byte or two that are one unit, in one array over all codes, filled from the tables of a
+ * converter. What is not in it is left to the converter's steps.
+ */
+class PairUnits {
+public:
+    /** One unit more than there are codes: a gather reads four bytes at each. */
+    static constexpr size_t SIZE = 0x10000 + 1;
+
+    /** @param shared SIZE units of a table by the same codes, or null: an array of its own, zeros at first */
+    explicit PairUnits(unsigned short* shared)
+        : m_own(shared ? nullptr : static_cast<unsigned short*>(calloc(SIZE, sizeof(unsigned short)))),
+          m_units(shared ? shared : m_own)
+    {
+    }
+    ~PairUnits() { free(m_own); }
+    PairUnits(PairUnits const&) = delete;
+    PairUnits& operator=(PairUnits const&) = delete;
+
+    bool complete() const { return m_units != nullptr; }
+
+    /** Enters a byte that is a character. */
+    void put(unsigned char byte, unsigned int unit)
+    {
+        // Others may already read what is shared.
+        if (m_units[byte] != unit)
+            m_units[byte] = static_cast<unsigned short>(unit);
+        if (byte < 0x80 && byte != 0 && unit == byte) {
+            m_isSame[byte] = 0xFF;
+            m_sameBits[byte & 0xF] = static_cast<unsigned char>(m_sameBits[byte & 0xF] | 1 << (byte >> 4));
+        }
+    }
+
+    /** The 256 units of the pairs that begin with `lead`, to be filled. Bytes below 0x80 must not lead. */
+    unsigned short* row(unsigned char lead)
+    {
+        m_isLead[lead & 0x7F] = 0xFF;
+        m_leadBits[lead & 0xF] = static_cast<unsigned char>(m_leadBits[lead & 0xF] | 1 << (lead >> 4 & 7));
+        return m_units + lead * size_t{256};
+    }
+
+    /** The unit of a byte, or of lead byte * 256 + trail byte; 0 where a step has to decide. */
+    unsigned short const* units() const { return m_units; }
+
+    /** 0xFF for the bytes from 0x80 that begin a pair: their other meanings are left to the steps. */
+    unsigned char const* isLead() const { return m_isLead; }
+    /** 0xFF for the bytes below 0x80, 0 not among them, that are their own unit. */
+    unsigned char const* isSame() const { return m_isSame; }
+
+    /** The same two sets by the low four bits: a bit for each value of the three above. */
+    unsigned char const* leadBits() const { return m_leadBits; }
+    unsigned char const* sameBits() const { return m_sameBits; }
+
+private:
+    unsigned short* m_own;
+    unsigned short* m_units;
+    unsigned char m_isLead[128] = {};
+    unsigned char m_isSame[128] = {};
+    unsigned char m_leadBits[16] = {};
+    unsigned char m_sameBits[16] = {};
+};
+
+/**
+ * Makes the PairUnits of a converter by `fill` unless it has them; the caller holds its mutex. Without memory there are
+ * none, and the steps alone convert.
+ */
+template <class Fill>
+void makePairUnits(std::atomic<PairUnits const*>& pairs, unsigned short* shared, Fill fill)
+{
+    if (pairs.load(std::memory_order_relaxed))
+        return;
+    std::unique_ptr<PairUnits> fresh(new (std::nothrow) PairUnits(shared));
+    if (!fresh || !fresh->complete())
+        return;
+    fill(*fresh);
+    pairs.store(fresh.release(), std::memory_order_release);
+}
+
+}  // namespace kx7
+
+#endif

@@ -1,0 +1,268 @@
+// kx7text tests - the kernels that decode multibyte sets against the plain engine: every one gives what the steps give.
+#include <gtest/gtest.h>
+
+#include <random>
+#include <string>
+#include <vector>
+
+#include "kx7/converters/KX7CharSetConverterDBCS.h"
+#include "kx7/converters/KX7CharSetConverterEUC_CN_KR.h"
+#include "kx7/converters/KX7CharSetConverterEUC_JP.h"
+#include "kx7/tables/ByteTypeTables.h"
+#include "tests/internal/KernelBench.h"
+#include "tests/internal/MultibyteSets.h"
+
+using namespace kx7test;
+
+namespace {
+
+/** A converter, and its characters by how they are written. */
+struct Subject {
+    std::string name;
+    KX7CharSetConverter* converter;
+    std::vector<std::string> ascii;
+    std::vector<std::string> others;  ///< of one byte
+    std::vector<std::string> pairs;
+    std::vector<std::string> longer;
+
+    std::string const& random(std::mt19937& random, std::vector<std::string> const& kind) const
+    {
+        std::vector<std::string> const& from = kind.empty() ? ascii.empty() ? pairs : ascii : kind;
+        return from[random() % from.size()];
+    }
+};
+
+Subject subjectOf(std::string const& name, KX7CharSetConverter& converter)
+{
+    Using const plain(InstructionSet::PLAIN);
+    kx7::Engine const& engine = *kx7::engineOf(converter);
+    Subject subject{name, &converter, {}, {}, {}, {}};
+    auto const isCharacter = [&](std::string const& bytes) {
+        unsigned short units[8];
+        auto const* const source = reinterpret_cast<unsigned char const*>(bytes.data());
+        kx7::Progress const p = engine.decode(converter, source, source + bytes.size(), units, units + 8, true);
+        return p.consumed == bytes.size();
+    };
+    for (unsigned int a = 1; a < 256; ++a) {
+        std::string const one(1, static_cast<char>(a));
+        if (isCharacter(one)) {
+            (a < 0x80 ? subject.ascii : subject.others).push_back(one);
+            continue;
+        }
+        for (unsigned int b = 0; b < 256; ++b) {
+            std::string const two = one + static_cast<char>(b);
+            if (isCharacter(two))
+                subject.pairs.push_back(two);
+        }
+    }
+    for (std::string const bytes : {"\x81\x30\x81\x30", "\x81\x30\x84\x36", "\x82\x35\x8F\x33", "\x83\x36\xC7\x38",
+                                    "\x84\x31\xA4\x37", "\x90\x30\x81\x30", "\x94\x39\xDA\x33", "\xE3\x32\x9A\x35"})
+        if (isCharacter(bytes))
+            subject.longer.push_back(bytes);
+    return subject;
+}
+
+// What the library's own sets do not have: bytes that are no ASCII and yet characters, lead bytes below 0x80.
+constexpr unsigned short ODD_LIST[] = {0x41, 'A',    0x42,   'b', 0x80,   0x4E01, 0x8141, 0x4E02, 0x8142, 0xFFFF,
+                                       0xFF, 0x4E04, 0xFEFE, 1,   0x3021, 0x4E05, 0x5C41, 0x4E06, 0,      0};
+
+/** Lead bytes that are ASCII. */
+std::vector<unsigned char> const& lowLeads()
+{
+    static std::vector<unsigned char> const types = [] {
+        std::vector<unsigned char> made(oCP936Type, oCP936Type + 256);
+        made[0x5C] = kx7::LEAD_BYTE;
+        return made;
+    }();
+    return types;
+}
+
+std::vector<Subject> const& subjects()
+{
+    static KX7CharSetConverterDBCS odd(ODD_LIST, oCP936Type, KX7CS_WCP936);
+    static KX7CharSetConverterDBCS low(ODD_LIST, lowLeads().data(), KX7CS_WCP936);
+    static KX7CharSetConverterEUC_CN_KR oddRows(ODD_LIST, KX7CS_EUC_KR);
+    static KX7CharSetConverterEUC_JP oddJapanese(ODD_LIST, ODD_LIST, ODD_LIST, KX7CS_EUC_JP);
+    static std::vector<Subject> const all = [] {
+        std::vector<Subject> made;
+        for (MultibyteSet const& set : multibyteSets())
+            if (!set.isWide && std::string(set.name) != "UTF-16 escape")
+                made.push_back(subjectOf(set.name, set.converter));
+        made.push_back(subjectOf("an odd list", odd));
+        made.push_back(subjectOf("an odd list with a low lead byte", low));
+        made.push_back(subjectOf("an odd list in rows", oddRows));
+        made.push_back(subjectOf("an odd list in Japanese rows", oddJapanese));
+        return made;
+    }();
+    return all;
+}
+
+struct Mix {
+    unsigned int ascii, others, pairs, longer;
+};
+constexpr Mix MIXES[] = {{1, 0, 0, 0}, {0, 0, 1, 0},  {0, 0, 0, 1},  {1, 0, 9, 0}, {1, 0, 0, 4},
+                         {3, 1, 3, 0}, {30, 0, 1, 0}, {20, 0, 0, 3}, {9, 0, 4, 1}, {1, 9, 9, 1}};
+
+/** Text in runs, as long as markup has them. */
+std::string randomBytes(Subject const& subject, std::mt19937& random, size_t length, Mix const& mix)
+{
+    std::string text;
+    std::discrete_distribution<int> kind({1.0 * mix.ascii, 1.0 * mix.others, 1.0 * mix.pairs, 1.0 * mix.longer});
+    std::vector<std::string> const* const kinds[] = {&subject.ascii, &subject.others, &subject.pairs, &subject.longer};
+    while (text.size() < length) {
+        std::vector<std::string> const& characters = *kinds[kind(random)];
+        for (auto n = random() % 4 == 0 ? 1 + random() % 24 : 1; n != 0; --n)
+            text += subject.random(random, characters);
+    }
+    return text;
+}
+
+}  // namespace
+
+TEST(DoubleByteDecodeKernels, EveryLengthAtEveryAlignment)
+{
+    std::mt19937 random(31);
+    for (Subject const& subject : subjects()) {
+        Bench bench(*subject.converter);
+        for (size_t length = 0; length <= 300; ++length) {
+            std::string const bytes =
+                randomBytes(subject, random, length, MIXES[length % std::size(MIXES)]).substr(0, length);
+            for (size_t shift = 0; shift <= 64; shift += length < 140 ? 1 : 9) {
+                size_t const at = shift == 64 ? Bench::NOWHERE : shift;
+                expectAlike(subject.name + ", " + std::to_string(length) + " at " + std::to_string(shift),
+                            [&] { return bench.decode(bytes, bytes.size(), at); });
+                if (HasFatalFailure())
+                    return;
+            }
+        }
+    }
+}
+
+TEST(DoubleByteDecodeKernels, EveryPairAtABlockEdge)
+{
+    // Each of the 65,536 pairs at one place around the edge, and all bytes that differ in kind at all of them.
+    for (Subject const& subject : subjects()) {
+        Bench bench(*subject.converter);
+        std::vector<std::string> fillers = {"a", subject.pairs.front()};
+        if (!subject.longer.empty())
+            fillers.push_back(subject.longer.front());
+        unsigned char const kinds[] = {0x00, 0x1A, 0x30, 0x5C, 0x7F, 0x80, 0x81, 0x8E, 0x9F, 0xA1, 0xE0, 0xFE, 0xFF};
+        for (std::string const& filler : fillers) {
+            std::string behind;
+            while (behind.size() < 150)
+                behind += filler;
+            auto const at = [&](size_t position, unsigned int a, unsigned int b) {
+                std::string text;
+                while (text.size() + filler.size() <= position)
+                    text += filler;
+                text.append(position - text.size(), 'x');
+                text += static_cast<char>(a);
+                text += static_cast<char>(b);
+                text += behind;
+                expectAlike(subject.name + ", " + std::to_string(a * 256 + b) + " at " + std::to_string(position),
+                            [&] { return bench.decode(text, text.size(), Bench::NOWHERE); });
+            };
+            // The kernels begin behind 16 bytes or 17, and take 64.
+            unsigned int const begin = static_cast<unsigned int>(&filler - fillers.data());
+            for (unsigned int pair = begin; pair < 0x10000; pair += static_cast<unsigned int>(fillers.size())) {
+                at(76 + pair % 8, pair >> 8, pair & 0xFF);
+                if (HasFatalFailure())
+                    return;
+            }
+            for (size_t position = 8; position <= 150; ++position)
+                for (unsigned char const a : kinds)
+                    for (unsigned char const b : kinds) {
+                        at(position, a, b);
+                        if (HasFatalFailure())
+                            return;
+                    }
+        }
+    }
+}
+
+TEST(DoubleByteDecodeKernels, BrokenText)
+{
+    std::mt19937 random(32);
+    for (Subject const& subject : subjects()) {
+        Bench bench(*subject.converter);
+        kx7::Engine const& engine = *kx7::engineOf(*subject.converter);
+        for (Mix const& mix : MIXES) {
+            for (unsigned int const brokenInAThousand : {0U, 1U, 10U, 100U}) {
+                for (int round = 0; round < 4; ++round) {
+                    std::string bytes = randomBytes(subject, random, 1000 + random() % 3000, mix);
+                    for (char& byte : bytes)
+                        if (random() % 1000 < brokenInAThousand)
+                            byte = static_cast<char>(1 + random() % 255);
+                    for (ILLCHAR_OPTYPE const op : {ILLCHAR_STOP, ILLCHAR_REPLACE, ILLCHAR_ESCAPE})
+                        expectAlike(subject.name, [&] {
+                            return bench.decodeText(bytes, static_cast<unsigned int>(bytes.size()), op);
+                        });
+                    expectAlike(subject.name + " strictly", [&] {
+                        std::vector<unsigned short> units(bytes.size());
+                        auto const* const source = reinterpret_cast<unsigned char const*>(bytes.data());
+                        kx7::Progress const p = engine.decodeStrict(*subject.converter, source, source + bytes.size(),
+                                                                    units.data(), units.data() + units.size(), true);
+                        return Outcome{p.consumed,
+                                       p.written,
+                                       p.stop,
+                                       p.length,
+                                       {reinterpret_cast<char const*>(units.data()), p.written * 2}};
+                    });
+                    if (HasFatalFailure())
+                        return;
+                }
+            }
+        }
+    }
+}
+
+TEST(DoubleByteDecodeKernels, EveryRoomAndEveryLimit)
+{
+    std::mt19937 random(33);
+    for (Subject const& subject : subjects()) {
+        Bench bench(*subject.converter);
+        for (Mix const& mix : MIXES) {
+            std::string const bytes = randomBytes(subject, random, 260, mix);
+            for (size_t room = 0; room <= 270; ++room) {
+                expectAlike(subject.name + ", room " + std::to_string(room),
+                            [&] { return bench.decode(bytes, room, Bench::NOWHERE); });
+                expectAlike(subject.name + ", room " + std::to_string(room),
+                            [&] { return bench.decodeText(bytes, static_cast<unsigned int>(room), ILLCHAR_REPLACE); });
+                expectAlike(subject.name + ", limit " + std::to_string(room), [&] {
+                    std::vector<unsigned short> units(bytes.size() + 1);
+                    unsigned int const n =
+                        subject.converter->toUTF16(units.data(), bytes.c_str(), static_cast<unsigned int>(bytes.size()),
+                                                   ILLCHAR_REPLACE, nullptr, static_cast<int>(room));
+                    return Outcome{0, n, {}, 0, {reinterpret_cast<char const*>(units.data()), n * 2}};
+                });
+                if (HasFatalFailure())
+                    return;
+            }
+        }
+    }
+}
+
+TEST(DoubleByteDecodeKernels, NothingIsWrittenBehindTheTextWhateverTheRoom)
+{
+    constexpr unsigned short UNTOUCHED = 0xA5A5;
+    std::mt19937 random(34);
+    for (Subject const& subject : subjects()) {
+        kx7::Engine const& engine = *kx7::engineOf(*subject.converter);
+        for (InstructionSet const set : sets()) {
+            Using const use(set);
+            for (Mix const& mix : MIXES) {
+                for (size_t length = 0; length <= 300; length += 1 + length / 32) {
+                    std::string bytes = randomBytes(subject, random, length, mix);
+                    if (length % 2 == 0)
+                        bytes += "\xFF\xFF" + randomBytes(subject, random, 100, mix);
+                    std::vector<unsigned short> units(2 * bytes.size() + 64, UNTOUCHED);
+                    auto const* const source = reinterpret_cast<unsigned char const*>(bytes.data());
+                    kx7::Progress const p = engine.decode(*subject.converter, source, source + bytes.size(),
+                                                          units.data(), units.data() + units.size(), true);
+                    for (size_t i = p.written; i < units.size(); ++i)
+                        ASSERT_EQ(units[i], UNTOUCHED) << subject.name << ", " << nameOf(set);
+                }
+            }
+        }
+    }
+}

@@ -1,0 +1,153 @@
+// kx7text tests - runs one conversion with every set of kernels and compares them with the plain steps.
+#ifndef KX7_TESTS_INTERNAL_KERNELBENCH_H
+#define KX7_TESTS_INTERNAL_KERNELBENCH_H
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "kx7/converters/Engine.h"
+#include "kx7/kernels/Kernels.h"
+#include "tests/internal/KernelSets.h"
+#include "tests/support/Guarded.h"
+
+namespace kx7test {
+
+using kx7::InstructionSet;
+
+constexpr unsigned char CANARY = 0xA5;
+
+struct Outcome {
+    size_t consumed;
+    size_t written;
+    kx7::Stop stop;
+    unsigned int length;
+    std::string text;
+
+    bool operator==(Outcome const& o) const
+    {
+        return consumed == o.consumed && written == o.written && stop == o.stop && length == o.length && text == o.text;
+    }
+};
+
+inline std::string show(Outcome const& o)
+{
+    return std::to_string(o.consumed) + " used, " + std::to_string(o.written) + " written, stop " +
+           std::to_string(static_cast<int>(o.stop)) + ", length " + std::to_string(o.length);
+}
+
+/**
+ * Memory for one source and one destination, both ended by unreadable pages; texts are laid so that they end there, or
+ * begin `shift` units into the page.
+ */
+class Bench {
+public:
+    explicit Bench(KX7CharSetConverter& converter)
+        : m_converter(converter), m_engine(*kx7::engineOf(converter)), m_source(CAPACITY), m_dest(CAPACITY)
+    {
+    }
+
+    Outcome decode(std::string const& bytes, size_t room, size_t shift)
+    {
+        unsigned char* const source = place(m_source, bytes.size(), shift);
+        memcpy(source, bytes.data(), bytes.size());
+        auto* const dest = reinterpret_cast<unsigned short*>(m_dest.data() + CAPACITY) - room;
+        memset(dest, CANARY, room * 2);
+        kx7::Progress const p = m_engine.decode(m_converter, source, source + bytes.size(), dest, dest + room, false);
+        return {p.consumed, p.written, p.stop, p.length, {reinterpret_cast<char const*>(dest), p.written * 2}};
+    }
+
+    Outcome encode(std::u16string const& units, size_t room, size_t shift)
+    {
+        unsigned char* const source = place(m_source, units.size() * 2, shift == NOWHERE ? NOWHERE : shift * 2);
+        memcpy(source, units.data(), units.size() * 2);
+        auto const* const begin = reinterpret_cast<unsigned short const*>(source);
+        unsigned char* const dest = m_dest.data() + CAPACITY - room;
+        memset(dest, CANARY, room);
+        kx7::Progress const p = m_engine.encode(m_converter, begin, begin + units.size(), dest, dest + room, false);
+        expectUntouched(dest + p.written, dest + room);
+        return {p.consumed, p.written, p.stop, p.length, {reinterpret_cast<char const*>(dest), p.written}};
+    }
+
+    /** What getNumBytes says of units that end at the page. */
+    Outcome count(std::u16string const& units)
+    {
+        unsigned char* const source = place(m_source, units.size() * 2, NOWHERE);
+        memcpy(source, units.data(), units.size() * 2);
+        return {0,
+                m_converter.getNumBytes(reinterpret_cast<unsigned short const*>(source),
+                                        static_cast<unsigned int>(units.size())),
+                {},
+                0,
+                {}};
+    }
+
+    /** Zero-terminated text against the page; the terminator is the last thing that can be read. */
+    Outcome encodeText(std::u16string const& units, unsigned int room, ILLCHAR_OPTYPE op, size_t shift = NOWHERE)
+    {
+        size_t const size = units.size() * 2 + 2;
+        unsigned char* const source = place(m_source, size, shift == NOWHERE ? NOWHERE : shift * 2);
+        memcpy(source, units.c_str(), size);
+        unsigned char* const dest = m_dest.data() + CAPACITY - room - 1 - units.size();
+        memset(dest, CANARY, room + 1 + units.size());
+        bool flag = false;
+        unsigned int const n =
+            m_converter.fromUTF16(dest, reinterpret_cast<unsigned short const*>(source), room, op, &flag);
+        return {flag, n, {}, 0, {reinterpret_cast<char const*>(dest), n + 1}};
+    }
+
+    Outcome decodeText(std::string const& bytes, unsigned int room, ILLCHAR_OPTYPE op, size_t shift = NOWHERE)
+    {
+        unsigned char* const source = place(m_source, bytes.size() + 1, shift);
+        memcpy(source, bytes.c_str(), bytes.size() + 1);
+        auto* const dest = reinterpret_cast<unsigned short*>(m_dest.data() + CAPACITY) - room - 1;
+        memset(dest, CANARY, (room + 1) * 2);
+        bool flag = false;
+        unsigned int const n = m_converter.toUTF16(dest, source, room, op, &flag, -1);
+        return {flag, n, {}, 0, {reinterpret_cast<char const*>(dest), (n + 1) * 2}};
+    }
+
+    static constexpr size_t NOWHERE = SIZE_MAX;
+
+private:
+    /** Kernels write what the text has and nothing behind it. */
+    static void expectUntouched(unsigned char const* begin, unsigned char const* end)
+    {
+        EXPECT_EQ(std::find_if(begin, end, [](unsigned char c) { return c != CANARY; }), end);
+    }
+
+    static constexpr size_t CAPACITY = 1 << 16;
+
+    static unsigned char* place(Guarded<unsigned char>& memory, size_t size, size_t shift)
+    {
+        return shift == NOWHERE ? memory.data() + CAPACITY - size : memory.data() + shift;
+    }
+
+    KX7CharSetConverter& m_converter;
+    kx7::Engine const& m_engine;
+    Guarded<unsigned char> m_source;
+    Guarded<unsigned char> m_dest;
+};
+
+/** Runs `call` with every set and compares with the plain steps. */
+template <class Call>
+void expectAlike(std::string const& what, Call call)
+{
+    Outcome expected;
+    {
+        Using const plain(InstructionSet::PLAIN);
+        expected = call();
+    }
+    for (InstructionSet const set : sets()) {
+        Using const use(set);
+        Outcome const got = call();
+        ASSERT_TRUE(got == expected) << nameOf(set) << ", " << what << "\n  plain " << show(expected) << "\n  kernel "
+                                     << show(got);
+    }
+}
+
+}  // namespace kx7test
+
+#endif
