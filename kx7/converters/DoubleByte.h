@@ -23,6 +23,9 @@ struct PairDecoder : DecoderBase {
             kernels().decodePairs(*m_pairs, in, end, out, outEnd);
     }
 
+protected:
+    PairUnits const* pairs() const { return m_pairs; }
+
 private:
     PairUnits const* m_pairs;
 };

@@ -47,12 +47,6 @@ constexpr bool isTrail(unsigned char byte)
     return byte >= 0x40 && byte <= 0xFE && byte != 0x7F;
 }
 
-/** Whether the bytes are those of a four-byte character; without a branch between them. */
-constexpr bool isFourBytes(unsigned char const* p)
-{
-    return ((p[0] - 0x81U < 0x7E) & (p[1] - 0x30U < 10) & (p[2] - 0x81U < 0x7E) & (p[3] - 0x30U < 10)) != 0;
-}
-
 constexpr unsigned int fourByteCode(unsigned char const* p)
 {
     return FIRST_FOUR_BYTE_CODE + (((p[0] - 0x81U) * 10 + (p[1] - 0x30U)) * 126 + (p[2] - 0x81U)) * 10 + (p[3] - 0x30U);
@@ -184,41 +178,56 @@ private:
         constexpr unsigned int FEW = 8;
         unsigned char const* in = inOut;
         unsigned short* out = outOut;
-        unsigned short const* const singleBytes = m_toUnicode.page(0);
         GB18030Range const* range = oGB2UniRange;  // text of one script stays in one
         unsigned int singles = 0;
-        while (end - in >= 4 && outEnd - out >= 2 && singles <= FEW) {
-            // Which of the two comes next is hard to predict, so that both are prepared.
-            unsigned int const byte = in[0];
-            bool const isSingle = byte < 0x80;
-            bool const isASCII = isSingle & (singleBytes[byte] == byte) & (byte != 0) & (in != inOut);
-            if (!(isASCII | isFourBytes(in)))
+        while (end - in >= 4 && outEnd - out >= 2) {
+            if (in[0] < 0x80) {
+                unsigned short const unit = m_toUnicode.get(in[0]);
+                if (unit == 0 || in == inOut || ++singles > FEW)
+                    break;
+                *out++ = unit;
+                ++in;
+                continue;
+            }
+            if (!isLead(in[0]) || !isDigit(in[1]) || !isLead(in[2]) || !isDigit(in[3]))
                 break;
+            singles = 0;
             unsigned int const code = fourByteCode(in);
-            if (!isSingle && (code < range->first || code > range->last)) {
-                if (code >= FIRST_SUPPLEMENTARY_CODE) {
-                    unsigned int const codePoint = code - SUPPLEMENTARY_OFFSET;
-                    if (codePoint > kx7::LAST_CODE_POINT)
-                        break;
-                    *out++ = kx7::highSurrogateOf(codePoint);
-                    *out++ = kx7::lowSurrogateOf(codePoint);
-                    in += 4;
-                    singles = 0;
-                    continue;
-                }
-                range = firstToReach(m_converter.getGB2UniRange(code), code);
+            if (code >= FIRST_SUPPLEMENTARY_CODE) {
+                unsigned int const codePoint = code - SUPPLEMENTARY_OFFSET;
+                if (codePoint > kx7::LAST_CODE_POINT)
+                    break;
+                *out++ = kx7::highSurrogateOf(codePoint);
+                *out++ = kx7::lowSurrogateOf(codePoint);
+            }
+            else {
+                if (code < range->first || code > range->last)
+                    range = firstToReach(m_converter.getGB2UniRange(code), code);
                 if (code < range->first || code > range->last)
                     break;
+                *out++ = static_cast<unsigned short>(code - range->first + range->value);
             }
-            *out++ = static_cast<unsigned short>(isSingle ? byte : code - range->first + range->value);
-            in += isSingle ? 1 : 4;
-            singles = isSingle ? singles + 1 : 0;
+            in += 4;
+            if (end - in >= KERNEL_BYTES && pairs())
+                kx7::kernels().decodeFourBytes(*pairs(), runOf(*range), in, end, out, outEnd);
         }
         bool const any = in != inOut;
         inOut = in;
         outOut = out;
         return any;
     }
+
+    static kx7::FourByteRun runOf(GB18030Range const& range)
+    {
+        unsigned int const first = FIRST_FOUR_BYTE_CODE;
+        unsigned int const supplementary = FIRST_SUPPLEMENTARY_CODE - first;
+        if (range.first < first)
+            return {0, 0, 0, supplementary};
+        return {range.first - first, range.last - range.first + 1, range.value, supplementary};
+    }
+
+    /** The fewest for which a kernel is called. */
+    static constexpr std::ptrdiff_t KERNEL_BYTES = 48;
 
     static kx7::DecodedChar found(unsigned int codePoint, unsigned int length)
     {

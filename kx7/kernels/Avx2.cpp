@@ -36,7 +36,7 @@ KX7_AVX2 KX7_READS_BEYOND size_t unitLength(unsigned short const* text, size_t m
 Kernels const AVX2_KERNELS = {
     unitLength,         unitFindAvx2,  unitMatchAvx2,   decodeUTF8Avx2,       encodeUTF8Avx2,
     wellFormedUTF8Avx2, countUTF8Avx2, countAsUTF8Avx2, decodeSingleByteAvx2, BASELINE_KERNELS.encodeSingleByte,
-    decodePairsAvx2};
+    decodePairsAvx2,    noFourBytes};
 
 }  // namespace kx7
 

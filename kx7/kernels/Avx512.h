@@ -56,6 +56,8 @@ void encodeSingleByteAvx512(LookupTable<unsigned char> const& fromUnicode, unsig
                             unsigned short const* end, unsigned char*& out, unsigned char* outEnd);
 void decodePairsAvx512(PairUnits const& pairs, unsigned char const*& in, unsigned char const* end, unsigned short*& out,
                        unsigned short* outEnd);
+void decodeFourBytesAvx512(PairUnits const& pairs, FourByteRun const& run, unsigned char const*& in,
+                           unsigned char const* end, unsigned short*& out, unsigned short* outEnd);
 
 }  // namespace kx7
 

@@ -217,6 +217,6 @@ void decodePairs(PairUnits const& pairs, unsigned char const*& inOut, unsigned c
 
 Kernels const BASELINE_KERNELS = {unitLength,       unitFind,         unitMatch,   decodeUTF8,
                                   encodeUTF8,       noWellFormedUTF8, noCountUTF8, noCountAsUTF8,
-                                  decodeSingleByte, encodeSingleByte, decodePairs};
+                                  decodeSingleByte, encodeSingleByte, decodePairs, noFourBytes};
 
 }  // namespace kx7

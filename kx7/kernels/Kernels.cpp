@@ -43,6 +43,7 @@ Kernels const PLAIN_KERNELS = {
     [](LookupTable<unsigned char> const&, unsigned short const*&, unsigned short const*, unsigned char*&,
        unsigned char*) {},
     [](PairUnits const&, unsigned char const*&, unsigned char const*, unsigned short*&, unsigned short*) {},
+    noFourBytes,
 };
 
 InstructionSet detectInstructionSet()

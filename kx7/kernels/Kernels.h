@@ -26,6 +26,14 @@ enum class InstructionSet {
     AVX512  ///< with VBMI and VBMI2
 };
 
+/** Consecutive four-byte codes of GB 18030 with consecutive units. Codes are counted from 81 30 81 30. */
+struct FourByteRun {
+    unsigned int first;
+    unsigned int length;
+    unsigned int unit;                ///< of the first code
+    unsigned int firstSupplementary;  ///< the code of U+10000
+};
+
 struct Kernels {
     /**
      * Units before the first 0 unit, at most `most`. Reads no unit behind that one or the bound in another aligned
@@ -70,6 +78,10 @@ struct Kernels {
     /** Characters of a double-byte set that `pairs` has. */
     void (*decodePairs)(PairUnits const& pairs, unsigned char const*& in, unsigned char const* end,
                         unsigned short*& out, unsigned short* outEnd);
+
+    /** Four-byte characters of GB 18030 in a run or above the Basic Multilingual Plane, and ASCII between them. */
+    void (*decodeFourBytes)(PairUnits const& pairs, FourByteRun const& run, unsigned char const*& in,
+                            unsigned char const* end, unsigned short*& out, unsigned short* outEnd);
 };
 
 /** What a set has that leaves these to the steps. */
@@ -84,6 +96,10 @@ inline size_t noCountUTF8(unsigned char const*& /*in*/, unsigned char const* /*e
 inline size_t noCountAsUTF8(unsigned short const*& /*in*/, unsigned short const* /*end*/)
 {
     return 0;
+}
+inline void noFourBytes(PairUnits const& /*pairs*/, FourByteRun const& /*run*/, unsigned char const*& /*in*/,
+                        unsigned char const* /*end*/, unsigned short*& /*out*/, unsigned short* /*outEnd*/)
+{
 }
 
 /** The fewest bytes or units for which a kernel is worth its call. */
