@@ -27,6 +27,12 @@ constexpr unsigned int eucPair(unsigned int code)
     return (code + 0x8080) & 0xFFFF;
 }
 
+/** What a unit of this code (0: none) is written as, one byte or two; 0 where that is not as plain. */
+constexpr unsigned int eucWritten(unsigned int unit, unsigned int code)
+{
+    return unit < 0x7F ? unit : code == 0 || eucPair(code) <= 0xFF ? 0 : eucPair(code);
+}
+
 /** ASCII, and the pairs of a table by row and cell. */
 inline void fillEuc(PairUnits& pairs, LookupTable<unsigned short> const& toUnicode)
 {

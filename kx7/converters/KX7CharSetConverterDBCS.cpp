@@ -2,6 +2,7 @@
 #include "kx7/converters/KX7CharSetConverterDBCS.h"
 
 #include "kx7/converters/DoubleByte.h"
+#include "kx7/converters/DoubleByteEncoder.h"
 #include "kx7/converters/EngineOf.h"
 #include "kx7/converters/LoadLock.h"
 #include "kx7/converters/LookupTables.h"
@@ -10,8 +11,11 @@ struct KX7CharSetConverterDBCS::Decoder : kx7::DoubleByteDecoder<LookupTable<uns
     using DoubleByteDecoder::DoubleByteDecoder;
 };
 
-struct KX7CharSetConverterDBCS::Encoder : kx7::EncoderBase {
-    explicit Encoder(LookupTable<unsigned short> const& fromUnicode) : m_fromUnicode(fromUnicode) {}
+struct KX7CharSetConverterDBCS::Encoder : kx7::DoubleByteEncoder {
+    Encoder(LookupTable<unsigned short> const& fromUnicode, unsigned short const* codes)
+        : DoubleByteEncoder(codes), m_fromUnicode(fromUnicode)
+    {
+    }
 
     kx7::EncodedChar step(unsigned short const* p, unsigned short const* /*end*/) const
     {
@@ -57,7 +61,7 @@ KX7CharSetConverterDBCS::Encoder KX7CharSetConverterDBCS::encoder()
 {
     if (!tablesBuilt())
         load();
-    return Encoder(fromUnicode());
+    return {fromUnicode(), unitCodes()};
 }
 
 unsigned int KX7CharSetConverterDBCS::getNumUnits(void const* source, unsigned int byteCount)

@@ -4,6 +4,7 @@
 #include <iterator>
 
 #include "kx7/converters/DoubleByte.h"
+#include "kx7/converters/DoubleByteEncoder.h"
 #include "kx7/converters/EngineOf.h"
 #include "kx7/converters/LoadLock.h"
 
@@ -11,8 +12,11 @@ struct KX7CharSetConverterDBCSEx::Decoder : kx7::DoubleByteDecoder<LookupTable<u
     using DoubleByteDecoder::DoubleByteDecoder;
 };
 
-struct KX7CharSetConverterDBCSEx::Encoder : kx7::EncoderBase {
-    explicit Encoder(LookupTableEx<unsigned short> const& fromUnicode) : m_fromUnicode(fromUnicode) {}
+struct KX7CharSetConverterDBCSEx::Encoder : kx7::DoubleByteEncoder {
+    Encoder(LookupTableEx<unsigned short> const& fromUnicode, unsigned short const* codes)
+        : DoubleByteEncoder(codes), m_fromUnicode(fromUnicode)
+    {
+    }
 
     kx7::EncodedChar step(unsigned short const* p, unsigned short const* end) const
     {
@@ -80,7 +84,7 @@ KX7CharSetConverterDBCSEx::Encoder KX7CharSetConverterDBCSEx::encoder()
 {
     if (!tablesBuilt())
         load();
-    return Encoder(fromUnicode());
+    return {fromUnicode(), unitCodes()};
 }
 
 unsigned int KX7CharSetConverterDBCSEx::getNumUnits(void const* source, unsigned int byteCount)

@@ -2,9 +2,23 @@
 #include "kx7/converters/KX7CharSetConverterEUC_CN_KR.h"
 
 #include "kx7/converters/DoubleByte.h"
+#include "kx7/converters/DoubleByteEncoder.h"
 #include "kx7/converters/EngineOf.h"
 #include "kx7/converters/Euc.h"
 #include "kx7/converters/LoadLock.h"
+#include "kx7/converters/UnitCodes.h"
+
+namespace {
+
+unsigned short* makeUnitCodes(unsigned short const* listed, unsigned short const* pairs)
+{
+    kx7::UnitCodes codes = kx7::makeUnitCodes();
+    if (codes)
+        kx7::fillUnitCodes(codes.get(), listed, pairs, kx7::eucWritten);
+    return codes.release();
+}
+
+}  // namespace
 
 struct KX7CharSetConverterEUC_CN_KR::Decoder : kx7::PairDecoder {
     Decoder(LookupTable<unsigned short> const& toUnicode, kx7::PairUnits const* pairs)
@@ -33,8 +47,11 @@ private:
     LookupTable<unsigned short> const& m_toUnicode;
 };
 
-struct KX7CharSetConverterEUC_CN_KR::Encoder : kx7::EncoderBase {
-    explicit Encoder(LookupTable<unsigned short> const& fromUnicode) : m_fromUnicode(fromUnicode) {}
+struct KX7CharSetConverterEUC_CN_KR::Encoder : kx7::DoubleByteEncoder {
+    Encoder(LookupTable<unsigned short> const& fromUnicode, unsigned short const* codes)
+        : DoubleByteEncoder(codes), m_fromUnicode(fromUnicode)
+    {
+    }
 
     kx7::EncodedChar step(unsigned short const* p, unsigned short const* /*end*/) const
     {
@@ -55,11 +72,13 @@ template struct kx7::EngineOf<KX7CharSetConverterEUC_CN_KR>;
 KX7CharSetConverterEUC_CN_KR::KX7CharSetConverterEUC_CN_KR(unsigned short const* map, KX7CharSet charSet)
     : KX7CharSetConverterMBCS(map, charSet)
 {
+    m_pMakeUnitCodes = makeUnitCodes;
 }
 
 KX7CharSetConverterEUC_CN_KR::KX7CharSetConverterEUC_CN_KR(char const* name, KX7CharSet charSet)
     : KX7CharSetConverterMBCS(name, charSet)
 {
+    m_pMakeUnitCodes = makeUnitCodes;
 }
 
 KX7CharSetConverterEUC_CN_KR::~KX7CharSetConverterEUC_CN_KR() = default;
@@ -83,7 +102,7 @@ KX7CharSetConverterEUC_CN_KR::Encoder KX7CharSetConverterEUC_CN_KR::encoder()
 {
     if (!tablesBuilt())
         load();
-    return Encoder(fromUnicode());
+    return {fromUnicode(), unitCodes()};
 }
 
 unsigned int KX7CharSetConverterEUC_CN_KR::getNumUnits(void const* source, unsigned int byteCount)

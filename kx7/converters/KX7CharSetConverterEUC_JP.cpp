@@ -7,10 +7,12 @@
 #include <memory>
 
 #include "kx7/converters/DoubleByte.h"
+#include "kx7/converters/DoubleByteEncoder.h"
 #include "kx7/converters/EngineOf.h"
 #include "kx7/converters/Euc.h"
 #include "kx7/converters/LoadLock.h"
 #include "kx7/converters/LookupTables.h"
+#include "kx7/converters/UnitCodes.h"
 
 constexpr char KX7CharSetConverterEUC_JP::m_cSS2;
 constexpr char KX7CharSetConverterEUC_JP::m_cSS3;
@@ -26,6 +28,20 @@ constexpr unsigned char SINGLE_SHIFT_3 = 0x8F;
 constexpr bool isKatakana(unsigned int code)
 {
     return code >= 0xA1 && code <= 0xDF;
+}
+
+/** What a unit that JIS X 0208 or JIS X 0201 has is written as; 0 where that is not as plain. */
+constexpr unsigned int written(unsigned int unit, unsigned int code)
+{
+    return unit >= 0x7F && isKatakana(code) ? SINGLE_SHIFT_2 << 8 | code : kx7::eucWritten(unit, code);
+}
+
+unsigned short* makeUnitCodes(unsigned short const* listed, unsigned short const* pairs)
+{
+    kx7::UnitCodes codes = kx7::makeUnitCodes();
+    if (codes)
+        kx7::fillUnitCodes(codes.get(), listed, pairs, written);
+    return codes.release();
 }
 
 }  // namespace
@@ -72,9 +88,10 @@ private:
     LookupTable<unsigned short> const& m_toUnicode0212;
 };
 
-struct KX7CharSetConverterEUC_JP::Encoder : kx7::EncoderBase {
-    Encoder(LookupTable<unsigned short> const& fromUnicode, LookupTable<unsigned short> const& fromUnicode0212)
-        : m_fromUnicode(fromUnicode), m_fromUnicode0212(fromUnicode0212)
+struct KX7CharSetConverterEUC_JP::Encoder : kx7::DoubleByteEncoder {
+    Encoder(LookupTable<unsigned short> const& fromUnicode, LookupTable<unsigned short> const& fromUnicode0212,
+            unsigned short const* codes)
+        : DoubleByteEncoder(codes), m_fromUnicode(fromUnicode), m_fromUnicode0212(fromUnicode0212)
     {
     }
 
@@ -134,6 +151,7 @@ KX7CharSetConverterEUC_JP::KX7CharSetConverterEUC_JP(unsigned short const* map02
     : KX7CharSetConverterMBCS(map0208, charSet), m_pszName0201(nullptr), m_pszName0212(nullptr),
       m_pToUnicode0212(nullptr), m_pFromUnicode0212(nullptr), m_pMap0201(map0201), m_pMap0212(map0212)
 {
+    m_pMakeUnitCodes = makeUnitCodes;
     pthread_mutex_init(&m_oLoadMutex0212, nullptr);
 }
 
@@ -142,6 +160,7 @@ KX7CharSetConverterEUC_JP::KX7CharSetConverterEUC_JP(char const* name0208, char 
     : KX7CharSetConverterMBCS(name0208, charSet), m_pszName0201(name0201), m_pszName0212(name0212),
       m_pToUnicode0212(nullptr), m_pFromUnicode0212(nullptr), m_pMap0201(nullptr), m_pMap0212(nullptr)
 {
+    m_pMakeUnitCodes = makeUnitCodes;
     pthread_mutex_init(&m_oLoadMutex0212, nullptr);
 }
 
@@ -164,8 +183,11 @@ void KX7CharSetConverterEUC_JP::load()
         return;
     kx7::putPairs(*toUnicode0212, *fromUnicode0212, m_pMap0212);
     // No conversion reads the tables of the base before the JIS X 0212 table is published, so they may still change.
-    if (m_pMap0201)
+    if (m_pMap0201) {
         kx7::putPairs(*m_pToUnicode.load(std::memory_order_relaxed), *m_pFromUnicode, m_pMap0201);
+        if (m_pUnitCodes)  // then the pages of the table lie in one array
+            kx7::fillUnitCodes(m_pUnitCodes, m_pFromUnicode->page(0), m_pMap0201, written);
+    }
     m_pFromUnicode0212 = fromUnicode0212.release();
     kx7::makePairUnits(m_pPairs, nullptr, [this](kx7::PairUnits& pairs) {
         kx7::fillEuc(pairs, toUnicode());
@@ -198,8 +220,8 @@ KX7CharSetConverterEUC_JP::Encoder KX7CharSetConverterEUC_JP::encoder()
 {
     Table const& none = kx7::tableOrEmpty<Table>(nullptr);
     if (assureLoaded())
-        return {fromUnicode(), *m_pFromUnicode0212};
-    return {m_pMap0212 ? none : fromUnicode(), none};
+        return {fromUnicode(), *m_pFromUnicode0212, unitCodes()};
+    return m_pMap0212 ? Encoder(none, none, nullptr) : Encoder(fromUnicode(), none, unitCodes());
 }
 
 unsigned int KX7CharSetConverterEUC_JP::getNumUnits(void const* source, unsigned int byteCount)

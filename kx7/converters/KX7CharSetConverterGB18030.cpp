@@ -9,17 +9,20 @@
 
 #include "kx7/converters/DoubleByte.h"
 #include "kx7/converters/EngineOf.h"
+#include "kx7/converters/GB18030Codes.h"
 #include "kx7/converters/LoadLock.h"
 #include "kx7/converters/LookupTables.h"
+#include "kx7/converters/UnitCodes.h"
 #include "kx7/tables/GB18030Ranges.h"
 
 namespace {
 
 using kx7::GB18030Range;
 
-constexpr unsigned int FIRST_FOUR_BYTE_CODE = 0x10000;
-constexpr unsigned int FIRST_SUPPLEMENTARY_CODE = 254536;
-constexpr unsigned int SUPPLEMENTARY_OFFSET = FIRST_SUPPLEMENTARY_CODE - 0x10000;
+using kx7::FIRST_FOUR_BYTE_CODE;
+using kx7::FIRST_SUPPLEMENTARY_CODE;
+using kx7::fourBytesOf;
+using kx7::SUPPLEMENTARY_OFFSET;
 
 // The index over GB codes: one entry for each 256 codes from the first two-byte code to the end of the last run.
 constexpr unsigned int FIRST_INDEXED_CODE = 0x8100;
@@ -50,14 +53,6 @@ constexpr bool isTrail(unsigned char byte)
 constexpr unsigned int fourByteCode(unsigned char const* p)
 {
     return FIRST_FOUR_BYTE_CODE + (((p[0] - 0x81U) * 10 + (p[1] - 0x30U)) * 126 + (p[2] - 0x81U)) * 10 + (p[3] - 0x30U);
-}
-
-/** The four bytes of a code, high byte first. */
-constexpr unsigned int fourBytesOf(unsigned int code)
-{
-    unsigned int const index = code - FIRST_FOUR_BYTE_CODE;
-    return (index / 12600 + 0x81) << 24 | (index / 1260 % 10 + 0x30) << 16 | (index / 10 % 126 + 0x81) << 8 |
-           (index % 10 + 0x30);
 }
 
 bool isTerminator(GB18030Range const& range)
@@ -93,6 +88,25 @@ unsigned int search(GB18030Range const* range, unsigned int key)
     if (isTerminator(*range) || key < range->first)
         return 0;
     return key - range->first + range->value;
+}
+
+/** The four-byte sequences of units that `oneOrTwo` leaves: their indexes, plus 1, and the runs of them by block. */
+void fillFourByteCodes(unsigned short* indexes, GB18030Range const** runs, unsigned short const* oneOrTwo)
+{
+    for (GB18030Range const* range = oUni2GBRange; !isTerminator(*range); ++range) {
+        if (range->value < FIRST_FOUR_BYTE_CODE)
+            continue;
+        unsigned int listed = 0;
+        for (unsigned int unit = range->first; unit <= range->last; ++unit) {
+            listed |= oneOrTwo[unit];
+            if (oneOrTwo[unit] == 0)
+                indexes[unit] =
+                    static_cast<unsigned short>(unit - range->first + range->value - FIRST_FOUR_BYTE_CODE + 1);
+        }
+        for (unsigned int i = range->first >> UNIT_BLOCK_SHIFT; listed == 0 && i <= range->last >> UNIT_BLOCK_SHIFT;
+             ++i)
+            runs[i] = range;
+    }
 }
 
 }  // namespace
@@ -241,9 +255,21 @@ private:
 };
 
 struct KX7CharSetConverterGB18030::Encoder : kx7::EncoderBase {
-    Encoder(LookupTable<unsigned short> const& fromUnicode, KX7CharSetConverterGB18030 const& converter)
-        : m_fromUnicode(fromUnicode), m_converter(converter)
+    Encoder(LookupTable<unsigned short> const& fromUnicode, KX7CharSetConverterGB18030 const& converter,
+            kx7::GB18030Codes const& codes)
+        : m_fromUnicode(fromUnicode), m_converter(converter), m_codes(codes)
     {
+    }
+
+    void run(unsigned short const*& in, unsigned short const* end, unsigned char*& out, unsigned char* outEnd) const
+    {
+        if (m_codes.oneOrTwo)
+            kx7::kernels().encodeGB18030(m_codes, in, end, out, outEnd);
+    }
+
+    size_t countRun(unsigned short const*& in, unsigned short const* end) const
+    {
+        return m_codes.oneOrTwo ? kx7::kernels().countGB18030(m_codes, in, end) : 0;
     }
 
     kx7::EncodedChar step(unsigned short const* p, unsigned short const* end) const
@@ -254,7 +280,7 @@ struct KX7CharSetConverterGB18030::Encoder : kx7::EncoderBase {
             // Kept on purpose: a high surrogate without its partner ends the text, the flag stays clear.
             if (!kx7::isLowSurrogate(p[1]))
                 return kx7::EncodedChar::end();
-            return {fourBytesOf(kx7::codePointOf(p[0], p[1]) + SUPPLEMENTARY_OFFSET), 4, 2, kx7::Found::CHARACTER};
+            return {fourBytesOf(kx7::pairCodeOf(p[0], p[1])), 4, 2, kx7::Found::CHARACTER};
         }
         unsigned int code = m_fromUnicode.get(p[0]);
         if (code == 0)
@@ -269,18 +295,21 @@ struct KX7CharSetConverterGB18030::Encoder : kx7::EncoderBase {
 private:
     LookupTable<unsigned short> const& m_fromUnicode;
     KX7CharSetConverterGB18030 const& m_converter;
+    kx7::GB18030Codes m_codes;  ///< may be null
 };
 
 template struct kx7::EngineOf<KX7CharSetConverterGB18030>;
 
 KX7CharSetConverterGB18030::KX7CharSetConverterGB18030(unsigned short const* gbkMap, KX7CharSet charSet)
-    : KX7CharSetConverterMBCS(gbkMap, charSet), m_pGB2UniIndex(nullptr), m_pUni2GBIndex(nullptr)
+    : KX7CharSetConverterMBCS(gbkMap, charSet), m_pGB2UniIndex(nullptr), m_pUni2GBIndex(nullptr),
+      m_pFourByteCodes(nullptr), m_pFourByteRuns(nullptr)
 {
     pthread_mutex_init(&m_oIndexMutex, nullptr);
 }
 
 KX7CharSetConverterGB18030::KX7CharSetConverterGB18030(char const* name, KX7CharSet charSet)
-    : KX7CharSetConverterMBCS(name, charSet), m_pGB2UniIndex(nullptr), m_pUni2GBIndex(nullptr)
+    : KX7CharSetConverterMBCS(name, charSet), m_pGB2UniIndex(nullptr), m_pUni2GBIndex(nullptr),
+      m_pFourByteCodes(nullptr), m_pFourByteRuns(nullptr)
 {
     pthread_mutex_init(&m_oIndexMutex, nullptr);
 }
@@ -289,6 +318,8 @@ KX7CharSetConverterGB18030::~KX7CharSetConverterGB18030()
 {
     delete[] m_pGB2UniIndex;
     delete[] m_pUni2GBIndex.load(std::memory_order_relaxed);
+    free(m_pFourByteCodes);
+    delete[] m_pFourByteRuns;
     pthread_mutex_destroy(&m_oIndexMutex);
 }
 
@@ -313,6 +344,15 @@ void KX7CharSetConverterGB18030::load()
     if (tablesBuilt())
         kx7::makePairUnits(m_pPairs, m_pFlat ? m_pFlat->toUnicode.data() : nullptr,
                            [this](kx7::PairUnits& pairs) { Decoder::fill(pairs, toUnicode()); });
+    if (unitCodes() && !kx7::mapsHighSurrogates(unitCodes())) {
+        kx7::UnitCodes fourByteCodes = kx7::makeUnitCodes();
+        std::unique_ptr<GB18030Range const*[]> runs(new (std::nothrow) GB18030Range const*[UNIT_BLOCKS]());
+        if (fourByteCodes && runs) {
+            fillFourByteCodes(fourByteCodes.get(), runs.get(), unitCodes());
+            m_pFourByteCodes = fourByteCodes.release();
+            m_pFourByteRuns = runs.release();
+        }
+    }
     m_pGB2UniIndex = gb2Uni.release();
     m_pUni2GBIndex.store(uni2GB.release(), std::memory_order_release);
 }
@@ -347,7 +387,9 @@ KX7CharSetConverterGB18030::Decoder KX7CharSetConverterGB18030::decoder()
 
 KX7CharSetConverterGB18030::Encoder KX7CharSetConverterGB18030::encoder()
 {
-    return {assureLoaded() ? fromUnicode() : kx7::tableOrEmpty<LookupTable<unsigned short>>(nullptr), *this};
+    if (!assureLoaded())
+        return {kx7::tableOrEmpty<LookupTable<unsigned short>>(nullptr), *this, {}};
+    return {fromUnicode(), *this, {m_pFourByteCodes ? unitCodes() : nullptr, m_pFourByteCodes, m_pFourByteRuns}};
 }
 
 unsigned int KX7CharSetConverterGB18030::getNumUnits(void const* source, unsigned int byteCount)

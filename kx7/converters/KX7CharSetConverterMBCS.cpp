@@ -8,14 +8,14 @@
 
 KX7CharSetConverterMBCS::KX7CharSetConverterMBCS(unsigned short const* map, KX7CharSet charSet)
     : KX7CharSetConverter(charSet), m_pszName(nullptr), m_pToUnicode(nullptr), m_pFromUnicode(nullptr), m_pMap(map),
-      m_pPairs(nullptr), m_pFlat(nullptr)
+      m_pPairs(nullptr), m_pFlat(nullptr), m_pUnitCodes(nullptr), m_pMakeUnitCodes(nullptr)
 {
     pthread_mutex_init(&m_oLoadMutex, nullptr);
 }
 
 KX7CharSetConverterMBCS::KX7CharSetConverterMBCS(char const* name, KX7CharSet charSet)
     : KX7CharSetConverter(charSet), m_pszName(name), m_pToUnicode(nullptr), m_pFromUnicode(nullptr), m_pMap(nullptr),
-      m_pPairs(nullptr), m_pFlat(nullptr)
+      m_pPairs(nullptr), m_pFlat(nullptr), m_pUnitCodes(nullptr), m_pMakeUnitCodes(nullptr)
 {
     pthread_mutex_init(&m_oLoadMutex, nullptr);
 }
@@ -24,6 +24,8 @@ KX7CharSetConverterMBCS::~KX7CharSetConverterMBCS()
 {
     LookupTable<unsigned short>* const toUnicode = m_pToUnicode.load(std::memory_order_relaxed);
     if (m_pFlat) {
+        if (m_pUnitCodes != m_pFlat->fromUnicode.data())
+            free(m_pUnitCodes);
         m_pFlat->toUnicode.takeBackFrom(*toUnicode);
         m_pFlat->fromUnicode.takeBackFrom(*m_pFromUnicode);
     }
@@ -55,6 +57,7 @@ void KX7CharSetConverterMBCS::load()
         }
         flat->toUnicode.lendTo(*toUnicode);
         flat->fromUnicode.lendTo(*fromUnicode);
+        m_pUnitCodes = m_pMakeUnitCodes ? m_pMakeUnitCodes(codes, m_pMap) : codes;
         m_pFlat = flat.release();
     }
     else {

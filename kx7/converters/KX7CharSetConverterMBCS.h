@@ -45,6 +45,9 @@ protected:
     /** The table by character; an empty one where it is not built. Loads nothing. */
     LookupTable<unsigned short> const& fromUnicode() const;
 
+    /** What units are written as (UnitCodes.h); null where that is not known. Loads nothing. */
+    unsigned short const* unitCodes() const { return tablesBuilt() ? m_pUnitCodes : nullptr; }
+
     char const* m_pszName;                                   ///< of a converter without a list; null otherwise
     std::atomic<LookupTable<unsigned short>*> m_pToUnicode;  ///< code to unit; published last
     LookupTable<unsigned short>* m_pFromUnicode;             ///< unit to code
@@ -52,6 +55,10 @@ protected:
     pthread_mutex_t m_oLoadMutex;                            ///< held while the tables are built
     std::atomic<kx7::PairUnits const*> m_pPairs;             ///< what decoding kernels look up; null: nothing
     kx7::FlatTables* m_pFlat;                                ///< the memory of both tables; null: they have their own
+    unsigned short* m_pUnitCodes;                            ///< unit to what is written; may be null
+
+    /** Makes m_pUnitCodes, in memory from malloc, of listed codes by unit and the list; null: they are written so. */
+    unsigned short* (*m_pMakeUnitCodes)(unsigned short const* listed, unsigned short const* pairs);
 };
 
 #endif

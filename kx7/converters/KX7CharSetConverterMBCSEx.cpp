@@ -5,20 +5,21 @@
 
 #include "kx7/converters/LoadLock.h"
 #include "kx7/converters/LookupTables.h"
+#include "kx7/converters/UnitCodes.h"
 #include "kx7/converters/Utf16.h"
 
 static_assert(sizeof(sMBCSExTable) == 8, "a record is 8 bytes without padding");
 
 KX7CharSetConverterMBCSEx::KX7CharSetConverterMBCSEx(sMBCSExTable const* map, KX7CharSet charSet)
     : KX7CharSetConverter(charSet), m_pszName(nullptr), m_pToUnicode(nullptr), m_pFromUnicode(nullptr), m_pMap(map),
-      m_pPairs(nullptr), m_pFlat(nullptr)
+      m_pPairs(nullptr), m_pFlat(nullptr), m_pUnitCodes(nullptr)
 {
     pthread_mutex_init(&m_oLoadMutex, nullptr);
 }
 
 KX7CharSetConverterMBCSEx::KX7CharSetConverterMBCSEx(char const* name, KX7CharSet charSet)
     : KX7CharSetConverter(charSet), m_pszName(name), m_pToUnicode(nullptr), m_pFromUnicode(nullptr), m_pMap(nullptr),
-      m_pPairs(nullptr), m_pFlat(nullptr)
+      m_pPairs(nullptr), m_pFlat(nullptr), m_pUnitCodes(nullptr)
 {
     pthread_mutex_init(&m_oLoadMutex, nullptr);
 }
@@ -55,6 +56,8 @@ void KX7CharSetConverterMBCSEx::load()
         if (record->codePoint <= kx7::LAST_CODE_POINT)
             fromUnicode->put(record->codePoint, record->code);
     }
+    if (m_pFlat && !kx7::mapsHighSurrogates(m_pFlat->fromUnicode.data()))
+        m_pUnitCodes = m_pFlat->fromUnicode.data();
     m_pFromUnicode = fromUnicode.release();
     m_pToUnicode.store(toUnicode.release(), std::memory_order_release);
 }

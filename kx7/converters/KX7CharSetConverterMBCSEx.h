@@ -52,6 +52,9 @@ protected:
     /** The table by character; an empty one where it is not built. Loads nothing. */
     LookupTableEx<unsigned short> const& fromUnicode() const;
 
+    /** What units are written as (UnitCodes.h); null where that is not known. Loads nothing. */
+    unsigned short const* unitCodes() const { return tablesBuilt() ? m_pUnitCodes : nullptr; }
+
     char const* m_pszName;                                 ///< of a converter without a list; null otherwise
     std::atomic<LookupTable<unsigned int>*> m_pToUnicode;  ///< code to code point; published last
     LookupTableEx<unsigned short>* m_pFromUnicode;         ///< code point to code
@@ -59,6 +62,7 @@ protected:
     pthread_mutex_t m_oLoadMutex;                          ///< held while the tables are built
     std::atomic<kx7::PairUnits const*> m_pPairs;           ///< what decoding kernels look up; null: nothing
     kx7::FlatTablesEx* m_pFlat;                            ///< the memory of both tables; null: they have their own
+    unsigned short const* m_pUnitCodes;                    ///< unit to what is written; may be null
 };
 
 #endif

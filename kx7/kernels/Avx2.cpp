@@ -34,9 +34,10 @@ KX7_AVX2 KX7_READS_BEYOND size_t unitLength(unsigned short const* text, size_t m
 }  // namespace
 
 Kernels const AVX2_KERNELS = {
-    unitLength,         unitFindAvx2,  unitMatchAvx2,   decodeUTF8Avx2,       encodeUTF8Avx2,
-    wellFormedUTF8Avx2, countUTF8Avx2, countAsUTF8Avx2, decodeSingleByteAvx2, BASELINE_KERNELS.encodeSingleByte,
-    decodePairsAvx2,    noFourBytes};
+    unitLength,         unitFindAvx2,  unitMatchAvx2,        decodeUTF8Avx2,       encodeUTF8Avx2,
+    wellFormedUTF8Avx2, countUTF8Avx2, countAsUTF8Avx2,      decodeSingleByteAvx2, BASELINE_KERNELS.encodeSingleByte,
+    decodePairsAvx2,    noFourBytes,   encodeDoubleByteAvx2, countDoubleByteAvx2,  encodeGB18030Avx2,
+    countGB18030Avx2};
 
 }  // namespace kx7
 

@@ -24,6 +24,12 @@ void decodeSingleByteAvx2(unsigned short const* toUnicode, unsigned char const*&
                           unsigned short*& out, unsigned short* outEnd);
 void decodePairsAvx2(PairUnits const& pairs, unsigned char const*& in, unsigned char const* end, unsigned short*& out,
                      unsigned short* outEnd);
+void encodeDoubleByteAvx2(unsigned short const* codes, unsigned short const*& in, unsigned short const* end,
+                          unsigned char*& out, unsigned char* outEnd);
+size_t countDoubleByteAvx2(unsigned short const* codes, unsigned short const*& in, unsigned short const* end);
+void encodeGB18030Avx2(GB18030Codes const& codes, unsigned short const*& in, unsigned short const* end,
+                       unsigned char*& out, unsigned char* outEnd);
+size_t countGB18030Avx2(GB18030Codes const& codes, unsigned short const*& in, unsigned short const* end);
 
 }  // namespace kx7
 

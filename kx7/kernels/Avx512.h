@@ -58,6 +58,12 @@ void decodePairsAvx512(PairUnits const& pairs, unsigned char const*& in, unsigne
                        unsigned short* outEnd);
 void decodeFourBytesAvx512(PairUnits const& pairs, FourByteRun const& run, unsigned char const*& in,
                            unsigned char const* end, unsigned short*& out, unsigned short* outEnd);
+void encodeDoubleByteAvx512(unsigned short const* codes, unsigned short const*& in, unsigned short const* end,
+                            unsigned char*& out, unsigned char* outEnd);
+size_t countDoubleByteAvx512(unsigned short const* codes, unsigned short const*& in, unsigned short const* end);
+void encodeGB18030Avx512(GB18030Codes const& codes, unsigned short const*& in, unsigned short const* end,
+                         unsigned char*& out, unsigned char* outEnd);
+size_t countGB18030Avx512(GB18030Codes const& codes, unsigned short const*& in, unsigned short const* end);
 
 }  // namespace kx7
 

@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "kx7/kernels/DoubleByteEncode.h"
+
 #ifdef KX7_X86_KERNELS
 #include <emmintrin.h>
 
@@ -215,8 +217,21 @@ void decodePairs(PairUnits const& pairs, unsigned char const*& inOut, unsigned c
 
 }  // namespace
 
-Kernels const BASELINE_KERNELS = {unitLength,       unitFind,         unitMatch,   decodeUTF8,
-                                  encodeUTF8,       noWellFormedUTF8, noCountUTF8, noCountAsUTF8,
-                                  decodeSingleByte, encodeSingleByte, decodePairs, noFourBytes};
+Kernels const BASELINE_KERNELS = {unitLength,
+                                  unitFind,
+                                  unitMatch,
+                                  decodeUTF8,
+                                  encodeUTF8,
+                                  noWellFormedUTF8,
+                                  noCountUTF8,
+                                  noCountAsUTF8,
+                                  decodeSingleByte,
+                                  encodeSingleByte,
+                                  decodePairs,
+                                  noFourBytes,
+                                  encodeDoubleByteOneByOne,
+                                  countDoubleByteOneByOne,
+                                  encodeGB18030OneByOne,
+                                  countGB18030OneByOne};
 
 }  // namespace kx7

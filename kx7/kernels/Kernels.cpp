@@ -44,6 +44,10 @@ Kernels const PLAIN_KERNELS = {
        unsigned char*) {},
     [](PairUnits const&, unsigned char const*&, unsigned char const*, unsigned short*&, unsigned short*) {},
     noFourBytes,
+    [](unsigned short const*, unsigned short const*&, unsigned short const*, unsigned char*&, unsigned char*) {},
+    [](unsigned short const*, unsigned short const*&, unsigned short const*) { return size_t{0}; },
+    [](GB18030Codes const&, unsigned short const*&, unsigned short const*, unsigned char*&, unsigned char*) {},
+    [](GB18030Codes const&, unsigned short const*&, unsigned short const*) { return size_t{0}; },
 };
 
 InstructionSet detectInstructionSet()

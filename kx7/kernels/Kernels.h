@@ -34,6 +34,15 @@ struct FourByteRun {
     unsigned int firstSupplementary;  ///< the code of U+10000
 };
 
+struct GB18030Range;
+
+/** What GB 18030 writes units as: two tables over all units, of which the second is asked where the first has a 0. */
+struct GB18030Codes {
+    unsigned short const* oneOrTwo;   ///< as of UnitCodes.h; 0 for high surrogates
+    unsigned short const* fourByte;   ///< the index of the four-byte sequence, plus 1; 0 where the first has any
+    GB18030Range const* const* runs;  ///< for each 128 units a run whose sequences follow each other; may be null
+};
+
 struct Kernels {
     /**
      * Units before the first 0 unit, at most `most`. Reads no unit behind that one or the bound in another aligned
@@ -82,6 +91,20 @@ struct Kernels {
     /** Four-byte characters of GB 18030 in a run or above the Basic Multilingual Plane, and ASCII between them. */
     void (*decodeFourBytes)(PairUnits const& pairs, FourByteRun const& run, unsigned char const*& in,
                             unsigned char const* end, unsigned short*& out, unsigned short* outEnd);
+
+    /** Units for which `codes` (UnitCodes.h) has one or two bytes. */
+    void (*encodeDoubleByte)(unsigned short const* codes, unsigned short const*& in, unsigned short const* end,
+                             unsigned char*& out, unsigned char* outEnd);
+
+    /** The bytes of such units, moving `in` over them. */
+    size_t (*countDoubleByte)(unsigned short const* codes, unsigned short const*& in, unsigned short const* end);
+
+    /** Units for which a table has one, two or four bytes, and surrogate pairs. */
+    void (*encodeGB18030)(GB18030Codes const& codes, unsigned short const*& in, unsigned short const* end,
+                          unsigned char*& out, unsigned char* outEnd);
+
+    /** The bytes of such units, moving `in` over them. */
+    size_t (*countGB18030)(GB18030Codes const& codes, unsigned short const*& in, unsigned short const* end);
 };
 
 /** What a set has that leaves these to the steps. */

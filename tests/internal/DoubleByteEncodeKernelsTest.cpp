@@ -1,0 +1,376 @@
+// kx7text tests - the kernels that encode multibyte sets against the plain engine: every one gives what the steps give.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "kx7/converters/Engine.h"
+#include "kx7/converters/KX7CharSetConverterDBCS.h"
+#include "kx7/converters/KX7CharSetConverterDBCSEx.h"
+#include "kx7/converters/KX7CharSetConverterEUC_CN_KR.h"
+#include "kx7/converters/KX7CharSetConverterEUC_JP.h"
+#include "kx7/converters/KX7CharSetConverterGB18030.h"
+#include "kx7/converters/Utf16.h"
+#include "kx7/kernels/Kernels.h"
+#include "tests/internal/KernelSets.h"
+#include "tests/internal/MultibyteSets.h"
+#include "tests/support/Guarded.h"
+
+using namespace kx7test;
+using kx7::InstructionSet;
+
+namespace {
+
+constexpr unsigned char CANARY = 0xA5;
+
+struct Outcome {
+    size_t consumed;
+    size_t written;
+    kx7::Stop stop;
+    unsigned int length;
+    std::string text;
+
+    bool operator==(Outcome const& o) const
+    {
+        return consumed == o.consumed && written == o.written && stop == o.stop && length == o.length && text == o.text;
+    }
+};
+
+std::string show(Outcome const& o)
+{
+    return std::to_string(o.consumed) + " used, " + std::to_string(o.written) + " written, stop " +
+           std::to_string(static_cast<int>(o.stop)) + ", length " + std::to_string(o.length);
+}
+
+/**
+ * Memory for one source and one destination, both ended by unreadable pages; texts are laid so that they end there, or
+ * begin `shift` units into the page.
+ */
+class Bench {
+public:
+    explicit Bench(KX7CharSetConverter& converter)
+        : m_converter(converter), m_engine(*kx7::engineOf(converter)), m_source(CAPACITY), m_dest(CAPACITY)
+    {
+    }
+
+    Outcome encode(std::u16string const& units, size_t room, size_t shift)
+    {
+        unsigned char* const source = place(m_source, units.size() * 2, shift == NOWHERE ? NOWHERE : shift * 2);
+        memcpy(source, units.data(), units.size() * 2);
+        auto const* const begin = reinterpret_cast<unsigned short const*>(source);
+        unsigned char* const dest = m_dest.data() + CAPACITY - room;
+        memset(dest, CANARY, room);
+        kx7::Progress const p = m_engine.encode(m_converter, begin, begin + units.size(), dest, dest + room, false);
+        expectUntouched(dest + p.written, dest + room);
+        return {p.consumed, p.written, p.stop, p.length, {reinterpret_cast<char const*>(dest), p.written}};
+    }
+
+    /** What getNumBytes says of units that end at the page. */
+    Outcome count(std::u16string const& units)
+    {
+        unsigned char* const source = place(m_source, units.size() * 2, NOWHERE);
+        memcpy(source, units.data(), units.size() * 2);
+        return {0,
+                m_converter.getNumBytes(reinterpret_cast<unsigned short const*>(source),
+                                        static_cast<unsigned int>(units.size())),
+                {},
+                0,
+                {}};
+    }
+
+    /** Zero-terminated text against the page; the terminator is the last thing that can be read. */
+    Outcome encodeText(std::u16string const& units, unsigned int room, ILLCHAR_OPTYPE op, size_t shift = NOWHERE)
+    {
+        size_t const size = units.size() * 2 + 2;
+        unsigned char* const source = place(m_source, size, shift == NOWHERE ? NOWHERE : shift * 2);
+        memcpy(source, units.c_str(), size);
+        unsigned char* const dest = m_dest.data() + CAPACITY - room - 1 - units.size();
+        memset(dest, CANARY, room + 1 + units.size());
+        bool flag = false;
+        unsigned int const n =
+            m_converter.fromUTF16(dest, reinterpret_cast<unsigned short const*>(source), room, op, &flag);
+        return {flag, n, {}, 0, {reinterpret_cast<char const*>(dest), n + 1}};
+    }
+
+    static constexpr size_t NOWHERE = SIZE_MAX;
+
+private:
+    /** Kernels write what the text has and nothing behind it. */
+    static void expectUntouched(unsigned char const* begin, unsigned char const* end)
+    {
+        EXPECT_EQ(std::find_if(begin, end, [](unsigned char c) { return c != CANARY; }), end);
+    }
+
+    static constexpr size_t CAPACITY = 1 << 16;
+
+    static unsigned char* place(Guarded<unsigned char>& memory, size_t size, size_t shift)
+    {
+        return shift == NOWHERE ? memory.data() + CAPACITY - size : memory.data() + shift;
+    }
+
+    KX7CharSetConverter& m_converter;
+    kx7::Engine const& m_engine;
+    Guarded<unsigned char> m_source;
+    Guarded<unsigned char> m_dest;
+};
+
+/** Runs `call` with every set and compares with the plain steps. */
+template <class Call>
+void expectAlike(std::string const& what, Call call)
+{
+    Outcome expected;
+    {
+        Using const plain(InstructionSet::PLAIN);
+        expected = call();
+    }
+    for (InstructionSet const set : sets()) {
+        Using const use(set);
+        Outcome const got = call();
+        ASSERT_TRUE(got == expected) << nameOf(set) << ", " << what << "\n  plain " << show(expected) << "\n  kernel "
+                                     << show(got);
+    }
+}
+
+/** A converter, and its characters by how they are written. */
+struct Subject {
+    std::string name;
+    KX7CharSetConverter* converter;
+    std::array<std::vector<std::u16string>, 5> byLength;  ///< those of so many bytes, at 0 what is not mapped
+
+    /** A character of `length` bytes, or of another length where there are none so long. */
+    std::u16string const& random(std::mt19937& random, size_t length) const
+    {
+        while (byLength[length].empty())
+            length = (length + 1) % byLength.size();
+        return byLength[length][random() % byLength[length].size()];
+    }
+};
+
+Subject subjectOf(std::string const& name, KX7CharSetConverter& converter)
+{
+    Using const plain(InstructionSet::PLAIN);
+    kx7::Engine const& engine = *kx7::engineOf(converter);
+    Subject subject{name, &converter, {}};
+    auto const add = [&](std::u16string const& units) {
+        unsigned char bytes[8];
+        auto const* const source = reinterpret_cast<unsigned short const*>(units.data());
+        kx7::Progress const p =
+            engine.encode(converter, source, source + units.size(), bytes, bytes + sizeof bytes, true);
+        subject.byLength[p.consumed == units.size() ? p.written : 0].push_back(units);
+    };
+    for (unsigned int unit = 1; unit <= 0xFFFF; ++unit)
+        add(std::u16string(1, static_cast<char16_t>(unit)));
+    for (unsigned int c = 0x10000; c <= 0x10FFFF; c += c < 0x30000 ? 7 : 0x1003)
+        add({static_cast<char16_t>(kx7::highSurrogateOf(c)), static_cast<char16_t>(kx7::lowSurrogateOf(c))});
+    return subject;
+}
+
+// Lists that the library's own sets do not have: single bytes above ASCII, codes whose low byte or both are 0 when
+// written, halves of pairs, and what GB 18030 has in ranges.
+constexpr unsigned short ODD_LIST[] = {
+    0x41, 'A',    0x42,   'b',    0x8000, 'c',    0x7F80, 0x4E00, 0x80,   0x4E01, 0x8100, 0x4E02, 0x2121, 0x4E03,
+    0xFF, 0x4E04, 0x3021, 0xD800, 0x3022, 0xDBFF, 0x3023, 0xDC00, 0x3024, 0xAC00, 0x3025, 0xD7A3, 0x80FF, 0x4E05,
+    0xA1, 0x4E06, 0xDF,   0x4E07, 0x7F81, 0x7F,   0xB1,   0x7E,   0x3026, 0xA9,   0x9030, 0x3042, 0,      0};
+constexpr unsigned short ODD_KANA[] = {0xA1, 0xFF61, 0xDF, 0xFF9F, 0x5C, 0xA5, 0, 0};
+constexpr unsigned short ODD_0212[] = {0x222F, 0x2D8, 0x6D63, 0x9FA5, 0, 0};
+constexpr sMBCSExTable ODD_EX_LIST[] = {{0x41, 0, 'A'},
+                                        {0x8140, 0, 0x4E00},
+                                        {0x8141, 0, 0xD800},
+                                        {0x8142, 0, 0xDC00},
+                                        {0x8143, 0, 0x2000B},
+                                        {0xB1, 0, 0xFF71},
+                                        {0, 0, 0}};
+
+std::vector<Subject> const& subjects()
+{
+    static unsigned char const types[256] = {};
+    static KX7CharSetConverterDBCS dbcs(ODD_LIST, types, KX7CS_WCP932);
+    static KX7CharSetConverterDBCSEx dbcsEx(ODD_EX_LIST, types, KX7CS_SJIS0213);
+    static KX7CharSetConverterEUC_CN_KR euc(ODD_LIST, KX7CS_EUC_KR);
+    static KX7CharSetConverterEUC_JP eucJp(ODD_LIST, ODD_KANA, ODD_0212, KX7CS_EUC_JP);
+    static KX7CharSetConverterGB18030 gb(ODD_LIST, KX7CS_GB18030);
+    static KX7CharSetConverterGB18030 gbWithoutList("", KX7CS_GB18030);
+    static std::vector<Subject> const all = [] {
+        std::vector<Subject> found;
+        for (MultibyteSet const& set : multibyteSets())
+            if (!set.isWide && &set.converter != &g_oConverterUTF16Esc)
+                found.push_back(subjectOf(set.name, set.converter));
+        found.push_back(subjectOf("an odd double-byte list", dbcs));
+        found.push_back(subjectOf("an odd extended list", dbcsEx));
+        found.push_back(subjectOf("an odd EUC list", euc));
+        found.push_back(subjectOf("odd EUC-JP lists", eucJp));
+        found.push_back(subjectOf("an odd GBK list", gb));
+        found.push_back(subjectOf("GB 18030 without a list", gbWithoutList));
+        return found;
+    }();
+    return all;
+}
+
+/** How many characters of no, one, two, three, four bytes, of 100. */
+unsigned int const MIXES[][5] = {{0, 100, 0, 0, 0}, {0, 0, 100, 0, 0},   {0, 15, 85, 0, 0},   {0, 70, 30, 0, 0},
+                                 {0, 0, 0, 0, 100}, {0, 15, 0, 0, 85},   {0, 60, 5, 5, 30},   {0, 25, 25, 25, 25},
+                                 {2, 20, 78, 0, 0}, {2, 30, 30, 10, 28}, {20, 20, 20, 20, 20}};
+
+std::u16string randomText(Subject const& subject, std::mt19937& random, size_t units, unsigned int const (&mix)[5])
+{
+    std::discrete_distribution<size_t> length(std::begin(mix), std::end(mix));
+    std::u16string text;
+    while (text.size() < units)
+        text += subject.random(random, length(random));
+    return text;
+}
+
+TEST(DoubleByteEncodeKernels, EveryLengthAtEveryAlignment)
+{
+    std::mt19937 random(21);
+    for (Subject const& subject : subjects()) {
+        Bench bench(*subject.converter);
+        for (size_t length = 0; length <= 300; ++length) {
+            std::u16string const units = randomText(subject, random, length, MIXES[length % 8]).substr(0, length);
+            std::string const what = subject.name + ", " + std::to_string(length) + " units";
+            for (size_t shift = 0; shift <= 64; ++shift)
+                expectAlike(what + " at " + std::to_string(shift), [&] {
+                    return bench.encode(units, units.size() * 4, shift == 64 ? Bench::NOWHERE : shift);
+                });
+            expectAlike(what + " counted", [&] { return bench.count(units); });
+            if (HasFatalFailure())
+                return;
+        }
+    }
+}
+
+TEST(DoubleByteEncodeKernels, EveryPatternAtEveryPositionOfABlockEdge)
+{
+    char16_t const units[] = {0,      u'A',   u'\\',  0x7E,   0x7F,   0x80,   0xA5,   0xE9,   0x3042, 0x4E00,
+                              0xAC00, 0xFF71, 0xD7FF, 0xD800, 0xDBFF, 0xDC00, 0xDFFF, 0xE7C8, 0xFFFF};
+    for (Subject const& subject : subjects()) {
+        Bench bench(*subject.converter);
+        for (size_t length = 1; length <= 4; ++length) {
+            if (subject.byLength[length].empty())
+                continue;
+            std::u16string const& filler = subject.byLength[length][subject.byLength[length].size() / 2];
+            for (size_t const position : {0, 1, 6, 7, 8, 9, 14, 15, 16, 17, 29, 30, 31, 32, 33, 62, 63, 64}) {
+                std::u16string front;
+                while (front.size() + filler.size() <= position)
+                    front += filler;
+                front.append(position - front.size(), u'A');
+                std::u16string back;
+                while (back.size() < 70)
+                    back += filler;
+                for (char16_t const a : units)
+                    for (char16_t const b : units) {
+                        std::u16string const text = front + a + b + back;
+                        expectAlike(subject.name + ", a pattern at " + std::to_string(position),
+                                    [&] { return bench.encode(text, text.size() * 4, Bench::NOWHERE); });
+                        expectAlike(subject.name + ", a pattern counted", [&] { return bench.count(text); });
+                    }
+                if (HasFatalFailure())
+                    return;
+            }
+        }
+    }
+}
+
+TEST(DoubleByteEncodeKernels, BrokenText)
+{
+    std::mt19937 random(22);
+    for (Subject const& subject : subjects()) {
+        Bench bench(*subject.converter);
+        for (auto const& mix : MIXES) {
+            for (unsigned int const brokenInAThousand : {0U, 1U, 10U, 100U}) {
+                std::u16string units = randomText(subject, random, 3000 + random() % 2000, mix);
+                for (char16_t& unit : units)
+                    if (random() % 1000 < brokenInAThousand)
+                        unit = static_cast<char16_t>(1 + random() % 0xFFFF);
+                auto const room = static_cast<unsigned int>(units.size() * 6);
+                for (ILLCHAR_OPTYPE const op : {ILLCHAR_STOP, ILLCHAR_REPLACE, ILLCHAR_ESCAPE})
+                    expectAlike(subject.name + ", broken", [&] { return bench.encodeText(units, room, op); });
+                expectAlike(subject.name + ", broken and counted", [&] { return bench.count(units); });
+                if (HasFatalFailure())
+                    return;
+            }
+        }
+    }
+}
+
+TEST(DoubleByteEncodeKernels, EveryRoomAroundABlockEdge)
+{
+    std::mt19937 random(23);
+    for (Subject const& subject : subjects()) {
+        Bench bench(*subject.converter);
+        for (auto const& mix : MIXES) {
+            std::u16string const units = randomText(subject, random, 130, mix);
+            for (size_t room = 0; room <= 300; ++room) {
+                std::string const what = subject.name + ", room " + std::to_string(room);
+                expectAlike(what, [&] { return bench.encode(units, room, Bench::NOWHERE); });
+                for (ILLCHAR_OPTYPE const op : {ILLCHAR_STOP, ILLCHAR_REPLACE, ILLCHAR_ESCAPE})
+                    expectAlike(what, [&] { return bench.encodeText(units, static_cast<unsigned int>(room), op); });
+                if (HasFatalFailure())
+                    return;
+            }
+        }
+    }
+}
+
+TEST(DoubleByteEncodeKernels, NothingIsWrittenBehindTheTextWhateverTheRoom)
+{
+    std::mt19937 random(24);
+    for (Subject const& subject : subjects()) {
+        for (InstructionSet const set : sets()) {
+            Using const use(set);
+            for (auto const& mix : MIXES) {
+                for (size_t length = 0; length <= 300; length += 1 + length / 16) {
+                    std::u16string const units = randomText(subject, random, length, mix);
+                    auto const* const source = reinterpret_cast<unsigned short const*>(units.c_str());
+                    std::vector<unsigned char> bytes(units.size() * 4 + 1);
+                    unsigned int const n = subject.converter->fromUTF16(
+                        bytes.data(), source, static_cast<unsigned int>(bytes.size() - 1), ILLCHAR_REPLACE, nullptr);
+                    Guarded<unsigned char> exact(n + 1);
+                    EXPECT_EQ(subject.converter->fromUTF16(exact.data(), source, 0xFFFFFFFE, ILLCHAR_REPLACE, nullptr),
+                              n);
+                }
+            }
+        }
+    }
+}
+
+TEST(DoubleByteEncodeKernels, EveryCharacter)
+{
+    for (Subject const& subject : subjects()) {
+        std::vector<std::u16string> texts(1);
+        for (auto const& characters : subject.byLength)
+            for (std::u16string const& character : characters) {
+                if (texts.back().size() > 4000)
+                    texts.emplace_back();
+                texts.back() += character;
+            }
+        Bench bench(*subject.converter);
+        for (std::u16string const& text : texts) {
+            auto const room = static_cast<unsigned int>(text.size() * 4);
+            expectAlike(subject.name, [&] { return bench.encodeText(text, room, ILLCHAR_REPLACE); });
+            expectAlike(subject.name, [&] { return bench.count(text); });
+            if (HasFatalFailure())
+                return;
+        }
+    }
+}
+
+TEST(DoubleByteEncodeKernels, EverySupplementaryCharacterOfGB18030)
+{
+    Bench bench(g_oConverterGB18030);
+    for (unsigned int first = 0x10000; first <= 0x10FFFF; first += 0x1000) {
+        std::u16string text;
+        for (unsigned int c = first; c < first + 0x1000; ++c) {
+            text += static_cast<char16_t>(kx7::highSurrogateOf(c));
+            text += static_cast<char16_t>(kx7::lowSurrogateOf(c));
+        }
+        expectAlike(std::to_string(first), [&] { return bench.encode(text, 0x4000, Bench::NOWHERE); });
+        if (HasFatalFailure())
+            return;
+    }
+}
+
+}  // namespace
