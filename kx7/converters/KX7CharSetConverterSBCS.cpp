@@ -1,22 +1,37 @@
 // kx7text - single-byte character sets: a table of 256 units one way, a sparse table of bytes the other.
 #include "kx7/converters/KX7CharSetConverterSBCS.h"
 
-#include <memory>
+#include <new>
 
 #include "kx7/converters/EngineOf.h"
 #include "kx7/converters/LoadLock.h"
-#include "kx7/converters/LookupTables.h"
 #include "kx7/kernels/Kernels.h"
+#include "kx7/kernels/ShortText.h"
+#include "kx7/kernels/SingleByte.h"
+
+namespace {
+
+kx7::SingleByteTables const& emptyTables()
+{
+    static kx7::SingleByteTables const empty;
+    return empty;
+}
+
+}  // namespace
 
 struct KX7CharSetConverterSBCS::Decoder : kx7::DecoderBase {
-    explicit Decoder(unsigned short const* toUnicode) : m_toUnicode(toUnicode) {}
+    explicit Decoder(kx7::SingleByteTables const& tables) : m_tables(tables) {}
 
     void run(unsigned char const*& in, unsigned char const* end, unsigned short*& out, unsigned short* outEnd) const
     {
-        if (end - in >= kx7::KERNEL_MINIMUM)
-            kx7::kernels().decodeSingleByte(m_toUnicode, in, end, out, outEnd);
+        if (m_tables.isLatin1)
+            kx7::copyShort<kx7::Same::LATIN1>(in, end, out, outEnd);
+        else if (m_tables.decodesASCII)
+            kx7::copyShort<kx7::Same::ASCII>(in, end, out, outEnd);
+        if (end - in >= kx7::SHORT_KERNEL_MINIMUM)
+            kx7::kernels().decodeSingleByte(m_tables, in, end, out, outEnd);
         while (in != end && out != outEnd) {
-            unsigned short const unit = m_toUnicode[*in];
+            unsigned short const unit = m_tables.toUnicode[*in];
             if (unit == 0)
                 break;
             *out++ = unit;
@@ -26,25 +41,29 @@ struct KX7CharSetConverterSBCS::Decoder : kx7::DecoderBase {
 
     kx7::DecodedChar step(unsigned char const* p, unsigned char const* /*end*/) const
     {
-        unsigned int const unit = m_toUnicode[*p];
+        unsigned int const unit = m_tables.toUnicode[*p];
         if (unit == 0 && *p != 0)
             return kx7::DecodedChar::illegal(1, kx7::LimitCheck::CHECK);
         return kx7::DecodedChar::one(unit, 1);
     }
 
 private:
-    unsigned short const* m_toUnicode;
+    kx7::SingleByteTables const& m_tables;
 };
 
 struct KX7CharSetConverterSBCS::Encoder : kx7::EncoderBase {
-    explicit Encoder(LookupTable<unsigned char> const& fromUnicode) : m_fromUnicode(fromUnicode) {}
+    explicit Encoder(kx7::SingleByteTables const& tables) : m_tables(tables) {}
 
     void run(unsigned short const*& in, unsigned short const* end, unsigned char*& out, unsigned char* outEnd) const
     {
-        if (end - in >= kx7::KERNEL_MINIMUM)
-            kx7::kernels().encodeSingleByte(m_fromUnicode, in, end, out, outEnd);
+        if (m_tables.isLatin1)
+            kx7::copyShort<kx7::Same::LATIN1>(in, end, out, outEnd);
+        else if (m_tables.encodesASCII)
+            kx7::copyShort<kx7::Same::ASCII>(in, end, out, outEnd);
+        if (end - in >= kx7::SHORT_KERNEL_MINIMUM)
+            kx7::kernels().encodeSingleByte(m_tables, in, end, out, outEnd);
         while (in != end && out != outEnd) {
-            unsigned char const byte = m_fromUnicode.get(*in);
+            unsigned char const byte = m_tables.get(*in);
             if (byte == 0)
                 break;
             *out++ = byte;
@@ -54,14 +73,14 @@ struct KX7CharSetConverterSBCS::Encoder : kx7::EncoderBase {
 
     kx7::EncodedChar step(unsigned short const* p, unsigned short const* /*end*/) const
     {
-        unsigned int const byte = m_fromUnicode.get(*p);
+        unsigned int const byte = m_tables.get(*p);
         if (byte == 0 && *p != 0)
             return kx7::EncodedChar::unmappable(1);
         return {byte, 1, 1, kx7::Found::CHARACTER};
     }
 
 private:
-    LookupTable<unsigned char> const& m_fromUnicode;
+    kx7::SingleByteTables const& m_tables;
 };
 
 template struct kx7::EngineOf<KX7CharSetConverterSBCS>;
@@ -80,48 +99,41 @@ KX7CharSetConverterSBCS::KX7CharSetConverterSBCS(char const* name, KX7CharSet ch
 
 KX7CharSetConverterSBCS::~KX7CharSetConverterSBCS()
 {
-    delete[] m_pToUnicode.load(std::memory_order_relaxed);
-    delete m_pFromUnicode;
+    delete static_cast<kx7::SingleByteTables*>(m_pFromUnicode);
     pthread_mutex_destroy(&m_oLoadMutex);
 }
 
 void KX7CharSetConverterSBCS::load()
 {
     kx7::LoadLock const lock(m_oLoadMutex);
-    if (loaded() || !m_pMap)
+    if (m_pFromUnicode || !m_pMap)
         return;
     // Without memory the converter stays unloaded, its codes unmapped, and the next conversion tries again.
-    std::unique_ptr<unsigned short[]> toUnicode(new (std::nothrow) unsigned short[256]());
-    std::unique_ptr<LookupTable<unsigned char>> fromUnicode(new (std::nothrow) LookupTable<unsigned char>);
-    if (!toUnicode || !fromUnicode)
+    auto* const tables = new (std::nothrow) kx7::SingleByteTables(m_pMap);
+    if (!tables)
         return;
-    for (unsigned short const* pair = m_pMap; pair[0] != 0 || pair[1] != 0; pair += 2) {
-        auto const byte = static_cast<unsigned char>(pair[0]);
-        toUnicode[byte] = pair[1];
-        fromUnicode->put(pair[1], byte);
+    m_pFromUnicode = tables;
+    m_pToUnicode.store(tables->toUnicode, std::memory_order_release);
+}
+
+inline kx7::SingleByteTables const& KX7CharSetConverterSBCS::tables()
+{
+    bool isLoaded = m_pToUnicode.load(std::memory_order_acquire) != nullptr;
+    if (!isLoaded) {
+        load();
+        isLoaded = m_pToUnicode.load(std::memory_order_acquire) != nullptr;
     }
-    m_pFromUnicode = fromUnicode.release();
-    m_pToUnicode.store(toUnicode.release(), std::memory_order_release);
+    return isLoaded ? static_cast<kx7::SingleByteTables const&>(*m_pFromUnicode) : emptyTables();
 }
 
-bool KX7CharSetConverterSBCS::loaded()
+inline KX7CharSetConverterSBCS::Decoder KX7CharSetConverterSBCS::decoder()
 {
-    return m_pToUnicode.load(std::memory_order_acquire) != nullptr;
+    return Decoder(tables());
 }
 
-KX7CharSetConverterSBCS::Decoder KX7CharSetConverterSBCS::decoder()
+inline KX7CharSetConverterSBCS::Encoder KX7CharSetConverterSBCS::encoder()
 {
-    if (!loaded())
-        load();
-    unsigned short const* const toUnicode = m_pToUnicode.load(std::memory_order_acquire);
-    return Decoder(toUnicode ? toUnicode : LookupTable<unsigned short>::m_gNullTable);
-}
-
-KX7CharSetConverterSBCS::Encoder KX7CharSetConverterSBCS::encoder()
-{
-    if (!loaded())
-        load();
-    return Encoder(kx7::tableOrEmpty(loaded() ? m_pFromUnicode : nullptr));
+    return Encoder(tables());
 }
 
 unsigned int KX7CharSetConverterSBCS::getNumUnits(void const* source, unsigned int byteCount)
@@ -131,9 +143,9 @@ unsigned int KX7CharSetConverterSBCS::getNumUnits(void const* source, unsigned i
     return static_cast<unsigned int>(kx7::terminatedLength(source, byteCount));
 }
 
-unsigned int KX7CharSetConverterSBCS::toUTF16Within(unsigned short* dest, kx7::ByteText const& source,
-                                                    unsigned int room, ILLCHAR_OPTYPE op, bool* illegal,
-                                                    int sourceLimit)
+inline unsigned int KX7CharSetConverterSBCS::toUTF16Within(unsigned short* dest, kx7::ByteText const& source,
+                                                           unsigned int room, ILLCHAR_OPTYPE op, bool* illegal,
+                                                           int sourceLimit)
 {
     if (illegal)
         *illegal = false;

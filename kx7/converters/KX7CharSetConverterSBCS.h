@@ -9,6 +9,10 @@
 #include "kx7/converters/KX7CharSetConverter.h"
 #include "kx7/converters/LookupTable.h"
 
+namespace kx7 {
+struct SingleByteTables;
+}  // namespace kx7
+
 /**
  * Converter for a character set whose every byte is one UTF-16 code unit (Windows 125x and 874, ISO 8859, KOI8-R).
  * One object serves one character set. It is created empty and builds its two tables from a mapping list on the
@@ -60,14 +64,14 @@ private:
     struct Encoder;
     KX7_LOCAL Decoder decoder();
     KX7_LOCAL Encoder encoder();
-    KX7_LOCAL bool loaded();
+    KX7_LOCAL kx7::SingleByteTables const& tables();
     KX7_LOCAL unsigned int toUTF16Within(unsigned short* dest, kx7::ByteText const& source, unsigned int room,
                                          ILLCHAR_OPTYPE op, bool* illegal, int sourceLimit);
 
 protected:
     char const* m_pszName;                       ///< of a converter without a list; null otherwise
-    std::atomic<unsigned short*> m_pToUnicode;   ///< byte to unit, 256 entries; published last
-    LookupTable<unsigned char>* m_pFromUnicode;  ///< unit to byte
+    std::atomic<unsigned short*> m_pToUnicode;   ///< byte to unit, 256 entries of the object below; published last
+    LookupTable<unsigned char>* m_pFromUnicode;  ///< unit to byte; a kx7::SingleByteTables
     unsigned short const* m_pMap;                ///< the mapping list, or null
     pthread_mutex_t m_oLoadMutex;                ///< held while the tables are built
 };

@@ -4,6 +4,7 @@
 
 #include "kx7/converters/EngineOf.h"
 #include "kx7/kernels/Kernels.h"
+#include "kx7/kernels/ShortText.h"
 
 namespace {
 
@@ -80,7 +81,8 @@ struct StrictDecoder : kx7::DecoderBase {
 struct KX7CharSetConverterUTF8::Decoder : kx7::DecoderBase {
     static void run(unsigned char const*& in, unsigned char const* end, unsigned short*& out, unsigned short* outEnd)
     {
-        if (end - in >= kx7::KERNEL_MINIMUM)
+        kx7::copyShort<kx7::Same::ASCII>(in, end, out, outEnd);
+        if (end - in >= kx7::SHORT_KERNEL_MINIMUM)
             kx7::kernels().decodeUTF8(in, end, out, outEnd);
         copyASCII(in, end, out, outEnd);
     }
@@ -108,7 +110,8 @@ struct KX7CharSetConverterUTF8::Decoder : kx7::DecoderBase {
 struct KX7CharSetConverterUTF8::Encoder : kx7::EncoderBase {
     static void run(unsigned short const*& in, unsigned short const* end, unsigned char*& out, unsigned char* outEnd)
     {
-        if (end - in >= kx7::KERNEL_MINIMUM)
+        kx7::copyShort<kx7::Same::ASCII>(in, end, out, outEnd);
+        if (end - in >= kx7::SHORT_KERNEL_MINIMUM)
             kx7::kernels().encodeUTF8(in, end, out, outEnd);
         while (in != end && out != outEnd && *in < 0x80)
             *out++ = static_cast<unsigned char>(*in++);
@@ -168,12 +171,12 @@ KX7CharSetConverterUTF8::KX7CharSetConverterUTF8(KX7CharSet charSet) : KX7CharSe
 
 KX7CharSetConverterUTF8::~KX7CharSetConverterUTF8() = default;
 
-KX7CharSetConverterUTF8::Decoder KX7CharSetConverterUTF8::decoder()
+inline KX7CharSetConverterUTF8::Decoder KX7CharSetConverterUTF8::decoder()
 {
     return {};
 }
 
-KX7CharSetConverterUTF8::Encoder KX7CharSetConverterUTF8::encoder()
+inline KX7CharSetConverterUTF8::Encoder KX7CharSetConverterUTF8::encoder()
 {
     return {};
 }
@@ -207,8 +210,9 @@ unsigned int KX7CharSetConverterUTF8::getNumUnits(void const* source, unsigned i
     return count;
 }
 
-unsigned int KX7CharSetConverterUTF8::toUTF16Within(unsigned short* dest, kx7::ByteText const& source,
-                                                    unsigned int room, ILLCHAR_OPTYPE, bool* illegal, int sourceLimit)
+inline unsigned int KX7CharSetConverterUTF8::toUTF16Within(unsigned short* dest, kx7::ByteText const& source,
+                                                           unsigned int room, ILLCHAR_OPTYPE, bool* illegal,
+                                                           int sourceLimit)
 {
     if (illegal)
         *illegal = false;

@@ -14,6 +14,10 @@
 #include "kx7/converters/Utf16.h"
 #include "kx7/kernels/Kernels.h"
 
+// A call and its result cost as much as a short text.
+#define KX7_INLINE __attribute__((always_inline)) inline
+#define KX7_NOINLINE __attribute__((noinline))
+
 namespace kx7 {
 
 /** Whether the source limit may end the conversion after a character. */
@@ -188,11 +192,12 @@ inline unsigned short* appendUTF16(unsigned short* out, DecodedChar const& c)
 
 /**
  * Decodes a range up to the first thing that needs a decision.
- * @param last no more source follows: a character that the range cuts off is not SOURCE_CUT but what it amounts to
+ * @param last    no more source follows: a character that the range cuts off is not SOURCE_CUT but what it amounts to
+ * @param hasRun  the decoder's run has just come to `source`
  */
 template <class Decoder>
-Progress decodeRange(Decoder const& decoder, unsigned char const* source, unsigned char const* sourceEnd,
-                     unsigned short* dest, unsigned short* destEnd, bool last)
+KX7_INLINE Progress decodeRange(Decoder const& decoder, unsigned char const* source, unsigned char const* sourceEnd,
+                                unsigned short* dest, unsigned short* destEnd, bool last, bool hasRun = false)
 {
     unsigned char const* in = source;
     unsigned short* out = dest;
@@ -200,7 +205,9 @@ Progress decodeRange(Decoder const& decoder, unsigned char const* source, unsign
         return Progress{static_cast<size_t>(in - source), static_cast<size_t>(out - dest), stop, length};
     };
     for (;;) {
-        decoder.run(in, sourceEnd, out, destEnd);
+        if (!hasRun)
+            decoder.run(in, sourceEnd, out, destEnd);
+        hasRun = false;
         if (in == sourceEnd)
             return stopped(Stop::SOURCE_USED);
         if (out == destEnd)
@@ -224,11 +231,12 @@ Progress decodeRange(Decoder const& decoder, unsigned char const* source, unsign
 
 /**
  * Encodes a range up to the first thing that needs a decision.
- * @param last no more source follows: a character that the range cuts off is not SOURCE_CUT but what it amounts to
+ * @param last    no more source follows: a character that the range cuts off is not SOURCE_CUT but what it amounts to
+ * @param hasRun  the encoder's run has just come to `source`
  */
 template <class Encoder>
-Progress encodeRange(Encoder const& encoder, unsigned short const* source, unsigned short const* sourceEnd,
-                     unsigned char* dest, unsigned char* destEnd, bool last)
+KX7_INLINE Progress encodeRange(Encoder const& encoder, unsigned short const* source, unsigned short const* sourceEnd,
+                                unsigned char* dest, unsigned char* destEnd, bool last, bool hasRun = false)
 {
     unsigned short const* in = source;
     unsigned char* out = dest;
@@ -236,7 +244,9 @@ Progress encodeRange(Encoder const& encoder, unsigned short const* source, unsig
         return Progress{static_cast<size_t>(in - source), static_cast<size_t>(out - dest), stop, length};
     };
     for (;;) {
-        encoder.run(in, sourceEnd, out, destEnd);
+        if (!hasRun)
+            encoder.run(in, sourceEnd, out, destEnd);
+        hasRun = false;
         if (in == sourceEnd)
             return stopped(Stop::SOURCE_USED);
         if (out == destEnd)
@@ -258,35 +268,46 @@ Progress encodeRange(Encoder const& encoder, unsigned short const* source, unsig
     }
 }
 
-/**
- * Decodes text: the published rules but for the terminator, which the caller writes.
- * @param illegal   may be null; set, not cleared
- * @param byteLimit bytes to consume before the conversion ends behind a character, or NO_LIMIT
- */
+/** What decodeText did before it went on in decodeTextOn. */
+struct DecodeFront {
+    unsigned char const* in;   ///< converted up to here
+    unsigned char const* end;  ///< known to be text up to here
+    unsigned short* out;
+    bool ended;  ///< the terminator stands at `end`
+};
+
+/** The walk of decodeText, from where that came to. */
 template <class Decoder>
-TextProgress decodeText(Decoder const& decoder, ByteText const& source, unsigned short* dest, unsigned int room,
-                        ILLCHAR_OPTYPE op, bool* illegal, size_t byteLimit)
+KX7_NOINLINE TextProgress decodeTextOn(Decoder const& decoder, ByteText const& source, DecodeFront const& front,
+                                       unsigned short* dest, unsigned short* outEnd, ILLCHAR_OPTYPE op, bool* illegal,
+                                       size_t byteLimit)
 {
-    unsigned char const* in = source.begin;
+    unsigned char const* in = front.in;
     unsigned char const* const last = source.end ? source.end : endOf(in, SIZE_MAX);
     bool const limited = byteLimit != NO_LIMIT;
     unsigned char const* const limitEnd = limited ? endOf(in, byteLimit) : last;
-    unsigned char const* end = in;  // what is known to be text
-    unsigned short* out = dest;
-    unsigned short* const outEnd = endOf(dest, room);
+    unsigned char const* end = front.end;  // what is known to be text
+    bool ended = front.ended;              // and is all of it
+    bool hasRun = in != end;
+    unsigned short* out = front.out;
     bool full = false;
 
     while (out != outEnd) {
         if (in == end) {
+            if (ended)
+                break;
             // Not further than the room reaches or the limit: a caller whose bytes end there needs no terminator.
             size_t const untilLimit = in < limitEnd ? static_cast<size_t>(limitEnd - in) : 1;
             size_t const most = std::min({PIECE, decoder.fewestBytes(static_cast<size_t>(outEnd - out)),
                                           static_cast<size_t>(last - in), untilLimit});
-            end += decoder.textLength(in, most);
-            if (in == end)
+            size_t const length = decoder.textLength(in, most);
+            if (length == 0)
                 break;
+            end += length;
+            ended = length < most;
         }
-        Progress const run = decodeRange(decoder, in, end, out, outEnd, false);
+        Progress const run = decodeRange(decoder, in, end, out, outEnd, false, hasRun);
+        hasRun = false;
         in += run.consumed;
         out += run.written;
         if (run.stop == Stop::DESTINATION_FULL) {
@@ -330,6 +351,30 @@ TextProgress decodeText(Decoder const& decoder, ByteText const& source, unsigned
     return {static_cast<size_t>(in - source.begin), static_cast<size_t>(out - dest), full || out == outEnd, false};
 }
 
+/**
+ * Decodes text: the published rules but for the terminator, which the caller writes.
+ * @param illegal   may be null; set, not cleared
+ * @param byteLimit bytes to consume before the conversion ends behind a character, or NO_LIMIT
+ */
+template <class Decoder>
+KX7_INLINE TextProgress decodeText(Decoder const& decoder, ByteText const& source, unsigned short* dest,
+                                   unsigned int room, ILLCHAR_OPTYPE op, bool* illegal, size_t byteLimit)
+{
+    // Most texts are short and one run: the rest, which has much to remember, is a function of its own.
+    DecodeFront front = {source.begin, source.begin, dest, false};
+    unsigned short* const outEnd = endOf(dest, room);
+    if (!source.end && byteLimit == NO_LIMIT) {
+        size_t const most = decoder.fewestBytes(std::min(size_t{room}, PIECE));
+        size_t const length = decoder.textLength(front.in, most);
+        front.end += length;
+        front.ended = length < most;
+        decoder.run(front.in, front.end, front.out, outEnd);
+        if (front.ended && front.in == front.end)
+            return {length, static_cast<size_t>(front.out - dest), front.out == outEnd, false};
+    }
+    return decodeTextOn(decoder, source, front, dest, outEnd, op, illegal, byteLimit);
+}
+
 /** What an encoder that takes less from the room for an escape than it writes may do. */
 enum class EscapeRoom : unsigned char {
     AS_PUBLISHED,  ///< write behind the room
@@ -342,31 +387,43 @@ struct EncodeEnds {
     bool last;  ///< no more source follows; else a character that the end cuts off is left to the caller
 };
 
-/**
- * Encodes text: the published rules but for the terminator, which the caller writes.
- * @param illegal may be null; set, not cleared
- */
+/** What encodeText did before it went on in encodeTextOn. */
+struct EncodeFront {
+    unsigned short const* in;   ///< converted up to here
+    unsigned short const* end;  ///< known to be text up to here
+    unsigned char* out;
+    bool ended;  ///< the terminator stands at `end`
+};
+
+/** The walk of encodeText, from where that came to. */
 template <class Encoder>
-TextProgress encodeText(Encoder const& encoder, UnitText const& source, unsigned char* dest, unsigned int room,
-                        ILLCHAR_OPTYPE op, bool* illegal, EncodeEnds ends = {EscapeRoom::AS_PUBLISHED, true})
+KX7_NOINLINE TextProgress encodeTextOn(Encoder const& encoder, UnitText const& source, EncodeFront const& front,
+                                       unsigned char* dest, unsigned char* const roomEnd, ILLCHAR_OPTYPE op,
+                                       bool* illegal, EncodeEnds ends)
 {
-    unsigned short const* in = source.begin;
+    unsigned short const* in = front.in;
     unsigned short const* const last = source.end ? source.end : endOf(in, SIZE_MAX);
-    unsigned short const* end = in;  // what is known to be text
-    unsigned char* out = dest;
-    unsigned char* outEnd = endOf(dest, room);
-    unsigned char* const roomEnd = outEnd;
+    unsigned short const* end = front.end;  // what is known to be text
+    bool ended = front.ended;               // and is all of it
+    bool hasRun = in != end;
+    unsigned char* out = front.out;
+    unsigned char* outEnd = roomEnd;
     bool full = false;
     bool cut = false;
 
     while (out < outEnd) {
         if (in == end) {
-            size_t const most = std::min({PIECE, static_cast<size_t>(outEnd - out), static_cast<size_t>(last - in)});
-            end += unitLength(in, most);
-            if (in == end)
+            if (ended)
                 break;
+            size_t const most = std::min({PIECE, static_cast<size_t>(outEnd - out), static_cast<size_t>(last - in)});
+            size_t const length = unitLength(in, most);
+            if (length == 0)
+                break;
+            end += length;
+            ended = length < most;
         }
-        Progress const run = encodeRange(encoder, in, end, out, outEnd, false);
+        Progress const run = encodeRange(encoder, in, end, out, outEnd, false, hasRun);
+        hasRun = false;
         in += run.consumed;
         out += run.written;
         if (run.stop == Stop::DESTINATION_FULL) {
@@ -417,6 +474,30 @@ TextProgress encodeText(Encoder const& encoder, UnitText const& source, unsigned
             break;
     }
     return {static_cast<size_t>(in - source.begin), static_cast<size_t>(out - dest), full || out >= outEnd, cut};
+}
+
+/**
+ * Encodes text: the published rules but for the terminator, which the caller writes.
+ * @param illegal may be null; set, not cleared
+ */
+template <class Encoder>
+KX7_INLINE TextProgress encodeText(Encoder const& encoder, UnitText const& source, unsigned char* dest,
+                                   unsigned int room, ILLCHAR_OPTYPE op, bool* illegal,
+                                   EncodeEnds ends = {EscapeRoom::AS_PUBLISHED, true})
+{
+    // As in decodeText.
+    EncodeFront front = {source.begin, source.begin, dest, false};
+    unsigned char* const outEnd = endOf(dest, room);
+    if (!source.end) {
+        size_t const most = std::min(size_t{room}, PIECE);
+        size_t const length = unitLength(front.in, most);
+        front.end += length;
+        front.ended = length < most;
+        encoder.run(front.in, front.end, front.out, outEnd);
+        if (front.ended && front.in == front.end)
+            return {length, static_cast<size_t>(front.out - dest), front.out == outEnd, false};
+    }
+    return encodeTextOn(encoder, source, front, dest, outEnd, op, illegal, ends);
 }
 
 /** Bytes of text up to its zero byte, at most `byteCount` unless that is UNTIL_TERMINATOR. */

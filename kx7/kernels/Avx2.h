@@ -20,8 +20,10 @@ void encodeUTF8Avx2(unsigned short const*& in, unsigned short const* end, unsign
 size_t wellFormedUTF8Avx2(unsigned char const* in, unsigned char const* end);
 size_t countUTF8Avx2(unsigned char const*& in, unsigned char const* end);
 size_t countAsUTF8Avx2(unsigned short const*& in, unsigned short const* end);
-void decodeSingleByteAvx2(unsigned short const* toUnicode, unsigned char const*& in, unsigned char const* end,
+void decodeSingleByteAvx2(SingleByteTables const& tables, unsigned char const*& in, unsigned char const* end,
                           unsigned short*& out, unsigned short* outEnd);
+void encodeSingleByteAvx2(SingleByteTables const& tables, unsigned short const*& in, unsigned short const* end,
+                          unsigned char*& out, unsigned char* outEnd);
 void decodePairsAvx2(PairUnits const& pairs, unsigned char const*& in, unsigned char const* end, unsigned short*& out,
                      unsigned short* outEnd);
 void encodeDoubleByteAvx2(unsigned short const* codes, unsigned short const*& in, unsigned short const* end,

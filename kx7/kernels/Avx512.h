@@ -50,10 +50,10 @@ void encodeUTF8Avx512(unsigned short const*& in, unsigned short const* end, unsi
 size_t wellFormedUTF8Avx512(unsigned char const* in, unsigned char const* end);
 size_t countUTF8Avx512(unsigned char const*& in, unsigned char const* end);
 size_t countAsUTF8Avx512(unsigned short const*& in, unsigned short const* end);
-void decodeSingleByteAvx512(unsigned short const* toUnicode, unsigned char const*& in, unsigned char const* end,
+void decodeSingleByteAvx512(SingleByteTables const& tables, unsigned char const*& in, unsigned char const* end,
                             unsigned short*& out, unsigned short* outEnd);
-void encodeSingleByteAvx512(LookupTable<unsigned char> const& fromUnicode, unsigned short const*& in,
-                            unsigned short const* end, unsigned char*& out, unsigned char* outEnd);
+void encodeSingleByteAvx512(SingleByteTables const& tables, unsigned short const*& in, unsigned short const* end,
+                            unsigned char*& out, unsigned char* outEnd);
 void decodePairsAvx512(PairUnits const& pairs, unsigned char const*& in, unsigned char const* end, unsigned short*& out,
                        unsigned short* outEnd);
 void decodeFourBytesAvx512(PairUnits const& pairs, FourByteRun const& run, unsigned char const*& in,

@@ -1,11 +1,13 @@
 // kx7text - kernels for any machine: plain loops, with blocks of ASCII where the machine has SSE2.
 //
 // ASCII is found by the sign bits of 16 bytes, or by the high nine bits of 8 units, and widened or narrowed at once.
+// The loops behind that are those of the steps without what the steps have to decide.
 #include "kx7/kernels/Kernels.h"
 
 #include <algorithm>
 #include <cstdint>
 
+#include "kx7/converters/Utf16.h"
 #include "kx7/kernels/DoubleByteEncode.h"
 
 #ifdef KX7_X86_KERNELS
@@ -114,9 +116,16 @@ KX7_SSE2 KX7_READS_BEYOND size_t unitMatch(unsigned short const* a, unsigned sho
 #endif
 }
 
-KX7_SSE2 void decodeUTF8(unsigned char const*& in, unsigned char const* end, unsigned short*& out,
+constexpr bool isContinuation(unsigned char byte)
+{
+    return (byte & 0xC0) == 0x80;
+}
+
+KX7_SSE2 void decodeUTF8(unsigned char const*& inOut, unsigned char const* end, unsigned short*& outOut,
                          unsigned short* outEnd)
 {
+    unsigned char const* in = inOut;
+    unsigned short* out = outOut;
 #ifdef KX7_X86_KERNELS
     while (end - in >= 16 && outEnd - out >= 16) {
         __m128i const bytes = _mm_loadu_si128(reinterpret_cast<__m128i const*>(in));
@@ -128,14 +137,49 @@ KX7_SSE2 void decodeUTF8(unsigned char const*& in, unsigned char const* end, uns
         in += 16;
         out += 16;
     }
-#else
-    (void)in, (void)end, (void)out, (void)outEnd;
 #endif
+    while (in != end && outEnd - out >= 2) {
+        unsigned int const lead = in[0];
+        if (lead < 0x80) {
+            *out++ = static_cast<unsigned short>(lead);
+            in += 1;
+            continue;
+        }
+        std::ptrdiff_t const left = end - in;
+        if (lead < 0xC0 || left < 2 || !isContinuation(in[1]))
+            break;
+        unsigned int value = (lead & 0x1F) << 6 | (in[1] & 0x3F);
+        if (lead < 0xE0) {
+            *out++ = static_cast<unsigned short>(value);
+            in += 2;
+            continue;
+        }
+        if (left < 3 || !isContinuation(in[2]))
+            break;
+        value = value << 6 | (in[2] & 0x3F);
+        if (lead < 0xF0) {
+            *out++ = static_cast<unsigned short>(value);
+            in += 3;
+            continue;
+        }
+        if (left < 4 || !isContinuation(in[3]))
+            break;
+        // Four bits of the lead count, as in the step.
+        value = (value & 0xFFFF) << 6 | (in[3] & 0x3F);
+        out[0] = highSurrogateOf(value);
+        out[1] = lowSurrogateOf(value);
+        out += 2;
+        in += 4;
+    }
+    inOut = in;
+    outOut = out;
 }
 
-KX7_SSE2 void encodeUTF8(unsigned short const*& in, unsigned short const* end, unsigned char*& out,
+KX7_SSE2 void encodeUTF8(unsigned short const*& inOut, unsigned short const* end, unsigned char*& outOut,
                          unsigned char* outEnd)
 {
+    unsigned short const* in = inOut;
+    unsigned char* out = outOut;
 #ifdef KX7_X86_KERNELS
     while (end - in >= 16 && outEnd - out >= 16) {
         __m128i const low = _mm_loadu_si128(reinterpret_cast<__m128i const*>(in));
@@ -147,19 +191,49 @@ KX7_SSE2 void encodeUTF8(unsigned short const*& in, unsigned short const* end, u
         in += 16;
         out += 16;
     }
-#else
-    (void)in, (void)end, (void)out, (void)outEnd;
 #endif
+    while (in != end && outEnd - out >= 4) {
+        unsigned int const unit = *in;
+        if (unit < 0x80) {
+            *out++ = static_cast<unsigned char>(unit);
+        }
+        else if (unit < 0x800) {
+            out[0] = static_cast<unsigned char>(0xC0 | unit >> 6);
+            out[1] = static_cast<unsigned char>(0x80 | (unit & 0x3F));
+            out += 2;
+        }
+        else if (isHighSurrogate(unit)) {
+            if (end - in < 2 || !isLowSurrogate(in[1]))
+                break;
+            unsigned int const c = codePointOf(unit, *++in);
+            out[0] = static_cast<unsigned char>(0xF0 | c >> 18);
+            out[1] = static_cast<unsigned char>(0x80 | (c >> 12 & 0x3F));
+            out[2] = static_cast<unsigned char>(0x80 | (c >> 6 & 0x3F));
+            out[3] = static_cast<unsigned char>(0x80 | (c & 0x3F));
+            out += 4;
+        }
+        else {
+            out[0] = static_cast<unsigned char>(0xE0 | unit >> 12);
+            out[1] = static_cast<unsigned char>(0x80 | (unit >> 6 & 0x3F));
+            out[2] = static_cast<unsigned char>(0x80 | (unit & 0x3F));
+            out += 3;
+        }
+        ++in;
+    }
+    inOut = in;
+    outOut = out;
 }
 
-void decodeSingleByte(unsigned short const* toUnicode, unsigned char const*& in, unsigned char const* end,
-                      unsigned short*& out, unsigned short* outEnd)
+void decodeSingleByte(SingleByteTables const& tables, unsigned char const*& inOut, unsigned char const* end,
+                      unsigned short*& outOut, unsigned short* outEnd)
 {
+    unsigned char const* in = inOut;
+    unsigned short* out = outOut;
     while (end - in >= 4 && outEnd - out >= 4) {
-        unsigned short const a = toUnicode[in[0]];
-        unsigned short const b = toUnicode[in[1]];
-        unsigned short const c = toUnicode[in[2]];
-        unsigned short const d = toUnicode[in[3]];
+        unsigned short const a = tables.toUnicode[in[0]];
+        unsigned short const b = tables.toUnicode[in[1]];
+        unsigned short const c = tables.toUnicode[in[2]];
+        unsigned short const d = tables.toUnicode[in[3]];
         if (a == 0 || b == 0 || c == 0 || d == 0)
             break;
         out[0] = a;
@@ -169,16 +243,20 @@ void decodeSingleByte(unsigned short const* toUnicode, unsigned char const*& in,
         in += 4;
         out += 4;
     }
+    inOut = in;
+    outOut = out;
 }
 
-void encodeSingleByte(LookupTable<unsigned char> const& fromUnicode, unsigned short const*& in,
-                      unsigned short const* end, unsigned char*& out, unsigned char* outEnd)
+void encodeSingleByte(SingleByteTables const& tables, unsigned short const*& inOut, unsigned short const* end,
+                      unsigned char*& outOut, unsigned char* outEnd)
 {
+    unsigned short const* in = inOut;
+    unsigned char* out = outOut;
     while (end - in >= 4 && outEnd - out >= 4) {
-        unsigned char const a = fromUnicode.get(in[0]);
-        unsigned char const b = fromUnicode.get(in[1]);
-        unsigned char const c = fromUnicode.get(in[2]);
-        unsigned char const d = fromUnicode.get(in[3]);
+        unsigned char const a = tables.get(in[0]);
+        unsigned char const b = tables.get(in[1]);
+        unsigned char const c = tables.get(in[2]);
+        unsigned char const d = tables.get(in[3]);
         if (a == 0 || b == 0 || c == 0 || d == 0)
             break;
         out[0] = a;
@@ -188,6 +266,8 @@ void encodeSingleByte(LookupTable<unsigned char> const& fromUnicode, unsigned sh
         in += 4;
         out += 4;
     }
+    inOut = in;
+    outOut = out;
 }
 
 void decodePairs(PairUnits const& pairs, unsigned char const*& inOut, unsigned char const* end, unsigned short*& outOut,

@@ -10,8 +10,8 @@
 #include <atomic>
 #include <cstddef>
 
-#include "kx7/converters/LookupTable.h"
 #include "kx7/kernels/PairUnits.h"
+#include "kx7/kernels/SingleByte.h"
 
 // Reads whole aligned blocks, of which a part may lie beside the object: no page that is not there, but more than a
 // sanitizer allows.
@@ -76,13 +76,13 @@ struct Kernels {
     /** Bytes of UTF-8 for UTF-16 without unpaired high surrogates. */
     size_t (*countAsUTF8)(unsigned short const*& in, unsigned short const* end);
 
-    /** Bytes that `toUnicode` (256 units) maps. */
-    void (*decodeSingleByte)(unsigned short const* toUnicode, unsigned char const*& in, unsigned char const* end,
+    /** Bytes that the set maps. */
+    void (*decodeSingleByte)(SingleByteTables const& tables, unsigned char const*& in, unsigned char const* end,
                              unsigned short*& out, unsigned short* outEnd);
 
-    /** Units that `fromUnicode` maps. */
-    void (*encodeSingleByte)(LookupTable<unsigned char> const& fromUnicode, unsigned short const*& in,
-                             unsigned short const* end, unsigned char*& out, unsigned char* outEnd);
+    /** Units that the set maps. */
+    void (*encodeSingleByte)(SingleByteTables const& tables, unsigned short const*& in, unsigned short const* end,
+                             unsigned char*& out, unsigned char* outEnd);
 
     /** Characters of a double-byte set that `pairs` has. */
     void (*decodePairs)(PairUnits const& pairs, unsigned char const*& in, unsigned char const* end,
@@ -127,6 +127,9 @@ inline void noFourBytes(PairUnits const& /*pairs*/, FourByteRun const& /*run*/, 
 
 /** The fewest bytes or units for which a kernel is worth its call. */
 constexpr ptrdiff_t KERNEL_MINIMUM = 16;
+
+/** The same for the kernels that take short texts well. */
+constexpr ptrdiff_t SHORT_KERNEL_MINIMUM = 4;
 
 /** The best set that the machine has. */
 InstructionSet detectInstructionSet();

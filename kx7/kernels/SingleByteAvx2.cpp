@@ -1,12 +1,22 @@
 // kx7text - single-byte sets with AVX2.
 //
-// Decoding takes 32 bytes at a time. The upper half of the table stands in eight rows of 16 entries, low and high bytes
-// apart; a row is looked up by a byte shuffle, in which a byte of another row has its sign bit set and gives zero, so
-// that the rows can be added up. The lower half of the table must be ASCII itself, but for codes that are handed back.
+// A table of 128 bytes is looked up for 32 bytes at once: a shuffle in each of its eight rows of 16, all by the low
+// four bits, and a tree of blends that picks the row by the next three.
+//
+// Decoding looks the low and the high bytes of the units up for the upper half of the codes. The codes from 0x20 to
+// 0x7E must stand for themselves; a set in which a code below does not has those looked up one by one.
+//
+// Encoding looks the units up in the windows of the set, of which the first must hold printable ASCII itself. The few
+// units elsewhere, punctuation mostly, are looked up one by one.
+//
+// ISO 8859-1 needs no table: its units are its bytes.
+//
+// The last block ends at the end of the range and overlaps the one before, so that nothing is read or written outside.
 #include "kx7/kernels/Avx2.h"
 
 #ifdef KX7_X86_KERNELS
 
+#include <algorithm>
 #include <cstdint>
 
 namespace kx7 {
@@ -14,96 +24,260 @@ namespace kx7 {
 namespace {
 
 constexpr std::ptrdiff_t BLOCK = 32;
-constexpr int ROWS = 8;
+constexpr uint32_t ALL = 0xFFFFFFFF;
 
-KX7_AVX2 inline __m256i loadUnits(unsigned short const* p)
+KX7_AVX2 inline __m256i load(void const* p)
 {
-    return _mm256_loadu_si256(reinterpret_cast<__m256i const*>(p));
+    return _mm256_loadu_si256(static_cast<__m256i const*>(p));
 }
 
-/** Bytes, low or high, of the 16 units of a row, in both halves of the register. */
-KX7_AVX2 inline __m256i bytesOfRow(__m256i units)
+KX7_AVX2 inline void store(void* p, __m256i value)
 {
-    __m256i const packed = _mm256_packus_epi16(units, units);
-    return _mm256_permute4x64_epi64(packed, 0x88);
+    _mm256_storeu_si256(static_cast<__m256i*>(p), value);
 }
 
-/** The codes from 0x20 to 0x7E stand for themselves; so do the others below 0x80 where `controls` is set. */
-KX7_AVX2 bool isASCII(unsigned short const* toUnicode, bool& controls)
+KX7_AVX2 inline uint32_t signsOf(__m256i bytes)
 {
-    controls = toUnicode[0x7F] == 0x7F;
-    for (unsigned short code = 1; code < 0x20; ++code)
-        controls = controls && toUnicode[code] == code;
-    __m256i expected = _mm256_setr_epi16(0x20, 0x21, 0x22, 0x23, 0x24, 0x25, 0x26, 0x27, 0x28, 0x29, 0x2A, 0x2B, 0x2C,
-                                         0x2D, 0x2E, 0x2F);
-    __m256i difference = _mm256_setzero_si256();
-    for (int code = 0x20; code < 0x70; code += 16) {
-        difference = _mm256_or_si256(difference, _mm256_xor_si256(expected, loadUnits(toUnicode + code)));
-        expected = _mm256_add_epi16(expected, _mm256_set1_epi16(16));
+    return static_cast<uint32_t>(_mm256_movemask_epi8(bytes));
+}
+
+KX7_AVX2 inline uint32_t zerosOf(__m256i bytes)
+{
+    return signsOf(_mm256_cmpeq_epi8(bytes, _mm256_setzero_si256()));
+}
+
+/** The bits of codes of seven bits that pick a row, each as the sign of its byte. */
+struct RowBits {
+    __m256i four;
+    __m256i five;
+    __m256i six;
+
+    KX7_AVX2 explicit RowBits(__m256i codes)
+        : four(_mm256_slli_epi16(codes, 3)), five(_mm256_slli_epi16(codes, 2)), six(_mm256_slli_epi16(codes, 1))
+    {
     }
-    bool same = _mm256_testz_si256(difference, difference) != 0;
-    for (unsigned short code = 0x70; code < 0x7F; ++code)
-        same = same && toUnicode[code] == code;
-    return same;
+};
+
+/** The entries of `table`, of 128 bytes, for codes of seven bits; FROM_64: all codes are at least 64. */
+template <bool FROM_64 = false>
+KX7_AVX2 inline __m256i lookUp(unsigned char const* table, __m256i codes, RowBits const& bits)
+{
+    auto const pair = [&](int i) KX7_AVX2 {
+        auto const* const rows = reinterpret_cast<__m128i const*>(table + 32 * i);
+        __m256i const first = _mm256_shuffle_epi8(_mm256_broadcastsi128_si256(_mm_loadu_si128(rows)), codes);
+        __m256i const second = _mm256_shuffle_epi8(_mm256_broadcastsi128_si256(_mm_loadu_si128(rows + 1)), codes);
+        return _mm256_blendv_epi8(first, second, bits.four);
+    };
+    __m256i const upper = _mm256_blendv_epi8(pair(2), pair(3), bits.five);
+    if (FROM_64)
+        return upper;
+    return _mm256_blendv_epi8(_mm256_blendv_epi8(pair(0), pair(1), bits.five), upper, bits.six);
+}
+
+/** The quarters of a block in an order in which unpacking, which works within 128 bits, makes them come out in order.
+ */
+KX7_AVX2 inline __m256i ordered(__m256i bytes)
+{
+    return _mm256_permute4x64_epi64(bytes, 0xD8);
+}
+
+/** Converts a range of at least a block: blocks, and the last one once more from the end. */
+template <class Block, class From, class To>
+KX7_AVX2 inline void convertBlocks(Block block, From const*& inOut, To*& outOut, From const* end)
+{
+    From const* in = inOut;
+    To* out = outOut;
+    while (end - in >= BLOCK && block(in, out)) {
+        in += BLOCK;
+        out += BLOCK;
+    }
+    std::ptrdiff_t const left = end - in;
+    if (left > 0 && left < BLOCK && block(end - BLOCK, out + left - BLOCK)) {
+        in = end;
+        out += left;
+    }
+    inOut = in;
+    outOut = out;
+}
+
+/** Which codes of a block need the table. */
+enum class Upper { NONE, FROM_0xC0, ANY };
+
+/** By the least of its bytes, taken as signed. */
+KX7_AVX2 inline Upper upperOf(__m256i least)
+{
+    if (signsOf(least) == 0)
+        return Upper::NONE;
+    return signsOf(_mm256_cmpgt_epi8(_mm256_set1_epi8(static_cast<char>(0xC0)), least)) == 0 ? Upper::FROM_0xC0
+                                                                                             : Upper::ANY;
+}
+
+/** Decodes a block. False, with nothing written: it holds a code that is not mapped. */
+template <Upper UPPER>
+KX7_AVX2 inline bool decodeBlock(SingleByteTables const& tables, unsigned char const* from, unsigned short* to)
+{
+    __m256i const original = load(from);
+    __m256i const zero = _mm256_setzero_si256();
+    __m256i const bytes = ordered(original);
+    __m256i lows = bytes;
+    __m256i highs = zero;
+    if constexpr (UPPER != Upper::NONE) {
+        constexpr bool FROM_64 = UPPER == Upper::FROM_0xC0;
+        __m256i const codes = _mm256_and_si256(bytes, _mm256_set1_epi8(0x7F));
+        RowBits const bits(codes);
+        lows = _mm256_blendv_epi8(bytes, lookUp<FROM_64>(tables.lowBytes + 0x80, codes, bits), bytes);
+        highs = _mm256_and_si256(lookUp<FROM_64>(tables.highBytes + 0x80, codes, bits), _mm256_cmpgt_epi8(zero, bytes));
+    }
+    if (zerosOf(_mm256_or_si256(lows, highs)) != 0)
+        return false;
+    uint32_t controls = 0;
+    if (!tables.decodesASCII) {
+        // A positive byte from 0x20 on stays positive, and all others do not.
+        controls = signsOf(
+            _mm256_andnot_si256(original, _mm256_or_si256(_mm256_sub_epi8(original, _mm256_set1_epi8(0x20)),
+                                                          _mm256_cmpeq_epi8(original, _mm256_set1_epi8(0x7F)))));
+        for (uint32_t left = controls; left != 0; left &= left - 1)
+            if (tables.toUnicode[from[__builtin_ctz(left)]] == 0)
+                return false;
+    }
+    store(to, _mm256_unpacklo_epi8(lows, highs));
+    store(to + BLOCK / 2, _mm256_unpackhi_epi8(lows, highs));
+    for (; controls != 0; controls &= controls - 1)
+        to[__builtin_ctz(controls)] = tables.toUnicode[from[__builtin_ctz(controls)]];
+    return true;
+}
+
+/** Decodes `count` blocks, of which `least` has the least bytes. The number decoded. */
+KX7_AVX2 inline std::ptrdiff_t decodeBlocks(SingleByteTables const& tables, unsigned char const* from,
+                                            unsigned short* to, std::ptrdiff_t count, __m256i least)
+{
+    std::ptrdiff_t done = 0;
+    switch (upperOf(least)) {
+        case Upper::NONE:
+            while (done != count && decodeBlock<Upper::NONE>(tables, from + done * BLOCK, to + done * BLOCK))
+                ++done;
+            break;
+        case Upper::FROM_0xC0:
+            while (done != count && decodeBlock<Upper::FROM_0xC0>(tables, from + done * BLOCK, to + done * BLOCK))
+                ++done;
+            break;
+        case Upper::ANY:
+            while (done != count && decodeBlock<Upper::ANY>(tables, from + done * BLOCK, to + done * BLOCK))
+                ++done;
+            break;
+    }
+    return done;
 }
 
 }  // namespace
 
-KX7_AVX2 void decodeSingleByteAvx2(unsigned short const* toUnicode, unsigned char const*& inOut,
-                                   unsigned char const* end, unsigned short*& outOut, unsigned short* outEnd)
+KX7_AVX2 void decodeSingleByteAvx2(SingleByteTables const& tables, unsigned char const*& in, unsigned char const* end,
+                                   unsigned short*& out, unsigned short* outEnd)
 {
-    constexpr std::ptrdiff_t WORTHWHILE = 4 * BLOCK;
-    bool controls = false;
-    if (end - inOut < WORTHWHILE || outEnd - outOut < WORTHWHILE || !isASCII(toUnicode, controls)) {
-        BASELINE_KERNELS.decodeSingleByte(toUnicode, inOut, end, outOut, outEnd);
+    unsigned char const* const last = in + std::min(end - in, outEnd - out);
+    if (last - in < BLOCK) {
+        BASELINE_KERNELS.decodeSingleByte(tables, in, end, out, outEnd);
         return;
     }
-    unsigned char const* in = inOut;
-    unsigned short* out = outOut;
-    __m256i low[ROWS];
-    __m256i high[ROWS];
-    for (int row = 0; row < ROWS; ++row) {
-        __m256i const units = loadUnits(toUnicode + 0x80 + 16 * row);
-        low[row] = bytesOfRow(_mm256_and_si256(units, _mm256_set1_epi16(0xFF)));
-        high[row] = bytesOfRow(_mm256_srli_epi16(units, 8));
+    auto const latin1 = [](unsigned char const* from, unsigned short* to) KX7_AVX2 {
+        __m256i const bytes = load(from);
+        if (zerosOf(bytes) != 0)
+            return false;
+        store(to, _mm256_cvtepu8_epi16(_mm256_castsi256_si128(bytes)));
+        store(to + BLOCK / 2, _mm256_cvtepu8_epi16(_mm256_extracti128_si256(bytes, 1)));
+        return true;
+    };
+    auto const block = [&](unsigned char const* from, unsigned short* to)
+                           KX7_AVX2 { return decodeBlocks(tables, from, to, 1, load(from)) == 1; };
+    if (tables.isLatin1) {
+        convertBlocks(latin1, in, out, last);
     }
-    __m256i const zero = _mm256_setzero_si256();
-    while (end - in >= BLOCK && outEnd - out >= BLOCK) {
-        // Unpacking works within 128 bits: this order of the input's quarters makes the output come out in order.
-        __m256i const bytes = _mm256_permute4x64_epi64(_mm256_loadu_si256(reinterpret_cast<__m256i const*>(in)), 0xD8);
-        int const isUpper = _mm256_movemask_epi8(bytes);
-        __m256i const isPrintable = _mm256_and_si256(_mm256_cmpgt_epi8(bytes, _mm256_set1_epi8(0x1F)),
-                                                     _mm256_cmpgt_epi8(_mm256_set1_epi8(0x7F), bytes));
-        int const isControl = ~(_mm256_movemask_epi8(isPrintable) | isUpper);
-        if (isControl != 0) {
-            if (!controls || _mm256_movemask_epi8(_mm256_cmpeq_epi8(bytes, zero)) != 0)
+    else if (tables.decodesPrintableASCII) {
+        // Four at a time, so that text in which they differ misleads the processor less often.
+        while (last - in >= 4 * BLOCK) {
+            __m256i const least = _mm256_min_epi8(_mm256_min_epi8(load(in), load(in + BLOCK)),
+                                                  _mm256_min_epi8(load(in + 2 * BLOCK), load(in + 3 * BLOCK)));
+            std::ptrdiff_t const done = decodeBlocks(tables, in, out, 4, least);
+            in += done * BLOCK;
+            out += done * BLOCK;
+            if (done != 4)
                 break;
         }
-        __m256i lows = bytes;
-        __m256i highs = zero;
-        if (isUpper != 0) {
-            __m256i const upper = _mm256_cmpgt_epi8(zero, bytes);
-            __m256i sumLow = zero;
-            __m256i sumHigh = zero;
-            for (int row = 0; row < ROWS; ++row) {
-                __m256i const inRow =
-                    _mm256_adds_epu8(_mm256_sub_epi8(bytes, _mm256_set1_epi8(static_cast<char>(0x80 + 16 * row))),
-                                     _mm256_set1_epi8(0x70));
-                sumLow = _mm256_or_si256(sumLow, _mm256_shuffle_epi8(low[row], inRow));
-                sumHigh = _mm256_or_si256(sumHigh, _mm256_shuffle_epi8(high[row], inRow));
+        convertBlocks(block, in, out, last);
+    }
+    // What is left is less than a block, or begins with one that holds a code which is not mapped.
+    BASELINE_KERNELS.decodeSingleByte(tables, in, end, out, outEnd);
+}
+
+KX7_AVX2 void encodeSingleByteAvx2(SingleByteTables const& tables, unsigned short const*& in, unsigned short const* end,
+                                   unsigned char*& out, unsigned char* outEnd)
+{
+    unsigned short const* const last = in + std::min(end - in, outEnd - out);
+    if (last - in < BLOCK) {
+        BASELINE_KERNELS.encodeSingleByte(tables, in, end, out, outEnd);
+        return;
+    }
+    auto const latin1 = [](unsigned short const* from, unsigned char* to) KX7_AVX2 {
+        __m256i const a = load(from);
+        __m256i const b = load(from + BLOCK / 2);
+        if (!_mm256_testz_si256(_mm256_or_si256(a, b), _mm256_set1_epi16(static_cast<short>(0xFF00))))
+            return false;
+        __m256i const bytes = ordered(_mm256_packus_epi16(a, b));
+        if (zerosOf(bytes) != 0)
+            return false;
+        store(to, bytes);
+        return true;
+    };
+    __m256i const blockBits = _mm256_set1_epi16(static_cast<short>(~(UnitWindow::SIZE - 1)));
+    __m256i const firsts[] = {_mm256_setzero_si256(), _mm256_set1_epi16(static_cast<short>(tables.windows[1].first)),
+                              _mm256_set1_epi16(static_cast<short>(tables.windows[2].first))};
+    auto const block = [&](unsigned short const* from, unsigned char* to) KX7_AVX2 {
+        __m256i const a = load(from);
+        __m256i const b = load(from + BLOCK / 2);
+        __m256i const blockA = _mm256_and_si256(a, blockBits);
+        __m256i const blockB = _mm256_and_si256(b, blockBits);
+        // What of the units is in a window: ones in its bytes, in the order in which the units are packed below.
+        auto const inWindow = [&](int i) KX7_AVX2 {
+            return _mm256_packs_epi16(_mm256_cmpeq_epi16(blockA, firsts[i]), _mm256_cmpeq_epi16(blockB, firsts[i]));
+        };
+        __m256i const codes = _mm256_packus_epi16(_mm256_andnot_si256(blockBits, a), _mm256_andnot_si256(blockBits, b));
+        __m256i const isASCII = inWindow(0);
+        __m256i bytes = _mm256_and_si256(codes, isASCII);
+        if (signsOf(isASCII) != ALL) {
+            RowBits const bits(codes);
+            for (int i = 1; i < SingleByteTables::WINDOWS; ++i) {
+                __m256i const isHere = inWindow(i);
+                if (signsOf(isHere) != 0)
+                    bytes = _mm256_blendv_epi8(bytes, lookUp(tables.windows[i].bytes, codes, bits), isHere);
             }
-            lows = _mm256_blendv_epi8(bytes, sumLow, upper);
-            highs = _mm256_and_si256(sumHigh, upper);
-            if (_mm256_movemask_epi8(_mm256_cmpeq_epi8(_mm256_or_si256(lows, highs), zero)) != 0)
-                break;
         }
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(out), _mm256_unpacklo_epi8(lows, highs));
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(out + BLOCK / 2), _mm256_unpackhi_epi8(lows, highs));
-        in += BLOCK;
-        out += BLOCK;
-    }
-    inOut = in;
-    outOut = out;
+        if (!tables.encodesASCII) {
+            __m256i const isControl = _mm256_or_si256(_mm256_cmpgt_epi8(_mm256_set1_epi8(0x20), codes),
+                                                      _mm256_cmpeq_epi8(codes, _mm256_set1_epi8(0x7F)));
+            bytes = _mm256_andnot_si256(_mm256_and_si256(isControl, isASCII), bytes);
+        }
+        bytes = ordered(bytes);
+        uint32_t const others = zerosOf(bytes);
+        if (others == 0) {
+            store(to, bytes);
+            return true;
+        }
+        alignas(32) unsigned char text[BLOCK];
+        store(text, bytes);
+        for (uint32_t left = others; left != 0; left &= left - 1) {
+            int const at = __builtin_ctz(left);
+            text[at] = tables.get(from[at]);
+            if (text[at] == 0)
+                return false;
+        }
+        store(to, load(text));
+        return true;
+    };
+    if (tables.isLatin1)
+        convertBlocks(latin1, in, out, last);
+    else if (tables.encodesPrintableASCII)
+        convertBlocks(block, in, out, last);
+    BASELINE_KERNELS.encodeSingleByte(tables, in, end, out, outEnd);
 }
 
 }  // namespace kx7

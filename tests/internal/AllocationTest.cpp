@@ -233,7 +233,7 @@ TEST(ConverterAllocation, LoadsItsTablesOnceAndFreesThem)
         converter.fromUTF16(bytes, units, 3, ILLCHAR_REPLACE, nullptr);
         EXPECT_EQ(watch.made(), loaded);
     }
-    EXPECT_GE(watch.freed(), 4u) << "the array of units and three pages";
+    EXPECT_EQ(watch.freed(), 4u) << "the tables and three pages";
 }
 
 TEST(ConverterAllocation, PageWithoutMemoryLeavesItsUnitsUnmapped)
@@ -273,16 +273,16 @@ TEST(ConverterAllocation, PageWithoutMemoryLeavesItsUnitsUnmapped)
 TEST(ConverterAllocation, NoMemoryAtAllLeavesEverythingUnmappedUntilThereIsSome)
 {
     std::vector<unsigned short> const list = listOf(PAIRS);
-    for (unsigned int const first : {1u, 2u}) {
+    {
         KX7CharSetConverterSBCS converter(list.data(), KX7CS_WCP1252);
         {
             Allocations::Watch watch;
-            watch.fail(first, first);
+            watch.fail(1, 1);
             EXPECT_EQ(decodedList(converter), u"\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD");
         }
         // No lock is held, and the next conversion finds its tables.
-        EXPECT_EQ(decodedList(converter), ALL_DECODED) << first;
-        EXPECT_EQ(encodedOneByOne(converter), ALL_ENCODED) << first;
+        EXPECT_EQ(decodedList(converter), ALL_DECODED);
+        EXPECT_EQ(encodedOneByOne(converter), ALL_ENCODED);
     }
     KX7CharSetConverterSBCS converter(list.data(), KX7CS_WCP1252);
     {

@@ -11,6 +11,7 @@
 #include "kx7/kernels/Kernels.h"
 #include "tests/internal/KernelSets.h"
 #include "tests/support/Guarded.h"
+#include "tests/support/SingleByteSets.h"
 
 namespace {
 
@@ -114,10 +115,10 @@ public:
     }
 
     /** Zero-terminated text against the page; the terminator is the last thing that can be read. */
-    Outcome encodeText(std::u16string const& units, unsigned int room, ILLCHAR_OPTYPE op)
+    Outcome encodeText(std::u16string const& units, unsigned int room, ILLCHAR_OPTYPE op, size_t shift = NOWHERE)
     {
         size_t const size = units.size() * 2 + 2;
-        unsigned char* const source = place(m_source, size, NOWHERE);
+        unsigned char* const source = place(m_source, size, shift == NOWHERE ? NOWHERE : shift * 2);
         memcpy(source, units.c_str(), size);
         unsigned char* const dest = m_dest.data() + CAPACITY - room - 1 - units.size();
         memset(dest, CANARY, room + 1 + units.size());
@@ -127,9 +128,9 @@ public:
         return {flag, n, {}, 0, {reinterpret_cast<char const*>(dest), n + 1}};
     }
 
-    Outcome decodeText(std::string const& bytes, unsigned int room, ILLCHAR_OPTYPE op)
+    Outcome decodeText(std::string const& bytes, unsigned int room, ILLCHAR_OPTYPE op, size_t shift = NOWHERE)
     {
-        unsigned char* const source = place(m_source, bytes.size() + 1, NOWHERE);
+        unsigned char* const source = place(m_source, bytes.size() + 1, shift);
         memcpy(source, bytes.c_str(), bytes.size() + 1);
         auto* const dest = reinterpret_cast<unsigned short*>(m_dest.data() + CAPACITY) - room - 1;
         memset(dest, CANARY, (room + 1) * 2);
@@ -229,6 +230,119 @@ TEST(Kernels, EveryLengthAtEveryAlignment)
                 return;
         }
     }
+}
+
+/** The units that `outcome` holds, without the terminator. */
+std::u16string unitsOf(Outcome const& outcome)
+{
+    std::u16string units(outcome.written, u'\0');
+    memcpy(units.data(), outcome.text.data(), units.size() * 2);
+    return units;
+}
+
+TEST(Kernels, EveryLengthOfTerminatedTextAtEveryAlignment)
+{
+    std::mt19937 random(15);
+    for (KX7CharSetConverter* const converter : CONVERTERS) {
+        Bench bench(*converter);
+        for (size_t length = 0; length <= 300; ++length) {
+            std::u16string const units = randomUnits(random, length, MIXES[length % std::size(MIXES)]);
+            auto const room = static_cast<unsigned int>(units.size() * 4);
+            std::string bytes = bench.encodeText(units, room, ILLCHAR_REPLACE).text;
+            bytes.pop_back();
+            // What the set maps comes back, whichever kernels convert it.
+            Outcome const decoded = bench.decodeText(bytes, room, ILLCHAR_REPLACE);
+            std::u16string expected = units;
+            for (char16_t& unit : expected)
+                if (converter != &g_oConverterUTF8 &&
+                    bench.encodeText(std::u16string(1, unit), 1, ILLCHAR_STOP).written == 0)
+                    unit = u'?';
+            ASSERT_EQ(unitsOf(decoded), expected);
+            for (size_t shift = 0; shift <= 64; ++shift) {
+                size_t const at = shift == 64 ? Bench::NOWHERE : shift;
+                expectAlike("decoding " + std::to_string(length) + " at " + std::to_string(shift),
+                            [&] { return bench.decodeText(bytes, room, ILLCHAR_REPLACE, at); });
+                expectAlike("encoding " + std::to_string(length) + " at " + std::to_string(shift),
+                            [&] { return bench.encodeText(units, room, ILLCHAR_REPLACE, at); });
+                if (HasFatalFailure())
+                    return;
+            }
+        }
+    }
+}
+
+/** Texts of one single-byte set, of every length: of its bytes from `first` on, broken or not. */
+void expectSingleByteTextsAlike(KX7CharSetConverter& converter, std::string const& name, std::mt19937& random)
+{
+    Bench bench(converter);
+    for (unsigned int const first : {0x20U, 0x80U, 0xC0U, 1U}) {
+        for (unsigned int const brokenInAThousand : {0U, 3U, 50U}) {
+            for (size_t length = 0; length <= 1500; length += length < 300 ? 1 : 97) {
+                std::string bytes;
+                while (bytes.size() < length) {
+                    // Words of one half of the codes, as in a text of two scripts.
+                    bool const isASCII = first < 0x80 || random() % 4 == 0;
+                    for (auto letters = 1 + random() % 200; letters != 0 && bytes.size() < length; --letters) {
+                        unsigned int const least = isASCII && first > 0x20 ? 0x20 : first;
+                        unsigned int const most = isASCII && first != 1 ? 0x7E : 0xFF;
+                        auto const byte = static_cast<char>(least + random() % (most - least + 1));
+                        bool const isMapped = bench.decodeText({byte}, 1, ILLCHAR_STOP).written == 1;
+                        if (isMapped || random() % 1000 < brokenInAThousand)
+                            bytes += byte;
+                        else
+                            bytes += ' ';
+                    }
+                }
+                size_t const at = length % 65 == 64 ? Bench::NOWHERE : length % 65;
+                std::string const what = name + ", " + std::to_string(length) + " from " + std::to_string(first);
+                Outcome decoded;
+                for (ILLCHAR_OPTYPE const op : {ILLCHAR_STOP, ILLCHAR_REPLACE})
+                    expectAlike("decoding " + what, [&] {
+                        return decoded = bench.decodeText(bytes, static_cast<unsigned int>(length), op, at);
+                    });
+                std::u16string units = unitsOf(decoded);
+                for (char16_t& unit : units)
+                    if (random() % 1000 < brokenInAThousand)
+                        unit = static_cast<char16_t>(1 + random() % 0xFFFF);
+                for (ILLCHAR_OPTYPE const op : {ILLCHAR_STOP, ILLCHAR_REPLACE})
+                    expectAlike("encoding " + what, [&] {
+                        return bench.encodeText(units, static_cast<unsigned int>(units.size()), op, at);
+                    });
+                if (testing::Test::HasFatalFailure())
+                    return;
+            }
+        }
+    }
+}
+
+TEST(Kernels, SingleByteSetsInTheirOwnLetters)
+{
+    std::mt19937 random(16);
+    for (kx7test::SingleByteSet const& set : kx7test::SINGLE_BYTE_SETS)
+        expectSingleByteTextsAlike(set.converter, set.name, random);
+}
+
+TEST(Kernels, SingleByteSetsThatAreNotASCII)
+{
+    std::mt19937 random(17);
+    // Letters elsewhere, one byte and one unit mapped one way only, and no line feed.
+    std::vector<unsigned short> swapped;
+    for (unsigned short byte = 1; byte < 0x100; ++byte)
+        if (byte != '\n')
+            swapped.insert(swapped.end(), {byte, static_cast<unsigned short>(byte ^ 0x20)});
+    swapped.insert(swapped.end(), {0xFF, 0x2603, 0, 0});
+    KX7CharSetConverterSBCS letters(swapped.data(), KX7CS_WCP1252);
+    expectSingleByteTextsAlike(letters, "letters swapped", random);
+
+    // Printable ASCII, controls elsewhere.
+    std::vector<unsigned short> rotated;
+    for (unsigned short byte = 1; byte < 0x100; ++byte)
+        rotated.insert(rotated.end(), {byte, static_cast<unsigned short>(byte < 0x20   ? byte % 0x1F + 1
+                                                                         : byte < 0x80 ? byte
+                                                                                       : byte * 0x100)});
+    rotated.insert(rotated.end(), {0, 0});
+    KX7CharSetConverterSBCS controls(rotated.data(), KX7CS_WCP1252);
+    expectSingleByteTextsAlike(controls, "controls rotated", random);
 }
 
 TEST(Kernels, EveryPatternAtEveryPositionOfABlockEdge)

@@ -1,0 +1,44 @@
+// kx7text - the tables of a single-byte set, laid out for kernels and steps alike (internal).
+#ifndef KX7_KERNELS_SINGLEBYTE_H
+#define KX7_KERNELS_SINGLEBYTE_H
+
+#include "kx7/converters/LookupTable.h"
+
+namespace kx7 {
+
+/** The bytes of 128 units that begin at a multiple of 128; 0 where there is none. */
+struct UnitWindow {
+    static constexpr unsigned int SIZE = 128;
+    unsigned short first;
+    unsigned char bytes[SIZE];
+};
+
+/** The table is that from units to bytes. */
+struct SingleByteTables : LookupTable<unsigned char> {
+    /** Tables in which nothing is mapped. */
+    SingleByteTables() = default;
+
+    /** @param pairs byte and unit, ended by (0, 0) */
+    explicit SingleByteTables(unsigned short const* pairs);
+
+    unsigned short toUnicode[256] = {};  ///< 0: unmapped
+    unsigned char lowBytes[256] = {};    ///< of the units in `toUnicode`
+    unsigned char highBytes[256] = {};
+
+    /**
+     * The first window of all, and of the others the two with most units: nearly all that a text of the set's own
+     * scripts holds.
+     */
+    static constexpr int WINDOWS = 3;
+    UnitWindow windows[WINDOWS] = {};
+
+    bool decodesPrintableASCII = false;  ///< the bytes from 0x20 to 0x7E stand for themselves
+    bool encodesPrintableASCII = false;  ///< and so do the units
+    bool decodesASCII = false;           ///< all bytes below 0x80 do
+    bool encodesASCII = false;           ///< and so do the units
+    bool isLatin1 = false;               ///< all bytes do, both ways
+};
+
+}  // namespace kx7
+
+#endif
