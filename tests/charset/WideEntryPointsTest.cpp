@@ -7,6 +7,7 @@
 #include "kx7/charset/Converters.h"
 #include "kx7/charset/KX7CharSet.h"
 #include "tests/charset/EntryPointReference.h"
+#include "tests/support/ByteOrder.h"
 #include "tests/support/Guarded.h"
 #include "tests/support/Hex.h"
 
@@ -149,7 +150,7 @@ TEST(WideEntryPoints, UTF16ToLocalAtEveryCapacity)
 TEST(WideEntryPoints, UTF16AsSourceGivesNothing)
 {
     // It converts nothing without a limit, and these functions give none.
-    std::string const source = bytesOf(u"abc\0"s);
+    std::string const source = bytesOf(u"\u6162\u6364\u6566\0"s);  // in either byte order no zero byte at the front
     for (unsigned int capacity = 1; capacity <= 12; ++capacity) {
         Outcome const utf8 = atPageEnd(capacity, [&](char* dest) {
             return LocalToUTF8(reinterpret_cast<unsigned char*>(dest), source.c_str(), static_cast<int>(capacity),
@@ -169,6 +170,8 @@ TEST(WideEntryPoints, UTF16AsSourceGivesNothing)
 
 TEST(WideEntryPoints, UTF32AsSourceIsBoundedByItsFirstZeroByte)
 {
+    if (!isLittleEndian())
+        GTEST_SKIP() << "every UTF-32 text begins with a zero byte";
     struct Row {
         std::u32string source;
         std::string utf8;
