@@ -1,0 +1,75 @@
+// kx7text fuzzing - every set of kernels that the machine has against the plain steps: ranges both ways, every set.
+#include <tuple>
+
+#include "kx7/converters/Engine.h"
+#include "kx7/kernels/Kernels.h"
+#include "tests/charset/CharSets.h"
+#include "tests/fuzz/Fuzz.h"
+#include "tests/support/Memory.h"
+
+using namespace kx7test;
+using kx7::Engine;
+using kx7::InstructionSet;
+using kx7::Progress;
+
+namespace {
+
+using Result = std::tuple<size_t, size_t, kx7::Stop, unsigned int, std::string>;
+
+template <class Convert, class Source, class Dest>
+Result run(Convert convert, KX7CharSetConverter& converter, Source const* source, size_t size, Fenced<Dest>& memory,
+           size_t room, bool last)
+{
+    Dest* const dest = memory.arm(room);
+    Progress const p = convert(converter, source, source + size, dest, dest + room, last);
+    require(memory.intact(), "wrote outside its room");
+    return {p.consumed, p.written, p.stop, p.length,
+            std::string(reinterpret_cast<char const*>(dest), p.written * sizeof(Dest))};
+}
+
+template <class Convert, class Source, class Dest>
+void compare(Convert convert, KX7CharSetConverter& converter, Source const* source, size_t size, Fenced<Dest>& memory,
+             size_t room, bool last)
+{
+    kx7::useInstructionSet(InstructionSet::PLAIN);
+    Result const expected = run(convert, converter, source, size, memory, room, last);
+    for (InstructionSet const set : {InstructionSet::BASELINE, InstructionSet::AVX2, InstructionSet::AVX512})
+        if (kx7::useInstructionSet(set))
+            require(run(convert, converter, source, size, memory, room, last) == expected, "kernels differ");
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size)
+{
+    static PageEnd<unsigned char> bytesIn;
+    static PageEnd<unsigned short> unitsIn;
+    static Fenced<unsigned char> bytesOut;
+    static Fenced<unsigned short> unitsOut;
+    Input input(data, size);
+    KX7CharSetConverter& converter = *charSetRows()[input.below(charSetRows().size())].converter;
+    Engine const& engine = *kx7::engineOf(converter);
+    unsigned int const how = input.byte();
+    bool const last = how & 1;
+    size_t room = input.byte();
+    // Repeated, so that short inputs fill the blocks of the kernels.
+    size_t const repeat = 1 + input.byte() % 16;
+    if ((how & 6) == 0) {
+        auto const piece = input.rest<char16_t>();
+        std::u16string text;
+        for (size_t i = 0; i < repeat; ++i)
+            text += piece;
+        room = how & 8 ? room * 4 : text.size() * 6 + 8;
+        compare(engine.encode, converter, unitsIn.hold(text, 0), text.size(), bytesOut, room, last);
+    }
+    else {
+        auto const piece = input.rest<char>();
+        std::string text;
+        for (size_t i = 0; i < repeat; ++i)
+            text += piece;
+        room = how & 8 ? room : text.size() * 2 + 8;
+        compare(how & 16 ? engine.decodeStrict : engine.decode, converter, bytesIn.hold(text, 0), text.size(), unitsOut,
+                room, last);
+    }
+    return 0;
+}
