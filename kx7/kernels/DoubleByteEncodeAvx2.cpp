@@ -99,7 +99,7 @@ public:
             if ((i == 0x70 ? differ << 2 : differ) != 0)
                 m_isItself = false;
         }
-        if (codes['\t'] != '\t' || codes['\n'] != '\n' || codes['\r'] != '\r')
+        if (codes[0x09] != 0x09 || codes[0x0A] != 0x0A || codes[0x0D] != 0x0D)  // tab and line ends
             m_isItself = false;
     }
 

@@ -246,13 +246,14 @@ TEST(DoubleByteEncodeKernels, EveryPatternAtEveryPositionOfABlockEdge)
 {
     char16_t const units[] = {0,      u'A',   u'\\',  0x7E,   0x7F,   0x80,   0xA5,   0xE9,   0x3042, 0x4E00,
                               0xAC00, 0xFF71, 0xD7FF, 0xD800, 0xDBFF, 0xDC00, 0xDFFF, 0xE7C8, 0xFFFF};
+    static constexpr size_t POSITIONS[] = {0, 1, 6, 7, 8, 9, 14, 15, 16, 17, 29, 30, 31, 32, 33, 62, 63, 64};
     for (Subject const& subject : subjects()) {
         Bench bench(*subject.converter);
         for (size_t length = 1; length <= 4; ++length) {
             if (subject.byLength[length].empty())
                 continue;
             std::u16string const& filler = subject.byLength[length][subject.byLength[length].size() / 2];
-            for (size_t const position : {0, 1, 6, 7, 8, 9, 14, 15, 16, 17, 29, 30, 31, 32, 33, 62, 63, 64}) {
+            for (size_t const position : POSITIONS) {
                 std::u16string front;
                 while (front.size() + filler.size() <= position)
                     front += filler;
