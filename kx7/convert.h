@@ -36,7 +36,7 @@ namespace kx7 {
 
 struct Engine;
 
-/** A pointer and a count. Made of those, of an array, or of whatever has data() and size(). */
+/** A pointer and a count. Made of those or of whatever has data() and size(). */
 template <class T>
 class Span {
 public:
@@ -131,6 +131,11 @@ struct StreamResult {
     Status status;
 };
 
+/** A count in the interface of the library, whose symbols are the same for every word size. */
+struct Count {
+    std::size_t value;
+};
+
 /** What streams have in common: the first error, the last one, how many there were. */
 class KX7_API StreamErrors {
 public:
@@ -145,6 +150,8 @@ public:
 
 protected:
     StreamErrors() noexcept : m_first(), m_last(), m_count(0) {}
+
+    friend struct Streams;
 
     Error m_first;
     Error m_last;
@@ -186,11 +193,17 @@ public:
      * beginning of a text, but for Bom::REQUIRE: some text of that length becomes so many. None where size_t cannot
      * hold it, and where there is no converter.
      */
-    std::optional<std::size_t> maxUnits(std::size_t byteCount) const noexcept;
+    std::optional<std::size_t> maxUnits(std::size_t byteCount) const noexcept
+    {
+        Count count = {byteCount};
+        return maximumOf(count) ? std::optional<std::size_t>(count.value) : std::nullopt;
+    }
 
 private:
     friend class Transcoder;
     friend struct Streams;
+
+    bool maximumOf(Count& count) const noexcept;
 
     Engine const* m_engine;
     KX7CharSetConverter* m_converter;
@@ -232,11 +245,17 @@ public:
      * beginning of a text, but for Bom::REQUIRE: some text of that length becomes so many. None where size_t cannot
      * hold it, and where there is no converter.
      */
-    std::optional<std::size_t> maxBytes(std::size_t unitCount) const noexcept;
+    std::optional<std::size_t> maxBytes(std::size_t unitCount) const noexcept
+    {
+        Count count = {unitCount};
+        return maximumOf(count) ? std::optional<std::size_t>(count.value) : std::nullopt;
+    }
 
 private:
     friend class Transcoder;
     friend struct Streams;
+
+    bool maximumOf(Count& count) const noexcept;
 
     Engine const* m_engine;
     KX7CharSetConverter* m_converter;
@@ -286,10 +305,16 @@ public:
      * A number of bytes that `byteCount` further ones and those that are kept cannot exceed: what the one side makes
      * at most of the most that the other makes, which few pairs of sets reach. None as with the others.
      */
-    std::optional<std::size_t> maxBytes(std::size_t byteCount) const noexcept;
+    std::optional<std::size_t> maxBytes(std::size_t byteCount) const noexcept
+    {
+        Count count = {byteCount};
+        return maximumOf(count) ? std::optional<std::size_t>(count.value) : std::nullopt;
+    }
 
 private:
     friend struct Streams;
+
+    bool maximumOf(Count& count) const noexcept;
 
     Decoder m_decoder;
     Encoder m_encoder;
@@ -374,7 +399,8 @@ struct CharSetInfo {
     KX7CharSet charSet;  ///< also the number of the code page
     char const* name;    ///< "KX7CS_WCP1252"
     char const* iana;    ///< preferred MIME name at IANA, or the name there: "windows-1252"; null: none
-    char const* whatwg;  ///< name in the WHATWG Encoding Standard of the encoding that is nearest; null: none
+    char const* whatwg;  ///< name of the nearest encoding in the WHATWG Encoding Standard; null: that one is nearer to
+                         ///< another set
 };
 
 /** Every named character set but KX7CS_OS_DEFAULT, in a fixed order, those without a converter included. */
@@ -388,9 +414,9 @@ KX7_API CharSetInfo const* charSetInfo(KX7CharSet charSet) noexcept;
 enum class Labels : unsigned char { IANA_FIRST, WHATWG_FIRST };
 
 /**
- * The character set of a code-page number ("1251"), a name, in any case and with or without "KX7CS_" ("wcp1251"), or a
- * label of IANA or WHATWG ("Shift_JIS", "latin1"). White space around it does not count. Whether it has a converter is
- * another question.
+ * The character set of a code-page number ("1251", "cp1251"), a name, in any case and with or without "KX7CS_"
+ * ("wcp1251"), or a label of IANA or WHATWG ("Shift_JIS", "latin1"). White space around it does not count. Whether it
+ * has a converter is another question.
  */
 KX7_API std::optional<KX7CharSet> findCharSet(std::string_view label, Labels labels = Labels::IANA_FIRST) noexcept;
 

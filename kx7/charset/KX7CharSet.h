@@ -1,4 +1,4 @@
-// kx7text - character-set identifiers and the exported conversion functions.
+// kx7text - character-set identifiers and the exported conversion functions, for C++ and C.
 //
 //     unsigned char utf8[64];
 //     LocalToUTF8(utf8, "caf\xE9", sizeof utf8, KX7CS_WCP1252);   // 5: 63 61 66 C3 A9
@@ -20,7 +20,13 @@
  * `static_cast<KX7CharSet>(1252)`. A value without a converter (the ISO-2022 sets, EUC-TW, the big-endian forms, any
  * number not listed) converts as UTF-8.
  */
-enum KX7CharSet : int32_t {
+#ifdef __cplusplus
+enum KX7CharSet : int32_t
+#else
+typedef int32_t KX7CharSet;
+enum KX7CharSet
+#endif
+{
     KX7CS_ISO_8859_1 = 28591,       ///< Western European
     KX7CS_ISO_8859_2 = 28592,       ///< Central European
     KX7CS_ISO_8859_3 = 28593,       ///< Southern European: Esperanto, Maltese
@@ -77,7 +83,9 @@ enum KX7CharSet : int32_t {
     KX7CS_OS_DEFAULT = -2           ///< the encoding of the process environment, detected once at load
 };
 
+#ifdef __cplusplus
 extern "C" {
+#endif
 
 /**
  * Converts byte text of `cs` into UTF-8; what `cs` does not map becomes U+FFFD.
@@ -186,6 +194,8 @@ KX7_API char const* KX7CharSetToString(KX7CharSet cs);
  */
 KX7_API KX7CharSet KX7CharSetFromString(char const* name);
 
+#ifdef __cplusplus
 }  // extern "C"
+#endif
 
 #endif

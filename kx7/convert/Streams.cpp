@@ -1,0 +1,757 @@
+// kx7text - streams: text in pieces of any size, from bytes to UTF-16, back, and from bytes to bytes.
+//
+// The engines convert ranges and stop at whatever needs a decision; here stands what is decided. A character that the
+// end of a piece cuts is kept in the stream, and converted from a small window together with what follows it.
+#include <algorithm>
+#include <cstring>
+#include <limits>
+
+#include "kx7/convert.h"
+#include "kx7/converters/Engine.h"
+#include "kx7/converters/Utf16.h"
+
+namespace kx7 {
+
+namespace {
+
+constexpr unsigned short BYTE_ORDER_MARK = 0xFEFF;
+
+/** Units that a transcoder decodes in one go, and that an encoder checks: they stay in the first-level cache. */
+constexpr size_t PIECE = 2048;
+
+bool isPair(unsigned short const* units, unsigned short const* end)
+{
+    return end - units >= 2 && isHighSurrogate(units[0]) && isLowSurrogate(units[1]);
+}
+
+/** A character in UTF-16. */
+struct CharUnits {
+    explicit CharUnits(char32_t c) : units(), count(c > 0xFFFF ? 2 : 1)
+    {
+        units[0] = count == 2 ? highSurrogateOf(c) : static_cast<unsigned short>(c);
+        units[1] = count == 2 ? lowSurrogateOf(c) : static_cast<unsigned short>(0);
+    }
+
+    unsigned short units[2];
+    size_t count;
+};
+
+CharUnits substituteOf(Options const& options)
+{
+    char32_t const c = options.substitute;
+    return CharUnits(c == 0 || c > LAST_CODE_POINT || isSurrogate(c) ? char32_t{REPLACEMENT_CHAR} : c);
+}
+
+bool substitutes(ErrorPolicy errors)
+{
+    return errors == ErrorPolicy::REPLACE || errors == ErrorPolicy::ESCAPE;
+}
+
+size_t countLineFeeds(unsigned short const* units, unsigned short const* end)
+{
+    size_t total = 0;
+    while (units != end) {
+        // Counted in as many bits as a unit has, which is what makes the loop fast.
+        unsigned short const* const blockEnd = units + std::min(static_cast<size_t>(end - units), PIECE);
+        unsigned short count = 0;
+        for (; units != blockEnd; ++units)
+            count = static_cast<unsigned short>(count + (*units == '\n' ? 1 : 0));
+        total += count;
+    }
+    return total;
+}
+
+/** Units at the front of a range that are well-formed and whole. */
+size_t wellFormedLength(unsigned short const* units, unsigned short const* end)
+{
+    constexpr ptrdiff_t BLOCK = 32;
+    unsigned short const* unit = units;
+    while (unit != end) {
+        if (end - unit >= BLOCK) {
+            unsigned int surrogates = 0;
+            for (ptrdiff_t i = 0; i < BLOCK; ++i)
+                surrogates |= isSurrogate(unit[i]) ? 1U : 0U;
+            if (surrogates == 0) {
+                unit += BLOCK;
+                continue;
+            }
+        }
+        if (!isSurrogate(*unit))
+            unit += 1;
+        else if (isPair(unit, end))
+            unit += 2;
+        else
+            break;
+    }
+    return static_cast<size_t>(unit - units);
+}
+
+/** What a call has to convert: first what was kept, in a window that shows what follows it, then the piece given. */
+template <class T>
+class Feed {
+public:
+    /** What can be converted in one go. */
+    struct Range {
+        T const* begin;
+        T const* end;
+        bool last;        ///< the text ends with it
+        bool reachesEnd;  ///< the piece ends with it
+    };
+
+    Feed(T const* source, size_t size, bool last, T* held, unsigned char& heldCount)
+        : m_begin(source), m_in(source), m_end(source + size), m_last(last), m_held(held), m_heldCount(heldCount),
+          m_window()
+    {
+    }
+
+    Range range()
+    {
+        if (m_heldCount == 0)
+            return {m_in, m_end, m_last, true};
+        size_t const rest = static_cast<size_t>(m_end - m_in);
+        size_t const seen = std::min(WINDOW - m_heldCount, rest);
+        T* const behind = std::copy_n(m_held, m_heldCount, m_window);
+        std::copy_n(m_in, seen, behind);
+        return {m_window, behind + seen, m_last && seen == rest, seen == rest};
+    }
+
+    /** Passes over the first `count` elements of the range. */
+    void advance(size_t count)
+    {
+        if (count >= m_heldCount) {
+            m_in += count - m_heldCount;
+            m_heldCount = 0;
+        }
+        else {
+            std::copy(m_held + count, m_held + m_heldCount, m_held);
+            m_heldCount = static_cast<unsigned char>(m_heldCount - count);
+        }
+    }
+
+    /** Keeps all that is left, the beginning of one character. */
+    void hold()
+    {
+        std::copy(m_in, m_end, m_held + m_heldCount);
+        m_heldCount = static_cast<unsigned char>(m_heldCount + (m_end - m_in));
+        m_in = m_end;
+    }
+
+    size_t consumed() const { return static_cast<size_t>(m_in - m_begin); }
+
+private:
+    /** More than any character takes, so that the window cuts none: two escapes of UTF-16 are twelve bytes. */
+    static constexpr size_t WINDOW = 16;
+
+    T const* m_begin;
+    T const* m_in;
+    T const* m_end;
+    bool m_last;
+    T* m_held;
+    unsigned char& m_heldCount;
+    T m_window[WINDOW];
+};
+
+/** Where a call writes. */
+template <class T>
+struct Room {
+    T* begin;
+    T* out;
+    T* end;
+
+    size_t left() const { return static_cast<size_t>(end - out); }
+    size_t written() const { return static_cast<size_t>(out - begin); }
+    void append(T const* from, size_t count) { out = std::copy_n(from, count, out); }
+};
+
+std::optional<size_t> product(size_t a, size_t b)
+{
+    size_t result = 0;
+    return __builtin_mul_overflow(a, b, &result) ? std::nullopt : std::optional<size_t>(result);
+}
+
+std::optional<size_t> sum(std::optional<size_t> a, size_t b)
+{
+    size_t result = 0;
+    return !a || __builtin_add_overflow(*a, b, &result) ? std::nullopt : std::optional<size_t>(result);
+}
+
+bool assign(Count& count, std::optional<size_t> value)
+{
+    count.value = value.value_or(0);
+    return value.has_value();
+}
+
+}  // namespace
+
+/** The members of the streams that no caller needs to know. */
+struct Streams {
+    using ByteFeed = Feed<unsigned char>;
+    using UnitFeed = Feed<unsigned short>;
+
+    /** What the beginning of a text needs before the rest is converted. */
+    enum class Start { GO_ON, CUT, FULL, MISSING };
+
+    static void forget(StreamErrors& stream)
+    {
+        stream.m_first = {};
+        stream.m_last = {};
+        stream.m_count = 0;
+    }
+
+    static void record(StreamErrors& stream, Error const& error)
+    {
+        if (stream.m_count++ == 0)
+            stream.m_first = error;
+        stream.m_last = error;
+    }
+
+    static Error errorAt(Decoder const& decoder, Status status)
+    {
+        Error error = {};
+        error.byteOffset = decoder.m_bytePosition;
+        error.unitOffset = decoder.m_unitPosition;
+        error.status = status;
+        return error;
+    }
+
+    static Error invalidBytes(Decoder const& decoder, unsigned char const* bytes, size_t length)
+    {
+        Error error = errorAt(decoder, Status::INVALID);
+        error.length = static_cast<unsigned char>(length);
+        std::copy_n(bytes, std::min(length, sizeof error.bytes), error.bytes);
+        return error;
+    }
+
+    /** `added` of `addedSize` elements is what Bom::ADD writes; `text` is the decoder or encoder that reads. */
+    template <class Reader, class T>
+    static Start beginWith(Reader& reader, size_t markLength, Room<T>& room, T const* added, size_t addedSize)
+    {
+        if (markLength == 0 && reader.m_options.bom == Bom::REQUIRE)
+            return Start::MISSING;
+        if (reader.m_options.bom == Bom::ADD) {
+            if (room.left() < addedSize)
+                return Start::FULL;
+            room.append(added, addedSize);
+        }
+        reader.m_atStart = false;
+        return Start::GO_ON;
+    }
+
+    /** Deals with the byte-order mark at the beginning of bytes. */
+    template <class T>
+    static Start start(Decoder& decoder, ByteFeed& feed, Room<T>& room, T const* added, size_t addedSize)
+    {
+        if (decoder.m_options.bom == Bom::KEEP) {
+            decoder.m_atStart = false;
+            return Start::GO_ON;
+        }
+        ByteFeed::Range const range = feed.range();
+        unsigned short unit = 0;
+        Progress progress = {};
+        if (range.begin != range.end)
+            progress = decoder.m_engine->decodeStrict(*decoder.m_converter, range.begin, range.end, &unit, &unit + 1,
+                                                      range.last);
+        if (progress.written == 0 && progress.stop == Stop::SOURCE_CUT)
+            return Start::CUT;
+        bool const isMarked = progress.written == 1 && unit == BYTE_ORDER_MARK;
+        Start const result = beginWith(decoder, isMarked ? progress.consumed : 0, room, added, addedSize);
+        if (result == Start::GO_ON && isMarked)
+            pass(decoder, feed, progress.consumed);
+        return result;
+    }
+
+    /** Passes over bytes. */
+    static void pass(Decoder& decoder, ByteFeed& feed, size_t count)
+    {
+        feed.advance(count);
+        decoder.m_bytePosition += count;
+    }
+
+    /** MISSING_BOM, which is an error however often it is asked for. */
+    static Status missing(StreamErrors& stream, Error const& error)
+    {
+        if (stream.m_count == 0)
+            record(stream, error);
+        return Status::MISSING_BOM;
+    }
+
+    static Status decode(Decoder& decoder, ByteFeed& feed, Room<unsigned short>& room, bool last)
+    {
+        CharUnits const substitute = substituteOf(decoder.m_options);
+        for (;;) {
+            if (decoder.m_atStart && (last || feed.range().begin != feed.range().end)) {
+                switch (start(decoder, feed, room, &BYTE_ORDER_MARK, 1)) {
+                    case Start::GO_ON: break;
+                    case Start::CUT: feed.hold(); return Status::DONE;
+                    case Start::FULL: return Status::OUTPUT_FULL;
+                    case Start::MISSING: return missing(decoder, errorAt(decoder, Status::MISSING_BOM));
+                }
+                decoder.m_unitPosition += room.written();
+            }
+            ByteFeed::Range const range = feed.range();
+            if (range.begin == range.end)
+                return Status::DONE;
+            Progress const progress = decoder.m_engine->decodeStrict(*decoder.m_converter, range.begin, range.end,
+                                                                     room.out, room.end, range.last);
+            room.out += progress.written;
+            decoder.m_unitPosition += progress.written;
+            if (progress.stop == Stop::ILLEGAL) {
+                unsigned char const* const bytes = range.begin + progress.consumed;
+                bool const isReplaced = substitutes(decoder.m_options.errors);
+                bool const fits = !isReplaced || room.left() >= substitute.count;
+                decoder.m_bytePosition += progress.consumed;
+                if (fits)
+                    record(decoder, invalidBytes(decoder, bytes, progress.length));
+                feed.advance(progress.consumed);
+                if (!fits)
+                    return Status::OUTPUT_FULL;
+                pass(decoder, feed, progress.length);
+                if (isReplaced) {
+                    room.append(substitute.units, substitute.count);
+                    decoder.m_unitPosition += substitute.count;
+                }
+                if (decoder.m_options.errors == ErrorPolicy::STRICT)
+                    return Status::INVALID;
+                continue;
+            }
+            pass(decoder, feed, progress.consumed);
+            if (progress.stop == Stop::DESTINATION_FULL)
+                return Status::OUTPUT_FULL;
+            if (range.reachesEnd) {
+                feed.hold();
+                return Status::DONE;
+            }
+        }
+    }
+
+    /** Encodes well-formed units; a pair is not torn, also where the target takes each half for a character. */
+    static Progress encodeWhole(Encoder const& encoder, unsigned short const* units, unsigned short const* end,
+                                Room<unsigned char> const& room)
+    {
+        Engine const& engine = *encoder.m_engine;
+        Progress progress = engine.encode(*encoder.m_converter, units, end, room.out, room.end, true);
+        unsigned short const* const stopped = units + progress.consumed;
+        if (progress.stop == Stop::DESTINATION_FULL && progress.consumed != 0 && isPair(stopped - 1, end)) {
+            unsigned char half[Encoder::MINIMUM_ROOM];
+            progress.consumed -= 1;
+            progress.written -=
+                engine.encode(*encoder.m_converter, stopped - 1, stopped, half, std::end(half), true).written;
+        }
+        return progress;
+    }
+
+    /** What stands for units that the target lacks, or for a surrogate without its partner. */
+    struct Substitute {
+        unsigned char bytes[Encoder::MINIMUM_ROOM];
+        size_t size;
+    };
+
+    static Substitute substituteFor(Encoder const& encoder, unsigned short const* units, size_t count)
+    {
+        Substitute result = {};
+        if (encoder.m_options.errors == ErrorPolicy::REPLACE) {
+            result.size = encoder.m_substituteSize;
+            std::copy_n(encoder.m_substitute, result.size, result.bytes);
+        }
+        else if (encoder.m_options.errors == ErrorPolicy::ESCAPE) {
+            unsigned char ascii[2 * ESCAPE_LENGTH];
+            unsigned char* asciiEnd = ascii;
+            for (size_t i = 0; i < count; ++i)
+                asciiEnd = writeEscape(asciiEnd, units[i]);
+            unsigned short escape[2 * ESCAPE_LENGTH];
+            unsigned short* const escapeEnd = std::copy(ascii, asciiEnd, escape);
+            result.size = encoder.m_engine
+                              ->encode(*encoder.m_converter, escape, escapeEnd, result.bytes,
+                                       result.bytes + sizeof result.bytes, true)
+                              .written;
+        }
+        return result;
+    }
+
+    static Error badUnits(Encoder const& encoder, unsigned short const* units, size_t count)
+    {
+        Error error = {};
+        error.byteOffset = encoder.m_bytePosition;
+        error.unitOffset = encoder.m_unitPosition;
+        error.status = count == 1 && isSurrogate(units[0]) ? Status::INVALID : Status::UNREPRESENTABLE;
+        error.length = static_cast<unsigned char>(count);
+        error.codePoint = count == 2 ? codePointOf(units[0], units[1]) : units[0];
+        return error;
+    }
+
+    static void pass(Encoder& encoder, UnitFeed& feed, size_t count)
+    {
+        feed.advance(count);
+        encoder.m_unitPosition += count;
+    }
+
+    static Start start(Encoder& encoder, UnitFeed& feed, Room<unsigned char>& room)
+    {
+        if (encoder.m_options.bom == Bom::KEEP) {
+            encoder.m_atStart = false;
+            return Start::GO_ON;
+        }
+        UnitFeed::Range const range = feed.range();
+        size_t const length = range.begin != range.end && range.begin[0] == BYTE_ORDER_MARK ? 1 : 0;
+        Start const result = beginWith(encoder, length, room, encoder.m_bom, encoder.m_bomSize);
+        if (result == Start::GO_ON)
+            pass(encoder, feed, length);
+        return result;
+    }
+
+    static Status encode(Encoder& encoder, UnitFeed& feed, Room<unsigned char>& room, bool last)
+    {
+        for (;;) {
+            if (encoder.m_atStart && (last || feed.range().begin != feed.range().end)) {
+                switch (start(encoder, feed, room)) {
+                    case Start::GO_ON:
+                    case Start::CUT: break;
+                    case Start::FULL: return Status::OUTPUT_FULL;
+                    case Start::MISSING: {
+                        Error error = {};
+                        error.status = Status::MISSING_BOM;
+                        return missing(encoder, error);
+                    }
+                }
+                encoder.m_bytePosition += room.written();
+            }
+            UnitFeed::Range const range = feed.range();
+            if (range.begin == range.end)
+                return Status::DONE;
+
+            // The engines differ in what they make of unpaired surrogates, so they see none.
+            auto const inRange = static_cast<size_t>(range.end - range.begin);
+            size_t const whole = wellFormedLength(range.begin, range.begin + std::min(inRange, PIECE));
+            Progress progress = {};
+            if (whole != 0) {
+                progress = encodeWhole(encoder, range.begin, range.begin + whole, room);
+                room.out += progress.written;
+                encoder.m_bytePosition += progress.written;
+                encoder.m_unitPosition += progress.consumed;
+                if (progress.stop == Stop::DESTINATION_FULL) {
+                    feed.advance(progress.consumed);
+                    return Status::OUTPUT_FULL;
+                }
+                if (progress.consumed == inRange || (progress.consumed == whole && whole >= PIECE - 1)) {
+                    feed.advance(progress.consumed);
+                    continue;
+                }
+            }
+            unsigned short const* const unit = range.begin + progress.consumed;
+            if (unit + 1 == range.end && isHighSurrogate(*unit) && !range.last) {
+                feed.advance(progress.consumed);
+                if (!range.reachesEnd)
+                    continue;
+                feed.hold();
+                return Status::DONE;
+            }
+            size_t const length = isPair(unit, range.end) ? 2 : 1;
+            Substitute const substitute = substituteFor(encoder, unit, length);
+            bool const fits = room.left() >= substitute.size;
+            if (fits)
+                record(encoder, badUnits(encoder, unit, length));
+            feed.advance(progress.consumed);
+            if (!fits)
+                return Status::OUTPUT_FULL;
+            Status const status = encoder.m_last.status;
+            pass(encoder, feed, length);
+            room.append(substitute.bytes, substitute.size);
+            encoder.m_bytePosition += substitute.size;
+            if (encoder.m_options.errors == ErrorPolicy::STRICT)
+                return status;
+        }
+    }
+
+    /** A decoded run of a transcoder. */
+    struct Run {
+        ByteFeed::Range source;
+        unsigned short* units;
+    };
+
+    /** Passes over the bytes that became the first `count` units of a run. */
+    static size_t bytesOf(Decoder& decoder, Run const& run, size_t count)
+    {
+        // No decoder tears a pair or delivers nothing for bytes, so the same conversion into less room ends right
+        // there.
+        return count == 0 ? 0
+                          : decoder.m_engine
+                                ->decodeStrict(*decoder.m_converter, run.source.begin, run.source.end, run.units,
+                                               run.units + count, run.source.last)
+                                .consumed;
+    }
+
+    static void passUnits(Transcoder& transcoder, ByteFeed& feed, Run const& run, size_t count, size_t byteCount)
+    {
+        transcoder.m_lineFeeds += countLineFeeds(run.units, run.units + count);
+        transcoder.m_decoder.m_unitPosition += count;
+        pass(transcoder.m_decoder, feed, byteCount);
+    }
+
+    /** Encodes the `count` units of a run. DONE: all of them; else what of the run was passed over is settled. */
+    static Status encodeRun(Transcoder& transcoder, ByteFeed& feed, Room<unsigned char>& room, Run const& run,
+                            size_t count)
+    {
+        Encoder& encoder = transcoder.m_encoder;
+        unsigned short const* unit = run.units;
+        unsigned short const* const end = run.units + count;
+        auto const stop = [&](Status status) {
+            auto const done = static_cast<size_t>(unit - run.units);
+            passUnits(transcoder, feed, run, done, bytesOf(transcoder.m_decoder, run, done));
+            return status;
+        };
+        while (unit != end) {
+            Progress const progress = encodeWhole(encoder, unit, end, room);
+            unit += progress.consumed;
+            room.out += progress.written;
+            if (progress.stop == Stop::SOURCE_USED)
+                break;
+            if (progress.stop == Stop::DESTINATION_FULL)
+                return stop(Status::OUTPUT_FULL);
+            size_t const length = isPair(unit, end) ? 2 : 1;
+            Substitute const substitute = substituteFor(encoder, unit, length);
+            if (room.left() < substitute.size)
+                return stop(Status::OUTPUT_FULL);
+            bool const isStrict = encoder.m_options.errors == ErrorPolicy::STRICT;
+            if (isStrict || transcoder.m_count == 0) {
+                auto const done = static_cast<size_t>(unit - run.units);
+                Error error = badUnits(encoder, unit, length);
+                error.status = Status::UNREPRESENTABLE;
+                size_t const before = bytesOf(transcoder.m_decoder, run, done);
+                error.byteOffset = transcoder.m_decoder.m_bytePosition + before;
+                error.unitOffset = transcoder.m_decoder.m_unitPosition + done;
+                error.lineFeeds = transcoder.m_lineFeeds + countLineFeeds(run.units, unit);
+                error.length = static_cast<unsigned char>(bytesOf(transcoder.m_decoder, run, done + length) - before);
+                record(transcoder, error);
+            }
+            else {
+                ++transcoder.m_count;
+            }
+            room.append(substitute.bytes, substitute.size);
+            unit += length;
+            if (isStrict)
+                return stop(Status::UNREPRESENTABLE);
+        }
+        return Status::DONE;
+    }
+
+    static Status transcode(Transcoder& transcoder, ByteFeed& feed, Room<unsigned char>& room, bool last)
+    {
+        Decoder& decoder = transcoder.m_decoder;
+        Encoder& encoder = transcoder.m_encoder;
+        unsigned short units[PIECE];
+        for (;;) {
+            if (decoder.m_atStart && (last || feed.range().begin != feed.range().end)) {
+                switch (start<unsigned char>(decoder, feed, room, encoder.m_bom, encoder.m_bomSize)) {
+                    case Start::GO_ON: break;
+                    case Start::CUT: feed.hold(); return Status::DONE;
+                    case Start::FULL: return Status::OUTPUT_FULL;
+                    case Start::MISSING: return missing(transcoder, errorAt(decoder, Status::MISSING_BOM));
+                }
+            }
+            Run const run = {feed.range(), units};
+            if (run.source.begin == run.source.end)
+                return Status::DONE;
+            // A unit becomes a byte at least, so that more units than the room has bytes would be decoded in vain.
+            size_t const most = std::min(std::max<size_t>(room.left(), 2), PIECE);
+            Progress const progress = decoder.m_engine->decodeStrict(
+                *decoder.m_converter, run.source.begin, run.source.end, units, units + most, run.source.last);
+            Status const encoded = encodeRun(transcoder, feed, room, run, progress.written);
+            if (encoded != Status::DONE)
+                return encoded;
+            bool const isIllegal = progress.stop == Stop::ILLEGAL;
+            unsigned char const* const bad = run.source.begin + progress.consumed;
+            bool const isReplaced = isIllegal && substitutes(decoder.m_options.errors);
+            bool const fits = !isReplaced || room.left() >= encoder.m_substituteSize;
+            transcoder.m_lineFeeds += countLineFeeds(units, units + progress.written);
+            decoder.m_unitPosition += progress.written;
+            decoder.m_bytePosition += progress.consumed;
+            if (isIllegal && fits) {
+                Error error = invalidBytes(decoder, bad, progress.length);
+                error.lineFeeds = transcoder.m_lineFeeds;
+                record(transcoder, error);
+            }
+            feed.advance(progress.consumed);
+            if (!fits)
+                return Status::OUTPUT_FULL;
+            if (isIllegal) {
+                pass(decoder, feed, progress.length);
+                if (isReplaced) {
+                    room.append(encoder.m_substitute, encoder.m_substituteSize);
+                    decoder.m_unitPosition += substituteOf(decoder.m_options).count;
+                }
+                if (decoder.m_options.errors == ErrorPolicy::STRICT)
+                    return Status::INVALID;
+            }
+            else if (progress.stop != Stop::DESTINATION_FULL && run.source.reachesEnd) {
+                feed.hold();
+                return Status::DONE;
+            }
+        }
+    }
+
+    /** A byte that is malformed wherever it stands among its like. */
+    static bool hasMalformedByte(Decoder const& decoder)
+    {
+        for (unsigned int value = 0; value < 0x100; ++value) {
+            auto const byte = static_cast<unsigned char>(value);
+            unsigned char const text[] = {byte, byte};
+            unsigned short unit = 0;
+            Progress const progress =
+                decoder.m_engine->decodeStrict(*decoder.m_converter, text, text + 2, &unit, &unit + 1, true);
+            if (progress.stop == Stop::ILLEGAL && progress.consumed == 0 && progress.length == 1)
+                return true;
+        }
+        return false;
+    }
+
+    /** Bytes of `units` in the target of an encoder; 0 where it lacks them. */
+    template <size_t N>
+    static unsigned char encodeChar(Encoder const& encoder, CharUnits const& c, unsigned char (&bytes)[N])
+    {
+        Progress const progress =
+            encoder.m_engine->encode(*encoder.m_converter, c.units, c.units + c.count, bytes, bytes + N, true);
+        return progress.stop == Stop::SOURCE_USED ? static_cast<unsigned char>(progress.written)
+                                                  : static_cast<unsigned char>(0);
+    }
+};
+
+Decoder::Decoder(KX7CharSet from, Options const& options) noexcept
+    : m_engine(nullptr), m_converter(&converterOf(from)), m_charSet(from), m_options(options), m_atStart(true),
+      m_heldCount(0), m_held(), m_bytePosition(0), m_unitPosition(0)
+{
+    if (hasConverter(from))
+        m_engine = engineOf(*m_converter);
+}
+
+StreamResult Decoder::convert(Span<char const> source, Span<char16_t> dest, bool last) noexcept
+{
+    if (!m_engine)
+        return {0, 0, Status::NO_CONVERTER};
+    Streams::ByteFeed feed(reinterpret_cast<unsigned char const*>(source.data()), source.size(), last, m_held,
+                           m_heldCount);
+    auto* const out = reinterpret_cast<unsigned short*>(dest.data());
+    Room<unsigned short> room = {out, out, out + dest.size()};
+    Status const status = Streams::decode(*this, feed, room, last);
+    return {feed.consumed(), room.written(), status};
+}
+
+void Decoder::reset() noexcept
+{
+    Streams::forget(*this);
+    m_atStart = true;
+    m_heldCount = 0;
+    m_bytePosition = 0;
+    m_unitPosition = 0;
+}
+
+bool Decoder::maximumOf(Count& count) const noexcept
+{
+    std::optional<size_t> const bytes = sum(count.value, m_heldCount);
+    if (!m_engine || !bytes)
+        return false;
+    size_t const ofError = substitutes(m_options.errors) ? substituteOf(m_options).count : 0;
+    size_t const codeSize = m_converter->getMinUnitSize();
+    size_t const ofMark = m_atStart && m_options.bom == Bom::ADD ? 1 : 0;
+    if (codeSize == 1)
+        return assign(count, sum(product(*bytes, ofError == 2 && Streams::hasMalformedByte(*this) ? 2 : 1), ofMark));
+    size_t const ofCode = std::max<size_t>(codeSize / 2, ofError);
+    return assign(count, sum(sum(product(*bytes / codeSize, ofCode), *bytes % codeSize == 0 ? 0 : ofError), ofMark));
+}
+
+Encoder::Encoder(KX7CharSet to, Options const& options) noexcept
+    : m_engine(nullptr), m_converter(&converterOf(to)), m_charSet(to), m_options(options), m_atStart(true),
+      m_heldCount(0), m_substituteSize(0), m_bomSize(0), m_held(0), m_substitute(), m_bom(), m_bytePosition(0),
+      m_unitPosition(0)
+{
+    if (!hasConverter(to))
+        return;
+    m_engine = engineOf(*m_converter);
+    m_substituteSize = Streams::encodeChar(*this, substituteOf(options), m_substitute);
+    if (m_substituteSize == 0)
+        m_substituteSize = Streams::encodeChar(*this, CharUnits(U'?'), m_substitute);
+    m_bomSize = Streams::encodeChar(*this, CharUnits(BYTE_ORDER_MARK), m_bom);
+}
+
+StreamResult Encoder::convert(Span<char16_t const> source, Span<char> dest, bool last) noexcept
+{
+    if (!m_engine)
+        return {0, 0, Status::NO_CONVERTER};
+    Streams::UnitFeed feed(reinterpret_cast<unsigned short const*>(source.data()), source.size(), last, &m_held,
+                           m_heldCount);
+    auto* const out = reinterpret_cast<unsigned char*>(dest.data());
+    Room<unsigned char> room = {out, out, out + dest.size()};
+    Status const status = Streams::encode(*this, feed, room, last);
+    return {feed.consumed(), room.written(), status};
+}
+
+void Encoder::reset() noexcept
+{
+    Streams::forget(*this);
+    m_atStart = true;
+    m_heldCount = 0;
+    m_bytePosition = 0;
+    m_unitPosition = 0;
+}
+
+bool Encoder::maximumOf(Count& count) const noexcept
+{
+    std::optional<size_t> const units = sum(count.value, m_heldCount);
+    if (!m_engine || !units)
+        return false;
+    // A surrogate without its partner is an error of one unit in every set.
+    size_t const ofError = m_options.errors == ErrorPolicy::REPLACE  ? m_substituteSize
+                           : m_options.errors == ErrorPolicy::ESCAPE ? ESCAPE_LENGTH * m_converter->getMinUnitSize()
+                                                                     : 0;
+    // EUC-JP has room for a third byte, but no character of the set that would need it.
+    bool const isEucJp = m_converter == &converterOf(KX7CS_EUC_JP);
+    size_t const ofUnit = std::max<size_t>(isEucJp ? 2 : m_converter->getMaxUnitSize(), ofError);
+    return assign(count, sum(product(*units, ofUnit), m_atStart && m_options.bom == Bom::ADD ? m_bomSize : 0));
+}
+
+namespace {
+
+Options withBom(Options options, Bom bom)
+{
+    options.bom = bom;
+    return options;
+}
+
+}  // namespace
+
+Transcoder::Transcoder(KX7CharSet from, KX7CharSet to, Options const& options) noexcept
+    : m_decoder(from, options), m_encoder(to, withBom(options, Bom::KEEP)), m_lineFeeds(0)
+{
+}
+
+StreamResult Transcoder::convert(Span<char const> source, Span<char> dest, bool last) noexcept
+{
+    if (!m_decoder.m_engine || !m_encoder.m_engine)
+        return {0, 0, Status::NO_CONVERTER};
+    Streams::ByteFeed feed(reinterpret_cast<unsigned char const*>(source.data()), source.size(), last, m_decoder.m_held,
+                           m_decoder.m_heldCount);
+    auto* const out = reinterpret_cast<unsigned char*>(dest.data());
+    Room<unsigned char> room = {out, out, out + dest.size()};
+    Status const status = Streams::transcode(*this, feed, room, last);
+    return {feed.consumed(), room.written(), status};
+}
+
+void Transcoder::reset() noexcept
+{
+    Streams::forget(*this);
+    m_decoder.reset();
+    m_encoder.reset();
+    m_lineFeeds = 0;
+}
+
+void Transcoder::setErrors(ErrorPolicy errors) noexcept
+{
+    m_decoder.setErrors(errors);
+    m_encoder.setErrors(errors);
+}
+
+bool Transcoder::maximumOf(Count& count) const noexcept
+{
+    return m_decoder.maximumOf(count) && m_encoder.maximumOf(count);
+}
+
+}  // namespace kx7
