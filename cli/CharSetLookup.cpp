@@ -2,36 +2,19 @@
 #include "CharSetLookup.h"
 
 #include <algorithm>
-#include <cstring>
+#include <optional>
 
 #include "kx7/charset/CharSetConverterManager.h"
+#include "kx7/convert.h"
 #include "kx7/converters/KX7CharSetConverter.h"
 
 namespace kx7conv {
 
-namespace {
-
-constexpr char PREFIX[] = "KX7CS_";
-
-/** ASCII only: what names a character set must not depend on the locale. */
-std::string upperCase(std::string text)
-{
-    for (char& c : text)
-        if (c >= 'a' && c <= 'z')
-            c = static_cast<char>(c - 'a' + 'A');
-    return text;
-}
-
-}  // namespace
-
 kx7::CharSetName const* findCharSet(std::string const& text)
 {
-    std::string const wanted = upperCase(text);
+    std::optional<KX7CharSet> const charSet = kx7::findCharSet(text);
     auto const* const found = std::find_if(std::begin(kx7::CHAR_SET_NAMES), std::end(kx7::CHAR_SET_NAMES),
-                                           [&](kx7::CharSetName const& entry) {
-                                               return wanted == entry.name || wanted == entry.name + strlen(PREFIX) ||
-                                                      wanted == std::to_string(entry.charSet);
-                                           });
+                                           [&](kx7::CharSetName const& entry) { return charSet == entry.charSet; });
     return found == std::end(kx7::CHAR_SET_NAMES) ? nullptr : found;
 }
 

@@ -9,8 +9,7 @@
 namespace kx7conv {
 
 /**
- * The character set of a code-page number ("1251") or a name, in any case and with or without "KX7CS_" ("wcp1251").
- * Null where there is none such.
+ * The character set of a number, a name or a label, as kx7::findCharSet knows it. Null where there is none such.
  */
 kx7::CharSetName const* findCharSet(std::string const& text);
 

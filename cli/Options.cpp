@@ -126,7 +126,8 @@ void applyProgress(Options& options, std::string const& value)
 
 constexpr Option OPTIONS[] = {
     {'f', "from", Argument::REQUIRED, "CS",
-     "character set of the input: a code-page number (1251) or a name\n(KX7CS_WCP1251, wcp1251)",
+     "character set of the input: a code-page number (1251), a name\n(KX7CS_WCP1251, wcp1251) or a label "
+     "(windows-1251)",
      [](Options& options, std::string const& value) { options.from = nonEmpty("-f", value); }},
     {'t', "to", Argument::REQUIRED, "CS", "character set of the output; UTF-8 if not given",
      [](Options& options, std::string const& value) { options.to = nonEmpty("-t", value); }},

@@ -40,21 +40,25 @@ struct Engine;
 template <class T>
 class Span {
 public:
+    /** Nothing. */
     constexpr Span() noexcept : m_data(nullptr), m_size(0) {}
+
+    /** `size` elements at `data`. */
     constexpr Span(T* data, std::size_t size) noexcept : m_data(data), m_size(size) {}
 
+    /** All of a text or a container. */
     template <class Text, class Element = std::remove_pointer_t<decltype(std::declval<Text&>().data())>,
               std::enable_if_t<std::is_convertible<Element (*)[], T (*)[]>::value, int> = 0>
     constexpr Span(Text&& text) noexcept : m_data(text.data()), m_size(text.size())
     {
     }
 
-    constexpr T* data() const noexcept { return m_data; }
-    constexpr std::size_t size() const noexcept { return m_size; }
-    constexpr bool empty() const noexcept { return m_size == 0; }
-    constexpr T* begin() const noexcept { return m_data; }
-    constexpr T* end() const noexcept { return m_data + m_size; }
-    constexpr T& operator[](std::size_t i) const noexcept { return m_data[i]; }
+    constexpr T* data() const noexcept { return m_data; }                        ///< the first element
+    constexpr std::size_t size() const noexcept { return m_size; }               ///< how many there are
+    constexpr bool empty() const noexcept { return m_size == 0; }                ///< there is none
+    constexpr T* begin() const noexcept { return m_data; }                       ///< the first element
+    constexpr T* end() const noexcept { return m_data + m_size; }                ///< behind the last element
+    constexpr T& operator[](std::size_t i) const noexcept { return m_data[i]; }  ///< the element at `i`
 
     /** What is behind the first `count` elements, of which there are at least so many. */
     constexpr Span behind(std::size_t count) const noexcept { return {m_data + count, m_size - count}; }
@@ -82,12 +86,12 @@ enum class Bom : unsigned char {
 
 /** How a text is converted. */
 struct Options {
-    ErrorPolicy errors = ErrorPolicy::STRICT;
+    ErrorPolicy errors = ErrorPolicy::STRICT;  ///< what is done with errors
 
     /** What REPLACE writes: a Unicode character, or 0 for U+FFFD. Where the target lacks it, "?". */
     char32_t substitute = 0;
 
-    Bom bom = Bom::KEEP;
+    Bom bom = Bom::KEEP;  ///< what is done about a byte-order mark
 };
 
 /** Why a conversion returned. */
@@ -128,12 +132,12 @@ struct Error {
 struct StreamResult {
     std::size_t consumed;  ///< bytes or units of the source, those that are kept for the next call included
     std::size_t written;   ///< units or bytes of the destination
-    Status status;
+    Status status;         ///< why the call returned
 };
 
 /** A count in the interface of the library, whose symbols are the same for every word size. */
 struct Count {
-    std::size_t value;
+    std::size_t value;  ///< the count
 };
 
 /** What streams have in common: the first error, the last one, how many there were. */
@@ -149,13 +153,14 @@ public:
     Error const& lastError() const noexcept { return m_last; }
 
 protected:
+    /** No error so far. */
     StreamErrors() noexcept : m_first(), m_last(), m_count(0) {}
 
     friend struct Streams;
 
-    Error m_first;
-    Error m_last;
-    unsigned long long m_count;
+    Error m_first;               ///< see firstError
+    Error m_last;                ///< see lastError
+    unsigned long long m_count;  ///< see errorCount
 };
 
 /**
@@ -170,6 +175,7 @@ public:
     /** Units in which whatever comes next fits. */
     static constexpr std::size_t MINIMUM_ROOM = 2;
 
+    /** A stream at the beginning of a text. `from` may have no converter: convert says so. */
     explicit Decoder(KX7CharSet from, Options const& options = {}) noexcept;
 
     /**
@@ -184,8 +190,10 @@ public:
     /** What is done with errors from now on. */
     void setErrors(ErrorPolicy errors) noexcept { m_options.errors = errors; }
 
-    /** Bytes and units so far, what is kept for the next call not counted. */
+    /** Bytes so far, what is kept for the next call not counted. */
     unsigned long long bytePosition() const noexcept { return m_bytePosition; }
+
+    /** Units so far, what is kept for the next call not counted. */
     unsigned long long unitPosition() const noexcept { return m_unitPosition; }
 
     /**
@@ -222,6 +230,7 @@ public:
     /** Bytes in which whatever comes next fits: an escape in UTF-32. */
     static constexpr std::size_t MINIMUM_ROOM = 24;
 
+    /** A stream at the beginning of a text. `to` may have no converter: convert says so. */
     explicit Encoder(KX7CharSet to, Options const& options = {}) noexcept;
 
     /**
@@ -236,8 +245,10 @@ public:
     /** What is done with errors from now on. */
     void setErrors(ErrorPolicy errors) noexcept { m_options.errors = errors; }
 
-    /** Bytes and units so far, what is kept for the next call not counted. */
+    /** Bytes so far, what is kept for the next call not counted. */
     unsigned long long bytePosition() const noexcept { return m_bytePosition; }
+
+    /** Units so far, what is kept for the next call not counted. */
     unsigned long long unitPosition() const noexcept { return m_unitPosition; }
 
     /**
@@ -281,6 +292,7 @@ public:
     /** Bytes in which whatever comes next fits. */
     static constexpr std::size_t MINIMUM_ROOM = Encoder::MINIMUM_ROOM;
 
+    /** A stream at the beginning of a text. Either set may have no converter: convert says so. */
     Transcoder(KX7CharSet from, KX7CharSet to, Options const& options = {}) noexcept;
 
     /**
@@ -344,12 +356,12 @@ struct Outcome {
 
 /** A text in UTF-16. */
 struct Units : Outcome {
-    std::u16string text;
+    std::u16string text;  ///< the result
 };
 
 /** A text in bytes. */
 struct Bytes : Outcome {
-    std::string text;
+    std::string text;  ///< the result
 };
 
 /** A whole text to UTF-16. */
@@ -366,18 +378,23 @@ struct Validity {
     std::size_t offset;  ///< bytes, or units of UTF-16, before the first malformed sequence; all of the text if valid
     std::size_t length;  ///< of that sequence: as long as what could begin a well-formed one; 0 if valid
 
+    /** The text is well-formed. */
     explicit operator bool() const noexcept { return length == 0; }
 };
 
 /** UTF-8 without overlong forms, surrogates, values above U+10FFFF and unfinished sequences. */
 KX7_API Validity validateUtf8(std::string_view text) noexcept;
 
-/** UTF-16 without unpaired surrogates; as bytes it also has an even number of them. */
+/** UTF-16 without unpaired surrogates. */
 KX7_API Validity validateUtf16(std::u16string_view text) noexcept;
+
+/** The same in bytes, of which there is an even number. */
 KX7_API Validity validateUtf16(std::string_view bytes) noexcept;
 
-/** UTF-32 without surrogates and values above U+10FFFF; as bytes it also has a multiple of four of them. */
+/** UTF-32 without surrogates and values above U+10FFFF. */
 KX7_API Validity validateUtf32(std::u32string_view text) noexcept;
+
+/** The same in bytes, of which there is a multiple of four. */
 KX7_API Validity validateUtf32(std::string_view bytes) noexcept;
 
 /** A byte-order mark at the beginning of bytes. */
@@ -385,6 +402,7 @@ struct DetectedBom {
     KX7CharSet charSet;  ///< KX7CS_OS_DEFAULT: there is none
     std::size_t length;  ///< bytes; 0: there is none
 
+    /** There is one. */
     explicit operator bool() const noexcept { return length != 0; }
 };
 
@@ -411,7 +429,10 @@ KX7_API CharSetInfo const* charSetInfo(KX7CharSet charSet) noexcept;
 
 /** Which of two registries decides where both have a label for different sets: "iso-8859-1" is windows-1252 on the Web.
  */
-enum class Labels : unsigned char { IANA_FIRST, WHATWG_FIRST };
+enum class Labels : unsigned char {
+    IANA_FIRST,   ///< IANA
+    WHATWG_FIRST  ///< the WHATWG Encoding Standard
+};
 
 /**
  * The character set of a code-page number ("1251", "cp1251"), a name, in any case and with or without "KX7CS_"

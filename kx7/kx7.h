@@ -20,6 +20,7 @@
 #include "kx7/text/KX7UCharTable.h"
 #include "kx7/text/KX7UString.h"
 #include "kx7/text/KX7UStringList.h"
+#include "kx7/text/KX7UStringStd.h"
 #if __cplusplus >= 201703L
 #include "kx7/convert.h"
 #endif

@@ -15,16 +15,19 @@
 
 #include "kx7/Export.h"
 
+#ifndef __cplusplus
+/** A character set: one of the values below. */
+typedef int32_t KX7CharSet;
+#endif
+
 /**
  * A character set. The values are Windows code-page numbers, so a code page may be passed unchanged:
  * `static_cast<KX7CharSet>(1252)`. A value without a converter (the ISO-2022 sets, EUC-TW, the big-endian forms, any
  * number not listed) converts as UTF-8.
  */
-#ifdef __cplusplus
-enum KX7CharSet : int32_t
-#else
-typedef int32_t KX7CharSet;
 enum KX7CharSet
+#ifdef __cplusplus
+    : int32_t
 #endif
 {
     KX7CS_ISO_8859_1 = 28591,       ///< Western European

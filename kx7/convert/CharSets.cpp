@@ -59,10 +59,10 @@ std::string_view trimmed(std::string_view text)
     return text;
 }
 
-/** The value of decimal digits; -1 where there are other characters, none, or more than a code page has. */
+/** The value of decimal digits as a number is written; -1 for any other text and for more than a code page has. */
 int numberOf(std::string_view text)
 {
-    if (text.empty() || text.size() > 5)
+    if (text.empty() || text.size() > 5 || text.front() == '0')
         return -1;
     int number = 0;
     for (char const c : text) {
@@ -82,8 +82,9 @@ CharSetInfo const* infoOf(KX7CharSet charSet)
 
 std::optional<KX7CharSet> findNamed(std::string_view name)
 {
-    if (compare(name, "KX7CS_OS_DEFAULT") == 0)
-        return KX7CS_OS_DEFAULT;
+    for (std::string_view const ofDefault : {"KX7CS_OS_DEFAULT", "OS_DEFAULT", "-2"})
+        if (compare(name, ofDefault) == 0)
+            return KX7CS_OS_DEFAULT;
     for (CharSetInfo const& info : CHAR_SET_INFOS) {
         std::string_view const full = info.name;
         if (compare(name, full) == 0 || compare(name, full.substr(PREFIX.size())) == 0)

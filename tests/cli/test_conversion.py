@@ -47,6 +47,11 @@ class CharacterSets(Test):
         for name in ["-2", "os_default", "KX7CS_OS_DEFAULT"]:
             self.expect(["-f", name, "-t", name], b"abc\n", b"abc\n")
 
+    def testLabelsAreThoseOfTheLibrary(self):
+        for name in ["cp1251", "windows-1251", "CsWindows1251", " 1251 "]:
+            self.expect(["-f", name, "-t", "utf-8"], b"\xe6", "ж".encode())
+        self.expect(["-f", "latin1"], b"\x80", b"\xc2\x80")
+
     def testEveryOneOfThoseListedAnswersToItsNumberAndItsName(self):
         for number, name in listed():
             for what in (number, name, name.removeprefix("KX7CS_").lower()):
@@ -58,7 +63,7 @@ class CharacterSets(Test):
         self.expect(["--list"], b"", "".join(f"{number}\t{name}\n" for number, name in expected).encode())
 
     def testUnknownOnesAreRefused(self):
-        unknown = ["klingon", "0", "437", "01251", "1251 ", "cp1251", "KX7CS_", "KX7CS_KX7CS_UTF8", "utf-8",
+        unknown = ["klingon", "0", "437", "01251", "1251x", "cp", "KX7CS_", "KX7CS_KX7CS_UTF8", "utf-9",
                    "99999999999999999999"]
         for name in unknown:
             message = f"kx7conv: unknown character set '{name}'; --list shows those that there are\n"

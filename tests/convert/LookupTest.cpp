@@ -44,11 +44,12 @@ TEST(Lookup, EverySetByNumberAndName)
 
 TEST(Lookup, WhatIsNoName)
 {
-    for (char const* const text : {"", " ", "utf", "KX7CS_", "437", "12520", "999999999999", "-2", "+1252", "1252x",
+    for (char const* const text : {"", " ", "utf", "KX7CS_", "437", "12520", "999999999999", "01252", "+1252", "1252x",
                                    "cp", "utf-8\xC2\xA0", "wcp-1252", "65001.0", "\xC5\xBFhift_jis"})
         EXPECT_EQ(findCharSet(text), std::nullopt) << text;
     EXPECT_EQ(findCharSet(std::string_view("utf-8\0", 6)), std::nullopt);
-    EXPECT_EQ(findCharSet("kx7cs_os_default"), KX7CS_OS_DEFAULT);
+    for (char const* const text : {"kx7cs_os_default", "os_default", "-2"})
+        EXPECT_EQ(findCharSet(text), KX7CS_OS_DEFAULT);
 }
 
 TEST(Lookup, EveryLabel)

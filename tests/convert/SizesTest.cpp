@@ -21,7 +21,8 @@ std::vector<std::string> codesOf(KX7CharSet charSet)
         codes.push_back(kx7::encode(text, charSet, {kx7::ErrorPolicy::SKIP}).text);
     for (std::u16string_view const lone : {u"\xDC00", u"\xD800"})
         codes.emplace_back(reinterpret_cast<char const*>(lone.data()), 2);
-    codes.emplace_back("\0\xDC\0\0", 4);
+    char32_t const surrogate = 0xDC00;
+    codes.emplace_back(reinterpret_cast<char const*>(&surrogate), 4);
     return codes;
 }
 
