@@ -91,13 +91,35 @@ int unitOfEscape(unsigned short const* text, size_t length)
     return value;
 }
 
+/** Units before the first "U", at most `length`. */
+size_t firstU(unsigned short const* text, size_t length)
+{
+    constexpr size_t BLOCK = 64;
+    size_t n = 0;
+    for (; length - n >= BLOCK; n += BLOCK) {
+        unsigned short found = 0;
+        for (size_t i = 0; i < BLOCK; ++i)
+            found = static_cast<unsigned short>(found | (text[n + i] == 'U'));
+        if (found != 0)
+            break;
+    }
+    while (n != length && text[n] != 'U')
+        ++n;
+    return n;
+}
+
 /** Replaces escapes by the units they name, in place. With `more` the last five units may go on behind them. */
 Unescaped unescape(unsigned short* text, size_t length, bool more)
 {
-    size_t out = 0;
     size_t in = 0;
-    while (in != length) {
-        if (more && text[in] == 'U' && length - in < ESCAPE_LENGTH)
+    size_t out = 0;
+    for (;;) {
+        size_t const plain = firstU(text + in, length - in);
+        if (in != out)
+            std::copy(text + in, text + in + plain, text + out);
+        in += plain;
+        out += plain;
+        if (in == length || (more && length - in < ESCAPE_LENGTH))
             break;
         int const unit = unitOfEscape(text + in, length - in);
         text[out++] = unit < 0 ? text[in] : static_cast<unsigned short>(unit);

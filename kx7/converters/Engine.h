@@ -66,7 +66,11 @@ struct Engine {
     Progress (*encode)(KX7CharSetConverter& converter, unsigned short const* source, unsigned short const* sourceEnd,
                        unsigned char* dest, unsigned char* destEnd, bool last);
 
-    /** Decodes with ILLCHAR_REPLACE and no source limit, as the published operation, without its terminator. */
+    /**
+     * Decodes with ILLCHAR_REPLACE and no source limit, as the published operation, without its terminator. A room of
+     * a whole piece, or nearly, is a buffer that is filled again and again: an eighth of a piece may be left unused
+     * there.
+     */
     TextProgress (*decodeText)(KX7CharSetConverter& converter, ByteText const& source, unsigned short* dest,
                                unsigned int room);
 

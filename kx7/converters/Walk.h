@@ -280,7 +280,7 @@ struct DecodeFront {
 template <class Decoder>
 KX7_NOINLINE TextProgress decodeTextOn(Decoder const& decoder, ByteText const& source, DecodeFront const& front,
                                        unsigned short* dest, unsigned short* outEnd, ILLCHAR_OPTYPE op, bool* illegal,
-                                       size_t byteLimit)
+                                       size_t byteLimit, size_t spare)
 {
     unsigned char const* in = front.in;
     unsigned char const* const last = source.end ? source.end : endOf(in, SIZE_MAX);
@@ -295,6 +295,9 @@ KX7_NOINLINE TextProgress decodeTextOn(Decoder const& decoder, ByteText const& s
     while (out != outEnd) {
         if (in == end) {
             if (ended)
+                break;
+            full = static_cast<size_t>(outEnd - out) <= spare;
+            if (full)
                 break;
             // Not further than the room reaches or the limit: a caller whose bytes end there needs no terminator.
             size_t const untilLimit = in < limitEnd ? static_cast<size_t>(limitEnd - in) : 1;
@@ -355,10 +358,12 @@ KX7_NOINLINE TextProgress decodeTextOn(Decoder const& decoder, ByteText const& s
  * Decodes text: the published rules but for the terminator, which the caller writes.
  * @param illegal   may be null; set, not cleared
  * @param byteLimit bytes to consume before the conversion ends behind a character, or NO_LIMIT
+ * @param spare     it may end as if the room were used up when no more than this is left of it
  */
 template <class Decoder>
 KX7_INLINE TextProgress decodeText(Decoder const& decoder, ByteText const& source, unsigned short* dest,
-                                   unsigned int room, ILLCHAR_OPTYPE op, bool* illegal, size_t byteLimit)
+                                   unsigned int room, ILLCHAR_OPTYPE op, bool* illegal, size_t byteLimit,
+                                   size_t spare = 0)
 {
     // Most texts are short and one run: the rest, which has much to remember, is a function of its own.
     DecodeFront front = {source.begin, source.begin, dest, false};
@@ -372,7 +377,7 @@ KX7_INLINE TextProgress decodeText(Decoder const& decoder, ByteText const& sourc
         if (front.ended && front.in == front.end)
             return {length, static_cast<size_t>(front.out - dest), front.out == outEnd, false};
     }
-    return decodeTextOn(decoder, source, front, dest, outEnd, op, illegal, byteLimit);
+    return decodeTextOn(decoder, source, front, dest, outEnd, op, illegal, byteLimit, spare);
 }
 
 /** What an encoder that takes less from the room for an escape than it writes may do. */
