@@ -5,8 +5,8 @@
 #include "kx7/charset/CharSetConverterManager.h"
 
 #include <algorithm>
-#include <atomic>
 #include <clocale>
+#include <cstdint>
 #include <cstdlib>
 #include <exception>
 #include <new>
@@ -66,9 +66,27 @@ KX7_EARLY KX7CharSetConverterUTF16Esc g_oConverterUTF16Esc(KX7CS_UTF16ESC);
 
 namespace {
 
-// The two converters that most conversions ask for. Every writer stores the same pointer, so relaxed is enough.
-std::atomic<KX7CharSetConverter*> cachedOsDefaultConverter{nullptr};
-std::atomic<KX7CharSetConverter*> cachedUtf8Converter{nullptr};
+/** The registry's map once more, without a search: a slot for each character set that came first to it. */
+struct Slot {
+    KX7CharSet charSet;
+    KX7CharSetConverter* converter;  ///< null: empty
+};
+
+// Written where the registry of the process is, and as that without a lock.
+Slot slots[64];
+
+/** By Fibonacci's method; with this factor none of the library's character sets, or KX7CS_OS_DEFAULT, shares a slot. */
+Slot& slotOf(KX7CharSet charSet)
+{
+    return slots[static_cast<uint32_t>(charSet) * UINT32_C(0x3017241F) >> 26];
+}
+
+void fillSlot(KX7CharSet charSet, KX7CharSetConverter* converter)
+{
+    Slot& slot = slotOf(charSet);
+    if (!slot.converter)
+        slot = {charSet, converter};
+}
 
 }  // namespace
 
@@ -76,21 +94,14 @@ KX7_EARLY CharSetConverterManager g_oCnvtMgr;
 
 KX7CharSetConverter* KX7CharSetConverter::getConverter(KX7CharSet charSet)
 {
-    std::atomic<KX7CharSetConverter*>* const cache = charSet == KX7CS_OS_DEFAULT ? &cachedOsDefaultConverter
-                                                     : charSet == KX7CS_UTF8     ? &cachedUtf8Converter
-                                                                                 : nullptr;
-    if (!cache)
-        return g_oCnvtMgr.getConverter(charSet);
-    KX7CharSetConverter* converter = cache->load(std::memory_order_relaxed);
-    if (!converter) {
-        converter = g_oCnvtMgr.getConverter(charSet);
-        cache->store(converter, std::memory_order_relaxed);
-    }
-    return converter;
+    Slot const& slot = slotOf(charSet);
+    if (__builtin_expect(slot.charSet == charSet && slot.converter, true))
+        return slot.converter;
+    return g_oCnvtMgr.getConverter(charSet);
 }
 
 // The names are strings, and strings are built by a converter: while this runs, KX7CS_UTF8 is served by load() from an
-// empty map. Nothing may ask for KX7CS_OS_DEFAULT before osDefaultCharSet is set, since the answer would be cached.
+// empty map.
 CharSetConverterManager::CharSetConverterManager() : osDefaultCharSet(KX7CS_ISO_8859_1)
 {
     initLocaleMap();
@@ -157,7 +168,14 @@ CharSetConverterManager::~CharSetConverterManager()
 
 void CharSetConverterManager::insert(KX7CharSet cs, KX7CharSetConverter* converter, bool isStatic)
 {
-    converterMap.insert({cs, ConverterInfo{isStatic, converter}});
+    bool const isNew = converterMap.insert({cs, ConverterInfo{isStatic, converter}}).second;
+    if (!isNew || this != &g_oCnvtMgr)
+        return;
+    // Kept on purpose: what is registered for KX7CS_OS_DEFAULT itself is never found.
+    if (cs != KX7CS_OS_DEFAULT)
+        fillSlot(cs, converter);
+    if (cs == osDefaultCharSet)
+        fillSlot(KX7CS_OS_DEFAULT, converter);
 }
 
 KX7CharSetConverter* CharSetConverterManager::load(KX7CharSet /*cs*/)

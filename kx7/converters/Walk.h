@@ -493,11 +493,12 @@ KX7_INLINE TextProgress encodeText(Encoder const& encoder, UnitText const& sourc
     // As in decodeText.
     EncodeFront front = {source.begin, source.begin, dest, false};
     unsigned char* const outEnd = endOf(dest, room);
-    if (!source.end) {
-        size_t const most = std::min(size_t{room}, PIECE);
+    size_t const atMost = source.end ? static_cast<size_t>(source.end - source.begin) : PIECE + 1;
+    if (atMost != 0) {
+        size_t const most = std::min({size_t{room}, PIECE, atMost});
         size_t const length = unitLength(front.in, most);
         front.end += length;
-        front.ended = length < most;
+        front.ended = length < most || length == atMost;
         encoder.run(front.in, front.end, front.out, outEnd);
         if (front.ended && front.in == front.end)
             return {length, static_cast<size_t>(front.out - dest), front.out == outEnd, false};

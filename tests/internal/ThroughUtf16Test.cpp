@@ -150,6 +150,33 @@ TEST(ThroughUTF16, RandomLongTexts)
     }
 }
 
+// A piece may end as much as an eighth early, before a character or an escape that begins anywhere there.
+TEST(ThroughUTF16, EscapesWhereverAPieceMayEnd)
+{
+    struct {
+        char const* character;
+        KX7CharSetConverter& from;
+        size_t units;
+    } const texts[] = {{"x", g_oConverterUTF8, 1},
+                       {"\xC3\xA9", g_oConverterUTF8, 1},
+                       {"\xE2\x82\xAC", g_oConverterUTF8, 1},
+                       {"\xF0\x9F\x98\x80", g_oConverterUTF8, 2},
+                       {"\xE9", g_oConverterWCP1252, 1},
+                       {"\x82\xA0", g_oConverterWCP932, 1}};
+    Passage passage;
+    for (auto const& text : texts)
+        for (size_t units = PIECE_UNITS - PIECE_UNITS / 8 - 16; units <= PIECE_UNITS + 8; units += text.units) {
+            std::string bytes(units % 2 == 0 ? "" : "a");
+            for (size_t i = 0; i < units / text.units; ++i)
+                bytes += text.character;
+            bytes += "U+00E9UU+20ACz";
+            auto const room = static_cast<unsigned int>(3 * bytes.size());
+            ASSERT_TRUE(passage.isOnePass(text.from, bytes, g_oConverterUTF8, room, {true, ILLCHAR_REPLACE})) << units;
+            ASSERT_TRUE(passage.isOnePass(text.from, bytes, g_oConverterWCP1252, room, {true, ILLCHAR_ESCAPE}))
+                << units;
+        }
+}
+
 TEST(ThroughUTF16, ZeroUnitWithinTheTextEndsIt)
 {
     char dest[16] = {};
