@@ -116,11 +116,6 @@ KX7_SSE2 KX7_READS_BEYOND size_t unitMatch(unsigned short const* a, unsigned sho
 #endif
 }
 
-constexpr bool isContinuation(unsigned char byte)
-{
-    return (byte & 0xC0) == 0x80;
-}
-
 KX7_SSE2 void decodeUTF8(unsigned char const*& inOut, unsigned char const* end, unsigned short*& outOut,
                          unsigned short* outEnd)
 {
@@ -145,27 +140,35 @@ KX7_SSE2 void decodeUTF8(unsigned char const*& inOut, unsigned char const* end, 
             in += 1;
             continue;
         }
+        // What continuation bytes are without their mark has nothing above its six bits.
         std::ptrdiff_t const left = end - in;
-        if (lead < 0xC0 || left < 2 || !isContinuation(in[1]))
+        if (lead < 0xC0 || left < 2)
             break;
-        unsigned int value = (lead & 0x1F) << 6 | (in[1] & 0x3F);
+        unsigned int const second = in[1] ^ 0x80U;
         if (lead < 0xE0) {
-            *out++ = static_cast<unsigned short>(value);
+            if (second >= 0x40)
+                break;
+            *out++ = static_cast<unsigned short>((lead & 0x1F) << 6 | second);
             in += 2;
             continue;
         }
-        if (left < 3 || !isContinuation(in[2]))
+        if (left < 3)
             break;
-        value = value << 6 | (in[2] & 0x3F);
+        unsigned int const third = in[2] ^ 0x80U;
         if (lead < 0xF0) {
-            *out++ = static_cast<unsigned short>(value);
+            if ((second | third) >= 0x40)
+                break;
+            *out++ = static_cast<unsigned short>(lead << 12 | second << 6 | third);
             in += 3;
             continue;
         }
-        if (left < 4 || !isContinuation(in[3]))
+        if (left < 4)
+            break;
+        unsigned int const fourth = in[3] ^ 0x80U;
+        if ((second | third | fourth) >= 0x40)
             break;
         // Four bits of the lead count, as in the step.
-        value = (value & 0xFFFF) << 6 | (in[3] & 0x3F);
+        unsigned int const value = (lead & 0xF) << 18 | second << 12 | third << 6 | fourth;
         out[0] = highSurrogateOf(value);
         out[1] = lowSurrogateOf(value);
         out += 2;

@@ -10,7 +10,8 @@
 // bytes.
 //
 // A block is converted once the next one is known to be good: what its stores write behind its text is then covered by
-// the text of the next. What is left goes through buffers, so that nothing stays behind the text.
+// the text of the next. What is left is stored in parts that may overlap, or goes through buffers, so that nothing
+// stays behind the text.
 #include "kx7/kernels/Avx2.h"
 
 #ifdef KX7_X86_KERNELS
@@ -385,6 +386,12 @@ KX7_AVX2 inline bool wellPaired(unsigned short const* in)
     return _mm256_testc_si256(isLowNext, isHigh) != 0;
 }
 
+/** Bytes of an encoder's vector; those behind `count` do not. */
+struct Encoded {
+    __m128i bytes;
+    std::ptrdiff_t count;
+};
+
 /** Encodes 16 units below U+0800; stores up to SPILL bytes behind those that count. */
 KX7_AVX2 inline unsigned char* encodePairs(__m256i units, unsigned char* out)
 {
@@ -402,12 +409,30 @@ KX7_AVX2 inline unsigned char* encodePairs(__m256i units, unsigned char* out)
     return out + 8 + __builtin_popcount(mask >> 8);
 }
 
+/** Encodes the first `available` of 8 units below U+0800. */
+KX7_AVX2 inline Encoded pairsOf(__m128i units, std::ptrdiff_t available)
+{
+    __m128i const tail = _mm_slli_epi16(_mm_and_si128(units, _mm_set1_epi16(0x3F)), 8);
+    __m128i const pairs =
+        _mm_or_si128(_mm_or_si128(_mm_srli_epi16(units, 6), tail), _mm_set1_epi16(static_cast<short>(0x80C0)));
+    __m128i const isPair = _mm_cmpgt_epi16(units, _mm_set1_epi16(0x7F));
+    auto const mask = static_cast<uint32_t>(_mm_movemask_epi8(_mm_packs_epi16(isPair, _mm_setzero_si128())));
+    return {squeeze(_mm_blendv_epi8(units, pairs, isPair), KEEP_PAIRS.shuffles[mask]),
+            available + __builtin_popcount(mask)};
+}
+
+/** The bytes of four units and of the four behind them. */
+struct EncodedEight {
+    Encoded front;
+    Encoded back;
+};
+
 /**
  * Encodes the first `used` of 8 units; HAS_PAIRS: up to an unpaired high surrogate or one whose partner is not among
- * them. Stores up to SPILL bytes behind those that count.
+ * them.
  */
 template <bool HAS_PAIRS>
-KX7_AVX2 inline unsigned char* encodeEight(__m128i units, std::ptrdiff_t& used, unsigned char* out)
+KX7_AVX2 inline EncodedEight eightOf(__m128i units, std::ptrdiff_t& used)
 {
     __m256i const codes = _mm256_cvtepu16_epi32(units);
     __m256i const sixBits = _mm256_set1_epi32(0x3F);
@@ -450,34 +475,82 @@ KX7_AVX2 inline unsigned char* encodeEight(__m128i units, std::ptrdiff_t& used, 
         threes &= ~(highs | highs << 1) & lowBits(used);
         twos &= lowBits(used);
     }
-    store(out, squeeze(_mm256_castsi256_si128(bytes), KEEP_TRIPLES.shuffles[(twos & 0xF) | (threes & 0xF) << 4]));
-    unsigned char* const middle = out + 4 + __builtin_popcount(twos & 0xF) + __builtin_popcount(threes & 0xF);
-    store(middle, squeeze(_mm256_extracti128_si256(bytes, 1), KEEP_TRIPLES.shuffles[twos >> 4 | (threes & 0xF0)]));
-    return out + used + __builtin_popcount(twos) + __builtin_popcount(threes);
+    auto const countOf = [&](std::ptrdiff_t units4, uint32_t lanes) {
+        return units4 + __builtin_popcount(twos & lanes) + __builtin_popcount(threes & lanes);
+    };
+    std::ptrdiff_t const front = std::min<std::ptrdiff_t>(used, 4);
+    return {{squeeze(_mm256_castsi256_si128(bytes), KEEP_TRIPLES.shuffles[(twos & 0xF) | (threes & 0xF) << 4]),
+             countOf(front, 0xF)},
+            {squeeze(_mm256_extracti128_si256(bytes, 1), KEEP_TRIPLES.shuffles[twos >> 4 | (threes & 0xF0)]),
+             countOf(used - front, 0xF0)}};
+}
+
+/** Encodes 8 units as eightOf does; stores up to SPILL bytes behind those that count. */
+template <bool HAS_PAIRS>
+KX7_AVX2 inline unsigned char* encodeEight(__m128i units, std::ptrdiff_t& used, unsigned char* out)
+{
+    EncodedEight const encoded = eightOf<HAS_PAIRS>(units, used);
+    store(out, encoded.front.bytes);
+    store(out + encoded.front.count, encoded.back.bytes);
+    return out + encoded.front.count + encoded.back.count;
+}
+
+/** The bytes of `vector` from `from` on, zeros behind them. */
+KX7_AVX2 inline __m128i bytesFrom(__m128i vector, std::ptrdiff_t from)
+{
+    static constexpr unsigned char SLIDE[32] = {0,    1,    2,    3,    4,    5,    6,    7,    8,    9,    10,
+                                                11,   12,   13,   14,   15,   0x80, 0x80, 0x80, 0x80, 0x80, 0x80,
+                                                0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80};
+    return _mm_shuffle_epi8(vector, load(SLIDE + from));
+}
+
+/** Stores the bytes that count and no others, in two parts that may overlap. */
+KX7_AVX2 inline unsigned char* storeExactly(unsigned char* out, Encoded const& e)
+{
+    if (e.count >= 8) {
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(out), e.bytes);
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(out + e.count - 8), bytesFrom(e.bytes, e.count - 8));
+        return out + e.count;
+    }
+    auto const word = static_cast<uint32_t>(_mm_cvtsi128_si32(e.bytes));
+    if (e.count >= 4) {
+        auto const last = static_cast<uint32_t>(_mm_cvtsi128_si32(bytesFrom(e.bytes, e.count - 4)));
+        memcpy(out, &word, sizeof word);
+        memcpy(out + e.count - 4, &last, sizeof last);
+        return out + e.count;
+    }
+    if (e.count > 0) {
+        out[0] = static_cast<unsigned char>(word);
+        out[e.count / 2] = static_cast<unsigned char>(word >> (e.count / 2 * 8));
+        out[e.count - 1] = static_cast<unsigned char>(word >> ((e.count - 1) * 8));
+    }
+    return out + e.count;
 }
 
 /**
- * Encodes up to 16 of the `available` units up to what is unpaired or does not fit, and writes nothing behind them.
+ * Encodes up to 8 units of a text that begins at `begin`, up to what is unpaired, and writes nothing behind them; none
+ * where they do not fit, or the whole text has fewer.
  * @return the units consumed
  */
-KX7_AVX2 inline std::ptrdiff_t encodeLastBlock(unsigned short const* in, std::ptrdiff_t available, unsigned char*& out,
-                                               std::ptrdiff_t room)
+KX7_AVX2 inline std::ptrdiff_t encodeLastUnits(unsigned short const* begin, unsigned short const* in,
+                                               unsigned short const* end, unsigned char*& out, unsigned char* outEnd)
 {
-    unsigned short units[UNITS + 8] = {};
-    memcpy(units, in, static_cast<size_t>(available) * 2);
-    unsigned char text[3 * UNITS + SPILL];
-    std::ptrdiff_t used = 0;
-    unsigned char* last = text;
-    while (used < available && last - text <= 24) {
-        std::ptrdiff_t part = std::min<std::ptrdiff_t>(8, available - used);
-        unsigned char* const next = encodeEight<true>(load(units + used), part, last);
-        if (part == 0 || next - text > room)
-            break;
-        used += part;
-        last = next;
+    if (end - begin < 8)
+        return 0;
+    std::ptrdiff_t used = std::min<std::ptrdiff_t>(8, end - in);
+    __m128i const units = used == 8 ? load(in) : bytesFrom(load(end - 8), 2 * (8 - used));
+    if (_mm_testz_si128(units, _mm_set1_epi16(static_cast<short>(0xF800))) != 0) {
+        Encoded const encoded = pairsOf(units, used);
+        if (encoded.count > outEnd - out)
+            return 0;
+        out = storeExactly(out, encoded);
+        return used;
     }
-    memcpy(out, text, static_cast<size_t>(last - text));
-    out += last - text;
+    EncodedEight const encoded =
+        hasSurrogates(_mm256_zextsi128_si256(units)) ? eightOf<true>(units, used) : eightOf<false>(units, used);
+    if (encoded.front.count + encoded.back.count > outEnd - out)
+        return 0;
+    out = storeExactly(storeExactly(out, encoded.front), encoded.back);
     return used;
 }
 
@@ -533,7 +606,7 @@ KX7_AVX2 void encodeUTF8Avx2(unsigned short const*& inOut, unsigned short const*
                 }
             }
         }
-        std::ptrdiff_t const used = encodeLastBlock(in, std::min(end - in, UNITS), out, outEnd - out);
+        std::ptrdiff_t const used = encodeLastUnits(inOut, in, end, out, outEnd);
         if (used == 0)
             break;
         in += used;

@@ -57,6 +57,8 @@ struct Narrow {
     KX7_AVX512 static __m512i front(Bytes bytes) { return _mm512_cvtepu8_epi16(bytes); }
     KX7_AVX512 static __m512i back(Bytes) { return _mm512_setzero_si512(); }
     KX7_AVX512 static std::ptrdiff_t count(Mask mask) { return __builtin_popcount(mask); }
+    KX7_AVX512 static std::ptrdiff_t lowest(Mask mask) { return __builtin_ctz(mask); }
+    KX7_AVX512 static std::ptrdiff_t highest(Mask mask) { return 31 - __builtin_clz(mask); }
     KX7_AVX512 static Mask lowBits(std::ptrdiff_t count) { return kx7::lowBits(count); }
 };
 
@@ -85,6 +87,8 @@ struct Wide {
     KX7_AVX512 static __m512i front(Bytes bytes) { return _mm512_cvtepu8_epi16(_mm512_castsi512_si256(bytes)); }
     KX7_AVX512 static __m512i back(Bytes bytes) { return _mm512_cvtepu8_epi16(_mm512_extracti64x4_epi64(bytes, 1)); }
     KX7_AVX512 static std::ptrdiff_t count(Mask mask) { return __builtin_popcountll(mask); }
+    KX7_AVX512 static std::ptrdiff_t lowest(Mask mask) { return __builtin_ctzll(mask); }
+    KX7_AVX512 static std::ptrdiff_t highest(Mask mask) { return 63 - __builtin_clzll(mask); }
     KX7_AVX512 static Mask lowBits(std::ptrdiff_t count)
     {
         return _bzhi_u64(~UINT64_C(0), static_cast<uint64_t>(count));
@@ -151,41 +155,45 @@ KX7_AVX512 inline std::ptrdiff_t writeCharacters(unsigned char const* in, typena
 }
 
 /**
- * Decodes up to 32 of the `available` bytes at `in`, which begins a character, up to what is cut off or malformed.
+ * Decodes the `available` bytes at `in`, a block at most, which begin a character, up to what is cut off or malformed.
  * @return the bytes consumed
  */
+template <class W>
 KX7_AVX512 inline std::ptrdiff_t decodeLastBlock(unsigned char const* in, std::ptrdiff_t available,
                                                  unsigned short*& out)
 {
-    __m256i const bytes = Narrow::load(in, lowBits(available));
-    uint32_t const notASCII = Narrow::notASCII(bytes);
+    using Mask = typename W::Mask;
+    typename W::Bytes const bytes = W::load(in, W::lowBits(available));
+    Mask const notASCII = W::notASCII(bytes);
     if (notASCII == 0) {
-        _mm512_mask_storeu_epi16(out, lowBits(available), Narrow::front(bytes));
+        Mask const written = W::lowBits(available);
+        _mm512_mask_storeu_epi16(out, static_cast<uint32_t>(written), W::front(bytes));
+        if (W::BLOCK > UNITS)
+            _mm512_mask_storeu_epi16(out + UNITS, static_cast<uint32_t>(written >> (W::BLOCK - UNITS)), W::back(bytes));
         out += available;
         return available;
     }
-    Leads<uint32_t> leads = {Narrow::atLeast(bytes, 0xC0), Narrow::atLeast(bytes, 0xE0), Narrow::atLeast(bytes, 0xF0)};
-    uint32_t const continuations = notASCII & ~leads.two;
+    Leads<Mask> leads = {W::atLeast(bytes, 0xC0), W::atLeast(bytes, 0xE0), W::atLeast(bytes, 0xF0)};
+    Mask const continuations = notASCII & ~leads.two;
     std::ptrdiff_t used = available;
-    uint32_t const end = UINT32_C(1) << (available - 1);
-    uint32_t const cut =
-        (leads.two & end) | (leads.three & (end | end >> 1)) | (leads.four & (end | end >> 1 | end >> 2));
+    Mask const end = Mask{1} << (available - 1);
+    Mask const cut = (leads.two & end) | (leads.three & (end | end >> 1)) | (leads.four & (end | end >> 1 | end >> 2));
     if (cut != 0)
-        used = __builtin_ctz(cut);
+        used = W::lowest(cut);
     // One more byte, for what the character in front of it lacks.
-    uint32_t const wrong = (continuations ^ leads.wanted()) & lowBits(used + 1);
+    Mask const wrong = (continuations ^ leads.wanted()) & W::lowBits(used + 1);
     if (wrong != 0) {
         // A continuation byte that nothing leads, or one that is missing: then the last lead in front is at fault.
-        used = __builtin_ctz(wrong);
+        used = W::lowest(wrong);
         if (!(continuations >> used & 1))
-            used = 31 - __builtin_clz(leads.two & lowBits(used));
+            used = W::highest(leads.two & W::lowBits(used));
     }
-    uint32_t const lanes = lowBits(used);
-    uint32_t const inside = continuations & lanes;
-    uint32_t const thirds = leads.three << 2 & lanes;
-    uint32_t const kept = ~(leads.two | leads.three << 1) & lanes;
-    out += thirds == 0 ? writeCharacters<Narrow, 2>(in, bytes, inside, 0, kept, out)
-                       : writeCharacters<Narrow, 4>(in, bytes, inside, thirds, kept, out);
+    Mask const lanes = W::lowBits(used);
+    Mask const inside = continuations & lanes;
+    Mask const thirds = leads.three << 2 & lanes;
+    Mask const kept = ~(leads.two | leads.three << 1) & lanes;
+    out += thirds == 0 ? writeCharacters<W, 2>(in, bytes, inside, 0, kept, out)
+                       : writeCharacters<W, 4>(in, bytes, inside, thirds, kept, out);
     return used;
 }
 
@@ -251,10 +259,11 @@ KX7_AVX512 void decodeUTF8Avx512(unsigned char const*& inOut, unsigned char cons
     unsigned short* out = outOut;
     decodeBlocks<Widest>(in, end, out, outEnd);
     for (;;) {
-        std::ptrdiff_t const available = std::min({std::ptrdiff_t{32}, end - in, outEnd - out});
+        std::ptrdiff_t const available = std::min({Widest::BLOCK, end - in, outEnd - out});
         if (available <= 0)
             break;
-        std::ptrdiff_t const used = decodeLastBlock(in, available, out);
+        std::ptrdiff_t const used = available > Narrow::BLOCK ? decodeLastBlock<Widest>(in, available, out)
+                                                              : decodeLastBlock<Narrow>(in, available, out);
         if (used == 0)
             break;
         in += used;
@@ -345,15 +354,18 @@ KX7_AVX512 inline void storeBytes(unsigned char* out, __m512i bytes, unsigned in
 #endif
 }
 
-/** Encodes 32 units below U+0800, those in `twoBytes` in two bytes. */
-KX7_AVX512 inline unsigned int encodeTwoByteBlock(__m512i units, uint32_t twoBytes, unsigned char* out)
+/** Encodes the first `available` of 32 units, all below U+0800, those in `twoBytes` in two bytes. */
+KX7_AVX512 inline unsigned int encodeTwoByteBlock(__m512i units, uint32_t twoBytes, std::ptrdiff_t available,
+                                                  unsigned char* out)
 {
     // The lead in the low byte of a lane, the continuation byte in the high one.
     __m512i const tail = _mm512_slli_epi16(_mm512_and_si512(units, _mm512_set1_epi16(0x3F)), 8);
     __m512i const pairs = _mm512_or_si512(_mm512_or_si512(_mm512_srli_epi16(units, 6), tail),
                                           _mm512_set1_epi16(static_cast<short>(0x80C0)));
-    unsigned int const count = static_cast<unsigned int>(UNITS + __builtin_popcount(twoBytes));
-    __m512i const kept = _mm512_mask_mov_epi16(_mm512_set1_epi16(0x80), twoBytes, _mm512_set1_epi16(-1));
+    auto const count = static_cast<unsigned int>(available + __builtin_popcount(twoBytes));
+    __m512i const lead = _mm512_set1_epi16(0x80);
+    __m512i const one = available == UNITS ? lead : _mm512_maskz_mov_epi16(lowBits(available), lead);
+    __m512i const kept = _mm512_mask_mov_epi16(one, twoBytes, _mm512_set1_epi16(-1));
     storeBytes(out, squeezeBytes(_mm512_movepi8_mask(kept), _mm512_mask_mov_epi16(units, twoBytes, pairs)), count);
     return count;
 }
@@ -433,8 +445,21 @@ KX7_AVX512 inline std::ptrdiff_t encodeLastBlock(unsigned short const* in, std::
         out += available;
         return available;
     }
-    std::ptrdiff_t used = std::min(available, HALF);
+    uint32_t const three = atLeast(units, 0x800);
     uint32_t highs = surrogates(units, 0xD800);
+    if (highs == 0 && available + __builtin_popcount(notASCII) + __builtin_popcount(three) <= room) {
+        Kinds const kinds = {notASCII, three, 0, 0};
+        if (three == 0) {
+            out += encodeTwoByteBlock(units, notASCII, available, out);
+        }
+        else {
+            out += encodeHalf<false>(_mm512_castsi512_si256(units), kinds, std::min(available, HALF), out);
+            if (available > HALF)
+                out += encodeHalf<false>(_mm512_extracti64x4_epi64(units, 1), kinds.back(), available - HALF, out);
+        }
+        return available;
+    }
+    std::ptrdiff_t used = std::min(available, HALF);
     uint32_t const unpaired = highs & ~(surrogates(units, 0xDC00) >> 1) & lowBits(used);
     if (unpaired != 0)
         used = __builtin_ctz(unpaired);
@@ -444,7 +469,7 @@ KX7_AVX512 inline std::ptrdiff_t encodeLastBlock(unsigned short const* in, std::
     for (int attempts = 0; attempts < 2; ++attempts) {
         uint32_t const lanes = lowBits(used);
         highs &= lanes;
-        Kinds kinds = {notASCII & lanes, atLeast(units, 0x800) & lanes, highs, highs << 1};
+        Kinds kinds = {notASCII & lanes, three & lanes, highs, highs << 1};
         kinds.three &= ~(kinds.highs | kinds.lows);
         if (used == 0)
             return 0;
@@ -483,7 +508,7 @@ KX7_AVX512 void encodeUTF8Avx512(unsigned short const*& inOut, unsigned short co
             break;
         Kinds kinds = {notASCII, atLeast(units, 0x800), 0, 0};
         if (kinds.three == 0) {
-            out += encodeTwoByteBlock(units, notASCII, out);
+            out += encodeTwoByteBlock(units, notASCII, UNITS, out);
             in += UNITS;
             continue;
         }
