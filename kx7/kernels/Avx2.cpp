@@ -51,14 +51,15 @@ KX7_AVX2 KX7_READS_BEYOND size_t unitLength(unsigned short const* text, size_t m
 }
 
 /** From here on a text is worth setting up blocks for; what they leave of it goes to the baseline as well. */
-constexpr std::ptrdiff_t BYTES_WORTHWHILE = 128;
+constexpr std::ptrdiff_t BYTES_WORTHWHILE = 32;
 constexpr std::ptrdiff_t UNITS_WORTHWHILE = 8;
 
 void decodeUTF8(unsigned char const*& in, unsigned char const* end, unsigned short*& out, unsigned short* outEnd)
 {
     if (end - in >= BYTES_WORTHWHILE)
         decodeUTF8Avx2(in, end, out, outEnd);
-    BASELINE_KERNELS.decodeUTF8(in, end, out, outEnd);
+    if (in != end)
+        BASELINE_KERNELS.decodeUTF8(in, end, out, outEnd);
 }
 
 void encodeUTF8(unsigned short const*& in, unsigned short const* end, unsigned char*& out, unsigned char* outEnd)

@@ -10,7 +10,7 @@
 // bytes.
 //
 // A block is converted once the next one is known to be good: what its stores write behind its text is then covered by
-// the text of the next. What is left is stored in parts that may overlap, or goes through buffers, so that nothing
+// the text of the next. What is left is stored in parts that may overlap, so that nothing
 // stays behind the text.
 #include "kx7/kernels/Avx2.h"
 
@@ -117,6 +117,44 @@ KX7_AVX2 inline __m128i squeeze(__m128i value, unsigned char const (&shuffle)[16
     return _mm_shuffle_epi8(value, _mm_load_si128(reinterpret_cast<__m128i const*>(shuffle)));
 }
 
+/** The bytes at the front of a vector that count; those behind do not. */
+struct Counted {
+    __m128i bytes;
+    std::ptrdiff_t count;
+};
+
+/** The bytes of `vector` from `from` on, zeros behind them. */
+KX7_AVX2 inline __m128i bytesFrom(__m128i vector, std::ptrdiff_t from)
+{
+    static constexpr unsigned char SLIDE[32] = {0,    1,    2,    3,    4,    5,    6,    7,    8,    9,    10,
+                                                11,   12,   13,   14,   15,   0x80, 0x80, 0x80, 0x80, 0x80, 0x80,
+                                                0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80};
+    return _mm_shuffle_epi8(vector, load(SLIDE + from));
+}
+
+/** Stores the bytes that count and no others, in two parts that may overlap. */
+KX7_AVX2 inline unsigned char* storeExactly(unsigned char* out, Counted const& e)
+{
+    if (e.count >= 8) {
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(out), e.bytes);
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(out + e.count - 8), bytesFrom(e.bytes, e.count - 8));
+        return out + e.count;
+    }
+    auto const word = static_cast<uint32_t>(_mm_cvtsi128_si32(e.bytes));
+    if (e.count >= 4) {
+        auto const last = static_cast<uint32_t>(_mm_cvtsi128_si32(bytesFrom(e.bytes, e.count - 4)));
+        memcpy(out, &word, sizeof word);
+        memcpy(out + e.count - 4, &last, sizeof last);
+        return out + e.count;
+    }
+    if (e.count > 0) {
+        out[0] = static_cast<unsigned char>(word);
+        out[e.count / 2] = static_cast<unsigned char>(word >> (e.count / 2 * 8));
+        out[e.count - 1] = static_cast<unsigned char>(word >> ((e.count - 1) * 8));
+    }
+    return out + e.count;
+}
+
 /** A bit for each byte that is at least `least`, both taken as unsigned. */
 KX7_AVX2 inline uint32_t atLeast(__m256i bytes, unsigned char least)
 {
@@ -162,6 +200,52 @@ KX7_AVX2 inline unsigned short* storeKept(unsigned short* out, __m128i units, ui
     return out + __builtin_popcount(kept);
 }
 
+/** 16 bytes as lanes, and the bytes one and two behind each. */
+struct Lanes {
+    __m256i first;
+    __m256i second;
+    __m256i third;
+};
+
+KX7_AVX2 inline Lanes lanesOf(__m128i bytes, __m128i oneBehind, __m128i twoBehind)
+{
+    return {_mm256_cvtepu8_epi16(bytes), _mm256_cvtepu8_epi16(oneBehind), _mm256_cvtepu8_epi16(twoBehind)};
+}
+
+/** Turns the lanes of leads, and those behind leads of four, into units. `leadBefore`: the leads of four before. */
+KX7_AVX2 inline __m256i unitsOf(Lanes const& lanes, Structure const& s, bool beginsInPair, __m256i& leadBefore)
+{
+    __m256i const sixBits = _mm256_set1_epi16(0x3F);
+    __m256i const first = lanes.first;
+    __m256i const second = _mm256_and_si256(lanes.second, sixBits);
+    __m256i const two =
+        _mm256_or_si256(second, _mm256_and_si256(_mm256_slli_epi16(first, 6), _mm256_set1_epi16(0x7C0)));
+    __m256i units = _mm256_blendv_epi8(first, two, lanesAtLeast(first, 0xC0));
+    if (s.three != 0 || beginsInPair) {
+        __m256i const third = _mm256_and_si256(lanes.third, sixBits);
+        __m256i const three =
+            _mm256_or_si256(_mm256_or_si256(_mm256_slli_epi16(first, 12), third), _mm256_slli_epi16(second, 6));
+        units = _mm256_blendv_epi8(units, three, lanesAtLeast(first, 0xE0));
+        if (s.four != 0 || beginsInPair) {
+            // Four bits of the lead count, as in the plain decoder.
+            __m256i const lead = _mm256_slli_epi16(_mm256_and_si256(first, _mm256_set1_epi16(0xF)), 8);
+            __m256i const high = _mm256_add_epi16(
+                _mm256_or_si256(_mm256_or_si256(lead, _mm256_slli_epi16(second, 2)), _mm256_srli_epi16(third, 4)),
+                _mm256_set1_epi16(static_cast<short>(0xD7C0)));
+            // In the lane behind the lead, `second` is the third byte of the sequence and `third` the fourth.
+            __m256i const low = _mm256_add_epi16(
+                _mm256_or_si256(_mm256_slli_epi16(_mm256_and_si256(second, _mm256_set1_epi16(0xF)), 6), third),
+                _mm256_set1_epi16(static_cast<short>(0xDC00)));
+            __m256i const isLead = lanesAtLeast(first, 0xF0);
+            __m256i const isBehind =
+                _mm256_alignr_epi8(isLead, _mm256_permute2x128_si256(leadBefore, isLead, 0x21), 14);
+            units = _mm256_blendv_epi8(_mm256_blendv_epi8(units, high, isLead), low, isBehind);
+            leadBefore = isLead;
+        }
+    }
+    return units;
+}
+
 /**
  * Decodes the characters that begin in 32 bytes, of which `kept` has the leads and, behind those of four, the second
  * bytes. Reads 3 bytes more; stores up to SPILL units behind those that count.
@@ -169,67 +253,45 @@ KX7_AVX2 inline unsigned short* storeKept(unsigned short* out, __m128i units, ui
 KX7_AVX2 inline unsigned short* decodeBytes(unsigned char const* in, Structure const& s, uint32_t kept,
                                             bool beginsInPair, unsigned short* out)
 {
-    __m256i const sixBits = _mm256_set1_epi16(0x3F);
     __m256i leadBefore = beginsInPair ? _mm256_set1_epi16(-1) : _mm256_setzero_si256();
     for (int half = 0; half < 2; ++half, in += 16, kept >>= 16) {
-        __m256i const first = _mm256_cvtepu8_epi16(load(in));
-        __m256i const second = _mm256_and_si256(_mm256_cvtepu8_epi16(load(in + 1)), sixBits);
-        __m256i const two =
-            _mm256_or_si256(second, _mm256_and_si256(_mm256_slli_epi16(first, 6), _mm256_set1_epi16(0x7C0)));
-        __m256i units = _mm256_blendv_epi8(first, two, lanesAtLeast(first, 0xC0));
-        if (s.three != 0 || beginsInPair) {
-            __m256i const third = _mm256_and_si256(_mm256_cvtepu8_epi16(load(in + 2)), sixBits);
-            __m256i const three =
-                _mm256_or_si256(_mm256_or_si256(_mm256_slli_epi16(first, 12), third), _mm256_slli_epi16(second, 6));
-            units = _mm256_blendv_epi8(units, three, lanesAtLeast(first, 0xE0));
-            if (s.four != 0 || beginsInPair) {
-                // Four bits of the lead count, as in the plain decoder.
-                __m256i const lead = _mm256_slli_epi16(_mm256_and_si256(first, _mm256_set1_epi16(0xF)), 8);
-                __m256i const high = _mm256_add_epi16(
-                    _mm256_or_si256(_mm256_or_si256(lead, _mm256_slli_epi16(second, 2)), _mm256_srli_epi16(third, 4)),
-                    _mm256_set1_epi16(static_cast<short>(0xD7C0)));
-                // In the lane behind the lead, `second` is the third byte of the sequence and `third` the fourth.
-                __m256i const low = _mm256_add_epi16(
-                    _mm256_or_si256(_mm256_slli_epi16(_mm256_and_si256(second, _mm256_set1_epi16(0xF)), 6), third),
-                    _mm256_set1_epi16(static_cast<short>(0xDC00)));
-                __m256i const isLead = lanesAtLeast(first, 0xF0);
-                __m256i const isBehind =
-                    _mm256_alignr_epi8(isLead, _mm256_permute2x128_si256(leadBefore, isLead, 0x21), 14);
-                units = _mm256_blendv_epi8(_mm256_blendv_epi8(units, high, isLead), low, isBehind);
-                leadBefore = isLead;
-            }
-        }
+        __m256i const units = unitsOf(lanesOf(load(in), load(in + 1), load(in + 2)), s, beginsInPair, leadBefore);
         out = storeKept(out, _mm256_castsi256_si128(units), kept & 0xFF);
         out = storeKept(out, _mm256_extracti128_si256(units, 1), kept >> 8 & 0xFF);
     }
     return out;
 }
 
+/** Stores eight of the units in `kept` of which there are fewer, nothing behind `textEnd`, and returns where they end.
+ */
+KX7_AVX2 inline unsigned short* storeWithin(unsigned short* out, __m128i units, uint32_t kept,
+                                            unsigned short const* textEnd)
+{
+    if (textEnd - out >= 8)
+        return storeKept(out, units, kept);
+    std::ptrdiff_t const count = __builtin_popcount(kept);
+    storeExactly(reinterpret_cast<unsigned char*>(out), {squeeze(units, KEEP_LANES.shuffles[kept]), 2 * count});
+    return out + count;
+}
+
 /**
- * Decodes up to 32 of the `available` bytes at `in`, which begins a character, up to what is cut off or malformed, and
+ * Decodes the `available` bytes at `in`, 16 to 32, which begin a character, up to what is cut off or malformed, and
  * writes nothing behind them.
  * @return the bytes consumed
  */
 KX7_AVX2 inline std::ptrdiff_t decodeLastBlock(unsigned char const* in, std::ptrdiff_t available, unsigned short*& out)
 {
-    unsigned char bytes[BYTES + 16] = {};
-    if (available >= 16) {
+    unsigned char const* const last16 = in + available - 16;
+    __m128i const front = load(in);
+    __m128i const back = bytesFrom(load(last16), 32 - available);
+    Structure const s = structureOf(_mm256_set_m128i(back, front));
+    if ((s.two | s.continuations) == 0) {
         // In two halves, which may overlap.
-        __m128i const front = load(in);
-        __m128i const back = load(in + available - 16);
-        if (_mm_movemask_epi8(_mm_or_si128(front, back)) == 0) {
-            _mm256_storeu_si256(reinterpret_cast<__m256i*>(out), _mm256_cvtepu8_epi16(front));
-            _mm256_storeu_si256(reinterpret_cast<__m256i*>(out + available - 16), _mm256_cvtepu8_epi16(back));
-            out += available;
-            return available;
-        }
-        store(bytes, front);
-        store(bytes + available - 16, back);
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(out), _mm256_cvtepu8_epi16(front));
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(out + available - 16), _mm256_cvtepu8_epi16(load(last16)));
+        out += available;
+        return available;
     }
-    else {
-        memcpy(bytes, in, static_cast<size_t>(available));
-    }
-    Structure const s = structureOf(_mm256_loadu_si256(reinterpret_cast<__m256i const*>(bytes)));
     std::ptrdiff_t used = available;
     uint32_t const last = UINT32_C(1) << (available - 1);
     uint32_t const cut = (s.two & last) | (s.three & (last | last >> 1)) | (s.four & (last | last >> 1 | last >> 2));
@@ -243,12 +305,19 @@ KX7_AVX2 inline std::ptrdiff_t decodeLastBlock(unsigned char const* in, std::ptr
         if (!(s.continuations >> used & 1))
             used = 31 - __builtin_clz(s.two & lowBits(used));
     }
-    unsigned short text[BYTES + SPILL];
-    uint32_t const kept = (~s.continuations | s.four << 1) & lowBits(used);
-    std::ptrdiff_t const count = decodeBytes(bytes, s, kept, false, text) - text;
-    memcpy(out, text, static_cast<size_t>(count) * 2);
-    out += count;
-    return used;
+    uint32_t kept = (~s.continuations | s.four << 1) & lowBits(used);
+    unsigned short* const textEnd = out + __builtin_popcount(kept);
+    __m256i leadBefore = _mm256_setzero_si256();
+    Lanes lanes = lanesOf(front, _mm_alignr_epi8(back, front, 1), _mm_alignr_epi8(back, front, 2));
+    for (;;) {
+        __m256i const units = unitsOf(lanes, s, false, leadBefore);
+        out = storeWithin(out, _mm256_castsi256_si128(units), kept & 0xFF, textEnd);
+        out = storeWithin(out, _mm256_extracti128_si256(units, 1), kept >> 8 & 0xFF, textEnd);
+        kept >>= 16;
+        if (kept == 0)
+            return used;
+        lanes = lanesOf(back, _mm_srli_si128(back, 1), _mm_srli_si128(back, 2));
+    }
 }
 
 }  // namespace
@@ -301,7 +370,7 @@ KX7_AVX2 void decodeUTF8Avx2(unsigned char const*& inOut, unsigned char const* e
     }
     for (;;) {
         std::ptrdiff_t const available = std::min({BYTES, end - in, outEnd - out});
-        if (available <= 0)
+        if (available < 16)
             break;
         std::ptrdiff_t const used = decodeLastBlock(in, available, out);
         if (used == 0)
@@ -386,12 +455,6 @@ KX7_AVX2 inline bool wellPaired(unsigned short const* in)
     return _mm256_testc_si256(isLowNext, isHigh) != 0;
 }
 
-/** Bytes of an encoder's vector; those behind `count` do not. */
-struct Encoded {
-    __m128i bytes;
-    std::ptrdiff_t count;
-};
-
 /** Encodes 16 units below U+0800; stores up to SPILL bytes behind those that count. */
 KX7_AVX2 inline unsigned char* encodePairs(__m256i units, unsigned char* out)
 {
@@ -410,7 +473,7 @@ KX7_AVX2 inline unsigned char* encodePairs(__m256i units, unsigned char* out)
 }
 
 /** Encodes the first `available` of 8 units below U+0800. */
-KX7_AVX2 inline Encoded pairsOf(__m128i units, std::ptrdiff_t available)
+KX7_AVX2 inline Counted pairsOf(__m128i units, std::ptrdiff_t available)
 {
     __m128i const tail = _mm_slli_epi16(_mm_and_si128(units, _mm_set1_epi16(0x3F)), 8);
     __m128i const pairs =
@@ -423,8 +486,8 @@ KX7_AVX2 inline Encoded pairsOf(__m128i units, std::ptrdiff_t available)
 
 /** The bytes of four units and of the four behind them. */
 struct EncodedEight {
-    Encoded front;
-    Encoded back;
+    Counted front;
+    Counted back;
 };
 
 /**
@@ -495,41 +558,9 @@ KX7_AVX2 inline unsigned char* encodeEight(__m128i units, std::ptrdiff_t& used, 
     return out + encoded.front.count + encoded.back.count;
 }
 
-/** The bytes of `vector` from `from` on, zeros behind them. */
-KX7_AVX2 inline __m128i bytesFrom(__m128i vector, std::ptrdiff_t from)
-{
-    static constexpr unsigned char SLIDE[32] = {0,    1,    2,    3,    4,    5,    6,    7,    8,    9,    10,
-                                                11,   12,   13,   14,   15,   0x80, 0x80, 0x80, 0x80, 0x80, 0x80,
-                                                0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80};
-    return _mm_shuffle_epi8(vector, load(SLIDE + from));
-}
-
-/** Stores the bytes that count and no others, in two parts that may overlap. */
-KX7_AVX2 inline unsigned char* storeExactly(unsigned char* out, Encoded const& e)
-{
-    if (e.count >= 8) {
-        _mm_storel_epi64(reinterpret_cast<__m128i*>(out), e.bytes);
-        _mm_storel_epi64(reinterpret_cast<__m128i*>(out + e.count - 8), bytesFrom(e.bytes, e.count - 8));
-        return out + e.count;
-    }
-    auto const word = static_cast<uint32_t>(_mm_cvtsi128_si32(e.bytes));
-    if (e.count >= 4) {
-        auto const last = static_cast<uint32_t>(_mm_cvtsi128_si32(bytesFrom(e.bytes, e.count - 4)));
-        memcpy(out, &word, sizeof word);
-        memcpy(out + e.count - 4, &last, sizeof last);
-        return out + e.count;
-    }
-    if (e.count > 0) {
-        out[0] = static_cast<unsigned char>(word);
-        out[e.count / 2] = static_cast<unsigned char>(word >> (e.count / 2 * 8));
-        out[e.count - 1] = static_cast<unsigned char>(word >> ((e.count - 1) * 8));
-    }
-    return out + e.count;
-}
-
 /**
- * Encodes up to 8 units of a text that begins at `begin`, up to what is unpaired, and writes nothing behind them; none
- * where they do not fit, or the whole text has fewer.
+ * Encodes up to 8 units of a text that begins at `begin` and writes nothing behind them; none where they do not fit,
+ * have surrogates (of so few, plain steps are faster), or the whole text is shorter.
  * @return the units consumed
  */
 KX7_AVX2 inline std::ptrdiff_t encodeLastUnits(unsigned short const* begin, unsigned short const* in,
@@ -540,17 +571,25 @@ KX7_AVX2 inline std::ptrdiff_t encodeLastUnits(unsigned short const* begin, unsi
     std::ptrdiff_t used = std::min<std::ptrdiff_t>(8, end - in);
     __m128i const units = used == 8 ? load(in) : bytesFrom(load(end - 8), 2 * (8 - used));
     if (_mm_testz_si128(units, _mm_set1_epi16(static_cast<short>(0xF800))) != 0) {
-        Encoded const encoded = pairsOf(units, used);
+        Counted const encoded = pairsOf(units, used);
         if (encoded.count > outEnd - out)
             return 0;
         out = storeExactly(out, encoded);
         return used;
     }
-    EncodedEight const encoded =
-        hasSurrogates(_mm256_zextsi128_si256(units)) ? eightOf<true>(units, used) : eightOf<false>(units, used);
-    if (encoded.front.count + encoded.back.count > outEnd - out)
+    if (hasSurrogates(_mm256_zextsi128_si256(units)))
         return 0;
-    out = storeExactly(storeExactly(out, encoded.front), encoded.back);
+    EncodedEight const encoded = eightOf<false>(units, used);
+    std::ptrdiff_t const count = encoded.front.count + encoded.back.count;
+    if (count > outEnd - out)
+        return 0;
+    // What lies behind the front is overwritten.
+    if (count >= 16)
+        store(out, encoded.front.bytes);
+    else
+        storeExactly(out, encoded.front);
+    storeExactly(out + encoded.front.count, encoded.back);
+    out += count;
     return used;
 }
 
