@@ -215,7 +215,6 @@ private:
 
     Engine const* m_engine;
     KX7CharSetConverter* m_converter;
-    KX7CharSet m_charSet;
     Options m_options;
     bool m_atStart;
     unsigned char m_heldCount;  ///< bytes at the front of m_held that begin a character
@@ -270,7 +269,6 @@ private:
 
     Engine const* m_engine;
     KX7CharSetConverter* m_converter;
-    KX7CharSet m_charSet;
     Options m_options;
     bool m_atStart;
     unsigned char m_heldCount;       ///< 1: m_held is a high surrogate

@@ -616,8 +616,8 @@ struct Streams {
 };
 
 Decoder::Decoder(KX7CharSet from, Options const& options) noexcept
-    : m_engine(nullptr), m_converter(&converterOf(from)), m_charSet(from), m_options(options), m_atStart(true),
-      m_heldCount(0), m_held(), m_bytePosition(0), m_unitPosition(0)
+    : m_engine(nullptr), m_converter(&converterOf(from)), m_options(options), m_atStart(true), m_heldCount(0), m_held(),
+      m_bytePosition(0), m_unitPosition(0)
 {
     if (hasConverter(from))
         m_engine = engineOf(*m_converter);
@@ -659,9 +659,8 @@ bool Decoder::maximumOf(Count& count) const noexcept
 }
 
 Encoder::Encoder(KX7CharSet to, Options const& options) noexcept
-    : m_engine(nullptr), m_converter(&converterOf(to)), m_charSet(to), m_options(options), m_atStart(true),
-      m_heldCount(0), m_substituteSize(0), m_bomSize(0), m_held(0), m_substitute(), m_bom(), m_bytePosition(0),
-      m_unitPosition(0)
+    : m_engine(nullptr), m_converter(&converterOf(to)), m_options(options), m_atStart(true), m_heldCount(0),
+      m_substituteSize(0), m_bomSize(0), m_held(0), m_substitute(), m_bom(), m_bytePosition(0), m_unitPosition(0)
 {
     if (!hasConverter(to))
         return;

@@ -1,5 +1,5 @@
-// kx7text - ASCII and ISO 8859-1 of short texts, inline: for them the call of a kernel costs as much as the work
-// (internal).
+// kx7text - ASCII and ISO 8859-1 of short texts, inline (internal): for them the call of a kernel costs as much as the
+// work.
 //
 // Up to 64 bytes or units go in blocks of 16. What is left over goes in a block that ends at the end of the text and
 // overlaps the one before, so that nothing is read or written outside; texts below 16 do the same with 8 and 4.

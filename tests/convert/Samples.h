@@ -37,7 +37,7 @@ inline std::string brokenBytes(KX7CharSet charSet)
     for (char const* const bad : {"\x80", "\xC3(", "\xE2\x82", "\xF0\x9F\x98", "\xED\xA0\x80", "\xC0\x80", "\xFF\xFE",
                                   "\x81\x30\x81", "\x8E\xFF", "\x8F\xA1", "\x81", "U+D800x", "U+D83DU+DE", "\xA0\xD5"})
         result += bad;
-    std::mt19937 random(charSet);  // NOLINT: the same noise in every run
+    std::mt19937 random(static_cast<unsigned int>(charSet));  // NOLINT: the same noise in every run
     for (int i = 0; i < 40; ++i)
         result += static_cast<char>(random() & 0xFF);
     return result + text + text.substr(0, text.size() / 2) + "\x81";

@@ -61,7 +61,7 @@ TEST_P(Sizes, OfEncoderAreExact)
         if (pass.errors == kx7::ErrorPolicy::STRICT)
             pass.errors = kx7::ErrorPolicy::SKIP;
         kx7::Encoder const encoder(GetParam().charSet, options);
-        for (size_t length : {0, 1, 3}) {
+        for (size_t const length : {0U, 1U, 3U}) {
             size_t most = 0;
             for (unsigned int unit = 0; unit < 0x10000; ++unit)
                 most = std::max(

@@ -15,8 +15,8 @@ void expectSameInPieces(Stream const& stream, Source const& source, std::string 
     Streamed<Text> const whole = runStream<Text>(stream, source, {}, ENOUGH);
     for (size_t split = 0; split <= source.size(); ++split)
         ASSERT_TRUE(whole == runStream<Text>(stream, source, {split}, ENOUGH)) << what << " split at " << split;
-    for (size_t length : {1, 2, 3, 5, 13})
-        for (size_t room : {0, 1, 7})
+    for (size_t const length : {1U, 2U, 3U, 5U, 13U})
+        for (size_t const room : {0U, 1U, 7U})
             ASSERT_TRUE(whole ==
                         runStream<Text>(stream, source, std::vector<size_t>(source.size() / length, length), room))
                 << what << " pieces of " << length << " room " << room;
@@ -70,7 +70,7 @@ TEST_P(Streams, TranscoderOfLongText)
     for (kx7::Options const& options : everyPolicy()) {
         kx7::Transcoder const transcoder(GetParam().charSet, KX7CS_WCP1252, options);
         auto const whole = runStream<std::string>(transcoder, source, {}, 8 * ENOUGH);
-        for (size_t room : {30, 4095, 4096, 4097})
+        for (size_t const room : {30U, 4095U, 4096U, 4097U})
             ASSERT_TRUE(whole == runStream<std::string>(transcoder, source, {}, room))
                 << nameOf("room", options) << room;
         ASSERT_TRUE(whole == runStream<std::string>(transcoder, source, std::vector<size_t>(5, 4099), 777));
