@@ -154,6 +154,13 @@ private:
 /** Where a call writes. */
 template <class T>
 struct Room {
+    /** An empty room may be null, which the engines are not given. */
+    Room(void* dest, size_t size) : begin(dest ? static_cast<T*>(dest) : &nowhere), out(begin), end(begin + size) {}
+
+    Room(Room const&) = delete;
+    Room& operator=(Room const&) = delete;
+
+    T nowhere = 0;
     T* begin;
     T* out;
     T* end;
@@ -629,8 +636,7 @@ StreamResult Decoder::convert(Span<char const> source, Span<char16_t> dest, bool
         return {0, 0, Status::NO_CONVERTER};
     Streams::ByteFeed feed(reinterpret_cast<unsigned char const*>(source.data()), source.size(), last, m_held,
                            m_heldCount);
-    auto* const out = reinterpret_cast<unsigned short*>(dest.data());
-    Room<unsigned short> room = {out, out, out + dest.size()};
+    Room<unsigned short> room(dest.data(), dest.size());
     Status const status = Streams::decode(*this, feed, room, last);
     return {feed.consumed(), room.written(), status};
 }
@@ -677,8 +683,7 @@ StreamResult Encoder::convert(Span<char16_t const> source, Span<char> dest, bool
         return {0, 0, Status::NO_CONVERTER};
     Streams::UnitFeed feed(reinterpret_cast<unsigned short const*>(source.data()), source.size(), last, &m_held,
                            m_heldCount);
-    auto* const out = reinterpret_cast<unsigned char*>(dest.data());
-    Room<unsigned char> room = {out, out, out + dest.size()};
+    Room<unsigned char> room(dest.data(), dest.size());
     Status const status = Streams::encode(*this, feed, room, last);
     return {feed.consumed(), room.written(), status};
 }
@@ -728,8 +733,7 @@ StreamResult Transcoder::convert(Span<char const> source, Span<char> dest, bool 
         return {0, 0, Status::NO_CONVERTER};
     Streams::ByteFeed feed(reinterpret_cast<unsigned char const*>(source.data()), source.size(), last, m_decoder.m_held,
                            m_decoder.m_heldCount);
-    auto* const out = reinterpret_cast<unsigned char*>(dest.data());
-    Room<unsigned char> room = {out, out, out + dest.size()};
+    Room<unsigned char> room(dest.data(), dest.size());
     Status const status = Streams::transcode(*this, feed, room, last);
     return {feed.consumed(), room.written(), status};
 }
