@@ -177,18 +177,33 @@ void Output::finish()
     if (!m_target.empty()) {
         if (uninterrupted([&] { return fsync(m_descriptor.get()); }) == -1)
             fail();
-        if (m_temporary.empty()) {
-            std::string const name = temporaryName();
-            if (linkat(AT_FDCWD, procPath(m_descriptor.get()).c_str(), AT_FDCWD, name.c_str(), AT_SYMLINK_FOLLOW) == -1)
-                fail();
-            m_temporary = name;
-        }
+        if (m_temporary.empty())
+            giveName();
     }
     // Ahead of the renaming: some file systems refuse late.
     if (!m_descriptor.close())
         fail();
     if (!m_target.empty())
         replaceTarget();
+}
+
+/**
+ * Names the file without a name: like the target, where there is none yet. Only by its name can it take the place of
+ * another file, so a program killed between that naming and the renaming leaves the old file and the complete new one.
+ */
+void Output::giveName()
+{
+    std::string const file = procPath(m_descriptor.get());
+    auto const link = [&file](std::string const& name) {
+        return linkat(AT_FDCWD, file.c_str(), AT_FDCWD, name.c_str(), AT_SYMLINK_FOLLOW) == 0;
+    };
+    std::string name = m_target;
+    if (m_replaces || !link(name)) {
+        name = temporaryName();
+        if (!link(name))
+            fail();
+    }
+    m_temporary = name;
 }
 
 void Output::replaceTarget()
@@ -201,7 +216,7 @@ void Output::replaceTarget()
         if (link(m_target.c_str(), backup.c_str()) == -1)
             fail();
     }
-    if (rename(m_temporary.c_str(), m_target.c_str()) == -1)
+    if (m_temporary != m_target && rename(m_temporary.c_str(), m_target.c_str()) == -1)
         fail();
     m_temporary.clear();
 }

@@ -96,6 +96,7 @@ public:
 private:
     [[noreturn]] void fail() const;
     void openTemporary(struct stat const* old);
+    void giveName();
     void replaceTarget();
     std::string temporaryName() const;
 

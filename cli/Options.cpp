@@ -1,8 +1,11 @@
 // kx7text - kx7conv: the options, their rules and their help.
 #include "Options.h"
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
-#include <cstring>
+#include <functional>
+#include <map>
+#include <memory>
 #include <thread>
 
 #include "kx7/converters/Utf16.h"
@@ -11,31 +14,9 @@ namespace kx7conv {
 
 namespace {
 
-enum class Argument {
-    NONE,
-    REQUIRED,
-    OPTIONAL  ///< attached only: -iSUFFIX, --stats=json
-};
-
-struct Option {
-    char shortName;  ///< 0: none
-    char const* longName;
-    Argument argument;
-    char const* valueName;
-    char const* help;
-    void (*apply)(Options& options, std::string const& value);
-};
-
 [[noreturn]] void refuse(char const* option, std::string const& value, char const* wanted)
 {
     throw UsageError(std::string(option) + ": '" + value + "' is not " + wanted);
-}
-
-std::string nonEmpty(char const* option, std::string const& value)
-{
-    if (value.empty())
-        refuse(option, value, "a name");
-    return value;
 }
 
 uint64_t numberOf(char const* option, std::string const& value)
@@ -67,40 +48,6 @@ Format formatOf(char const* option, std::string const& value)
     return value.empty() ? Format::TEXT : Format::JSON;
 }
 
-void setOnError(Options& options, OnError onError)
-{
-    if (options.errorsGiven && options.onError != onError)
-        throw UsageError("--errors and -c contradict each other");
-    options.errorsGiven = true;
-    options.onError = onError;
-}
-
-void applyErrors(Options& options, std::string const& value)
-{
-    if (value == "strict")
-        setOnError(options, OnError::STOP);
-    else if (value == "replace")
-        setOnError(options, OnError::REPLACE);
-    else if (value == "skip")
-        setOnError(options, OnError::SKIP);
-    else if (value == "escape")
-        setOnError(options, OnError::ESCAPE);
-    else
-        refuse("--errors", value, "strict, replace, skip or escape");
-}
-
-void applyByteOrderMark(Options& options, std::string const& value)
-{
-    if (value == "keep")
-        options.byteOrderMark = ByteOrderMark::KEEP;
-    else if (value == "strip")
-        options.byteOrderMark = ByteOrderMark::STRIP;
-    else if (value == "add")
-        options.byteOrderMark = ByteOrderMark::ADD;
-    else
-        refuse("--bom", value, "keep, strip or add");
-}
-
 void applyInPlace(Options& options, std::string const& suffix)
 {
     if (suffix.find('/') != std::string::npos)
@@ -117,167 +64,112 @@ void applyJobs(Options& options, std::string const& value)
     options.jobs = std::max(options.jobs, 1U);
 }
 
-void applyProgress(Options& options, std::string const& value)
+/** The usage in our own words, names in columns, and values as they are written. */
+struct HelpFormatter : CLI::Formatter {
+    HelpFormatter() { column_width(27); }
+
+    std::string make_usage(CLI::App const*, std::string) const override
+    {
+        return "Usage: kx7conv -f CS [-t CS] [options] [FILE... | -]\n"
+               "Converts text between character sets. Reads the files one after another, or standard\n"
+               "input, and writes to standard output unless told otherwise.\n";
+    }
+
+    std::string make_option_name(CLI::Option const* option, bool) const override
+    {
+        std::string const shortName = option->get_snames().empty() ? "  " : "-" + option->get_snames()[0];
+        if (option->get_lnames().empty())
+            return shortName;
+        return shortName + (option->get_snames().empty() ? "  --" : ", --") + option->get_lnames()[0];
+    }
+
+    std::string make_option_opts(CLI::Option const* option) const override
+    {
+        std::string const& text = option->get_option_text();
+        return text.empty() || text[0] == '[' ? text : " " + text;
+    }
+};
+
+using Apply = std::function<void(std::string const& value)>;
+
+void addFlag(CLI::App& app, char const* names, bool& flag, char const* help)
 {
-    if (value != "auto" && value != "never")
-        refuse("--progress", value, "auto or never");
-    options.progress = value == "auto";
+    app.add_flag(names, flag, help)->disable_flag_override();
 }
 
-constexpr Option OPTIONS[] = {
-    {'f', "from", Argument::REQUIRED, "CS",
-     "character set of the input: a code-page number (1251), a name\n(KX7CS_WCP1251, wcp1251) or a label "
-     "(windows-1251)",
-     [](Options& options, std::string const& value) { options.from = nonEmpty("-f", value); }},
-    {'t', "to", Argument::REQUIRED, "CS", "character set of the output; UTF-8 if not given",
-     [](Options& options, std::string const& value) { options.to = nonEmpty("-t", value); }},
-    {0, "errors", Argument::REQUIRED, "MODE",
-     "what to do with illegal bytes and with characters that the output\ncannot represent:\n"
-     "strict   end that input there, with a message (if not given);\n"
-     "replace  write U+FFFD and \"?\";\n"
-     "skip     write nothing for them;\n"
-     "escape   write U+FFFD and \"U+20AC\"",
-     applyErrors},
-    {'c', nullptr, Argument::NONE, nullptr, "the same as --errors skip",
-     [](Options& options, std::string const&) { setOnError(options, OnError::SKIP); }},
-    {0, "substitute", Argument::REQUIRED, "U+XXXX", "replace with this character",
-     [](Options& options, std::string const& value) { options.substitute = codePointOfText("--substitute", value); }},
-    {0, "fail-on-loss", Argument::NONE, nullptr,
-     "status 1 if anything was replaced, skipped or escaped; then no\nfile is replaced either",
-     [](Options& options, std::string const&) { options.failOnLoss = true; }},
-    {0, "literal", Argument::NONE, nullptr,
-     "exactly the library's published conversion of each input, quirks\nincluded: it ends at a zero; --errors replace "
-     "if not given",
-     [](Options& options, std::string const&) { options.literal = true; }},
-    {0, "check", Argument::NONE, nullptr, "write nothing, report every error and how many there are",
-     [](Options& options, std::string const&) { options.check = true; }},
-    {0, "max-errors", Argument::REQUIRED, "N", "errors that --check reports for each input; 10 if not given",
-     [](Options& options, std::string const& value) { options.maxErrors = numberOf("--max-errors", value); }},
-    {'o', "output", Argument::REQUIRED, "FILE",
-     "write to FILE, which is replaced when all went well; it may be one\nof the inputs",
-     [](Options& options, std::string const& value) { options.output = nonEmpty("-o", value); }},
-    {'i', "in-place", Argument::OPTIONAL, "SUFFIX",
-     "replace each input when all went well with it; with a SUFFIX the\nold file is kept under its name and that",
-     applyInPlace},
-    {0, "output-dir", Argument::REQUIRED, "DIR",
-     "write each output into DIR, under the name of its input; files\nfound by -r keep their folders",
-     [](Options& options, std::string const& value) { options.outputFolder = nonEmpty("--output-dir", value); }},
-    {'j', "jobs", Argument::REQUIRED, "N",
-     "convert in N threads, 0: one a processor; output and messages are\nthose of one thread", applyJobs},
-    {'r', "recursive", Argument::NONE, nullptr, "convert the files in folders and below, in the order of their names",
-     [](Options& options, std::string const&) { options.recursive = true; }},
-    {0, "files-from", Argument::REQUIRED, "FILE",
-     "convert the files that FILE names, one a line, after the others;\n\"-\" is standard input",
-     [](Options& options, std::string const& value) { options.namesFrom = nonEmpty("--files-from", value); }},
-    {'0', "null", Argument::NONE, nullptr, "names in --files-from end with a zero byte, not a line feed",
-     [](Options& options, std::string const&) { options.zeroSeparated = true; }},
-    {0, "bom", Argument::REQUIRED, "MODE",
-     "a byte order mark at the front of an input: keep (if not given)\nor strip; add: each output begins with one",
-     applyByteOrderMark},
-    {0, "line-buffered", Argument::NONE, nullptr, "write each line by itself, once it is complete",
-     [](Options& options, std::string const&) { options.lineBuffered = true; }},
-    {0, "progress", Argument::REQUIRED, "WHEN",
-     "auto: bytes, rate and time left on standard error if that is a\nterminal; never (if not given)", applyProgress},
-    {0, "stats", Argument::OPTIONAL, "json", "say on standard error what was converted",
-     [](Options& options, std::string const& value) { options.stats = formatOf("--stats", value); }},
-    {0, "list", Argument::OPTIONAL, "json", "print the number and the name of every character set and end",
-     [](Options& options, std::string const& value) {
-         options.action = Action::LIST;
-         options.list = formatOf("--list", value);
-     }},
-    {0, "guess", Argument::NONE, nullptr,
-     "print every character set in which the input is clean, likeliest\nfirst, and end",
-     [](Options& options, std::string const&) { options.action = Action::GUESS; }},
-    {0, "version", Argument::NONE, nullptr, "print the version and end",
-     [](Options& options, std::string const&) { options.action = Action::VERSION; }},
-    {'h', "help", Argument::NONE, nullptr, "print this and end",
-     [](Options& options, std::string const&) { options.action = Action::HELP; }},
-};
+void addName(CLI::App& app, char const* names, char const* valueName, std::string& name, char const* help)
+{
+    auto const refuseEmpty = [](std::string const& value) { return std::string(value.empty() ? "'' is no name" : ""); };
+    app.add_option(names, name, help)->check(CLI::Validator(refuseEmpty, ""))->option_text(valueName);
+}
 
-/** The arguments, taken one by one. */
-class Parser {
-public:
-    Parser(int argc, char const* const* argv) : m_next(argv + std::min(argc, 1)), m_end(argv + argc) {}
+template <class T>
+void addChoice(CLI::App& app, char const* name, char const* valueName, T& choice,
+               std::map<std::string, T> const& choices, char const* help)
+{
+    auto const apply = [&choice, choices](std::string const& value) { choice = choices.at(value); };
+    app.add_option_function<std::string>(name, apply, help)->check(CLI::IsMember(choices))->option_text(valueName);
+}
 
-    Options run()
-    {
-        bool onlyFiles = false;
-        while (m_next != m_end && m_options.action != Action::HELP && m_options.action != Action::VERSION) {
-            char const* const argument = *m_next++;
-            if (onlyFiles || argument[0] != '-' || argument[1] == 0)
-                m_options.files.emplace_back(argument);
-            else if (argument[1] != '-')
-                shortOptions(argument + 1);
-            else if (argument[2] != 0)
-                longOption(argument + 2);
-            else
-                onlyFiles = true;
+void addOption(CLI::App& app, char const* names, char const* valueName, Apply const& apply, char const* help)
+{
+    app.add_option_function<std::string>(names, apply, help)->option_text(valueName);
+}
+
+/** Its values are attached only, as in --stats=json; the default that the names hold is that of none. */
+void addFlagWithValue(CLI::App& app, char const* names, char const* valueName, std::vector<std::string>& values,
+                      char const* help)
+{
+    app.add_flag(names, values, help)->option_text(valueName);
+}
+
+/**
+ * Parts the arguments into the files, which it appends to `files`, and the options and their values, which it returns.
+ * To CLI11, "[a,b]" would be two files, and -iSUFFIX several options.
+ */
+std::vector<std::string> partArguments(CLI::App const& app, int argc, char const* const* argv,
+                                       std::vector<std::string>& files)
+{
+    auto const takesValue = [&app](std::string const& name) {
+        CLI::Option const* const option = app.get_option_no_throw(name);
+        return option && option->get_items_expected_max() != 0;
+    };
+    std::vector<std::string> options;
+    for (int i = 1; i < argc; ++i) {
+        std::string const argument = argv[i];
+        bool takesNext = false;
+        if (argument == "--") {
+            files.insert(files.end(), argv + i + 1, argv + argc);
+            break;
         }
-        return m_options;
-    }
-
-private:
-    void longOption(std::string const& text)
-    {
-        size_t const equals = std::min(text.find('='), text.size());
-        std::string const name = text.substr(0, equals);
-        auto const* const option = std::find_if(std::begin(OPTIONS), std::end(OPTIONS), [&](Option const& candidate) {
-            return candidate.longName && name == candidate.longName;
-        });
-        if (option == std::end(OPTIONS))
-            throw UsageError("no option --" + name + "; --help shows those that there are");
-        bool const hasValue = equals != text.size();
-        if (hasValue && option->argument == Argument::NONE)
-            throw UsageError("--" + name + " takes no value");
-        std::string value = hasValue ? text.substr(equals + 1) : std::string();
-        if (!hasValue && option->argument == Argument::REQUIRED)
-            value = nextArgument("--" + name);
-        apply(*option, "--" + name, value);
-    }
-
-    /** Options in one argument; what follows one that takes a value is its value. */
-    void shortOptions(char const* names)
-    {
-        while (*names != 0) {
-            char const name = *names++;
-            auto const* const option =
-                std::find_if(std::begin(OPTIONS), std::end(OPTIONS),
-                             [&](Option const& candidate) { return candidate.shortName == name; });
-            std::string const text = std::string("-") + name;
-            if (option == std::end(OPTIONS))
-                throw UsageError("no option " + text + "; --help shows those that there are");
-            std::string value;
-            if (option->argument != Argument::NONE) {
-                value = names;
-                if (value.empty() && option->argument == Argument::REQUIRED)
-                    value = nextArgument(text);
-                names += strlen(names);
-            }
-            apply(*option, text, value);
+        if (argument.size() < 2 || argument[0] != '-') {
+            files.push_back(argument);
         }
+        else if (argument[1] == '-') {
+            // To CLI11, the next argument would be the value.
+            if (argument.find('=') == argument.size() - 1)
+                throw UsageError(argument + " has no value");
+            takesNext = takesValue(argument);
+            options.push_back(argument);
+        }
+        else {
+            // Flags, up to an option whose value or suffix the rest is.
+            size_t at = 1;
+            while (at < argument.size() && argument[at] != 'i' && !takesValue({'-', argument[at]}))
+                ++at;
+            bool const isInPlace = argument[at] == 'i';
+            takesNext = !isInPlace && at + 1 == argument.size();
+            std::string const rest = isInPlace ? argument.substr(at + 1) : std::string();
+            if (!isInPlace || at != 1)
+                options.push_back(isInPlace ? argument.substr(0, at) : argument);
+            if (isInPlace)
+                options.push_back("--in-place" + (rest.empty() ? rest : "=" + rest));
+        }
+        if (takesNext && i + 1 < argc)
+            options.emplace_back(argv[++i]);
     }
-
-    std::string nextArgument(std::string const& option)
-    {
-        if (m_next == m_end)
-            throw UsageError(option + " needs a value");
-        return *m_next++;
-    }
-
-    void apply(Option const& option, std::string const& text, std::string const& value)
-    {
-        bool& given = m_given[&option - OPTIONS];
-        if (given && option.argument == Argument::REQUIRED)
-            throw UsageError(text + " is given twice");
-        given = true;
-        option.apply(m_options, value);
-    }
-
-    char const* const* m_next;
-    char const* const* m_end;
-    Options m_options;
-    bool m_given[std::size(OPTIONS)] = {};
-};
+    return options;
+}
 
 void checkTogether(bool excluded, char const* message)
 {
@@ -315,42 +207,111 @@ void settle(Options& options)
 
 Options parseOptions(int argc, char const* const* argv)
 {
-    Options options = Parser(argc, argv).run();
-    if (options.action == Action::CONVERT || options.action == Action::GUESS)
-        settle(options);
-    return options;
-}
+    Options options;
+    std::vector<std::string> suffixes;
+    std::vector<std::string> statsFormats;
+    std::vector<std::string> listFormats;
+    bool skips = false;
+    bool guesses = false;
 
-std::string helpText()
-{
-    std::string text = "Usage: kx7conv -f CS [-t CS] [options] [FILE... | -]\n"
-                       "Converts text between character sets. Reads the files one after another, or standard\n"
-                       "input, and writes to standard output unless told otherwise.\n\n";
-    size_t const column = 25;
-    for (Option const& option : OPTIONS) {
-        std::string line = option.shortName ? std::string("  -") + option.shortName : std::string("    ");
-        if (option.longName)
-            line += std::string(option.shortName ? ", --" : "  --") + option.longName;
-        if (option.argument == Argument::REQUIRED)
-            line += std::string(" ") + option.valueName;
-        else if (option.argument == Argument::OPTIONAL)
-            line += std::string("[=") + option.valueName + "]";
-        if (line.size() >= column) {
-            text += line + "\n";
-            line.clear();
-        }
-        line.resize(column, ' ');
-        for (char const* c = option.help; *c != 0; ++c) {
-            line += *c;
-            if (*c == '\n')
-                line += std::string(column, ' ');
-        }
-        text += line + "\n";
+    CLI::App app;
+    app.formatter(std::make_shared<HelpFormatter>());
+    addName(app, "-f,--from", "CS", options.from,
+            "character set of the input: a code-page number (1251), a name\n(KX7CS_WCP1251, wcp1251) or a label (windows-1251)");
+    addName(app, "-t,--to", "CS", options.to, "character set of the output; UTF-8 if not given");
+    addChoice<OnError>(app, "--errors", "MODE", options.onError,
+                       {{"strict", OnError::STOP},
+                        {"replace", OnError::REPLACE},
+                        {"skip", OnError::SKIP},
+                        {"escape", OnError::ESCAPE}},
+                       "what to do with illegal bytes and with characters that the\noutput cannot represent:\n"
+                       "strict   end that input there, with a message (if not given);\n"
+                       "replace  write U+FFFD and \"?\";\n"
+                       "skip     write nothing for them;\n"
+                       "escape   write U+FFFD and \"U+20AC\"");
+    addFlag(app, "-c", skips, "the same as --errors skip");
+    addOption(
+        app, "--substitute", "U+XXXX",
+        [&](std::string const& value) { options.substitute = codePointOfText("--substitute", value); },
+        "replace with this character");
+    addFlag(app, "--fail-on-loss", options.failOnLoss,
+            "status 1 if anything was replaced, skipped or escaped; then no\nfile is replaced either");
+    addFlag(app, "--literal", options.literal,
+            "exactly the library's published conversion of each input, quirks\nincluded: it ends at a zero; "
+            "--errors replace if not given");
+    addFlag(app, "--check", options.check, "write nothing, report every error and how many there are");
+    addOption(
+        app, "--max-errors", "N",
+        [&](std::string const& value) { options.maxErrors = numberOf("--max-errors", value); },
+        "errors that --check reports for each input; 10 if not given");
+    addName(app, "-o,--output", "FILE", options.output,
+            "write to FILE, which is replaced when all went well; it may be\none of the inputs");
+    addFlagWithValue(app, "-i{},--in-place{}", "[=SUFFIX]", suffixes,
+                     "replace each input when all went well with it; with a SUFFIX the\n"
+                     "old file is kept under its name and that; also -iSUFFIX");
+    addName(app, "--output-dir", "DIR", options.outputFolder,
+            "write each output into DIR, under the name of its input; files\nfound by -r keep their folders");
+    addOption(
+        app, "-j,--jobs", "N", [&](std::string const& value) { applyJobs(options, value); },
+        "convert in N threads, 0: one a processor; output and messages\nare those of one thread");
+    addFlag(app, "-r,--recursive", options.recursive,
+            "convert the files in folders and below, in the order of their\nnames");
+    addName(app, "--files-from", "FILE", options.namesFrom,
+            "convert the files that FILE names, one a line, after the others;\n\"-\" is standard input");
+    addFlag(app, "-0,--null", options.zeroSeparated, "names in --files-from end with a zero byte, not a line feed");
+    addChoice<ByteOrderMark>(
+        app, "--bom", "MODE", options.byteOrderMark,
+        {{"keep", ByteOrderMark::KEEP}, {"strip", ByteOrderMark::STRIP}, {"add", ByteOrderMark::ADD}},
+        "a byte order mark at the front of an input: keep (if not given)\nor strip; add: each output begins with one");
+    addFlag(app, "--line-buffered", options.lineBuffered, "write each line by itself, once it is complete");
+    addChoice<bool>(app, "--progress", "WHEN", options.progress, {{"auto", true}, {"never", false}},
+                    "auto: bytes, rate and time left on standard error if that is a\nterminal; never (if not given)");
+    addFlagWithValue(app, "--stats{}", "[=json]", statsFormats, "say on standard error what was converted");
+    addFlagWithValue(app, "--list{}", "[=json]", listFormats,
+                     "print the number and the name of every character set and end");
+    addFlag(app, "--guess", guesses,
+            "print every character set in which the input is clean, likeliest\nfirst, and end");
+    app.set_version_flag("--version", "kx7conv " KX7CONV_VERSION, "print the version and end");
+    app.set_help_flag("-h,--help", "print this and end");
+    app.footer("Exit status: 0 fine or loss asked for, 1 illegal or unrepresentable data, 2 usage or\n"
+               "character set, 3 input or output. Of several files the highest counts.");
+
+    try {
+        std::vector<std::string> arguments = partArguments(app, argc, argv, options.files);
+        std::reverse(arguments.begin(), arguments.end());  // as CLI11 wants them
+        app.parse(arguments);
     }
-    text += "\nA suffix is attached to -i without a space: -i.bak.\n"
-            "Exit status: 0 fine or loss asked for, 1 illegal or unrepresentable data, 2 usage or\n"
-            "character set, 3 input or output. Of several files the highest counts.\n";
-    return text;
+    catch (CLI::CallForHelp const&) {
+        options.action = Action::ANSWER;
+        options.answer = app.help();
+        return options;
+    }
+    catch (CLI::CallForVersion const& version) {
+        options.action = Action::ANSWER;
+        options.answer = version.what() + std::string("\n");
+        return options;
+    }
+    catch (CLI::ParseError const& error) {
+        throw UsageError(error.what());
+    }
+    options.errorsGiven = skips || app.count("--errors") != 0;
+    checkTogether(skips && app.count("--errors") != 0 && options.onError != OnError::SKIP,
+                  "--errors and -c contradict each other");
+    if (skips)
+        options.onError = OnError::SKIP;
+    if (!suffixes.empty())
+        applyInPlace(options, suffixes.back());
+    if (!statsFormats.empty())
+        options.stats = formatOf("--stats", statsFormats.back());
+    if (!listFormats.empty()) {
+        options.action = Action::LIST;
+        options.list = formatOf("--list", listFormats.back());
+        return options;
+    }
+    if (guesses)
+        options.action = Action::GUESS;
+    settle(options);
+    return options;
 }
 
 }  // namespace kx7conv

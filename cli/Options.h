@@ -27,10 +27,11 @@ enum class ByteOrderMark {
 enum class Format { NONE, TEXT, JSON };
 
 /** What the program is to do. */
-enum class Action { CONVERT, LIST, GUESS, VERSION, HELP };
+enum class Action { CONVERT, LIST, GUESS, ANSWER };
 
 struct Options {
     Action action = Action::CONVERT;
+    std::string answer;  ///< to --help or --version
     std::string from;
     std::string to = "UTF8";
 
@@ -68,9 +69,6 @@ struct UsageError : std::runtime_error {
 
 /** Reads the arguments. Throws UsageError. */
 Options parseOptions(int argc, char const* const* argv);
-
-/** The text of --help. */
-std::string helpText();
 
 }  // namespace kx7conv
 

@@ -111,8 +111,7 @@ void run(int argc, char** argv, std::atomic<int>& status)
 {
     Options const options = parseOptions(argc, argv);
     switch (options.action) {
-        case Action::HELP: print(helpText()); break;
-        case Action::VERSION: print("kx7conv " KX7CONV_VERSION "\n"); break;
+        case Action::ANSWER: print(options.answer); break;
         case Action::LIST: print(listText(options.list)); break;
         case Action::GUESS: status = guessAll(options); break;
         case Action::CONVERT: convertAll(options, status); break;

@@ -21,6 +21,10 @@ class Kx7TextConan(ConanFile):
         for pattern in ("CMakeLists.txt", "LICENSE", "cli/*", "cmake/*", "kx7/*", "packaging/*", "share/*"):
             copy(self, pattern, root, self.export_sources_folder)
 
+    def requirements(self):
+        if self.options.tools:
+            self.requires("cli11/[>=2.1 <3]")
+
     def layout(self):
         cmake_layout(self)
 

@@ -1,6 +1,8 @@
 // kx7text - preloaded into kx7conv by its tests: the N-th call of one system call fails, as KX7CONV_FAULT says in the
-// form "read 2 EIO". Reads and writes of standard error do not count, nor do closes of what was only read.
+// form "read 2 EIO"; "rename 1 KILL" kills the program instead. Reads and writes of standard error do not count, nor do
+// closes of what was only read.
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -21,6 +23,8 @@ bool fails(char const* call)
     if (!fault || sscanf(fault, "%15s %u %15s", name, &number, reason) != 3 || strcmp(name, call) != 0 ||
         ++s_calls != number)
         return false;
+    if (strcmp(reason, "KILL") == 0)
+        raise(SIGKILL);
     errno = strcmp(reason, "ENOSPC") == 0 ? ENOSPC : EIO;
     return true;
 }
@@ -42,6 +46,11 @@ ssize_t write(int file, void const* buffer, size_t count)
 int fsync(int file)
 {
     return fails("fsync") ? -1 : static_cast<int>(syscall(SYS_fsync, file));
+}
+
+int rename(char const* from, char const* to) noexcept
+{
+    return fails("rename") ? -1 : static_cast<int>(syscall(SYS_renameat2, AT_FDCWD, from, AT_FDCWD, to, 0));
 }
 
 int close(int file)

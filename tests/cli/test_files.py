@@ -14,6 +14,17 @@ SOURCE = TEXT.encode("cp1253")
 RESULT = TEXT.encode()
 
 
+def leftover(test):
+    """The text of a complete file that has not got the place of file "a" yet, which this removes; None if there is none."""
+    names = sorted(set(os.listdir(test.folder)) - {"a"})
+    test.assertLessEqual(len(names), 1)
+    for name in names:
+        test.assertRegex(name, r"\A\.kx7conv-\d+-\d+\Z")
+        text = (test.folder / name).read_bytes()
+        (test.folder / name).unlink()
+        return text
+
+
 class Replacing(Test):
     """-o, -i and --output-dir."""
 
@@ -198,17 +209,35 @@ class Faults(Test):
                                                env=preloaded("KX7CONV_FAULTS", KX7CONV_FAULT=f"write 3 {reason}"))
                 self.assertEqual((status, messages), (IO, f"kx7conv: (stdout): {text}\n"))
                 self.assertTrue(big.decode("cp1253").encode().startswith(output) and output)
-            for call in ("write 3", "fsync 1", "close 1"):
+            for call in ("write 3", "fsync 1", "close 1", "rename 1"):
                 self.expectFault(f"{call} {reason}", ["-f", "1253", "-i", "a", "b"], b"", f"kx7conv: a: {text}\n")
                 self.assertEqual((self.folder / "a").read_bytes(), big)
                 self.assertEqual((self.folder / "b").read_bytes(), big.decode("cp1253").encode())
                 self.assertEqual(sorted(os.listdir(self.folder)), ["a", "b", "c"])
                 self.file("b", big)
         self.file("out", b"old")
-        for call in ("write 1", "fsync 1", "close 1"):
+        for call in ("write 1", "fsync 1", "close 1", "rename 1"):
             self.expectFault(f"{call} EIO", ["-f", "1253", "-o", "out", "a"], b"",
                              "kx7conv: out: Input/output error\n")
             self.assertEqual((self.folder / "out").read_bytes(), b"old")
+        for call in ("write 1", "fsync 1", "close 1"):
+            self.expectFault(f"{call} EIO", ["-f", "1253", "-o", "new", "a"], b"",
+                             "kx7conv: new: Input/output error\n")
+            self.assertEqual(sorted(os.listdir(self.folder)), ["a", "b", "c", "out"])
+
+    def testKilledAheadOfTheRenaming(self):
+        for options in (["-i", "a"], ["-i.old", "a"], ["-o", "a", "a"]):
+            self.file("a", SOURCE)
+            self.expectFault("rename 1 KILL", ["-f", "1253", *options], b"", "", -signal.SIGKILL)
+            self.assertEqual((self.folder / "a").read_bytes(), SOURCE)
+            if "-i.old" in options:
+                (self.folder / "a.old").unlink()
+            self.assertEqual(leftover(self), RESULT)
+
+    def testANewFileNeedsNoRenaming(self):
+        self.file("a", SOURCE)
+        self.expectFault("rename 1 KILL", ["-f", "1253", "-o", "new", "a"], b"", "", 0)
+        self.assertEqual((self.folder / "new").read_bytes(), RESULT)
 
     def testClosingStandardOutputFails(self):
         self.expectFault("close 1 EIO", ["-f", "1253"], b"a", "kx7conv: (stdout): Input/output error\n", data=b"a")
@@ -232,11 +261,25 @@ class Kill(Test):
             content = (self.folder / "a").read_bytes()
             self.assertIn(content, (data, result))
             found.add(content == result)
-            self.assertEqual(os.listdir(self.folder), ["a"])
+            rest = leftover(self)
+            if rest is not None:
+                self.assertEqual((rest, content), (result, data))
         self.assertIn(False, found)
 
 
 class Names(Test):
+    def testAnyNameIsOne(self):
+        names = ["[a,b]", "{}", "%%", "a b", "-x", "--from", "i=j", "é"]
+        for name in names:
+            self.file(name, name.encode() + b";")
+        self.expect(["-f", "utf8", *names[:4], "--", *names[4:]], b"", ";".join([*names, ""]).encode(), cwd=self.folder)
+        for name in names:
+            self.expect(["-f", "utf8", "-o", name, "[a,b]", "a b"], b"", b"", cwd=self.folder)
+            self.assertEqual((self.folder / name).read_bytes(), b"[a,b];a b;")
+            self.file(name, name.encode() + b";")
+        self.expect(["-f", "utf8", "-c", "-ri-x", "[a,b]"], b"", b"", cwd=self.folder)
+        self.assertIn("[a,b]-x", os.listdir(self.folder))
+
     def testFoldersInTheOrderOfTheirNames(self):
         (self.folder / "d/b/c").mkdir(parents=True)
         for name in ("d/z", "d/a", "d/b/y", "d/b/c/x", "d/é", "e"):

@@ -45,7 +45,8 @@ class Errors(Test):
                           ["--literal", "-c"], ["--literal", "--check"], ["--literal", "--bom", "strip"],
                           ["--substitute", "U+2A", "-c"], ["-i/x"], ["--bom", "maybe"], ["--stats=xml"],
                           ["--list=xml"], ["--progress", "always"], ["--progress"], ["-j", "x"], ["-j"],
-                          ["--max-errors", "-1"], ["--check=yes"], ["--jobs="], ["-o", ""], ["--outputdir", "x"]):
+                          ["--max-errors", "-1"], ["--check=yes"], ["--jobs="], ["--jobs=", "1"], ["--bom="], ["-o", ""],
+                          ["--outputdir", "x"], ["-x"], ["-cx"], ["-1"], ["-j", "1", "-j", "2"]):
             status, output, messages = run("-f", "1251", *arguments, data=b"a", cwd=self.folder)
             self.assertEqual((status, output), (USAGE, b""), arguments)
             self.assertRegex(messages, r"\Akx7conv: [^\n]+\n\Z", arguments)

@@ -131,13 +131,16 @@ class Memory(Test):
     limit = 16 << 20
 
     def peak(self, *arguments):
-        process = subprocess.Popen([KX7CONV, *arguments], stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
+        # Its standard input comes last, and keeps it from ending unseen.
+        process = subprocess.Popen([KX7CONV, *arguments, "-"], stdin=subprocess.PIPE, stdout=subprocess.DEVNULL,
                                    stderr=subprocess.DEVNULL, cwd=self.folder)
         status = pathlib.Path(f"/proc/{process.pid}/status")
         peak = 0
         while process.poll() is None:
             found = re.search(r"VmHWM:\s+(\d+) kB", status.read_text())
             peak = max(peak, int(found[1]) * 1024 if found else 0)
+            if peak > 1 << 20:
+                process.stdin.close()
             time.sleep(0.002)
         return process.returncode, peak
 
