@@ -10,7 +10,6 @@
 #include <list>
 #include <string_view>
 
-#include "CharSetLookup.h"
 #include "Transcoder.h"
 #include "kx7/converters/KX7CharSetConverter.h"
 #include "kx7/converters/Utf16.h"
@@ -129,7 +128,7 @@ bool isCapital(unsigned int unit)
 /** A set, and how the input reads in it so far. */
 class Candidate {
 public:
-    Candidate(kx7::CharSetName const& name, size_t rank) : m_name(&name), m_codec(name), m_rank(rank)
+    Candidate(kx7::CharSetInfo const& name, size_t rank) : m_name(&name), m_codec(name.charSet), m_rank(rank)
     {
         auto const* const own = std::find_if(std::begin(LETTERS), std::end(LETTERS), [&](Letters const& candidate) {
             return candidate.charSet == name.charSet;
@@ -165,7 +164,7 @@ public:
         return m_cost != other.m_cost ? m_cost < other.m_cost : m_rank < other.m_rank;
     }
 
-    kx7::CharSetName const* name() const { return m_name; }
+    kx7::CharSetInfo const* name() const { return m_name; }
 
 private:
     static constexpr size_t FAILED = SIZE_MAX;
@@ -245,7 +244,7 @@ private:
         m_unit = unit;
     }
 
-    kx7::CharSetName const* m_name;
+    kx7::CharSetInfo const* m_name;
     Codec m_codec;
     size_t m_rank;
     std::u16string_view m_letters;
@@ -261,8 +260,8 @@ private:
 std::list<Candidate> candidates()
 {
     std::list<Candidate> result;
-    for (kx7::CharSetName const& name : kx7::CHAR_SET_NAMES) {
-        if (name.charSet == KX7CS_OS_DEFAULT || !hasConverter(name.charSet))
+    for (kx7::CharSetInfo const& name : kx7::charSets()) {
+        if (!kx7::hasConverter(name.charSet))
             continue;
         auto const* const preferred = std::find(std::begin(PREFERENCE), std::end(PREFERENCE), name.charSet);
         size_t const rank = static_cast<size_t>(preferred - PREFERENCE);
@@ -273,7 +272,7 @@ std::list<Candidate> candidates()
 
 }  // namespace
 
-std::vector<kx7::CharSetName const*> guess(Input& input)
+std::vector<kx7::CharSetInfo const*> guess(Input& input)
 {
     std::list<Candidate> left = candidates();
     std::vector<unsigned char> block(BLOCK_SIZE);
@@ -287,7 +286,7 @@ std::vector<kx7::CharSetName const*> guess(Input& input)
         read += got;
     }
     left.sort();
-    std::vector<kx7::CharSetName const*> result;
+    std::vector<kx7::CharSetInfo const*> result;
     for (Candidate const& candidate : left)
         result.push_back(candidate.name());
     return result;

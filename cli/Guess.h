@@ -5,12 +5,12 @@
 #include <vector>
 
 #include "Io.h"
-#include "kx7/charset/CharSetNames.h"
+#include "kx7/convert.h"
 
 namespace kx7conv {
 
 /** Every character set with a converter in which all of the input is clean, likeliest first. Throws InputError. */
-std::vector<kx7::CharSetName const*> guess(Input& input);
+std::vector<kx7::CharSetInfo const*> guess(Input& input);
 
 }  // namespace kx7conv
 

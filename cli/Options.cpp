@@ -217,7 +217,8 @@ Options parseOptions(int argc, char const* const* argv)
     CLI::App app;
     app.formatter(std::make_shared<HelpFormatter>());
     addName(app, "-f,--from", "CS", options.from,
-            "character set of the input: a code-page number (1251), a name\n(KX7CS_WCP1251, wcp1251) or a label (windows-1251)");
+            "character set of the input: a code-page number (1251), a name\n(KX7CS_WCP1251, wcp1251) or a label "
+            "(windows-1251)");
     addName(app, "-t,--to", "CS", options.to, "character set of the output; UTF-8 if not given");
     addChoice<OnError>(app, "--errors", "MODE", options.onError,
                        {{"strict", OnError::STOP},
@@ -268,7 +269,7 @@ Options parseOptions(int argc, char const* const* argv)
                     "auto: bytes, rate and time left on standard error if that is a\nterminal; never (if not given)");
     addFlagWithValue(app, "--stats{}", "[=json]", statsFormats, "say on standard error what was converted");
     addFlagWithValue(app, "--list{}", "[=json]", listFormats,
-                     "print the number and the name of every character set and end");
+                     "print the number, name and labels of every character set and end");
     addFlag(app, "--guess", guesses,
             "print every character set in which the input is clean, likeliest\nfirst, and end");
     app.set_version_flag("--version", "kx7conv " KX7CONV_VERSION, "print the version and end");

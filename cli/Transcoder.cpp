@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "kx7/charset/CharSetConverterManager.h"
+#include "kx7/convert.h"
 #include "kx7/converters/KX7CharSetConverter.h"
 #include "kx7/converters/Utf16.h"
 
@@ -77,10 +77,9 @@ bool isContinuation(unsigned char byte)
 
 }  // namespace
 
-Codec::Codec(CharSetName const& charSet)
-    : name(charSet.name),
-      number(charSet.charSet == KX7CS_OS_DEFAULT ? g_oCnvtMgr.getDefaultCharSet() : charSet.charSet),
-      converter(converterOf(number)), engine(*engineOf(converter))
+Codec::Codec(KX7CharSet charSet)
+    : name(charSetInfo(charSet)->name), number(charSetInfo(charSet)->charSet), converter(converterOf(number)),
+      engine(*engineOf(converter))
 {
 }
 

@@ -9,14 +9,15 @@
 #include <vector>
 
 #include "Options.h"
-#include "kx7/charset/CharSetNames.h"
+#include "kx7/charset/KX7CharSet.h"
 #include "kx7/converters/Engine.h"
 
 namespace kx7conv {
 
 /** A character set and how it is converted. */
 struct Codec {
-    explicit Codec(kx7::CharSetName const& charSet);
+    /** `charSet` has a converter. */
+    explicit Codec(KX7CharSet charSet);
 
     /** The bytes of a text that the set can represent; empty where it cannot. */
     std::string encoded(std::u16string const& text) const;

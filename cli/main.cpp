@@ -3,24 +3,26 @@
 #include <cinttypes>
 #include <csignal>
 #include <cstdio>
+#include <optional>
+#include <strings.h>
 
-#include "CharSetLookup.h"
 #include "Conversion.h"
 #include "Guess.h"
 #include "Io.h"
 #include "Options.h"
+#include "kx7/convert.h"
 
 namespace {
 
 using namespace kx7conv;
 
-kx7::CharSetName const& charSetOf(std::string const& text)
+KX7CharSet charSetOf(std::string const& text)
 {
-    kx7::CharSetName const* const charSet = findCharSet(text);
+    std::optional<KX7CharSet> const charSet = kx7::findCharSet(text);
     if (!charSet)
         throw UsageError("unknown character set '" + text + "'; --list shows those that there are");
-    if (!hasConverter(charSet->charSet))
-        throw UsageError(std::string("character set ") + charSet->name + " has no converter");
+    if (!kx7::hasConverter(*charSet))
+        throw UsageError(std::string("character set ") + kx7::charSetInfo(*charSet)->name + " has no converter");
     return *charSet;
 }
 
@@ -31,20 +33,44 @@ void print(std::string const& text)
     output.finish();
 }
 
-std::string listText(Format format)
+/** What --from takes for a character set beside its number and name, the label preferred first. */
+std::vector<std::string> labelsOf(KX7CharSet charSet)
+{
+    kx7::CharSetInfo const* const info = kx7::charSetInfo(charSet);
+    std::vector<std::string> labels;
+    for (kx7::CharSetLabel const& entry : kx7::charSetLabels()) {
+        if (kx7::findCharSet(entry.label) != charSet)
+            continue;
+        bool const isPreferred = info->iana && strcasecmp(entry.label, info->iana) == 0;
+        labels.insert(isPreferred ? labels.begin() : labels.end(), isPreferred ? info->iana : entry.label);
+    }
+    return labels;
+}
+
+std::string joined(std::vector<std::string> const& words, char const* before, char const* between, char const* behind)
 {
     std::string text;
-    for (kx7::CharSetName const& charSet : kx7::CHAR_SET_NAMES) {
-        if (!hasConverter(charSet.charSet))
-            continue;
-        std::string const number = std::to_string(charSet.charSet);
+    for (std::string const& word : words)
+        text += (text.empty() ? before : between) + word;
+    return text.empty() ? text : text + behind;
+}
+
+std::string listText(Format format)
+{
+    std::vector<std::string> lines;
+    auto const add = [&](KX7CharSet charSet, std::string const& name, std::vector<std::string> const& labels) {
+        std::string const number = std::to_string(charSet);
         if (format == Format::JSON)
-            text +=
-                (text.empty() ? "[\n" : ",\n") + ("  {\"number\": " + number) + ", \"name\": \"" + charSet.name + "\"}";
+            lines.push_back("{\"number\": " + number + ", \"name\": \"" + name + "\", \"labels\": [" +
+                            joined(labels, "\"", "\", \"", "\"") + "]}");
         else
-            text += number + "\t" + charSet.name + "\n";
-    }
-    return format == Format::JSON ? text + "\n]\n" : text;
+            lines.push_back(number + "\t" + name + joined(labels, "\t", " ", ""));
+    };
+    for (kx7::CharSetInfo const& info : kx7::charSets())
+        if (kx7::hasConverter(info.charSet))
+            add(info.charSet, info.name, labelsOf(info.charSet));
+    add(KX7CS_OS_DEFAULT, "KX7CS_OS_DEFAULT", {});
+    return format == Format::JSON ? joined(lines, "[\n  ", ",\n  ", "\n]\n") : joined(lines, "", "\n", "\n");
 }
 
 /** One line a set: number and name, behind the name of the input if there are several. */
@@ -59,9 +85,9 @@ int guessAll(Options const& options)
             if (!files.next(file))
                 break;
             Input input(file.path);
-            std::vector<kx7::CharSetName const*> const charSets = guess(input);
+            std::vector<kx7::CharSetInfo const*> const charSets = guess(input);
             std::string text;
-            for (kx7::CharSetName const* const charSet : charSets)
+            for (kx7::CharSetInfo const* const charSet : charSets)
                 text += (named ? input.name() + "\t" : std::string()) + std::to_string(charSet->charSet) + "\t" +
                         charSet->name + "\n";
             output.write(text.data(), text.size());

@@ -26,7 +26,7 @@ def listed():
     """The character sets of --list: (number, name)."""
     status, output, _ = run("--list")
     assert status == 0
-    return [(int(number), name) for number, name in (line.split("\t") for line in output.decode().splitlines())]
+    return [(int(number), name) for number, name, *_ in (line.split("\t") for line in output.decode().splitlines())]
 
 
 class Test(unittest.TestCase):

@@ -1,5 +1,6 @@
 # kx7text - tests of kx7conv: conversion, character sets and messages.
 import hashlib
+import json
 import os
 import pathlib
 import random
@@ -60,7 +61,19 @@ class CharacterSets(Test):
     def testListHasThoseWithAConverterInTheRegistrysOrder(self):
         expected = [entry for entry in namesInOrder() if entry not in WITHOUT_CONVERTER.items()]
         self.assertEqual((len(expected), expected[-1]), (42, (-2, "KX7CS_OS_DEFAULT")))
-        self.expect(["--list"], b"", "".join(f"{number}\t{name}\n" for number, name in expected).encode())
+        self.assertEqual(listed(), expected)
+
+    def testListedLabelsLeadToTheirSet(self):
+        status, output, _ = run("--list=json")
+        self.assertEqual(status, 0)
+        every = bytes(range(0x20, 0x7F)) + bytes(range(0xA0, 0x100))
+        count = 0
+        for entry in json.loads(output):
+            expected = run("-f", entry["number"], "--errors", "replace", data=every)
+            for label in entry["labels"]:
+                self.assertEqual(run("-f", label.upper(), "--errors", "replace", data=every), expected, label)
+                count += 1
+        self.assertGreater(count, 200)
 
     def testUnknownOnesAreRefused(self):
         unknown = ["klingon", "0", "437", "01251", "1251x", "cp", "KX7CS_", "KX7CS_KX7CS_UTF8", "utf-9",

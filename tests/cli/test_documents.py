@@ -43,6 +43,7 @@ class Options(Test):
     def testTheCompletionKnowsValues(self):
         self.assertEqual(self.complete("--from", "wcp125"), {f"WCP125{digit}" for digit in range(9)})
         self.assertEqual(self.complete("-t", "6500"), {"65001"})
+        self.assertEqual(self.complete("-t", "utf-1"), {"UTF-16", "utf-16le"})
         for option in ("--errors", "--bom", "--progress"):
             values = self.complete(option, "")
             self.assertGreater(len(values), 1)

@@ -175,7 +175,11 @@ class Lists(Test):
     def testListAsJson(self):
         status, output, messages = run("--list=json")
         self.assertEqual((status, messages), (0, ""))
-        self.assertEqual([(entry["number"], entry["name"]) for entry in json.loads(output)], listed())
+        entries = json.loads(output)
+        self.assertEqual([(entry["number"], entry["name"]) for entry in entries], listed())
+        labels = [line.split("\t")[2:] for line in run("--list")[1].decode().splitlines()]
+        self.assertEqual([" ".join(entry["labels"]) for entry in entries], ["".join(found) for found in labels])
+        self.assertIn(["windows-1251 cp1251 cswindows1251 x-cp1251"], labels)
 
     def testGuessPutsTheRightSetFirst(self):
         misses = []
