@@ -1,4 +1,4 @@
-// kx7text - the registry of converters, and every static object of the library.
+// kx7text - the registry of converters, and the converters of the library.
 //
 // The converters and the registry are constructed in this one file because their order matters: the registry's
 // constructor converts text.
@@ -202,8 +202,7 @@ char const* CharSetConverterManager::charSetToString(KX7CharSet cs)
     if (found == charSetToNameMap.end())
         return unnamed;
     // The string keeps the converted name; several threads may be the first to ask for it.
-    static pthread_mutex_t mutex = PTHREAD_MUTEX_INITIALIZER;
-    kx7::LoadLock const lock(mutex);
+    kx7::NamesLock const lock;
     try {
         return found->second.c_str(KX7CS_ISO_8859_1);
     }

@@ -1,4 +1,4 @@
-// kx7text - scope of a converter's load mutex (internal).
+// kx7text - scopes of the mutexes that guard what is built on first use (internal).
 #ifndef KX7_CONVERTERS_LOADLOCK_H
 #define KX7_CONVERTERS_LOADLOCK_H
 
@@ -6,16 +6,43 @@
 
 namespace kx7 {
 
-/** Holds a POSIX mutex while it lives. */
+/** Held shared by every thread in a LoadLock, and alone by one that forks (LoadLock.cpp). */
+extern pthread_rwlock_t forkLock;
+
+/** Held by the thread that converts a name, which may build a table for that. */
+extern pthread_mutex_t namesMutex;
+
+/**
+ * Holds a POSIX mutex while it lives. The process does not fork meanwhile, so that no child finds the mutex locked by a
+ * thread that it does not have. A thread has one of these at a time.
+ */
 class LoadLock {
 public:
-    explicit LoadLock(pthread_mutex_t& mutex) : m_mutex(mutex) { pthread_mutex_lock(&m_mutex); }
-    ~LoadLock() { pthread_mutex_unlock(&m_mutex); }
+    explicit LoadLock(pthread_mutex_t& mutex) : m_mutex(mutex), m_holdsFork(pthread_rwlock_rdlock(&forkLock) == 0)
+    {
+        pthread_mutex_lock(&m_mutex);
+    }
+    ~LoadLock()
+    {
+        pthread_mutex_unlock(&m_mutex);
+        if (m_holdsFork)
+            pthread_rwlock_unlock(&forkLock);
+    }
     LoadLock(LoadLock const&) = delete;
     LoadLock& operator=(LoadLock const&) = delete;
 
 private:
     pthread_mutex_t& m_mutex;
+    bool m_holdsFork;  ///< not in a thread that forks and converts in a handler of its own
+};
+
+/** Holds namesMutex while it lives. */
+class NamesLock {
+public:
+    NamesLock() { pthread_mutex_lock(&namesMutex); }
+    ~NamesLock() { pthread_mutex_unlock(&namesMutex); }
+    NamesLock(NamesLock const&) = delete;
+    NamesLock& operator=(NamesLock const&) = delete;
 };
 
 }  // namespace kx7

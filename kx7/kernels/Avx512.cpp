@@ -64,7 +64,7 @@ KX7_AVX512 KX7_READS_BEYOND size_t unitLength(unsigned short const* text, size_t
 
 }  // namespace
 
-Kernels const AVX512_KERNELS = {
+constexpr Kernels AVX512_KERNELS = {
     unitLength,           unitFindAvx512,        unitMatchAvx512,        decodeUTF8Avx512,       encodeUTF8Avx512,
     wellFormedUTF8Avx512, countUTF8Avx512,       countAsUTF8Avx512,      decodeSingleByteAvx512, encodeSingleByteAvx512,
     decodePairsAvx512,    decodeFourBytesAvx512, encodeDoubleByteAvx512, countDoubleByteAvx512,  encodeGB18030Avx512,

@@ -300,21 +300,21 @@ void decodePairs(PairUnits const& pairs, unsigned char const*& inOut, unsigned c
 
 }  // namespace
 
-Kernels const BASELINE_KERNELS = {unitLength,
-                                  unitFind,
-                                  unitMatch,
-                                  decodeUTF8,
-                                  encodeUTF8,
-                                  noWellFormedUTF8,
-                                  noCountUTF8,
-                                  noCountAsUTF8,
-                                  decodeSingleByte,
-                                  encodeSingleByte,
-                                  decodePairs,
-                                  noFourBytes,
-                                  encodeDoubleByteOneByOne,
-                                  countDoubleByteOneByOne,
-                                  encodeGB18030OneByOne,
-                                  countGB18030OneByOne};
+constexpr Kernels BASELINE_KERNELS = {unitLength,
+                                      unitFind,
+                                      unitMatch,
+                                      decodeUTF8,
+                                      encodeUTF8,
+                                      noWellFormedUTF8,
+                                      noCountUTF8,
+                                      noCountAsUTF8,
+                                      decodeSingleByte,
+                                      encodeSingleByte,
+                                      decodePairs,
+                                      noFourBytes,
+                                      encodeDoubleByteOneByOne,
+                                      countDoubleByteOneByOne,
+                                      encodeGB18030OneByOne,
+                                      countGB18030OneByOne};
 
 }  // namespace kx7

@@ -30,7 +30,7 @@ size_t plainUnitMatch(unsigned short const* a, unsigned short const* b, size_t m
 
 }  // namespace
 
-Kernels const PLAIN_KERNELS = {
+constexpr Kernels PLAIN_KERNELS = {
     plainUnitLength,
     plainUnitFind,
     plainUnitMatch,

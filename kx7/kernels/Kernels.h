@@ -148,8 +148,10 @@ inline Kernels const& kernels()
 /** Makes all conversions use one set, for tests and benchmarks. False: the machine lacks it. */
 bool useInstructionSet(InstructionSet set);
 
+// All of them are constexpr where they are defined: the choice is made before other static objects are initialised.
 extern Kernels const PLAIN_KERNELS;
 extern Kernels const BASELINE_KERNELS;
+
 /**
  * Converts the first characters one by one. False: there is no more to convert, or a step is needed already; so text
  * with many such places is not slowed down by blocks that end early.

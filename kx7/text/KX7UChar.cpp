@@ -7,10 +7,12 @@
 unsigned int const KX7UChar::UTF16_MAX;
 unsigned int const KX7UChar::UTF32_MAX;
 
-// Initialised as constants: usable in any static initialiser.
-KX7UCharTable KX7UChar::m_gUpperCaseTable(toUpperTable, true);
-KX7UCharTable KX7UChar::m_gLowerCaseTable(toLowerTable, true);
-KX7UCharTable KX7UChar::m_gCharClassTable(classTable, false);
+// Initialised as constants: usable in any static initialiser. The priority concerns their end: they outlive ordinary
+// static objects, also those of a program linked with the archive.
+#define KX7_EARLY __attribute__((init_priority(101)))
+KX7_EARLY KX7UCharTable KX7UChar::m_gUpperCaseTable(toUpperTable, true);
+KX7_EARLY KX7UCharTable KX7UChar::m_gLowerCaseTable(toLowerTable, true);
+KX7_EARLY KX7UCharTable KX7UChar::m_gCharClassTable(classTable, false);
 
 namespace {
 

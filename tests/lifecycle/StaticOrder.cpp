@@ -6,6 +6,7 @@
 
 #include "kx7/charset/CharSetConverterManager.h"
 #include "kx7/charset/Converters.h"
+#include "kx7/text/KX7UChar.h"
 #include "kx7/text/KX7UString.h"
 
 namespace {
@@ -22,7 +23,8 @@ bool convertsRight()
            UTF8ToLocal(local, utf8, sizeof local, KX7CS_ISO_8859_2) == 4 && strcmp(local, "caf\xE9") == 0 &&
            UTF8ToUTF16(units, utf8, 4) == 3 && units[2] == 'f' && units[3] == 0 && s.length() == 2 &&
            s.data()[0] == 0x430 && s.data()[1] == 0x431 && inDefault.length() == 3 &&
-           KX7CharSetConverter::getConverter(KX7CS_UTF8) == &g_oConverterUTF8 &&
+           KX7UChar::toUpperCase(0xFF) == 0x178 && KX7UChar::toLowerCase(0x178) == 0xFF &&
+           KX7UChar::getCharClass(0x41) == 0x44 && KX7CharSetConverter::getConverter(KX7CS_UTF8) == &g_oConverterUTF8 &&
            g_oCnvtMgr.getConverter(KX7CS_KOI8R) == &g_oConverterKOI8R;
 }
 
