@@ -13,7 +13,7 @@
 
 namespace {
 
-constexpr size_t THREADS = 8;
+constexpr size_t THREADS = 64;
 
 struct Subject {
     char const* name;  ///< letters and digits only
@@ -89,7 +89,7 @@ class MultibyteFirstUse : public testing::TestWithParam<Subject> {};
 
 }  // namespace
 
-TEST_P(MultibyteFirstUse, ByEightThreadsInAllOperations)
+TEST_P(MultibyteFirstUse, ByManyThreadsInAllOperations)
 {
     Subject const subject = GetParam();
     std::string text;

@@ -17,9 +17,9 @@
 
 namespace {
 
-constexpr size_t THREADS = 8;
+constexpr size_t THREADS = 64;
 
-/** Runs `work(0)` to `work(7)` in threads of their own, which start it as nearly at once as can be had. */
+/** Runs `work(0)`, `work(1)` and so on in threads of their own, which start it as nearly at once as can be had. */
 void atOnce(std::function<void(size_t)> const& work)
 {
     std::atomic<size_t> waiting{THREADS};
@@ -38,14 +38,14 @@ void atOnce(std::function<void(size_t)> const& work)
 
 using PropertyOf = unsigned short (*)(unsigned short unit);
 
-/** Every unit's value as eight threads find it, each beginning somewhere else; all alike, and as found later. */
+/** Every unit's value as the threads find it, each beginning somewhere else; all alike, and as found later. */
 void expectSettled(PropertyOf property)
 {
     std::array<std::vector<unsigned short>, THREADS> values;
     atOnce([&](size_t i) {
         values[i].resize(0x10000);
         for (unsigned int k = 0; k < 0x10000; ++k) {
-            unsigned int const unit = (k + 0x61 + static_cast<unsigned int>(i) * 0x100) & 0xFFFF;
+            unsigned int const unit = (k + 0x61 + static_cast<unsigned int>(i) * 0x400) & 0xFFFF;
             values[i][unit] = property(static_cast<unsigned short>(unit));
         }
     });

@@ -20,19 +20,31 @@ public:
     T const* hold(std::basic_string<Char> const& text, size_t zeros)
     {
         static_assert(sizeof(Char) == sizeof(T), "a copy changes no sizes");
-        size_t const count = text.size() + zeros;
-        if (!m_memory || count > m_capacity) {
-            m_capacity = std::max(count, size_t{64});
-            m_memory = std::make_unique<Guarded<T>>(m_capacity);
-        }
-        T* const begin = m_memory->data() + (m_capacity - count);
+        T* const begin = endingHere(text.size() + zeros);
         if (!text.empty())
             memcpy(begin, text.data(), text.size() * sizeof(T));
         std::fill_n(begin + text.size(), zeros, T{0});
         return begin;
     }
 
+    /** Garbage that a text may be written over, as far as the page. Valid until the next call. */
+    T* arm(size_t count)
+    {
+        T* const begin = endingHere(count);
+        std::fill_n(begin, count, static_cast<T>(0xA5A5A5A5));
+        return begin;
+    }
+
 private:
+    T* endingHere(size_t count)
+    {
+        if (!m_memory || count > m_capacity) {
+            m_capacity = std::max(count, size_t{64});
+            m_memory = std::make_unique<Guarded<T>>(m_capacity);
+        }
+        return m_memory->data() + (m_capacity - count);
+    }
+
     std::unique_ptr<Guarded<T>> m_memory;
     size_t m_capacity = 0;
 };

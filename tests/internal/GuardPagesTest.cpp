@@ -1,0 +1,135 @@
+// kx7text tests - every converter with source and destination between unreadable pages: every room, every alignment,
+// every set of kernels.
+#include <gtest/gtest.h>
+
+#include <climits>
+
+#include "tests/internal/AllSets.h"
+#include "tests/internal/KernelSets.h"
+#include "tests/support/Calls.h"
+#include "tests/support/Hex.h"
+#include "tests/support/Memory.h"
+
+using namespace kx7test;
+
+namespace {
+
+constexpr ILLCHAR_OPTYPE MODES[] = {ILLCHAR_STOP, ILLCHAR_REPLACE, ILLCHAR_ESCAPE};
+
+/** The plain steps too. */
+std::vector<kx7::InstructionSet> allKernels()
+{
+    std::vector<kx7::InstructionSet> found = sets();
+    found.insert(found.begin(), kx7::InstructionSet::PLAIN);
+    return found;
+}
+
+/** A text in front of `letters` ASCII letters: lengths, and so alignments, of every kind. */
+struct Subject {
+    std::string bytes;
+    std::u16string units;
+};
+
+Subject subjectOf(MultibyteSet const& set, unsigned int letters)
+{
+    Subject subject;
+    for (std::string const& fragment : set.byteFragments)
+        subject.bytes += fragment;
+    for (std::u16string const& fragment : set.unitFragments)
+        subject.units += fragment;
+    std::u16string const front(letters, u'x');
+    subject.bytes =
+        (set.isWide ? bytesOfValues(front) + std::string(letters % 2 * 2, 'x') : std::string(letters, 'x')) +
+        subject.bytes;
+    if (set.isWide)
+        subject.bytes.resize(subject.bytes.size() / set.converter.getMinUnitSize() * set.converter.getMinUnitSize());
+    subject.units = front + subject.units;
+    return subject;
+}
+
+/** Where the source lies; the destination ends at its page and so begins at every alignment as rooms go by. */
+class Guards {
+public:
+    explicit Guards(MultibyteSet const& set) : m_set(set), m_kernels(allKernels()) {}
+
+    bool failed() const { return m_failures > 5; }
+
+    void decode(DecodeCall const& call)
+    {
+        Decoded const expected = m_set.model->toUTF16(call);
+        for (kx7::InstructionSet const kernels : m_kernels) {
+            Using const use(kernels);
+            unsigned char const* const source = m_bytes.hold(call.bytes, m_set.converter.getNullCharSize());
+            size_t const extent = std::min<size_t>(call.room, expected.units.size()) + 1;
+            // The destination is as large as the text that has to be there, whatever larger room the call is told of.
+            unsigned short* const dest = m_unitsOut.arm(extent);
+            unsigned int const n = m_set.converter.toUTF16(dest, source, call.room, call.op, nullptr, call.limit);
+            check(n == expected.units.size() && memcmp(dest, expected.units.data(), 2 * n) == 0 && dest[n] == 0,
+                  "toUTF16 of " + hex(call.bytes), call.room, call.op, kernels);
+        }
+    }
+
+    void encode(EncodeCall const& call)
+    {
+        Encoded const expected = m_set.model->fromUTF16(call);
+        for (kx7::InstructionSet const kernels : m_kernels) {
+            Using const use(kernels);
+            unsigned short const* const source = m_units.hold(call.units, 1);
+            size_t const zeros = m_set.converter.getNullCharSize();
+            unsigned char* const dest = m_bytesOut.arm(expected.bytes.size() + zeros);
+            unsigned int const n = m_set.converter.fromUTF16(dest, source, call.room, call.op, nullptr);
+            check(n == expected.bytes.size() && memcmp(dest, expected.bytes.data(), n) == 0 && dest[n] == 0,
+                  "fromUTF16 of " + hex(call.units), call.room, call.op, kernels);
+        }
+    }
+
+private:
+    void check(bool right, std::string const& what, unsigned int room, ILLCHAR_OPTYPE op, kx7::InstructionSet kernels)
+    {
+        if (!right && ++m_failures <= 5)
+            ADD_FAILURE() << what << " room " << room << " operation " << op << " with " << kx7test::nameOf(kernels);
+    }
+
+    MultibyteSet const& m_set;
+    std::vector<kx7::InstructionSet> m_kernels;
+    PageEnd<unsigned char> m_bytes;
+    PageEnd<unsigned short> m_units;
+    PageEnd<unsigned short> m_unitsOut;
+    PageEnd<unsigned char> m_bytesOut;
+    int m_failures = 0;
+};
+
+void everyRoom(MultibyteSet const& set, unsigned int firstLetters, unsigned int lastLetters, unsigned int roomStep)
+{
+    SCOPED_TRACE(set.name);
+    Guards guards(set);
+    for (unsigned int letters = firstLetters; letters <= lastLetters && !guards.failed(); ++letters) {
+        Subject const subject = subjectOf(set, letters);
+        auto const units = static_cast<unsigned int>(
+            set.model->toUTF16({subject.bytes, INT_MAX, ILLCHAR_REPLACE, INT_MAX}).units.size());
+        for (ILLCHAR_OPTYPE const mode : MODES) {
+            auto const bytes =
+                static_cast<unsigned int>(set.model->fromUTF16({subject.units, INT_MAX, mode}).bytes.size());
+            unsigned int const first = letters % roomStep;
+            for (unsigned int room = first; room <= units + 2; room += roomStep)
+                guards.decode({subject.bytes, room, mode, INT_MAX});
+            for (unsigned int room = first; room <= bytes + 2; room += roomStep)
+                guards.encode({subject.units, room, mode});
+        }
+    }
+}
+
+}  // namespace
+
+TEST(GuardPages, EveryRoomOfEverySetAtAlignmentsZeroToThree)
+{
+    EXPECT_EQ(allSets().size(), 41u);
+    for (MultibyteSet const& set : allSets())
+        everyRoom(set, 0, 3, 1);
+}
+
+TEST(GuardPages, EveryAlignmentOfTheKernelsAtRoomsInTurn)
+{
+    for (MultibyteSet const& set : allSets())
+        everyRoom(set, 4, 63, 7);
+}
