@@ -657,7 +657,6 @@ KX7_AVX2 void encodeUTF8Avx2(unsigned short const*& inOut, unsigned short const*
 KX7_AVX2 size_t countAsUTF8Avx2(unsigned short const*& inOut, unsigned short const* end)
 {
     unsigned short const* in = inOut;
-    uint32_t carried = 0;  // 1: a high surrogate in front
     std::ptrdiff_t count = 0;
     // ASCII in front only: in mixed text a look at each block would cost more than it saves.
     for (; end - in >= 4 * UNITS; in += 4 * UNITS, count += 4 * UNITS) {
@@ -666,28 +665,59 @@ KX7_AVX2 size_t countAsUTF8Avx2(unsigned short const*& inOut, unsigned short con
         if (!_mm256_testz_si256(_mm256_or_si256(front, back), _mm256_set1_epi16(static_cast<short>(0xFF80))))
             break;
     }
-    auto const bitsOf = [](__m256i lanes) KX7_AVX2 { return static_cast<uint32_t>(_mm256_movemask_epi8(lanes)); };
-    for (; end - in >= UNITS; in += UNITS) {
-        __m256i const units = loadUnits(in);
-        uint32_t const one = bitsOf(_mm256_cmpeq_epi16(_mm256_min_epu16(units, _mm256_set1_epi16(0x7F)), units));
-        uint32_t const upToTwo = bitsOf(_mm256_cmpeq_epi16(_mm256_min_epu16(units, _mm256_set1_epi16(0x7FF)), units));
-        if ((~upToTwo | carried) == 0) {
-            count += 2 * UNITS - __builtin_popcount(one) / 2;
-            continue;
+    __m256i const ones = _mm256_set1_epi16(0x7F);
+    __m256i const twos = _mm256_set1_epi16(0x7FF);
+    __m256i const kindBits = _mm256_set1_epi16(static_cast<short>(0xFC00));
+    bool good = true;
+    while (good && end - in >= UNITS) {
+        // In each lane, as negative numbers, how far units stay below two bytes or, of long blocks, three.
+        __m256i below = _mm256_setzero_si256();
+        unsigned short const* const until = in + std::min<std::ptrdiff_t>(end - in, 0x2000 * UNITS);
+        count += 2 * (until - in);
+        while (until - in >= UNITS) {
+            __m256i const units = loadUnits(in);
+            __m256i const one = _mm256_cmpeq_epi16(_mm256_min_epu16(units, ones), units);
+            if (until - in >= 2 * UNITS) {
+                __m256i const next = loadUnits(in + UNITS);
+                if (_mm256_testz_si256(_mm256_or_si256(units, next), _mm256_set1_epi16(static_cast<short>(0xF800)))) {
+                    __m256i const nextOne = _mm256_cmpeq_epi16(_mm256_min_epu16(next, ones), next);
+                    below = _mm256_add_epi16(below, _mm256_add_epi16(one, nextOne));
+                    in += 2 * UNITS;
+                    continue;
+                }
+            }
+            __m256i const isHigh =
+                _mm256_cmpeq_epi16(_mm256_and_si256(units, kindBits), _mm256_set1_epi16(static_cast<short>(0xD800)));
+            __m256i const upToTwo = _mm256_cmpeq_epi16(_mm256_min_epu16(units, twos), units);
+            __m256i blockBelow = _mm256_add_epi16(one, upToTwo);
+            if (!_mm256_testz_si256(isHigh, isHigh)) {
+                // By one unit more it is known that a pair is cut.
+                if (end - in == UNITS)
+                    good = false;
+                else
+                    good = _mm256_testc_si256(_mm256_cmpeq_epi16(_mm256_and_si256(loadUnits(in + 1), kindBits),
+                                                                 _mm256_set1_epi16(static_cast<short>(0xDC00))),
+                                              isHigh) != 0;
+                if (!good)
+                    break;
+                // Three bytes for either half of a pair are two too many.
+                blockBelow = _mm256_add_epi16(blockBelow, _mm256_add_epi16(isHigh, isHigh));
+            }
+            below = _mm256_add_epi16(below, blockBelow);
+            count += UNITS;
+            in += UNITS;
         }
-        __m256i const kind = _mm256_and_si256(units, _mm256_set1_epi16(static_cast<short>(0xFC00)));
-        // Two bits a unit.
-        uint32_t const highs = bitsOf(_mm256_cmpeq_epi16(kind, _mm256_set1_epi16(static_cast<short>(0xD800))));
-        uint32_t const lows = bitsOf(_mm256_cmpeq_epi16(kind, _mm256_set1_epi16(static_cast<short>(0xDC00))));
-        if (((highs << 2 | carried * 3) & ~lows) != 0)
-            break;
-        // Three bytes for either half of a pair are two too many.
-        count += 3 * UNITS - (__builtin_popcount(one) + __builtin_popcount(upToTwo)) / 2 - __builtin_popcount(highs);
-        carried = highs >> 31;
+        count -= 2 * (until - in);
+        __m256i const sums = _mm256_madd_epi16(below, _mm256_set1_epi16(1));
+        __m128i sum = _mm_add_epi32(_mm256_castsi256_si128(sums), _mm256_extracti128_si256(sums, 1));
+        sum = _mm_hadd_epi32(sum, sum);
+        sum = _mm_hadd_epi32(sum, sum);
+        count += _mm_cvtsi128_si32(sum);
     }
     // A high surrogate whose partner does not follow here has been counted with one byte.
+    int const carried = in != inOut && (in[-1] & 0xFC00) == 0xD800 ? 1 : 0;
     inOut = in - carried;
-    return static_cast<size_t>(count) - carried;
+    return static_cast<size_t>(count - carried);
 }
 
 }  // namespace kx7
