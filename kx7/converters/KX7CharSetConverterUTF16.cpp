@@ -42,6 +42,8 @@ struct KX7CharSetConverterUTF16::Decoder : kx7::DecoderBase {
     static void run(unsigned char const*& in, unsigned char const* end, unsigned short*& out, unsigned short* outEnd)
     {
         size_t const units = std::min(static_cast<size_t>(end - in) / UNIT_SIZE, static_cast<size_t>(outEnd - out));
+        if (units == 0)
+            return;  // where there is nothing to copy a pointer may be null
         memmove(out, in, units * UNIT_SIZE);
         in += units * UNIT_SIZE;
         out += units;
@@ -61,6 +63,8 @@ struct KX7CharSetConverterUTF16::Encoder : kx7::EncoderBase {
     static void run(unsigned short const*& in, unsigned short const* end, unsigned char*& out, unsigned char* outEnd)
     {
         size_t const units = std::min(static_cast<size_t>(end - in), static_cast<size_t>(outEnd - out) / UNIT_SIZE);
+        if (units == 0)
+            return;  // as above
         memmove(out, in, units * UNIT_SIZE);
         in += units;
         out += units * UNIT_SIZE;

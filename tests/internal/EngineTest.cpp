@@ -7,6 +7,7 @@
 
 #include "kx7/converters/Walk.h"
 #include "kx7/tables/MappingLists.h"
+#include "tests/charset/CharSets.h"
 #include "tests/internal/Foreign.h"
 #include "tests/internal/RangeProbe.h"
 #include "tests/internal/SingleByteLists.h"
@@ -70,6 +71,27 @@ TEST(Engines, EveryConverterOfTheLibraryHasOne)
     for (SingleByteList const& stored : SINGLE_BYTE_LISTS) {
         EXPECT_NE(kx7::engineOf(stored.converter), nullptr) << stored.name;
         EXPECT_NE(kx7::engineOf(stored.converter), kx7::engineOf(g_oConverterUTF8)) << stored.name;
+    }
+}
+
+TEST(Engines, NothingBecomesNothingWithNullPointers)
+{
+    for (CharSetRow const& row : charSetRows()) {
+        kx7::Engine const& engine = *kx7::engineOf(*row.converter);
+        unsigned char byte = 0;
+        unsigned short unit = 0;
+        Progress const results[] = {
+            engine.decode(*row.converter, nullptr, nullptr, nullptr, nullptr, true),
+            engine.decodeStrict(*row.converter, nullptr, nullptr, nullptr, nullptr, true),
+            engine.encode(*row.converter, nullptr, nullptr, nullptr, nullptr, true),
+            engine.decode(*row.converter, nullptr, nullptr, &unit, &unit + 1, true),
+            engine.encode(*row.converter, nullptr, nullptr, &byte, &byte + 1, true),
+        };
+        for (Progress const& result : results) {
+            EXPECT_EQ(result.consumed, 0u) << row.name;
+            EXPECT_EQ(result.written, 0u) << row.name;
+            EXPECT_EQ(result.stop, Stop::SOURCE_USED) << row.name;
+        }
     }
 }
 
