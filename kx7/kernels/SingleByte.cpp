@@ -9,7 +9,8 @@ namespace kx7 {
 SingleByteTables::SingleByteTables(unsigned short const* pairs)
 {
     constexpr unsigned int SIZE = UnitWindow::SIZE;
-    unsigned char counts[0x10000 / SIZE] = {};
+    constexpr int TAKEN = -1;  // no window twice: kernels look a unit up in each that has it
+    int counts[0x10000 / SIZE] = {};
     for (; pairs[0] != 0 || pairs[1] != 0; pairs += 2) {
         auto const byte = static_cast<unsigned char>(pairs[0]);
         unsigned short const unit = pairs[1];
@@ -17,11 +18,11 @@ SingleByteTables::SingleByteTables(unsigned short const* pairs)
         lowBytes[byte] = static_cast<unsigned char>(unit);
         highBytes[byte] = static_cast<unsigned char>(unit >> 8);
         put(unit, byte);
-        counts[unit / SIZE] = static_cast<unsigned char>(counts[unit / SIZE] + 1);
+        ++counts[unit / SIZE];
     }
     for (UnitWindow& window : windows) {
         auto* const most = &window == windows ? counts : std::max_element(counts + 1, std::end(counts));
-        *most = 0;
+        *most = TAKEN;
         window.first = static_cast<unsigned short>(static_cast<unsigned int>(most - counts) * SIZE);
         for (unsigned int i = 0; i < SIZE; ++i)
             window.bytes[i] = get(static_cast<unsigned short>(window.first + i));

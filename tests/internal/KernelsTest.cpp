@@ -334,6 +334,12 @@ TEST(Kernels, SingleByteSetsThatAreNotASCII)
     KX7CharSetConverterSBCS letters(swapped.data(), KX7CS_WCP1252);
     expectSingleByteTextsAlike(letters, "letters swapped", random);
 
+    // The same without a unit above U+00FF.
+    std::vector<unsigned short> narrow(swapped.begin(), swapped.end() - 4);
+    narrow.insert(narrow.end(), {0, 0});
+    KX7CharSetConverterSBCS lettersAlone(narrow.data(), KX7CS_WCP1252);
+    expectSingleByteTextsAlike(lettersAlone, "letters swapped within ISO 8859-1", random);
+
     // Printable ASCII, controls elsewhere.
     std::vector<unsigned short> rotated;
     for (unsigned short byte = 1; byte < 0x100; ++byte)
