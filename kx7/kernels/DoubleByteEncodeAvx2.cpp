@@ -1,10 +1,9 @@
 // kx7text - encoding of sets of one and two bytes, and GB 18030, with AVX2.
 //
 // 32 units at a time: their codes are looked up one by one, which is faster than a gather, and collected in registers
-// of
-// 8. A shuffle from a table of 256, by the mask of the codes of two bytes, puts the bytes of 8 codes in order and drops
-// the high bytes that are not there. What it stores beyond its text the next 8 codes overwrite; the last ones of a
-// block are stored in two halves that overlap. Blocks of ASCII that the table maps to itself are narrowed.
+// of 8. A shuffle from a table of 256, by the mask of the codes of two bytes, puts the bytes of 8 codes in order and
+// drops the high bytes that are not there. What it stores beyond its text the next 8 codes overwrite; the last ones of
+// a block are stored in two halves that overlap. Blocks of ASCII that the table maps to itself are narrowed.
 #include "kx7/kernels/Avx2.h"
 
 #ifdef KX7_X86_KERNELS

@@ -52,11 +52,15 @@ constexpr Kernels PLAIN_KERNELS = {
 InstructionSet detectInstructionSet()
 {
 #ifdef KX7_X86_KERNELS
+    // All that the functions of a set are compiled for: a virtual machine may hide any part of it.
     __builtin_cpu_init();
-    if (__builtin_cpu_supports("bmi2") && __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vl") &&
-        __builtin_cpu_supports("avx512vbmi") && __builtin_cpu_supports("avx512vbmi2"))
+    bool const hasAvx2 = __builtin_cpu_supports("avx2") && __builtin_cpu_supports("popcnt");
+    if (hasAvx2 && __builtin_cpu_supports("bmi") && __builtin_cpu_supports("bmi2") &&
+        __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512dq") &&
+        __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512vbmi") &&
+        __builtin_cpu_supports("avx512vbmi2"))
         return InstructionSet::AVX512;
-    if (__builtin_cpu_supports("avx2"))
+    if (hasAvx2)
         return InstructionSet::AVX2;
     if (!__builtin_cpu_supports("sse2"))
         return InstructionSet::PLAIN;
