@@ -15,7 +15,7 @@
 #include "kx7/converters/KX7CharSetConverterGB18030.h"
 #include "kx7/converters/Utf16.h"
 #include "kx7/kernels/Kernels.h"
-#include "tests/internal/KernelSets.h"
+#include "tests/internal/KernelBench.h"
 #include "tests/internal/MultibyteSets.h"
 #include "tests/support/Guarded.h"
 
@@ -23,116 +23,6 @@ using namespace kx7test;
 using kx7::InstructionSet;
 
 namespace {
-
-constexpr unsigned char CANARY = 0xA5;
-
-struct Outcome {
-    size_t consumed;
-    size_t written;
-    kx7::Stop stop;
-    unsigned int length;
-    std::string text;
-
-    bool operator==(Outcome const& o) const
-    {
-        return consumed == o.consumed && written == o.written && stop == o.stop && length == o.length && text == o.text;
-    }
-};
-
-std::string show(Outcome const& o)
-{
-    return std::to_string(o.consumed) + " used, " + std::to_string(o.written) + " written, stop " +
-           std::to_string(static_cast<int>(o.stop)) + ", length " + std::to_string(o.length);
-}
-
-/**
- * Memory for one source and one destination, both ended by unreadable pages; texts are laid so that they end there, or
- * begin `shift` units into the page.
- */
-class Bench {
-public:
-    explicit Bench(KX7CharSetConverter& converter)
-        : m_converter(converter), m_engine(*kx7::engineOf(converter)), m_source(CAPACITY), m_dest(CAPACITY)
-    {
-    }
-
-    Outcome encode(std::u16string const& units, size_t room, size_t shift)
-    {
-        unsigned char* const source = place(m_source, units.size() * 2, shift == NOWHERE ? NOWHERE : shift * 2);
-        memcpy(source, units.data(), units.size() * 2);
-        auto const* const begin = reinterpret_cast<unsigned short const*>(source);
-        unsigned char* const dest = m_dest.data() + CAPACITY - room;
-        memset(dest, CANARY, room);
-        kx7::Progress const p = m_engine.encode(m_converter, begin, begin + units.size(), dest, dest + room, false);
-        expectUntouched(dest + p.written, dest + room);
-        return {p.consumed, p.written, p.stop, p.length, {reinterpret_cast<char const*>(dest), p.written}};
-    }
-
-    /** What getNumBytes says of units that end at the page. */
-    Outcome count(std::u16string const& units)
-    {
-        unsigned char* const source = place(m_source, units.size() * 2, NOWHERE);
-        memcpy(source, units.data(), units.size() * 2);
-        return {0,
-                m_converter.getNumBytes(reinterpret_cast<unsigned short const*>(source),
-                                        static_cast<unsigned int>(units.size())),
-                {},
-                0,
-                {}};
-    }
-
-    /** Zero-terminated text against the page; the terminator is the last thing that can be read. */
-    Outcome encodeText(std::u16string const& units, unsigned int room, ILLCHAR_OPTYPE op, size_t shift = NOWHERE)
-    {
-        size_t const size = units.size() * 2 + 2;
-        unsigned char* const source = place(m_source, size, shift == NOWHERE ? NOWHERE : shift * 2);
-        memcpy(source, units.c_str(), size);
-        unsigned char* const dest = m_dest.data() + CAPACITY - room - 1 - units.size();
-        memset(dest, CANARY, room + 1 + units.size());
-        bool flag = false;
-        unsigned int const n =
-            m_converter.fromUTF16(dest, reinterpret_cast<unsigned short const*>(source), room, op, &flag);
-        return {flag, n, {}, 0, {reinterpret_cast<char const*>(dest), n + 1}};
-    }
-
-    static constexpr size_t NOWHERE = SIZE_MAX;
-
-private:
-    /** Kernels write what the text has and nothing behind it. */
-    static void expectUntouched(unsigned char const* begin, unsigned char const* end)
-    {
-        EXPECT_EQ(std::find_if(begin, end, [](unsigned char c) { return c != CANARY; }), end);
-    }
-
-    static constexpr size_t CAPACITY = 1 << 16;
-
-    static unsigned char* place(Guarded<unsigned char>& memory, size_t size, size_t shift)
-    {
-        return shift == NOWHERE ? memory.data() + CAPACITY - size : memory.data() + shift;
-    }
-
-    KX7CharSetConverter& m_converter;
-    kx7::Engine const& m_engine;
-    Guarded<unsigned char> m_source;
-    Guarded<unsigned char> m_dest;
-};
-
-/** Runs `call` with every set and compares with the plain steps. */
-template <class Call>
-void expectAlike(std::string const& what, Call call)
-{
-    Outcome expected;
-    {
-        Using const plain(InstructionSet::PLAIN);
-        expected = call();
-    }
-    for (InstructionSet const set : sets()) {
-        Using const use(set);
-        Outcome const got = call();
-        ASSERT_TRUE(got == expected) << nameOf(set) << ", " << what << "\n  plain " << show(expected) << "\n  kernel "
-                                     << show(got);
-    }
-}
 
 /** A converter, and its characters by how they are written. */
 struct Subject {
@@ -235,7 +125,7 @@ TEST(DoubleByteEncodeKernels, EveryLengthAtEveryAlignment)
                 expectAlike(what + " at " + std::to_string(shift), [&] {
                     return bench.encode(units, units.size() * 4, shift == 64 ? Bench::NOWHERE : shift);
                 });
-            expectAlike(what + " counted", [&] { return bench.count(units); });
+            expectAlike(what + " counted", [&] { return bench.countBytes(units); });
             if (HasFatalFailure())
                 return;
         }
@@ -266,7 +156,7 @@ TEST(DoubleByteEncodeKernels, EveryPatternAtEveryPositionOfABlockEdge)
                         std::u16string const text = front + a + b + back;
                         expectAlike(subject.name + ", a pattern at " + std::to_string(position),
                                     [&] { return bench.encode(text, text.size() * 4, Bench::NOWHERE); });
-                        expectAlike(subject.name + ", a pattern counted", [&] { return bench.count(text); });
+                        expectAlike(subject.name + ", a pattern counted", [&] { return bench.countBytes(text); });
                     }
                 if (HasFatalFailure())
                     return;
@@ -289,7 +179,7 @@ TEST(DoubleByteEncodeKernels, BrokenText)
                 auto const room = static_cast<unsigned int>(units.size() * 6);
                 for (ILLCHAR_OPTYPE const op : {ILLCHAR_STOP, ILLCHAR_REPLACE, ILLCHAR_ESCAPE})
                     expectAlike(subject.name + ", broken", [&] { return bench.encodeText(units, room, op); });
-                expectAlike(subject.name + ", broken and counted", [&] { return bench.count(units); });
+                expectAlike(subject.name + ", broken and counted", [&] { return bench.countBytes(units); });
                 if (HasFatalFailure())
                     return;
             }
@@ -352,7 +242,7 @@ TEST(DoubleByteEncodeKernels, EveryCharacter)
         for (std::u16string const& text : texts) {
             auto const room = static_cast<unsigned int>(text.size() * 4);
             expectAlike(subject.name, [&] { return bench.encodeText(text, room, ILLCHAR_REPLACE); });
-            expectAlike(subject.name, [&] { return bench.count(text); });
+            expectAlike(subject.name, [&] { return bench.countBytes(text); });
             if (HasFatalFailure())
                 return;
         }

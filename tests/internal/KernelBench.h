@@ -59,6 +59,46 @@ public:
         return {p.consumed, p.written, p.stop, p.length, {reinterpret_cast<char const*>(dest), p.written * 2}};
     }
 
+    Outcome decodeStrict(std::string const& bytes, size_t room, size_t shift)
+    {
+        unsigned char* const source = place(m_source, bytes.size(), shift);
+        memcpy(source, bytes.data(), bytes.size());
+        auto* const dest = reinterpret_cast<unsigned short*>(m_dest.data() + CAPACITY) - room;
+        memset(dest, CANARY, room * 2);
+        kx7::Progress const p =
+            m_engine.decodeStrict(m_converter, source, source + bytes.size(), dest, dest + room, false);
+        return {p.consumed, p.written, p.stop, p.length, {reinterpret_cast<char const*>(dest), p.written * 2}};
+    }
+
+    /** getNumUnits of bytes that end at the page: by their count, and by a zero byte in front of a larger count. */
+    Outcome countUnits(std::string const& bytes)
+    {
+        unsigned char* source = place(m_source, bytes.size(), NOWHERE);
+        memcpy(source, bytes.data(), bytes.size());
+        auto const size = static_cast<unsigned int>(bytes.size());
+        unsigned int const counted = m_converter.getNumUnits(source, size);
+        // Without what would lead over the zero byte.
+        std::string const text = std::string(bytes.c_str()) + "abcd";
+        source = place(m_source, text.size() + 1, NOWHERE);
+        memcpy(source, text.c_str(), text.size() + 1);
+        unsigned int const terminated = m_converter.getNumUnits(source, 0xFFFFFFFF);
+        return {counted, terminated, {}, m_converter.getNumUnits(source, 0x7FFFFFFF), {}};
+    }
+
+    /** getNumBytes of units that end at the page: by their count, and by a 0 unit. */
+    Outcome countBytes(std::u16string const& units)
+    {
+        unsigned char* source = place(m_source, units.size() * 2, NOWHERE);
+        memcpy(source, units.data(), units.size() * 2);
+        unsigned int const counted = m_converter.getNumBytes(reinterpret_cast<unsigned short const*>(source),
+                                                             static_cast<unsigned int>(units.size()));
+        source = place(m_source, units.size() * 2 + 2, NOWHERE);
+        memcpy(source, units.c_str(), units.size() * 2 + 2);
+        unsigned int const terminated =
+            m_converter.getNumBytes(reinterpret_cast<unsigned short const*>(source), 0xFFFFFFFF);
+        return {counted, terminated, {}, 0, {}};
+    }
+
     Outcome encode(std::u16string const& units, size_t room, size_t shift)
     {
         unsigned char* const source = place(m_source, units.size() * 2, shift == NOWHERE ? NOWHERE : shift * 2);
@@ -69,19 +109,6 @@ public:
         kx7::Progress const p = m_engine.encode(m_converter, begin, begin + units.size(), dest, dest + room, false);
         expectUntouched(dest + p.written, dest + room);
         return {p.consumed, p.written, p.stop, p.length, {reinterpret_cast<char const*>(dest), p.written}};
-    }
-
-    /** What getNumBytes says of units that end at the page. */
-    Outcome count(std::u16string const& units)
-    {
-        unsigned char* const source = place(m_source, units.size() * 2, NOWHERE);
-        memcpy(source, units.data(), units.size() * 2);
-        return {0,
-                m_converter.getNumBytes(reinterpret_cast<unsigned short const*>(source),
-                                        static_cast<unsigned int>(units.size())),
-                {},
-                0,
-                {}};
     }
 
     /** Zero-terminated text against the page; the terminator is the last thing that can be read. */

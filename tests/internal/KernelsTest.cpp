@@ -7,170 +7,21 @@
 #include <vector>
 
 #include "kx7/charset/Converters.h"
-#include "kx7/converters/Engine.h"
-#include "kx7/kernels/Kernels.h"
-#include "tests/internal/KernelSets.h"
+#include "tests/internal/KernelBench.h"
 #include "tests/support/Guarded.h"
 #include "tests/support/SingleByteSets.h"
 
 namespace {
 
 using kx7::InstructionSet;
+using kx7test::Bench;
+using kx7test::CANARY;
+using kx7test::expectAlike;
 using kx7test::Guarded;
 using kx7test::nameOf;
+using kx7test::Outcome;
 using kx7test::sets;
 using kx7test::Using;
-
-constexpr unsigned char CANARY = 0xA5;
-
-struct Outcome {
-    size_t consumed;
-    size_t written;
-    kx7::Stop stop;
-    unsigned int length;
-    std::string text;
-
-    bool operator==(Outcome const& o) const
-    {
-        return consumed == o.consumed && written == o.written && stop == o.stop && length == o.length && text == o.text;
-    }
-};
-
-std::string show(Outcome const& o)
-{
-    return std::to_string(o.consumed) + " used, " + std::to_string(o.written) + " written, stop " +
-           std::to_string(static_cast<int>(o.stop)) + ", length " + std::to_string(o.length);
-}
-
-/**
- * Memory for one source and one destination, both ended by unreadable pages; texts are laid so that they end there, or
- * begin `shift` units into the page.
- */
-class Bench {
-public:
-    explicit Bench(KX7CharSetConverter& converter)
-        : m_converter(converter), m_engine(*kx7::engineOf(converter)), m_source(CAPACITY), m_dest(CAPACITY)
-    {
-    }
-
-    Outcome decode(std::string const& bytes, size_t room, size_t shift)
-    {
-        unsigned char* const source = place(m_source, bytes.size(), shift);
-        memcpy(source, bytes.data(), bytes.size());
-        auto* const dest = reinterpret_cast<unsigned short*>(m_dest.data() + CAPACITY) - room;
-        memset(dest, CANARY, room * 2);
-        kx7::Progress const p = m_engine.decode(m_converter, source, source + bytes.size(), dest, dest + room, false);
-        return {p.consumed, p.written, p.stop, p.length, {reinterpret_cast<char const*>(dest), p.written * 2}};
-    }
-
-    Outcome decodeStrict(std::string const& bytes, size_t room, size_t shift)
-    {
-        unsigned char* const source = place(m_source, bytes.size(), shift);
-        memcpy(source, bytes.data(), bytes.size());
-        auto* const dest = reinterpret_cast<unsigned short*>(m_dest.data() + CAPACITY) - room;
-        memset(dest, CANARY, room * 2);
-        kx7::Progress const p =
-            m_engine.decodeStrict(m_converter, source, source + bytes.size(), dest, dest + room, false);
-        return {p.consumed, p.written, p.stop, p.length, {reinterpret_cast<char const*>(dest), p.written * 2}};
-    }
-
-    /** getNumUnits of bytes that end at the page: by their count, and by a zero byte in front of a larger count. */
-    Outcome countUnits(std::string const& bytes)
-    {
-        unsigned char* source = place(m_source, bytes.size(), NOWHERE);
-        memcpy(source, bytes.data(), bytes.size());
-        auto const size = static_cast<unsigned int>(bytes.size());
-        unsigned int const counted = m_converter.getNumUnits(source, size);
-        // Without what would lead over the zero byte.
-        std::string const text = std::string(bytes.c_str()) + "abcd";
-        source = place(m_source, text.size() + 1, NOWHERE);
-        memcpy(source, text.c_str(), text.size() + 1);
-        unsigned int const terminated = m_converter.getNumUnits(source, 0xFFFFFFFF);
-        return {counted, terminated, {}, m_converter.getNumUnits(source, 0x7FFFFFFF), {}};
-    }
-
-    /** getNumBytes of units that end at the page: by their count, and by a 0 unit. */
-    Outcome countBytes(std::u16string const& units)
-    {
-        unsigned char* source = place(m_source, units.size() * 2, NOWHERE);
-        memcpy(source, units.data(), units.size() * 2);
-        unsigned int const counted = m_converter.getNumBytes(reinterpret_cast<unsigned short const*>(source),
-                                                             static_cast<unsigned int>(units.size()));
-        source = place(m_source, units.size() * 2 + 2, NOWHERE);
-        memcpy(source, units.c_str(), units.size() * 2 + 2);
-        unsigned int const terminated =
-            m_converter.getNumBytes(reinterpret_cast<unsigned short const*>(source), 0xFFFFFFFF);
-        return {counted, terminated, {}, 0, {}};
-    }
-
-    Outcome encode(std::u16string const& units, size_t room, size_t shift)
-    {
-        unsigned char* const source = place(m_source, units.size() * 2, shift == NOWHERE ? NOWHERE : shift * 2);
-        memcpy(source, units.data(), units.size() * 2);
-        auto const* const begin = reinterpret_cast<unsigned short const*>(source);
-        unsigned char* const dest = m_dest.data() + CAPACITY - room;
-        memset(dest, CANARY, room);
-        kx7::Progress const p = m_engine.encode(m_converter, begin, begin + units.size(), dest, dest + room, false);
-        return {p.consumed, p.written, p.stop, p.length, {reinterpret_cast<char const*>(dest), p.written}};
-    }
-
-    /** Zero-terminated text against the page; the terminator is the last thing that can be read. */
-    Outcome encodeText(std::u16string const& units, unsigned int room, ILLCHAR_OPTYPE op, size_t shift = NOWHERE)
-    {
-        size_t const size = units.size() * 2 + 2;
-        unsigned char* const source = place(m_source, size, shift == NOWHERE ? NOWHERE : shift * 2);
-        memcpy(source, units.c_str(), size);
-        unsigned char* const dest = m_dest.data() + CAPACITY - room - 1 - units.size();
-        memset(dest, CANARY, room + 1 + units.size());
-        bool flag = false;
-        unsigned int const n =
-            m_converter.fromUTF16(dest, reinterpret_cast<unsigned short const*>(source), room, op, &flag);
-        return {flag, n, {}, 0, {reinterpret_cast<char const*>(dest), n + 1}};
-    }
-
-    Outcome decodeText(std::string const& bytes, unsigned int room, ILLCHAR_OPTYPE op, size_t shift = NOWHERE)
-    {
-        unsigned char* const source = place(m_source, bytes.size() + 1, shift);
-        memcpy(source, bytes.c_str(), bytes.size() + 1);
-        auto* const dest = reinterpret_cast<unsigned short*>(m_dest.data() + CAPACITY) - room - 1;
-        memset(dest, CANARY, (room + 1) * 2);
-        bool flag = false;
-        unsigned int const n = m_converter.toUTF16(dest, source, room, op, &flag, -1);
-        return {flag, n, {}, 0, {reinterpret_cast<char const*>(dest), (n + 1) * 2}};
-    }
-
-    static constexpr size_t NOWHERE = SIZE_MAX;
-
-private:
-    static constexpr size_t CAPACITY = 1 << 16;
-
-    static unsigned char* place(Guarded<unsigned char>& memory, size_t size, size_t shift)
-    {
-        return shift == NOWHERE ? memory.data() + CAPACITY - size : memory.data() + shift;
-    }
-
-    KX7CharSetConverter& m_converter;
-    kx7::Engine const& m_engine;
-    Guarded<unsigned char> m_source;
-    Guarded<unsigned char> m_dest;
-};
-
-/** Runs `call` with every set and compares with the plain steps. */
-template <class Call>
-void expectAlike(std::string const& what, Call call)
-{
-    Outcome expected;
-    {
-        Using const plain(InstructionSet::PLAIN);
-        expected = call();
-    }
-    for (InstructionSet const set : sets()) {
-        Using const use(set);
-        Outcome const got = call();
-        ASSERT_TRUE(got == expected) << nameOf(set) << ", " << what << "\n  plain " << show(expected) << "\n  kernel "
-                                     << show(got);
-    }
-}
 
 KX7CharSetConverter* const CONVERTERS[] = {&g_oConverterUTF8, &g_oConverterWCP1251, &g_oConverterWCP874,
                                            &g_oConverterISO_8859_1, &g_oConverterISO_8859_6};
