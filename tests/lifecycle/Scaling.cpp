@@ -1,0 +1,259 @@
+// kx7text tests - the time of every operation grows as its text does: from 1 MiB to 64 MiB, twice the text takes at
+// most 2.2 times as long.
+//
+//     scaling [PART OF A NAME]
+//
+// What is measured is 64 MiB each time, as 64 texts of 1 MiB, 32 of 2 MiB and so on, so that caches serve all sizes
+// alike, and that the sums may grow by a tenth only. Processor time, the least of some rounds: a row that is too slow
+// gets further ones before it counts, since another program on the machine can make it so, but none can make it faster.
+#include <malloc.h>
+#include <time.h>
+
+#include <algorithm>
+#include <array>
+#include <climits>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "kx7/charset/CharSetConverterManager.h"
+#include "kx7/charset/KX7CharSet.h"
+#include "kx7/text/KX7UString.h"
+#include "kx7/text/KX7UStringList.h"
+
+namespace {
+
+constexpr size_t MIB = size_t{1} << 20;
+constexpr size_t TOTAL = 64 * MIB;
+constexpr int SIZES = 7;  // 1, 2, 4 … 64 MiB
+constexpr double MOST_GROWTH = 2.2;
+constexpr int ROUNDS = 15;
+
+double processorTime()
+{
+    timespec now;
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+    return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
+}
+
+/** A text of a character set and what it is in UTF-16 and UTF-8. */
+struct Sample {
+    char const* name;
+    KX7CharSet charSet;
+    std::string bytes;
+};
+std::vector<Sample> const SAMPLES = {
+    {"windows-1252", KX7CS_WCP1252, "caf\xE9 \x80. "},
+    {"code page 932", KX7CS_WCP932, "a\x82\xA0\xB1 "},
+    {"Shift_JIS-2004", KX7CS_SJIS0213, "a\x82\xA0 "},
+    {"EUC-KR", KX7CS_EUC_KR, "a\xB0\xA1 "},
+    {"EUC-JP", KX7CS_EUC_JP, "a\xA4\xA2\x8E\xB1 "},
+    {"GB 18030", KX7CS_GB18030, "a\xD6\xD0\x94\x39\xFC\x36 "},
+    {"UTF-8", KX7CS_UTF8, "a\xC3\xA9\xE4\xB8\xAD\xF0\x9F\x98\x80 "},
+    {"UTF-8, broken", KX7CS_UTF8, "\xC3 \xE4\xB8 \xF0\x9F\x98 \xFF a"},
+    {"UTF-16 escape", KX7CS_UTF16ESC, "aU+4E2D "},
+};
+
+/** 64 MiB as texts of one size each, what becomes of each in its own place. */
+class Corpus {
+public:
+    Corpus(Sample const& sample, size_t textBytes)
+        : charSet(sample.charSet), room(static_cast<unsigned int>(3 * textBytes))
+    {
+        std::string text;
+        while (text.size() + sample.bytes.size() < textBytes)
+            text += sample.bytes;
+        KX7UString const one(text.c_str(), sample.charSet);
+        std::vector<unsigned short> oneUnits(one.data(), one.data() + one.length() + 1);
+        // A part of a list for every 4,096 units.
+        for (size_t at = 4095; at + 1 < oneUnits.size(); at += 4096)
+            oneUnits[at] = ';';
+        for (size_t n = 0; n < TOTAL / textBytes; ++n) {
+            bytes.push_back(text);
+            units.push_back(oneUnits);
+            strings.emplace_back(oneUnits.data());
+            others.emplace_back(oneUnits.data());
+            lists.push_back(strings.back().split(static_cast<unsigned short>(';')));
+        }
+    }
+
+    KX7CharSet charSet;
+    unsigned int room;  ///< bytes that a result may have
+    std::vector<std::string> bytes;
+    std::vector<std::vector<unsigned short>> units;
+    std::vector<KX7UString> strings;
+    std::vector<KX7UString> others;
+    std::vector<KX7UStringList> lists;
+    std::vector<std::unique_ptr<KX7UString>> made;  ///< built where they stay
+    std::vector<std::unique_ptr<KX7UStringList>> madeLists;
+
+    char* out(size_t i) const
+    {
+        static std::vector<char> dest(3 * TOTAL + 8);
+        return dest.data() + i * room;
+    }
+    unsigned char* outUTF8(size_t i) const { return reinterpret_cast<unsigned char*>(out(i)); }
+    unsigned short* outUnits(size_t i) const { return reinterpret_cast<unsigned short*>(out(i)); }
+    unsigned char const* asUTF8(size_t i) const { return reinterpret_cast<unsigned char const*>(bytes[i].c_str()); }
+    int size() const { return static_cast<int>(room - 8); }
+    int sizeInUnits() const { return static_cast<int>(room / 2 - 8); }
+    KX7CharSetConverter& converter() const { return *KX7CharSetConverter::getConverter(charSet); }
+};
+
+// Read by nobody; keeps results that would otherwise be left out.
+volatile unsigned int sink = 0;
+
+using C = Corpus;
+
+struct Row {
+    char const* name;
+    bool ofAnySet;                ///< what it does depends on the character set
+    void (*run)(C& c, size_t i);  ///< of the text with that number
+};
+
+unsigned short const ABSENT[] = {'a', 0x7B, 0};
+
+Row const ROWS[] = {
+    {"LocalToUTF8", true,
+     [](C& c, size_t i) { sink = LocalToUTF8(c.outUTF8(i), c.bytes[i].c_str(), c.size(), c.charSet); }},
+    {"LocalToUTF16", true,
+     [](C& c, size_t i) { sink = LocalToUTF16(c.outUnits(i), c.bytes[i].c_str(), c.sizeInUnits(), c.charSet); }},
+    {"UTF8ToLocal", true, [](C& c, size_t i) { sink = UTF8ToLocal(c.out(i), c.asUTF8(i), c.size(), c.charSet); }},
+    {"UTF16ToLocal", true,
+     [](C& c, size_t i) { sink = UTF16ToLocal(c.out(i), c.units[i].data(), c.size(), c.charSet); }},
+    {"GetNumUnits", true, [](C& c, size_t i) { sink = GetNumUnits(c.bytes[i].c_str(), c.charSet); }},
+    {"GetNumBytes", true, [](C& c, size_t i) { sink = GetNumBytes(c.units[i].data(), c.charSet); }},
+    {"toUTF16, stopping", true,
+     [](C& c, size_t i) {
+         sink = c.converter().toUTF16(c.outUnits(i), c.bytes[i].c_str(), c.room / 2 - 8, ILLCHAR_STOP, nullptr, -1);
+     }},
+    {"fromUTF16, escapes", true,
+     [](C& c, size_t i) {
+         sink = c.converter().fromUTF16(c.out(i), c.units[i].data(), c.room - 8, ILLCHAR_ESCAPE, nullptr);
+     }},
+    {"toUTF8", false,
+     [](C& c, size_t i) {
+         sink = c.converter().toUTF8(c.outUTF8(i), c.bytes[i].c_str(), c.room - 8, ILLCHAR_REPLACE, nullptr);
+     }},
+    {"fromUTF8", false,
+     [](C& c, size_t i) {
+         sink = c.converter().fromUTF8(c.out(i), c.asUTF8(i), c.room - 8, ILLCHAR_REPLACE, nullptr);
+     }},
+    {"UTF16ToUTF8", false, [](C& c, size_t i) { sink = UTF16ToUTF8(c.outUTF8(i), c.units[i].data(), c.room - 8); }},
+    {"UTF8ToUTF16", false, [](C& c, size_t i) { sink = UTF8ToUTF16(c.outUnits(i), c.asUTF8(i), c.room / 2 - 8); }},
+    {"LocalPathToUTF8", false,
+     [](C& c, size_t i) { sink = LocalPathToUTF8(c.outUTF8(i), c.bytes[i].c_str(), c.size()); }},
+    {"UTF8ToLocalPath", false, [](C& c, size_t i) { sink = UTF8ToLocalPath(c.out(i), c.asUTF8(i), c.size()); }},
+    {"KX7CharSetWStrlen", false, [](C& c, size_t i) { sink = KX7CharSetWStrlen(c.units[i].data()); }},
+    {"KX7CharSetWStrEqual", false,
+     [](C& c, size_t i) {
+         sink = static_cast<unsigned int>(KX7CharSetWStrEqual(c.units[i].data(), c.others[i].data()));
+     }},
+    {"string from bytes", false,
+     [](C& c, size_t i) { c.made.emplace_back(new KX7UString(c.bytes[i].c_str(), c.charSet)); }},
+    {"string from units", false, [](C& c, size_t i) { c.made.emplace_back(new KX7UString(c.units[i].data())); }},
+    {"string copied", false, [](C& c, size_t i) { c.made.emplace_back(new KX7UString(c.strings[i])); }},
+    {"string assigned", false, [](C& c, size_t i) { c.others[i] = c.strings[i]; }},
+    {"string toUpper", false, [](C& c, size_t i) { c.others[i].toUpper(); }},
+    {"string toLower", false, [](C& c, size_t i) { c.others[i].toLower(); }},
+    {"string trim", false, [](C& c, size_t i) { c.others[i].trim(); }},
+    {"string compare", false,
+     [](C& c, size_t i) { sink = static_cast<unsigned int>(c.strings[i].compare(c.others[i])); }},
+    {"string compareNoCase", false,
+     [](C& c, size_t i) { sink = static_cast<unsigned int>(c.strings[i].compareNoCase(c.others[i])); }},
+    {"string find unit", false, [](C& c, size_t i) { sink = c.strings[i].find(ABSENT[1]); }},
+    {"string find text", false, [](C& c, size_t i) { sink = c.strings[i].find(KX7UString(ABSENT)); }},
+    {"string rfind unit", false,
+     [](C& c, size_t i) { sink = c.strings[i].rfind(ABSENT[1], c.strings[i].length() - 1); }},
+    {"string rfind text", false, [](C& c, size_t i) { sink = c.strings[i].rfind(KX7UString(ABSENT)); }},
+    {"string mid", false, [](C& c, size_t i) { c.made.emplace_back(new KX7UString(c.strings[i].mid(7))); }},
+    {"string +", false, [](C& c, size_t i) { c.made.emplace_back(new KX7UString(c.strings[i] + c.others[i])); }},
+    {"string replace", false, [](C& c, size_t i) { c.others[i].replace(1, 1, KX7UString(ABSENT), 0); }},
+    {"string erase", false, [](C& c, size_t i) { c.others[i].erase(1, 1); }},
+    {"string c_str", false,
+     [](C& c, size_t i) { sink = c.others[i].c_str(KX7CS_UTF8) && c.others[i].c_str(KX7CS_UTF16ESC); }},
+    {"string numChars", false, [](C& c, size_t i) { sink = c.strings[i].numChars(); }},
+    {"string split", false,
+     [](C& c, size_t i) {
+         c.madeLists.emplace_back(new KX7UStringList(c.strings[i].split(static_cast<unsigned short>(';'))));
+     }},
+    {"list combine", false,
+     [](C& c, size_t i) { c.made.emplace_back(new KX7UString(c.lists[i].combine(KX7UString(ABSENT)))); }},
+    {"list copied", false, [](C& c, size_t i) { c.madeLists.emplace_back(new KX7UStringList(c.lists[i])); }},
+};
+
+using Times = std::array<double, SIZES>;
+
+/** The greatest growth from smaller sizes to the next, as for one text. A dip among the smaller ones is no growth. */
+double growthOf(Times const& times)
+{
+    double growth = 0;
+    double before = times[0];
+    for (size_t i = 1; i < SIZES; ++i) {
+        growth = std::max(growth, 2 * times[i] / before);
+        before = std::max(before, times[i]);
+    }
+    return growth;
+}
+
+bool holds(Sample const& sample, Row const& row, std::vector<Corpus>& corpora)
+{
+    Times least;
+    least.fill(1e9);
+    double growth = 0;
+    int round = 0;
+    while (round < ROUNDS) {
+        ++round;  // the first one also builds tables and touches pages
+        for (size_t k = 0; k < SIZES; ++k) {
+            Corpus& corpus = corpora[k];
+            corpus.made.reserve(corpus.bytes.size());
+            corpus.madeLists.reserve(corpus.bytes.size());
+            double const start = processorTime();
+            for (size_t i = 0; i < corpus.bytes.size(); ++i)
+                row.run(corpus, i);
+            least[k] = std::min(least[k], processorTime() - start);
+            corpus.made.clear();
+            corpus.madeLists.clear();
+        }
+        growth = growthOf(least);
+        if (round > 1 && growth <= MOST_GROWTH)
+            break;
+    }
+    bool const right = growth <= MOST_GROWTH;
+    if (!right)
+        for (double const time : least)
+            printf("    %.1f ms\n", 1e3 * time);
+    printf("%-7s %-28s %-16s at most %.2f times, %5.0f MB/s, %d rounds\n", right ? "ok" : "FAILED", row.name,
+           sample.name, growth, 64.0 * 1.048576 / least[SIZES - 1], round);
+    fflush(stdout);
+    return right;
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    // The allocator keeps what it has: pages that come and go with the largest texts are no matter of the library.
+    mallopt(M_MMAP_THRESHOLD, 1 << 30);
+    mallopt(M_TRIM_THRESHOLD, INT_MAX);
+    mallopt(M_TOP_PAD, 1 << 28);
+    int failures = 0;
+    int held = 0;
+    for (Sample const& sample : SAMPLES) {
+        std::vector<Corpus> corpora;
+        for (size_t k = 0; k < SIZES; ++k)
+            corpora.emplace_back(sample, MIB << k);
+        for (Row const& row : ROWS) {
+            // What knows one encoding only, and strings: with two kinds of text.
+            bool const own = row.ofAnySet || sample.charSet == KX7CS_WCP1252 || sample.charSet == KX7CS_UTF8;
+            if (!own || (argc > 1 && !strstr(row.name, argv[1])))
+                continue;
+            ++held;
+            failures += holds(sample, row, corpora) ? 0 : 1;
+        }
+    }
+    printf("%d rows, %d too slow\n", held, failures);
+    return failures == 0 && held != 0 ? 0 : 1;
+}
