@@ -104,6 +104,8 @@ Output::Output(std::string const& path, std::string const& backupSuffix) : m_nam
 {
     struct stat old;
     m_replaces = stat(path.c_str(), &old) == 0;
+    if (!m_replaces && errno != ENOENT)
+        fail();
     if (m_replaces && !S_ISREG(old.st_mode)) {
         m_descriptor.reset(uninterrupted([&] { return open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY); }));
         if (m_descriptor.get() == -1)
@@ -179,6 +181,11 @@ void Output::finish()
             fail();
         if (m_temporary.empty())
             giveName();
+    }
+    // Standard output that was closed, even if there was nothing to write.
+    if ((fcntl(m_descriptor.get(), F_GETFL) & O_ACCMODE) == O_RDONLY) {
+        errno = EBADF;
+        fail();
     }
     // Ahead of the renaming: some file systems refuse late.
     if (!m_descriptor.close())

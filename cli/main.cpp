@@ -3,8 +3,10 @@
 #include <cinttypes>
 #include <csignal>
 #include <cstdio>
+#include <fcntl.h>
 #include <optional>
 #include <strings.h>
+#include <unistd.h>
 
 #include "Conversion.h"
 #include "Guess.h"
@@ -144,10 +146,21 @@ void run(int argc, char** argv, std::atomic<int>& status)
     }
 }
 
+/** What is opened must not take the place of a standard descriptor that is closed: messages would be written into it.
+ */
+void occupyStandardDescriptors()
+{
+    for (int const file : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+        if (fcntl(file, F_GETFD) == -1)
+            open("/dev/null", file == STDOUT_FILENO ? O_RDONLY : O_WRONLY);  // so that using it fails
+}
+
 }  // namespace
 
 int main(int argc, char** argv)
 {
+    occupyStandardDescriptors();
+
     // A reader that has gone shows as EPIPE instead.
     signal(SIGPIPE, SIG_IGN);
 

@@ -135,11 +135,6 @@ struct StreamResult {
     Status status;         ///< why the call returned
 };
 
-/** A count in the interface of the library, whose symbols are the same for every word size. */
-struct Count {
-    std::size_t value;  ///< the count
-};
-
 /** What streams have in common: the first error, the last one, how many there were. */
 class KX7_API StreamErrors {
 public:
@@ -201,17 +196,11 @@ public:
      * beginning of a text, but for Bom::REQUIRE: some text of that length becomes so many. None where size_t cannot
      * hold it, and where there is no converter.
      */
-    std::optional<std::size_t> maxUnits(std::size_t byteCount) const noexcept
-    {
-        Count count = {byteCount};
-        return maximumOf(count) ? std::optional<std::size_t>(count.value) : std::nullopt;
-    }
+    std::optional<std::size_t> maxUnits(std::size_t byteCount) const noexcept;
 
 private:
     friend class Transcoder;
     friend struct Streams;
-
-    bool maximumOf(Count& count) const noexcept;
 
     Engine const* m_engine;
     KX7CharSetConverter* m_converter;
@@ -255,17 +244,11 @@ public:
      * beginning of a text, but for Bom::REQUIRE: some text of that length becomes so many. None where size_t cannot
      * hold it, and where there is no converter.
      */
-    std::optional<std::size_t> maxBytes(std::size_t unitCount) const noexcept
-    {
-        Count count = {unitCount};
-        return maximumOf(count) ? std::optional<std::size_t>(count.value) : std::nullopt;
-    }
+    std::optional<std::size_t> maxBytes(std::size_t unitCount) const noexcept;
 
 private:
     friend class Transcoder;
     friend struct Streams;
-
-    bool maximumOf(Count& count) const noexcept;
 
     Engine const* m_engine;
     KX7CharSetConverter* m_converter;
@@ -315,16 +298,10 @@ public:
      * A number of bytes that `byteCount` further ones and those that are kept cannot exceed: what the one side makes
      * at most of the most that the other makes, which few pairs of sets reach. None as with the others.
      */
-    std::optional<std::size_t> maxBytes(std::size_t byteCount) const noexcept
-    {
-        Count count = {byteCount};
-        return maximumOf(count) ? std::optional<std::size_t>(count.value) : std::nullopt;
-    }
+    std::optional<std::size_t> maxBytes(std::size_t byteCount) const noexcept;
 
 private:
     friend struct Streams;
-
-    bool maximumOf(Count& count) const noexcept;
 
     Decoder m_decoder;
     Encoder m_encoder;

@@ -182,12 +182,6 @@ std::optional<size_t> sum(std::optional<size_t> a, size_t b)
     return !a || __builtin_add_overflow(*a, b, &result) ? std::nullopt : std::optional<size_t>(result);
 }
 
-bool assign(Count& count, std::optional<size_t> value)
-{
-    count.value = value.value_or(0);
-    return value.has_value();
-}
-
 }  // namespace
 
 /** The members of the streams that no caller needs to know. */
@@ -650,18 +644,18 @@ void Decoder::reset() noexcept
     m_unitPosition = 0;
 }
 
-bool Decoder::maximumOf(Count& count) const noexcept
+std::optional<size_t> Decoder::maxUnits(size_t byteCount) const noexcept
 {
-    std::optional<size_t> const bytes = sum(count.value, m_heldCount);
+    std::optional<size_t> const bytes = sum(byteCount, m_heldCount);
     if (!m_engine || !bytes)
-        return false;
+        return std::nullopt;
     size_t const ofError = substitutes(m_options.errors) ? substituteOf(m_options).count : 0;
     size_t const codeSize = m_converter->getMinUnitSize();
     size_t const ofMark = m_atStart && m_options.bom == Bom::ADD ? 1 : 0;
     if (codeSize == 1)
-        return assign(count, sum(product(*bytes, ofError == 2 && Streams::hasMalformedByte(*this) ? 2 : 1), ofMark));
+        return sum(product(*bytes, ofError == 2 && Streams::hasMalformedByte(*this) ? 2 : 1), ofMark);
     size_t const ofCode = std::max<size_t>(codeSize / 2, ofError);
-    return assign(count, sum(sum(product(*bytes / codeSize, ofCode), *bytes % codeSize == 0 ? 0 : ofError), ofMark));
+    return sum(sum(product(*bytes / codeSize, ofCode), *bytes % codeSize == 0 ? 0 : ofError), ofMark);
 }
 
 Encoder::Encoder(KX7CharSet to, Options const& options) noexcept
@@ -697,11 +691,11 @@ void Encoder::reset() noexcept
     m_unitPosition = 0;
 }
 
-bool Encoder::maximumOf(Count& count) const noexcept
+std::optional<size_t> Encoder::maxBytes(size_t unitCount) const noexcept
 {
-    std::optional<size_t> const units = sum(count.value, m_heldCount);
+    std::optional<size_t> const units = sum(unitCount, m_heldCount);
     if (!m_engine || !units)
-        return false;
+        return std::nullopt;
     // A surrogate without its partner is an error of one unit in every set.
     size_t const ofError = m_options.errors == ErrorPolicy::REPLACE  ? m_substituteSize
                            : m_options.errors == ErrorPolicy::ESCAPE ? ESCAPE_LENGTH * m_converter->getMinUnitSize()
@@ -709,7 +703,7 @@ bool Encoder::maximumOf(Count& count) const noexcept
     // EUC-JP has room for a third byte, but no character of the set that would need it.
     bool const isEucJp = m_converter == &converterOf(KX7CS_EUC_JP);
     size_t const ofUnit = std::max<size_t>(isEucJp ? 2 : m_converter->getMaxUnitSize(), ofError);
-    return assign(count, sum(product(*units, ofUnit), m_atStart && m_options.bom == Bom::ADD ? m_bomSize : 0));
+    return sum(product(*units, ofUnit), m_atStart && m_options.bom == Bom::ADD ? m_bomSize : 0);
 }
 
 namespace {
@@ -752,9 +746,10 @@ void Transcoder::setErrors(ErrorPolicy errors) noexcept
     m_encoder.setErrors(errors);
 }
 
-bool Transcoder::maximumOf(Count& count) const noexcept
+std::optional<size_t> Transcoder::maxBytes(size_t byteCount) const noexcept
 {
-    return m_decoder.maximumOf(count) && m_encoder.maximumOf(count);
+    std::optional<size_t> const units = m_decoder.maxUnits(byteCount);
+    return units ? m_encoder.maxBytes(*units) : std::nullopt;
 }
 
 }  // namespace kx7

@@ -468,6 +468,9 @@ class Failures(Test):
                 done = subprocess.run(["sh", "-c", '"$0" "$@" >&-', KX7CONV, *arguments], input=data,
                                       stderr=subprocess.PIPE)
                 self.assertEqual((done.returncode, done.stderr), (IO, b"kx7conv: (stdout): Bad file descriptor\n"))
+        # An input must not take the place of the output.
+        done = subprocess.run(["sh", "-c", '"$0" -f 1251 /dev/null >&-', KX7CONV], stderr=subprocess.PIPE)
+        self.assertEqual((done.returncode, done.stderr), (IO, b"kx7conv: (stdout): Bad file descriptor\n"))
 
     def testNoMoreFilesAreConvertedIntoFullOutput(self):
         self.file("a", b"a")

@@ -113,6 +113,31 @@ class Replacing(Test):
         self.assertTrue((self.folder / "dangling").is_symlink() and (self.folder / "link").is_symlink())
         self.assertEqual(self.entries("sub"), ["new", "real", "second"])
 
+    def testALinkInACircleIsNotReplaced(self):
+        (self.folder / "circle").symlink_to("circle")
+        self.expect(["-f", "1253", "-o", "circle"], b"a", b"", IO,
+                    "kx7conv: circle: Too many levels of symbolic links\n", cwd=self.folder)
+        self.assertTrue((self.folder / "circle").is_symlink())
+
+    def testAFileWithoutPermissionToWriteIsReplaced(self):
+        self.file("a", SOURCE)
+        (self.folder / "a").chmod(0o444)
+        os.link(self.folder / "a", self.folder / "second")
+        self.quiet("-f", "1253", "-i", "a")
+        self.assertEqual((self.read("a"), self.read("second")), (RESULT, SOURCE))
+        self.assertEqual((self.folder / "a").stat().st_mode & 0o7777, 0o444)
+
+    def testMessagesAreNotWrittenIntoAnOutputWhenStandardErrorIsClosed(self):
+        # The output would be opened as the lowest descriptor that is free.
+        os.mkfifo(self.folder / "pipe")
+        reader = os.open(self.folder / "pipe", os.O_RDONLY | os.O_NONBLOCK)
+        self.addCleanup(os.close, reader)
+        for closed in ("2>&-", ">&- 2>&-", "<&- >&- 2>&-"):
+            self.file("bad", b"a\xd2b")
+            done = subprocess.run(["sh", "-c", f'"$0" -f 1253 -c --fail-on-loss -o pipe bad missing {closed}', KX7CONV],
+                                  cwd=self.folder)
+            self.assertEqual((done.returncode, os.read(reader, 1000)), (IO, b"ab"), closed)
+
     def testAFileIsWrittenOnce(self):
         self.file("a", SOURCE)
         (self.folder / "link").symlink_to("a")
