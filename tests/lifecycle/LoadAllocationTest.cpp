@@ -206,7 +206,7 @@ TEST(LoadAllocation, OfACaseTable)
         for (unsigned int unit = 0; unit < 0x300; ++unit)
             expected[unit] = table.getValue(static_cast<unsigned short>(unit));
     }
-    EXPECT_EQ(expected['a'], 'A');
+    EXPECT_EQ(expected[size_t{'a'}], 'A');
     for (size_t failing = 1;; ++failing) {
         ASSERT_LT(failing, 1000u);
         size_t const before = heap.live;
