@@ -93,6 +93,17 @@ private:
     Table const& m_toUnicode;
 };
 
+/** Counts the characters of bytes, one for each that belongs to none. */
+inline unsigned int countDoubleByteCharacters(unsigned char const* types, void const* source, unsigned int byteCount)
+{
+    auto const* in = static_cast<unsigned char const*>(source);
+    unsigned char const* const end = in + terminatedLength(source, byteCount);
+    auto count = static_cast<unsigned int>(end - in >= KERNEL_MINIMUM ? kernels().countPairs(types, in, end) : 0);
+    for (; in != end; ++count)
+        in += (types[in[0]] & LEAD_BYTE) && end - in >= 2 && (types[in[1]] & TRAIL_BYTE) ? 2 : 1;
+    return count;
+}
+
 /** Counts the units of bytes: one a character, `unitsOfPair` (code) of a well-formed pair. */
 template <class UnitsOfPair>
 unsigned int countDoubleByteUnits(unsigned char const* types, void const* source, unsigned int byteCount,

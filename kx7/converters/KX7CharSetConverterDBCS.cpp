@@ -68,7 +68,7 @@ unsigned int KX7CharSetConverterDBCS::getNumUnits(void const* source, unsigned i
 {
     if (!source)
         return 0;
-    return kx7::countDoubleByteUnits(m_pTypeTable, source, byteCount, [](unsigned int) { return 1U; });
+    return kx7::countDoubleByteCharacters(m_pTypeTable, source, byteCount);
 }
 
 unsigned int KX7CharSetConverterDBCS::toUTF16Within(unsigned short* dest, kx7::ByteText const& source,

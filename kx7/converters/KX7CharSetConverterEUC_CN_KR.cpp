@@ -18,6 +18,19 @@ unsigned short* makeUnitCodes(unsigned short const* listed, unsigned short const
     return codes.release();
 }
 
+/** A byte-type table. */
+struct Types {
+    unsigned char of[256] = {};
+
+    constexpr Types()
+    {
+        for (unsigned int byte = 0; byte < 256; ++byte)
+            if (kx7::isPairByte(static_cast<unsigned char>(byte)))
+                of[byte] = kx7::LEAD_BYTE | kx7::TRAIL_BYTE;
+    }
+};
+constexpr Types TYPES;
+
 }  // namespace
 
 struct KX7CharSetConverterEUC_CN_KR::Decoder : kx7::PairDecoder {
@@ -109,12 +122,7 @@ unsigned int KX7CharSetConverterEUC_CN_KR::getNumUnits(void const* source, unsig
 {
     if (!source)
         return 0;
-    auto const* in = static_cast<unsigned char const*>(source);
-    unsigned char const* const end = in + kx7::terminatedLength(source, byteCount);
-    unsigned int count = 0;
-    for (; in != end; ++count)
-        in += kx7::isPairByte(in[0]) && end - in >= 2 && kx7::isPairByte(in[1]) ? 2 : 1;
-    return count;
+    return kx7::countDoubleByteCharacters(TYPES.of, source, byteCount);
 }
 
 unsigned int KX7CharSetConverterEUC_CN_KR::toUTF16Within(unsigned short* dest, kx7::ByteText const& source,

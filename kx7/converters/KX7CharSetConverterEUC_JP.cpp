@@ -24,6 +24,9 @@ using Table = LookupTable<unsigned short>;
 constexpr unsigned char SINGLE_SHIFT_2 = 0x8E;
 constexpr unsigned char SINGLE_SHIFT_3 = 0x8F;
 
+/** Enough for the decoding kernels to be at their speed. */
+constexpr size_t COUNTED_AT_ONCE = 1024;
+
 /** JIS X 0201 half-width katakana, as the byte behind single shift 2 and as a code. */
 constexpr bool isKatakana(unsigned int code)
 {
@@ -230,9 +233,21 @@ unsigned int KX7CharSetConverterEUC_JP::getNumUnits(void const* source, unsigned
         return 0;
     Decoder const characters = decoder();
     auto const* in = static_cast<unsigned char const*>(source);
-    size_t left = byteCount == kx7::UNTIL_TERMINATOR ? strlen(static_cast<char const*>(source)) : byteCount;
+    unsigned char const* const textEnd = in + kx7::terminatedLength(source, byteCount);
+    size_t left = byteCount == kx7::UNTIL_TERMINATOR ? static_cast<size_t>(textEnd - in) : byteCount;
     unsigned int count = 0;
     while (left != 0 && *in != 0) {
+        // What can be decoded is counted as it is decoded.
+        unsigned short units[COUNTED_AT_ONCE];
+        unsigned short* unitsEnd = units;
+        unsigned char const* const begin = in;
+        characters.run(in, textEnd, unitsEnd, units + COUNTED_AT_ONCE);
+        count += static_cast<unsigned int>(unitsEnd - units);
+        left -= static_cast<size_t>(in - begin);
+        if (left == 0 || *in == 0)
+            break;
+        if (unitsEnd == units + COUNTED_AT_ONCE)
+            continue;
         // Kept on purpose: a shift or lead byte ends the count where its sequence would not fit, mapped or not.
         size_t const needed = *in < 0x7F ? 1 : *in == SINGLE_SHIFT_3 ? 3 : 2;
         if (left < needed)

@@ -399,7 +399,8 @@ unsigned int KX7CharSetConverterGB18030::getNumUnits(void const* source, unsigne
     Decoder const characters = decoder();
     auto const* in = static_cast<unsigned char const*>(source);
     unsigned char const* const end = in + kx7::terminatedLength(source, byteCount);
-    unsigned int count = 0;
+    auto count =
+        static_cast<unsigned int>(end - in >= kx7::KERNEL_MINIMUM ? kx7::kernels().countUnitsOfGB18030(in, end) : 0);
     while (in != end) {
         kx7::DecodedChar const c = characters.step(in, end);
         count += c.found == kx7::Found::CHARACTER ? c.units : 1;

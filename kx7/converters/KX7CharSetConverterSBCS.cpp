@@ -11,6 +11,12 @@
 
 namespace {
 
+/**
+ * Kernels leave zero bytes, which bounded ranges may be full of: where one ends, so many characters are converted one
+ * by one before it is called again.
+ */
+constexpr int BETWEEN_KERNELS = 16;
+
 kx7::SingleByteTables const& emptyTables()
 {
     static kx7::SingleByteTables const empty;
@@ -28,15 +34,17 @@ struct KX7CharSetConverterSBCS::Decoder : kx7::DecoderBase {
             kx7::copyShort<kx7::Same::LATIN1>(in, end, out, outEnd);
         else if (m_tables.decodesASCII)
             kx7::copyShort<kx7::Same::ASCII>(in, end, out, outEnd);
-        if (end - in >= kx7::SHORT_KERNEL_MINIMUM)
-            kx7::kernels().decodeSingleByte(m_tables, in, end, out, outEnd);
-        while (in != end && out != outEnd) {
-            unsigned short const unit = m_tables.toUnicode[*in];
-            if (unit == 0)
-                break;
-            *out++ = unit;
-            ++in;
-        }
+        do {
+            if (end - in >= kx7::SHORT_KERNEL_MINIMUM)
+                kx7::kernels().decodeSingleByte(m_tables, in, end, out, outEnd);
+            for (int i = 0; i < BETWEEN_KERNELS && in != end && out != outEnd; ++i) {
+                unsigned short const unit = m_tables.toUnicode[*in];
+                if (unit == 0 && *in != 0)
+                    return;
+                *out++ = unit;
+                ++in;
+            }
+        } while (in != end && out != outEnd);
     }
 
     kx7::DecodedChar step(unsigned char const* p, unsigned char const* /*end*/) const
@@ -60,15 +68,17 @@ struct KX7CharSetConverterSBCS::Encoder : kx7::EncoderBase {
             kx7::copyShort<kx7::Same::LATIN1>(in, end, out, outEnd);
         else if (m_tables.encodesASCII)
             kx7::copyShort<kx7::Same::ASCII>(in, end, out, outEnd);
-        if (end - in >= kx7::SHORT_KERNEL_MINIMUM)
-            kx7::kernels().encodeSingleByte(m_tables, in, end, out, outEnd);
-        while (in != end && out != outEnd) {
-            unsigned char const byte = m_tables.get(*in);
-            if (byte == 0)
-                break;
-            *out++ = byte;
-            ++in;
-        }
+        do {
+            if (end - in >= kx7::SHORT_KERNEL_MINIMUM)
+                kx7::kernels().encodeSingleByte(m_tables, in, end, out, outEnd);
+            for (int i = 0; i < BETWEEN_KERNELS && in != end && out != outEnd; ++i) {
+                unsigned char const byte = m_tables.get(*in);
+                if (byte == 0 && *in != 0)
+                    return;
+                *out++ = byte;
+                ++in;
+            }
+        } while (in != end && out != outEnd);
     }
 
     kx7::EncodedChar step(unsigned short const* p, unsigned short const* /*end*/) const

@@ -289,7 +289,8 @@ void decodePairs(PairUnits const& pairs, unsigned char const*& inOut, unsigned c
             length = 2;
         }
         unsigned short const unit = units[code];
-        if (unit == 0)
+        // A zero byte is a character in a bounded range; text has none.
+        if (unit == 0 && code != 0)
             break;
         *out++ = unit;
         in += length;
@@ -312,6 +313,8 @@ constexpr Kernels BASELINE_KERNELS = {unitLength,
                                       encodeSingleByte,
                                       decodePairs,
                                       noFourBytes,
+                                      noCountPairs,
+                                      noCountUnitsOfGB18030,
                                       encodeDoubleByteOneByOne,
                                       countDoubleByteOneByOne,
                                       encodeGB18030OneByOne,

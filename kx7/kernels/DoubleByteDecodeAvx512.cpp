@@ -118,8 +118,8 @@ KX7_AVX512 void decodePairsAvx512(PairUnits const& set, unsigned char const*& in
         uint64_t chars = valid & ~trails;
         uint64_t sought = chars & ~same;
         int const soughtCount = __builtin_popcountll(sought);
-        __m512i const first = _mm512_maskz_compress_epi8(sought, _mm512_maskz_mov_epi8(leads, bytes));
-        __m512i const second = _mm512_maskz_compress_epi8(sought, _mm512_mask_mov_epi8(bytes, leads, behind));
+        __m512i const first = squeezeBytes(sought, _mm512_maskz_mov_epi8(leads, bytes));
+        __m512i const second = squeezeBytes(sought, _mm512_mask_mov_epi8(bytes, leads, behind));
         __m512i const units = lookUp(table, _mm512_castsi512_si256(first), _mm512_castsi512_si256(second), soughtCount);
         __m512i units2 = _mm512_setzero_si512();
         uint64_t missing = _mm512_testn_epi16_mask(units, units);

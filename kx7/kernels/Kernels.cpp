@@ -43,6 +43,8 @@ constexpr Kernels PLAIN_KERNELS = {
     [](SingleByteTables const&, unsigned short const*&, unsigned short const*, unsigned char*&, unsigned char*) {},
     [](PairUnits const&, unsigned char const*&, unsigned char const*, unsigned short*&, unsigned short*) {},
     noFourBytes,
+    noCountPairs,
+    noCountUnitsOfGB18030,
     [](unsigned short const*, unsigned short const*&, unsigned short const*, unsigned char*&, unsigned char*) {},
     [](unsigned short const*, unsigned short const*&, unsigned short const*) { return size_t{0}; },
     [](GB18030Codes const&, unsigned short const*&, unsigned short const*, unsigned char*&, unsigned char*) {},

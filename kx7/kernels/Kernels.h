@@ -92,6 +92,15 @@ struct Kernels {
     void (*decodeFourBytes)(PairUnits const& pairs, FourByteRun const& run, unsigned char const*& in,
                             unsigned char const* end, unsigned short*& out, unsigned short* outEnd);
 
+    /**
+     * Characters of a double-byte set: a byte whose type has LEAD_BYTE and one that has TRAIL_BYTE (ByteTypeTables.h),
+     * or any other byte alone.
+     */
+    size_t (*countPairs)(unsigned char const* types, unsigned char const*& in, unsigned char const* end);
+
+    /** Units of GB 18030, one for what is malformed or unmapped. */
+    size_t (*countUnitsOfGB18030)(unsigned char const*& in, unsigned char const* end);
+
     /** Units for which `codes` (UnitCodes.h) has one or two bytes. */
     void (*encodeDoubleByte)(unsigned short const* codes, unsigned short const*& in, unsigned short const* end,
                              unsigned char*& out, unsigned char* outEnd);
@@ -117,6 +126,14 @@ inline size_t noCountUTF8(unsigned char const*& /*in*/, unsigned char const* /*e
     return 0;
 }
 inline size_t noCountAsUTF8(unsigned short const*& /*in*/, unsigned short const* /*end*/)
+{
+    return 0;
+}
+inline size_t noCountPairs(unsigned char const* /*types*/, unsigned char const*& /*in*/, unsigned char const* /*end*/)
+{
+    return 0;
+}
+inline size_t noCountUnitsOfGB18030(unsigned char const*& /*in*/, unsigned char const* /*end*/)
 {
     return 0;
 }

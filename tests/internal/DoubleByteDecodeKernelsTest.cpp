@@ -1,6 +1,7 @@
 // kx7text tests - the kernels that decode multibyte sets against the plain engine: every one gives what the steps give.
 #include <gtest/gtest.h>
 
+#include <climits>
 #include <random>
 #include <string>
 #include <vector>
@@ -32,6 +33,22 @@ struct Subject {
     }
 };
 
+/** A four-byte sequence of GB 18030 by its place in the sequence of codes. */
+std::string fourBytes(unsigned int place)
+{
+    std::string bytes(4, '\0');
+    bytes[0] = static_cast<char>(0x81 + place / 12600);
+    bytes[1] = static_cast<char>('0' + place / 1260 % 10);
+    bytes[2] = static_cast<char>(0x81 + place / 10 % 126);
+    bytes[3] = static_cast<char>('0' + place % 10);
+    return bytes;
+}
+
+constexpr bool isHangul(unsigned int place)
+{
+    return place >= 22000 && place < 33000;
+}
+
 Subject subjectOf(std::string const& name, KX7CharSetConverter& converter)
 {
     Using const plain(InstructionSet::PLAIN);
@@ -59,6 +76,9 @@ Subject subjectOf(std::string const& name, KX7CharSetConverter& converter)
                                     "\x84\x31\xA4\x37", "\x90\x30\x81\x30", "\x94\x39\xDA\x33", "\xE3\x32\x9A\x35"})
         if (isCharacter(bytes))
             subject.longer.push_back(bytes);
+    // Hangul follow each other in one run of four-byte codes, where kernels go; a few others between them.
+    for (unsigned int place = 0; name == "GB 18030" && place < 39420; place += isHangul(place) ? 13 : 499)
+        subject.longer.push_back(fourBytes(place));
     return subject;
 }
 
@@ -127,6 +147,7 @@ TEST(DoubleByteDecodeKernels, EveryLengthAtEveryAlignment)
         for (size_t length = 0; length <= 300; ++length) {
             std::string const bytes =
                 randomBytes(subject, random, length, MIXES[length % std::size(MIXES)]).substr(0, length);
+            expectAlike(subject.name + ", units of " + std::to_string(length), [&] { return bench.countUnits(bytes); });
             for (size_t shift = 0; shift <= 64; shift += length < 140 ? 1 : 9) {
                 size_t const at = shift == 64 ? Bench::NOWHERE : shift;
                 expectAlike(subject.name + ", " + std::to_string(length) + " at " + std::to_string(shift),
@@ -161,6 +182,9 @@ TEST(DoubleByteDecodeKernels, EveryPairAtABlockEdge)
                 text += behind;
                 expectAlike(subject.name + ", " + std::to_string(a * 256 + b) + " at " + std::to_string(position),
                             [&] { return bench.decode(text, text.size(), Bench::NOWHERE); });
+                expectAlike(subject.name + ", units of " + std::to_string(a * 256 + b) + " at " +
+                                std::to_string(position),
+                            [&] { return bench.countUnits(text); });
             };
             // The kernels begin behind 16 bytes or 17, and take 64.
             unsigned int const begin = static_cast<unsigned int>(&filler - fillers.data());
@@ -208,12 +232,101 @@ TEST(DoubleByteDecodeKernels, BrokenText)
                                        p.length,
                                        {reinterpret_cast<char const*>(units.data()), p.written * 2}};
                     });
+                    for (unsigned int const limit : {UINT_MAX, 5000U})
+                        expectAlike(subject.name + ", units", [&] { return bench.countTerminated(bytes, limit); });
                     if (HasFatalFailure())
                         return;
                 }
             }
         }
     }
+}
+
+TEST(DoubleByteDecodeKernels, BytesThatOverlap)
+{
+    // Sequences that begin within others, ranges at their ends, zero bytes: from few bytes of each kind.
+    std::string const KINDS[] = {"\x81\x30",
+                                 {"\x81\x30\x84\x39", 4},
+                                 {"\x83\x36\xC7\x38 a\0", 7},
+                                 "\x8F\x90\xE2\xE3\xE4\xFE\x30\x31\x32\x33\x35\x36\x39\x9A\x81",
+                                 "\xE3\x32\x9A\x35\x36\x33\x9B",
+                                 "\xA1\xB0 a",
+                                 "\x81\xA1\x7F\x80\xFF\x40\x39"};
+    std::mt19937 random(35);
+    for (Subject const& subject : subjects()) {
+        Bench bench(*subject.converter);
+        for (std::string const& kind : KINDS) {
+            for (int round = 0; round < 400; ++round) {
+                std::string bytes;
+                for (size_t length = 60 + random() % 200; bytes.size() < length;)
+                    bytes += kind[random() % kind.size()];
+                size_t const room = round % 3 == 0 ? random() % bytes.size() : bytes.size();
+                expectAlike(subject.name, [&] { return bench.decode(bytes, room, Bench::NOWHERE); });
+                expectAlike(subject.name + ", units", [&] { return bench.countUnits(bytes); });
+                expectAlike(subject.name + ", as text", [&] {
+                    return bench.decodeText(bytes.c_str(), static_cast<unsigned int>(room), ILLCHAR_REPLACE);
+                });
+                if (HasFatalFailure())
+                    return;
+            }
+        }
+    }
+}
+
+TEST(DoubleByteDecodeKernels, ZeroBytesAreCharactersOfABoundedRange)
+{
+    std::mt19937 random(36);
+    std::vector<KX7CharSetConverter*> converters = {&g_oConverterWCP1252, &g_oConverterISO_8859_1,
+                                                    &g_oConverterWCP1251};
+    for (Subject const& subject : subjects())
+        converters.push_back(subject.converter);
+    for (KX7CharSetConverter* const converter : converters) {
+        kx7::Engine const& engine = *kx7::engineOf(*converter);
+        for (int round = 0; round < 100; ++round) {
+            std::string bytes;
+            while (bytes.size() < 200)
+                bytes.append(1 + random() % 40, random() % 2 == 0 ? 'A' : '\0');
+            std::u16string const expected(bytes.begin(), bytes.end());
+            for (InstructionSet const set : sets()) {
+                Using const use(set);
+                std::vector<unsigned short> units(bytes.size());
+                auto const* const source = reinterpret_cast<unsigned char const*>(bytes.data());
+                kx7::Progress const p = engine.decode(*converter, source, source + bytes.size(), units.data(),
+                                                      units.data() + units.size(), true);
+                ASSERT_EQ(p.consumed, bytes.size()) << nameOf(set);
+                ASSERT_EQ(std::u16string(units.begin(), units.end()), expected) << nameOf(set);
+                std::vector<unsigned char> back(bytes.size());
+                kx7::Progress const q = engine.encode(*converter, units.data(), units.data() + units.size(),
+                                                      back.data(), back.data() + back.size(), true);
+                ASSERT_EQ(q.written, bytes.size()) << nameOf(set);
+                ASSERT_EQ(std::string(back.begin(), back.end()), bytes) << nameOf(set);
+            }
+        }
+    }
+}
+
+TEST(DoubleByteDecodeKernels, EveryFourByteCode)
+{
+    // Each in company that kernels take, so that it is up to them whether they take it as well.
+    Subject const* gb18030 = nullptr;
+    for (Subject const& subject : subjects())
+        if (subject.name == "GB 18030")
+            gb18030 = &subject;
+    ASSERT_NE(gb18030, nullptr);
+    Bench bench(*gb18030->converter);
+    std::string const hangul = fourBytes(30000) + fourBytes(30001) + ' ';
+    auto const check = [&](unsigned int place) {
+        std::string text = hangul + hangul + fourBytes(place) + fourBytes(place) + ' ' + fourBytes(place);
+        while (text.size() < 140)
+            text += hangul;
+        expectAlike("four bytes " + std::to_string(place), [&] { return bench.decode(text, 200, Bench::NOWHERE); });
+        expectAlike("units of " + std::to_string(place), [&] { return bench.countUnits(text); });
+    };
+    for (unsigned int place = 0; place < 1587600 && !HasFatalFailure(); place += place < 40000 ? 1 : 37)
+        check(place);
+    for (unsigned int const around : {189000U, 189000U + 0x100000})
+        for (unsigned int place = around - 50; place < around + 50 && !HasFatalFailure(); ++place)
+            check(place);
 }
 
 TEST(DoubleByteDecodeKernels, EveryRoomAndEveryLimit)

@@ -111,6 +111,14 @@ public:
         return {p.consumed, p.written, p.stop, p.length, {reinterpret_cast<char const*>(dest), p.written}};
     }
 
+    /** getNumUnits of zero-terminated bytes, which may end within a character; `limit` may be more than there are. */
+    Outcome countTerminated(std::string const& bytes, unsigned int limit)
+    {
+        unsigned char* const source = place(m_source, bytes.size() + 1, NOWHERE);
+        memcpy(source, bytes.c_str(), bytes.size() + 1);
+        return {0, m_converter.getNumUnits(source, limit), {}, 0, {}};
+    }
+
     /** Zero-terminated text against the page; the terminator is the last thing that can be read. */
     Outcome encodeText(std::u16string const& units, unsigned int room, ILLCHAR_OPTYPE op, size_t shift = NOWHERE)
     {

@@ -1,0 +1,82 @@
+// kx7text - which bytes of multibyte text begin a character and which continue one, by bit sets (internal).
+//
+// A bit stands for a byte, the lowest for the first. A byte that may lead and one that trails look alike, so which is
+// which follows from where it stands in its run: an addition carries through a run and changes bits of one place in it.
+#ifndef KX7_KERNELS_MULTIBYTESTRUCTURE_H
+#define KX7_KERNELS_MULTIBYTESTRUCTURE_H
+
+#include <cstddef>
+#include <cstdint>
+
+namespace kx7 {
+
+constexpr std::ptrdiff_t STRUCTURE_BLOCK = 64;
+
+/** The lowest `count` bits. */
+constexpr uint64_t lowBits(std::ptrdiff_t count)
+{
+    return count >= 64 ? ~UINT64_C(0) : (UINT64_C(1) << count) - 1;
+}
+
+/** Every second bit of each run, the first among them. */
+constexpr uint64_t everySecond(uint64_t runs)
+{
+    constexpr uint64_t ODD = UINT64_C(0xAAAAAAAAAAAAAAAA);
+    return ((((runs << 1) | ODD) - runs) ^ ODD) & runs;
+}
+
+/**
+ * The places where four bytes begin, of those where a lead byte, a digit, a lead byte and a digit stand: `candidates`,
+ * of which two may overlap but no two are neighbours.
+ */
+inline uint64_t beginsOfFour(uint64_t candidates)
+{
+    constexpr uint64_t EVERY_FOURTH = UINT64_C(0x1111111111111111);
+    uint64_t const runs = candidates | candidates << 1;
+    uint64_t const firsts = runs & ~(runs << 1);
+    uint64_t begins = 0;
+    for (int phase = 0; phase < 4; ++phase) {
+        uint64_t const places = EVERY_FOURTH << phase;
+        begins |= runs & ~(runs + (firsts & places)) & places;
+    }
+    return begins;
+}
+
+/** The bytes of GB 18030 by what they may be. */
+struct GB18030Bytes {
+    uint64_t leads;
+    uint64_t digits;
+
+    /** Where four bytes may begin that are all in the block. */
+    uint64_t candidatesOfFour() const { return leads & digits >> 1 & leads >> 2 & digits >> 3; }
+};
+
+/** The characters of GB 18030 in a block, well-formed or not, mapped or not. */
+struct GB18030Begins {
+    uint64_t all;
+    uint64_t ofFour;
+    std::ptrdiff_t bytes;  ///< that they take; what follows is left to the next block
+};
+
+/** @param left bytes of the text, of which the sets have up to 64 */
+inline GB18030Begins beginsOfGB18030(GB18030Bytes const& is, uint64_t trails, std::ptrdiff_t left)
+{
+    uint64_t const secondOfTwo = everySecond(trails & is.leads << 1);
+    uint64_t const candidates = is.candidatesOfFour() & ~secondOfTwo;
+    uint64_t const ofFour = candidates != 0 ? beginsOfFour(candidates) : 0;
+    uint64_t const begins = ~(secondOfTwo | ofFour << 1 | ofFour << 2 | ofFour << 3);
+    if (left <= STRUCTURE_BLOCK)
+        return {begins & lowBits(left), ofFour, left};
+    // What begins in the last three places may reach beyond them.
+    constexpr int LAST_PLACES = 61;
+    uint64_t const rest = begins >> LAST_PLACES;
+    int const bytes = rest != 0 ? LAST_PLACES + __builtin_ctzll(rest) : 64;
+    return {begins & lowBits(bytes), ofFour, bytes};
+}
+
+/** 0x90 to 0xE3 lead the planes above the first; the last of them only up to this sequence. */
+constexpr unsigned char LAST_SUPPLEMENTARY[4] = {0xE3, 0x32, 0x9A, 0x35};
+
+}  // namespace kx7
+
+#endif
