@@ -1,7 +1,7 @@
 // kx7text tests - a program that uses each part of the library as an installed one, and fails where a result is wrong.
 //
-// C++11, by the installed headers alone. What it names of the library has to be exported: entry points, objects,
-// inline functions' callees, and what a class derived from a converter needs.
+// C++11, and C++17 where the compiler speaks it, by the installed headers alone. What it names of the library has to be
+// exported: entry points, objects, inline functions' callees, and what a class derived from a converter needs.
 #include <kx7/kx7.h>
 
 #include <cstdio>
@@ -9,6 +9,11 @@
 #include <sstream>
 #include <stdexcept>
 #include <typeinfo>
+
+#if __cplusplus >= 201703L
+#include <kx7/convert.h>
+#include <kx7/text/KX7UStringStd.h>
+#endif
 
 namespace {
 
@@ -92,6 +97,22 @@ void useConverters()
           "LookupTable");
 }
 
+#if __cplusplus >= 201703L
+void useWholeTexts()
+{
+    kx7::Units const text = kx7::decode("caf\xE9", KX7CS_WCP1252);
+    check(text.isLossless() && text.text == u"caf\u00E9", "decode");
+    kx7::Bytes const bytes = kx7::encode(u"\u20AC", KX7CS_ISO_8859_1, {kx7::ErrorPolicy::ESCAPE});
+    check(bytes.text == "U+20AC" && bytes.errorCount == 1, "encode");
+
+    kx7::Transcoder transcoder(KX7CS_UTF8, KX7CS_UTF16);
+    char units[kx7::Transcoder::MINIMUM_ROOM];
+    kx7::StreamResult const step = transcoder.convert(std::string_view("a"), {units, sizeof units}, true);
+    check(step.status == kx7::Status::DONE && step.written == 2, "Transcoder");
+    check(kx7::findCharSet("latin1") == KX7CS_ISO_8859_1 && !kx7::validateUtf8("\xC0\x80"), "labels and validation");
+}
+#endif
+
 /** Converted while static objects are made. */
 struct Early {
     unsigned int length;
@@ -110,5 +131,8 @@ int main()
     useEntryPoints();
     useText();
     useConverters();
+#if __cplusplus >= 201703L
+    useWholeTexts();
+#endif
     return failures == 0 ? 0 : 1;
 }

@@ -15,7 +15,7 @@ manual, pages = map(pathlib.Path, sys.argv[1:3])
 def normal(text):
     """A declaration without what the manual leaves out, and without spaces that mean nothing."""
     text = re.sub(r"\bKX7_(API|LOCAL)\b|\b(virtual|explicit)\b|\bconst$", "", text.replace(" = 0", "").strip())
-    text = re.sub(r"\s*([*&(),])\s*", r"\1", " ".join(text.split()))
+    text = re.sub(r"\s*([*&(),<>])\s*", r"\1", " ".join(text.split()))
     return text.strip()
 
 
