@@ -22,6 +22,6 @@ llvm-profdata merge -sparse -f "$build/profiles.txt" -o "$build/all.profdata"
 rm -rf "$build/profiles"
 # The shared library and the programs with the archive inside: the same sources.
 objects=("$build/libkx7text.so" -object "$build/tests/internal_tests" -object "$build/tests/lifecycle/load_allocation_tests")
-llvm-cov show "${objects[@]}" -instr-profile="$build/all.profdata" -format=html -output-dir="$build/html" kx7 >/dev/null
-llvm-cov report "${objects[@]}" -instr-profile="$build/all.profdata" -show-region-summary=false kx7 |
+llvm-cov show "${objects[@]}" -instr-profile="$build/all.profdata" -format=html -output-dir="$build/html" -ignore-filename-regex='(^|/)(usr|tests)/' >/dev/null
+llvm-cov report "${objects[@]}" -instr-profile="$build/all.profdata" -show-region-summary=false -ignore-filename-regex='(^|/)(usr|tests)/' |
     tee "$build/report.txt" | awk '/^Filename|^TOTAL/ || ($NF + 0 < 95 && / [0-9.]+%/)'
