@@ -227,16 +227,17 @@ KX7_SSE2 void encodeUTF8(unsigned short const*& inOut, unsigned short const* end
     outOut = out;
 }
 
-void decodeSingleByte(SingleByteTables const& tables, unsigned char const*& inOut, unsigned char const* end,
-                      unsigned short*& outOut, unsigned short* outEnd)
+/** Four values at a time, as long as all four have one; 0 is none. */
+template <class Source, class Dest, class Look>
+void inFours(Source const*& inOut, Source const* end, Dest*& outOut, Dest* outEnd, Look look)
 {
-    unsigned char const* in = inOut;
-    unsigned short* out = outOut;
+    Source const* in = inOut;
+    Dest* out = outOut;
     while (end - in >= 4 && outEnd - out >= 4) {
-        unsigned short const a = tables.toUnicode[in[0]];
-        unsigned short const b = tables.toUnicode[in[1]];
-        unsigned short const c = tables.toUnicode[in[2]];
-        unsigned short const d = tables.toUnicode[in[3]];
+        Dest const a = look(in[0]);
+        Dest const b = look(in[1]);
+        Dest const c = look(in[2]);
+        Dest const d = look(in[3]);
         if (a == 0 || b == 0 || c == 0 || d == 0)
             break;
         out[0] = a;
@@ -250,27 +251,16 @@ void decodeSingleByte(SingleByteTables const& tables, unsigned char const*& inOu
     outOut = out;
 }
 
-void encodeSingleByte(SingleByteTables const& tables, unsigned short const*& inOut, unsigned short const* end,
-                      unsigned char*& outOut, unsigned char* outEnd)
+void decodeSingleByte(SingleByteTables const& tables, unsigned char const*& in, unsigned char const* end,
+                      unsigned short*& out, unsigned short* outEnd)
 {
-    unsigned short const* in = inOut;
-    unsigned char* out = outOut;
-    while (end - in >= 4 && outEnd - out >= 4) {
-        unsigned char const a = tables.get(in[0]);
-        unsigned char const b = tables.get(in[1]);
-        unsigned char const c = tables.get(in[2]);
-        unsigned char const d = tables.get(in[3]);
-        if (a == 0 || b == 0 || c == 0 || d == 0)
-            break;
-        out[0] = a;
-        out[1] = b;
-        out[2] = c;
-        out[3] = d;
-        in += 4;
-        out += 4;
-    }
-    inOut = in;
-    outOut = out;
+    inFours(in, end, out, outEnd, [&tables](unsigned char byte) { return tables.toUnicode[byte]; });
+}
+
+void encodeSingleByte(SingleByteTables const& tables, unsigned short const*& in, unsigned short const* end,
+                      unsigned char*& out, unsigned char* outEnd)
+{
+    inFours(in, end, out, outEnd, [&tables](unsigned short unit) { return tables.get(unit); });
 }
 
 void decodePairs(PairUnits const& pairs, unsigned char const*& inOut, unsigned char const* end, unsigned short*& outOut,
