@@ -28,6 +28,16 @@ struct Pair {
     Texts texts;
 };
 
+/** Both together are small enough to become one. */
+bool areSmall(Pair const& a, Pair const& b)
+{
+    size_t size = 0;
+    for (Pair const* const pair : {&a, &b})
+        for (std::u16string const& text : pair->texts)
+            size += 20 + text.size();
+    return size < 20000;
+}
+
 void requireSameList(Pair const& pair, char const* what)
 {
     require(textsOf(pair.list) == pair.texts && pair.list.size() == pair.texts.size(), what);
@@ -56,7 +66,7 @@ extern "C" int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size)
                 mine.texts.push_back(text);
                 break;
             case 1:
-                if (mine.texts.size() + other.texts.size() > 500)
+                if (!areSmall(mine, other))
                     break;
                 mine.list.append(other.list);
                 mine.texts.insert(mine.texts.end(), other.texts.begin(), other.texts.end());
@@ -69,7 +79,7 @@ extern "C" int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size)
                 break;
             }
             case 3: {
-                if (mine.texts.size() + other.texts.size() > 500)
+                if (!areSmall(mine, other))
                     break;
                 std::string const error = errorOf([&] { mine.list.insert(index, other.list); });
                 if (index <= mine.texts.size())
