@@ -19,8 +19,16 @@ unsigned int localToUTF8(unsigned char* dst, char const* src, int dstBytes, KX7C
         *dst = 0;
         return 0;
     }
-    return kx7::convertThroughUTF16(converterOf(cs), src, converterOf(KX7CS_UTF8), dst,
-                                    static_cast<unsigned int>(dstBytes) - 1, transit);
+    KX7CharSetConverter& local = converterOf(cs);
+    unsigned int const room = static_cast<unsigned int>(dstBytes) - 1;
+    if (kx7::Engine const* const engine = kx7::engineOf(local); engine && !transit.unescape) {
+        size_t const bytes = engine->toUTF8(local, reinterpret_cast<unsigned char const*>(src), dst, room);
+        if (bytes != kx7::NOT_STRAIGHT) {
+            dst[bytes] = 0;
+            return static_cast<unsigned int>(bytes);
+        }
+    }
+    return kx7::convertThroughUTF16(local, src, converterOf(KX7CS_UTF8), dst, room, transit);
 }
 
 unsigned int utf8ToLocal(char* dst, unsigned char const* src, int dstBytes, KX7CharSet cs, kx7::Transit transit)
@@ -36,8 +44,16 @@ unsigned int utf8ToLocal(char* dst, unsigned char const* src, int dstBytes, KX7C
         memset(dst, 0, terminator);
         return 0;
     }
-    return kx7::convertThroughUTF16(converterOf(KX7CS_UTF8), reinterpret_cast<char const*>(src), local, dst,
-                                    capacity - terminator, transit);
+    unsigned int const room = capacity - terminator;
+    if (kx7::Engine const* const engine = kx7::engineOf(local)) {
+        size_t const bytes = engine->fromUTF8(local, src, reinterpret_cast<unsigned char*>(dst), room);
+        if (bytes != kx7::NOT_STRAIGHT) {
+            dst[bytes] = 0;
+            return static_cast<unsigned int>(bytes);
+        }
+    }
+    return kx7::convertThroughUTF16(converterOf(KX7CS_UTF8), reinterpret_cast<char const*>(src), local, dst, room,
+                                    transit);
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include "kx7/converters/Walk.h"
 #include "kx7/kernels/PairUnits.h"
+#include "kx7/kernels/ShortText.h"
 #include "kx7/tables/ByteTypeTables.h"
 
 namespace kx7 {
@@ -19,8 +20,33 @@ struct PairDecoder : DecoderBase {
 
     void run(unsigned char const*& in, unsigned char const* end, unsigned short*& out, unsigned short* outEnd) const
     {
-        if (m_pairs)
+        if (!m_pairs)
+            return;
+        copyShort(m_pairs->sameBytes(), in, end, out, outEnd);
+        if (in != end)
             kernels().decodePairs(*m_pairs, in, end, out, outEnd);
+    }
+
+    static constexpr bool IS_STRAIGHT = true;
+
+    /** Which bytes are their own units. */
+    Same same() const { return m_pairs ? m_pairs->sameBytes() : Same::NONE; }
+
+    /** As the step where that finds a character of one unit in one byte or two; else it may be anything illegal. */
+    KX7_INLINE DecodedChar look(unsigned char const* p, unsigned char const* end) const
+    {
+        if (!m_pairs)
+            return DecodedChar::illegal(1, LimitCheck::CHECK);
+        unsigned int code = p[0];
+        unsigned int length = 1;
+        if (code >= 0x80 && m_pairs->isLead()[code & 0x7F]) {
+            if (end - p < 2)
+                return DecodedChar::cut();
+            code = code << 8 | p[1];
+            length = 2;
+        }
+        unsigned int const unit = m_pairs->units()[code];
+        return unit != 0 ? DecodedChar::one(unit, length) : DecodedChar::illegal(1, LimitCheck::CHECK);
     }
 
 protected:

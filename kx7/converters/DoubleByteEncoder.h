@@ -4,18 +4,26 @@
 
 #include "kx7/converters/Walk.h"
 #include "kx7/kernels/Kernels.h"
+#include "kx7/kernels/ShortText.h"
 
 namespace kx7 {
 
 /** An encoder whose units are written as a table says, where that says anything. */
 class DoubleByteEncoder : public EncoderBase {
 public:
-    /** @param codes as of UnitCodes.h; may be null */
-    explicit DoubleByteEncoder(unsigned short const* codes) : m_codes(codes) {}
+    /**
+     * @param codes as of UnitCodes.h; may be null
+     * @param pairs may be null
+     */
+    DoubleByteEncoder(unsigned short const* codes, PairUnits const* pairs)
+        : m_codes(codes), m_same(pairs ? pairs->sameUnits() : Same::NONE)
+    {
+    }
 
     void run(unsigned short const*& in, unsigned short const* end, unsigned char*& out, unsigned char* outEnd) const
     {
-        if (m_codes)
+        copyShort(m_same, in, end, out, outEnd);
+        if (m_codes && in != end)
             kernels().encodeDoubleByte(m_codes, in, end, out, outEnd);
     }
 
@@ -24,8 +32,17 @@ public:
         return m_codes ? kernels().countDoubleByte(m_codes, in, end) : 0;
     }
 
+    static constexpr bool IS_STRAIGHT = true;
+
+    /** Which units are their own bytes. */
+    Same same() const { return m_same; }
+
+    /** What a unit is written as, one byte or two; 0 where the step has to be asked. */
+    unsigned int codeOf(unsigned short unit) const { return m_codes ? m_codes[unit] : 0; }
+
 private:
     unsigned short const* m_codes;
+    Same m_same;
 };
 
 }  // namespace kx7

@@ -7,6 +7,7 @@
 #define KX7_CONVERTERS_ENGINE_H
 
 #include <cstddef>
+#include <cstdint>
 
 #include "kx7/converters/KX7CharSetConverter.h"
 
@@ -49,6 +50,9 @@ struct TextProgress {
     bool cut;   ///< encoding what is not the last of the source: it ended before a character that the end cuts off
 };
 
+/** What Engine::toUTF8 and fromUTF8 return for a text that they do not take. */
+constexpr size_t NOT_STRAIGHT = SIZE_MAX;
+
 /** The operations of one converter class. The converter loads its tables if need be; nothing here throws. */
 struct Engine {
     /**
@@ -84,6 +88,15 @@ struct Engine {
     /** The published toUTF16, with a source that may have an end instead of a terminator. */
     unsigned int (*toUTF16)(KX7CharSetConverter& converter, unsigned short* dest, ByteText const& source,
                             unsigned int room, int sourceLimit);
+
+    /**
+     * Short zero-terminated text straight to UTF-8, without a terminator. Takes a text whole, or returns NOT_STRAIGHT:
+     * that one is to be converted in two steps, over what this has written.
+     */
+    size_t (*toUTF8)(KX7CharSetConverter& converter, unsigned char const* source, unsigned char* dest, size_t room);
+
+    /** The same from UTF-8. */
+    size_t (*fromUTF8)(KX7CharSetConverter& converter, unsigned char const* source, unsigned char* dest, size_t room);
 };
 
 /** The engine of a converter of one of the library's own classes; null for a class that a caller derived. */
@@ -111,6 +124,9 @@ struct EngineOf {
                                    unsigned int room, ILLCHAR_OPTYPE op, bool last);
     static unsigned int toUTF16(KX7CharSetConverter& converter, unsigned short* dest, ByteText const& source,
                                 unsigned int room, int sourceLimit);
+    static size_t toUTF8(KX7CharSetConverter& converter, unsigned char const* source, unsigned char* dest, size_t room);
+    static size_t fromUTF8(KX7CharSetConverter& converter, unsigned char const* source, unsigned char* dest,
+                           size_t room);
     static Engine const ENGINE;
 };
 

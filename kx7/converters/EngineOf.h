@@ -2,6 +2,7 @@
 #ifndef KX7_CONVERTERS_ENGINEOF_H
 #define KX7_CONVERTERS_ENGINEOF_H
 
+#include "kx7/converters/StraightUtf8.h"
 #include "kx7/converters/Walk.h"
 
 namespace kx7 {
@@ -57,9 +58,29 @@ unsigned int EngineOf<Converter>::toUTF16(KX7CharSetConverter& converter, unsign
 }
 
 template <class Converter>
+size_t EngineOf<Converter>::toUTF8(KX7CharSetConverter& converter, unsigned char const* source, unsigned char* dest,
+                                   size_t room)
+{
+    using Decoder = decltype(static_cast<Converter&>(converter).decoder());
+    if constexpr (Decoder::IS_STRAIGHT)
+        return shortToUTF8(static_cast<Converter&>(converter).decoder(), source, dest, room);
+    return NOT_STRAIGHT;
+}
+
+template <class Converter>
+size_t EngineOf<Converter>::fromUTF8(KX7CharSetConverter& converter, unsigned char const* source, unsigned char* dest,
+                                     size_t room)
+{
+    using Encoder = decltype(static_cast<Converter&>(converter).encoder());
+    if constexpr (Encoder::IS_STRAIGHT)
+        return shortFromUTF8(static_cast<Converter&>(converter).encoder(), source, dest, room);
+    return NOT_STRAIGHT;
+}
+
+template <class Converter>
 Engine const EngineOf<Converter>::ENGINE = {
-    &EngineOf::decode,     &EngineOf::decodeStrict, &EngineOf::encode,
-    &EngineOf::decodeText, &EngineOf::encodeText,   &EngineOf::toUTF16,
+    &EngineOf::decode,     &EngineOf::decodeStrict, &EngineOf::encode, &EngineOf::decodeText,
+    &EngineOf::encodeText, &EngineOf::toUTF16,      &EngineOf::toUTF8, &EngineOf::fromUTF8,
 };
 
 }  // namespace kx7

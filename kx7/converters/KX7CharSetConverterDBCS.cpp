@@ -12,8 +12,8 @@ struct KX7CharSetConverterDBCS::Decoder : kx7::DoubleByteDecoder<LookupTable<uns
 };
 
 struct KX7CharSetConverterDBCS::Encoder : kx7::DoubleByteEncoder {
-    Encoder(LookupTable<unsigned short> const& fromUnicode, unsigned short const* codes)
-        : DoubleByteEncoder(codes), m_fromUnicode(fromUnicode)
+    Encoder(LookupTable<unsigned short> const& fromUnicode, unsigned short const* codes, kx7::PairUnits const* pairs)
+        : DoubleByteEncoder(codes, pairs), m_fromUnicode(fromUnicode)
     {
     }
 
@@ -46,7 +46,7 @@ void KX7CharSetConverterDBCS::load()
     KX7CharSetConverterMBCS::load();
     kx7::LoadLock const lock(m_oLoadMutex);
     if (tablesBuilt() && Decoder::canFill(m_pTypeTable))
-        kx7::makePairUnits(m_pPairs, m_pFlat ? m_pFlat->toUnicode.data() : nullptr,
+        kx7::makePairUnits(m_pPairs, m_pFlat ? m_pFlat->toUnicode.data() : nullptr, unitCodes(),
                            [this](kx7::PairUnits& pairs) { Decoder::fill(pairs, m_pTypeTable, toUnicode()); });
 }
 
@@ -61,7 +61,7 @@ KX7CharSetConverterDBCS::Encoder KX7CharSetConverterDBCS::encoder()
 {
     if (!tablesBuilt())
         load();
-    return {fromUnicode(), unitCodes()};
+    return {fromUnicode(), unitCodes(), m_pPairs.load(std::memory_order_acquire)};
 }
 
 unsigned int KX7CharSetConverterDBCS::getNumUnits(void const* source, unsigned int byteCount)

@@ -13,8 +13,8 @@ struct KX7CharSetConverterDBCSEx::Decoder : kx7::DoubleByteDecoder<LookupTable<u
 };
 
 struct KX7CharSetConverterDBCSEx::Encoder : kx7::DoubleByteEncoder {
-    Encoder(LookupTableEx<unsigned short> const& fromUnicode, unsigned short const* codes)
-        : DoubleByteEncoder(codes), m_fromUnicode(fromUnicode)
+    Encoder(LookupTableEx<unsigned short> const& fromUnicode, unsigned short const* codes, kx7::PairUnits const* pairs)
+        : DoubleByteEncoder(codes, pairs), m_fromUnicode(fromUnicode)
     {
     }
 
@@ -69,7 +69,7 @@ void KX7CharSetConverterDBCSEx::load()
     KX7CharSetConverterMBCSEx::load();
     kx7::LoadLock const lock(m_oLoadMutex);
     if (tablesBuilt() && Decoder::canFill(m_pTypeTable))
-        kx7::makePairUnits(m_pPairs, nullptr,
+        kx7::makePairUnits(m_pPairs, nullptr, unitCodes(),
                            [this](kx7::PairUnits& pairs) { Decoder::fill(pairs, m_pTypeTable, toUnicode()); });
 }
 
@@ -84,7 +84,7 @@ KX7CharSetConverterDBCSEx::Encoder KX7CharSetConverterDBCSEx::encoder()
 {
     if (!tablesBuilt())
         load();
-    return {fromUnicode(), unitCodes()};
+    return {fromUnicode(), unitCodes(), m_pPairs.load(std::memory_order_acquire)};
 }
 
 unsigned int KX7CharSetConverterDBCSEx::getNumUnits(void const* source, unsigned int byteCount)

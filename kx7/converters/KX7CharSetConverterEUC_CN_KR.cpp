@@ -61,8 +61,8 @@ private:
 };
 
 struct KX7CharSetConverterEUC_CN_KR::Encoder : kx7::DoubleByteEncoder {
-    Encoder(LookupTable<unsigned short> const& fromUnicode, unsigned short const* codes)
-        : DoubleByteEncoder(codes), m_fromUnicode(fromUnicode)
+    Encoder(LookupTable<unsigned short> const& fromUnicode, unsigned short const* codes, kx7::PairUnits const* pairs)
+        : DoubleByteEncoder(codes, pairs), m_fromUnicode(fromUnicode)
     {
     }
 
@@ -101,7 +101,8 @@ void KX7CharSetConverterEUC_CN_KR::load()
     KX7CharSetConverterMBCS::load();
     kx7::LoadLock const lock(m_oLoadMutex);
     if (tablesBuilt())
-        kx7::makePairUnits(m_pPairs, nullptr, [this](kx7::PairUnits& pairs) { kx7::fillEuc(pairs, toUnicode()); });
+        kx7::makePairUnits(m_pPairs, nullptr, unitCodes(),
+                           [this](kx7::PairUnits& pairs) { kx7::fillEuc(pairs, toUnicode()); });
 }
 
 KX7CharSetConverterEUC_CN_KR::Decoder KX7CharSetConverterEUC_CN_KR::decoder()
@@ -115,7 +116,7 @@ KX7CharSetConverterEUC_CN_KR::Encoder KX7CharSetConverterEUC_CN_KR::encoder()
 {
     if (!tablesBuilt())
         load();
-    return {fromUnicode(), unitCodes()};
+    return {fromUnicode(), unitCodes(), m_pPairs.load(std::memory_order_acquire)};
 }
 
 unsigned int KX7CharSetConverterEUC_CN_KR::getNumUnits(void const* source, unsigned int byteCount)

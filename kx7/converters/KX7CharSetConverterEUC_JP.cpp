@@ -93,8 +93,8 @@ private:
 
 struct KX7CharSetConverterEUC_JP::Encoder : kx7::DoubleByteEncoder {
     Encoder(LookupTable<unsigned short> const& fromUnicode, LookupTable<unsigned short> const& fromUnicode0212,
-            unsigned short const* codes)
-        : DoubleByteEncoder(codes), m_fromUnicode(fromUnicode), m_fromUnicode0212(fromUnicode0212)
+            unsigned short const* codes, kx7::PairUnits const* pairs)
+        : DoubleByteEncoder(codes, pairs), m_fromUnicode(fromUnicode), m_fromUnicode0212(fromUnicode0212)
     {
     }
 
@@ -192,7 +192,7 @@ void KX7CharSetConverterEUC_JP::load()
             kx7::fillUnitCodes(m_pUnitCodes, m_pFromUnicode->page(0), m_pMap0201, written);
     }
     m_pFromUnicode0212 = fromUnicode0212.release();
-    kx7::makePairUnits(m_pPairs, nullptr, [this](kx7::PairUnits& pairs) {
+    kx7::makePairUnits(m_pPairs, nullptr, unitCodes(), [this](kx7::PairUnits& pairs) {
         kx7::fillEuc(pairs, toUnicode());
         unsigned short* const behindShift = pairs.row(SINGLE_SHIFT_2);
         for (unsigned char byte = 0xA1; isKatakana(byte); ++byte)
@@ -223,8 +223,8 @@ KX7CharSetConverterEUC_JP::Encoder KX7CharSetConverterEUC_JP::encoder()
 {
     Table const& none = kx7::tableOrEmpty<Table>(nullptr);
     if (assureLoaded())
-        return {fromUnicode(), *m_pFromUnicode0212, unitCodes()};
-    return m_pMap0212 ? Encoder(none, none, nullptr) : Encoder(fromUnicode(), none, unitCodes());
+        return {fromUnicode(), *m_pFromUnicode0212, unitCodes(), m_pPairs.load(std::memory_order_acquire)};
+    return m_pMap0212 ? Encoder(none, none, nullptr, nullptr) : Encoder(fromUnicode(), none, unitCodes(), nullptr);
 }
 
 unsigned int KX7CharSetConverterEUC_JP::getNumUnits(void const* source, unsigned int byteCount)

@@ -256,14 +256,16 @@ private:
 
 struct KX7CharSetConverterGB18030::Encoder : kx7::EncoderBase {
     Encoder(LookupTable<unsigned short> const& fromUnicode, KX7CharSetConverterGB18030 const& converter,
-            kx7::GB18030Codes const& codes)
-        : m_fromUnicode(fromUnicode), m_converter(converter), m_codes(codes)
+            kx7::GB18030Codes const& codes, kx7::PairUnits const* pairs)
+        : m_fromUnicode(fromUnicode), m_converter(converter), m_codes(codes),
+          m_same(pairs ? pairs->sameUnits() : kx7::Same::NONE)
     {
     }
 
     void run(unsigned short const*& in, unsigned short const* end, unsigned char*& out, unsigned char* outEnd) const
     {
-        if (m_codes.oneOrTwo)
+        kx7::copyShort(m_same, in, end, out, outEnd);
+        if (m_codes.oneOrTwo && in != end)
             kx7::kernels().encodeGB18030(m_codes, in, end, out, outEnd);
     }
 
@@ -292,10 +294,15 @@ struct KX7CharSetConverterGB18030::Encoder : kx7::EncoderBase {
 
     static kx7::EncodedChar cutOff() { return kx7::EncodedChar::end(); }
 
+    static constexpr bool IS_STRAIGHT = true;
+    kx7::Same same() const { return m_same; }
+    unsigned int codeOf(unsigned short unit) const { return m_codes.oneOrTwo ? m_codes.oneOrTwo[unit] : 0; }
+
 private:
     LookupTable<unsigned short> const& m_fromUnicode;
     KX7CharSetConverterGB18030 const& m_converter;
     kx7::GB18030Codes m_codes;  ///< may be null
+    kx7::Same m_same;
 };
 
 template struct kx7::EngineOf<KX7CharSetConverterGB18030>;
@@ -342,7 +349,7 @@ void KX7CharSetConverterGB18030::load()
                 toUnicode->put(static_cast<unsigned short>(code),
                                static_cast<unsigned short>(code - range->first + range->value));
     if (tablesBuilt())
-        kx7::makePairUnits(m_pPairs, m_pFlat ? m_pFlat->toUnicode.data() : nullptr,
+        kx7::makePairUnits(m_pPairs, m_pFlat ? m_pFlat->toUnicode.data() : nullptr, unitCodes(),
                            [this](kx7::PairUnits& pairs) { Decoder::fill(pairs, toUnicode()); });
     if (unitCodes() && !kx7::mapsHighSurrogates(unitCodes())) {
         kx7::UnitCodes fourByteCodes = kx7::makeUnitCodes();
@@ -388,8 +395,11 @@ KX7CharSetConverterGB18030::Decoder KX7CharSetConverterGB18030::decoder()
 KX7CharSetConverterGB18030::Encoder KX7CharSetConverterGB18030::encoder()
 {
     if (!assureLoaded())
-        return {kx7::tableOrEmpty<LookupTable<unsigned short>>(nullptr), *this, {}};
-    return {fromUnicode(), *this, {m_pFourByteCodes ? unitCodes() : nullptr, m_pFourByteCodes, m_pFourByteRuns}};
+        return {kx7::tableOrEmpty<LookupTable<unsigned short>>(nullptr), *this, {}, nullptr};
+    return {fromUnicode(),
+            *this,
+            {m_pFourByteCodes ? unitCodes() : nullptr, m_pFourByteCodes, m_pFourByteRuns},
+            m_pPairs.load(std::memory_order_acquire)};
 }
 
 unsigned int KX7CharSetConverterGB18030::getNumUnits(void const* source, unsigned int byteCount)

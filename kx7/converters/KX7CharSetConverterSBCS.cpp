@@ -55,6 +55,10 @@ struct KX7CharSetConverterSBCS::Decoder : kx7::DecoderBase {
         return kx7::DecodedChar::one(unit, 1);
     }
 
+    static constexpr bool IS_STRAIGHT = true;
+    kx7::Same same() const { return m_tables.sameBytes; }
+    kx7::DecodedChar look(unsigned char const* p, unsigned char const* end) const { return step(p, end); }
+
 private:
     kx7::SingleByteTables const& m_tables;
 };
@@ -66,8 +70,8 @@ struct KX7CharSetConverterSBCS::Encoder : kx7::EncoderBase {
     {
         if (m_tables.isLatin1)
             kx7::copyShort<kx7::Same::LATIN1>(in, end, out, outEnd);
-        else if (m_tables.encodesASCII)
-            kx7::copyShort<kx7::Same::ASCII>(in, end, out, outEnd);
+        else
+            kx7::copyShort(m_tables.sameUnits, in, end, out, outEnd);
         do {
             if (end - in >= kx7::SHORT_KERNEL_MINIMUM)
                 kx7::kernels().encodeSingleByte(m_tables, in, end, out, outEnd);
@@ -88,6 +92,10 @@ struct KX7CharSetConverterSBCS::Encoder : kx7::EncoderBase {
             return kx7::EncodedChar::unmappable(1);
         return {byte, 1, 1, kx7::Found::CHARACTER};
     }
+
+    static constexpr bool IS_STRAIGHT = true;
+    kx7::Same same() const { return m_tables.sameUnits; }
+    unsigned int codeOf(unsigned short unit) const { return m_tables.get(unit); }
 
 private:
     kx7::SingleByteTables const& m_tables;

@@ -36,6 +36,7 @@ struct KX7CharSetConverterUTF16::Decoder : kx7::DecoderBase {
     {
         return kx7::wideLength<unsigned short>(text, most);
     }
+    static size_t firstLength(unsigned char const* text, size_t most) { return textLength(text, most); }
 
     static size_t fewestBytes(size_t units) { return units * UNIT_SIZE; }
 

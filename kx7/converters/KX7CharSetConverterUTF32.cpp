@@ -60,6 +60,7 @@ struct KX7CharSetConverterUTF32::Decoder : kx7::DecoderBase {
     {
         return kx7::wideLength<unsigned int>(text, most);
     }
+    static size_t firstLength(unsigned char const* text, size_t most) { return textLength(text, most); }
 
     static size_t fewestBytes(size_t units) { return (units + 1) / 2 * BYTES; }
 

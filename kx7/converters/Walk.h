@@ -13,6 +13,7 @@
 #include "kx7/converters/Engine.h"
 #include "kx7/converters/Utf16.h"
 #include "kx7/kernels/Kernels.h"
+#include "kx7/kernels/ShortText.h"
 
 // A call and its result cost as much as a short text.
 #define KX7_INLINE __attribute__((always_inline)) inline
@@ -111,10 +112,18 @@ inline size_t unitLength(unsigned short const* text, size_t most)
 
 /** What a decoder has unless it hides it. */
 struct DecoderBase {
+    /** Whether there are `same` and `look`, for short texts straight to UTF-8. */
+    static constexpr bool IS_STRAIGHT = false;
+
     /** Length of the terminated text at `text`, at most `most` bytes; reads nothing behind either. */
     static size_t textLength(unsigned char const* text, size_t most)
     {
         return strnlen(reinterpret_cast<char const*>(text), most);
+    }
+    /** The same where the text may well be short. */
+    static size_t firstLength(unsigned char const* text, size_t most)
+    {
+        return most >= SHORT_TEXT ? textLengthUpTo(text, most) : textLength(text, most);
     }
     /** The byte at `text` is no terminator. */
     static bool goesOn(unsigned char const* text) { return *text != 0; }
@@ -137,6 +146,9 @@ struct DecoderBase {
 
 /** What an encoder has unless it hides it. */
 struct EncoderBase {
+    /** Whether there are `same` and `codeOf`, for short texts straight from UTF-8. */
+    static constexpr bool IS_STRAIGHT = false;
+
     /** Converts as long a run as it is sure of, moving `in` and `out`; it may do nothing. */
     void run(unsigned short const*& /*in*/, unsigned short const* /*end*/, unsigned char*& /*out*/,
              unsigned char* /*outEnd*/) const
@@ -370,7 +382,7 @@ KX7_INLINE TextProgress decodeText(Decoder const& decoder, ByteText const& sourc
     unsigned short* const outEnd = endOf(dest, room);
     if (!source.end && byteLimit == NO_LIMIT) {
         size_t const most = decoder.fewestBytes(std::min(size_t{room}, PIECE));
-        size_t const length = decoder.textLength(front.in, most);
+        size_t const length = decoder.firstLength(front.in, most);
         front.end += length;
         front.ended = length < most;
         decoder.run(front.in, front.end, front.out, outEnd);

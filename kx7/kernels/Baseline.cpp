@@ -263,27 +263,65 @@ void encodeSingleByte(SingleByteTables const& tables, unsigned short const*& in,
     inFours(in, end, out, outEnd, [&tables](unsigned short unit) { return tables.get(unit); });
 }
 
+/** Pairs, four at a time, up to four of which one is none or has no unit. */
+void decodeFourPairs(PairUnits const& pairs, unsigned char const*& inOut, unsigned char const* end,
+                     unsigned short*& outOut, unsigned short* outEnd)
+{
+    unsigned char const* in = inOut;
+    unsigned short* out = outOut;
+    auto const upperIfLead = [&](int i) { return in[i] & pairs.isLead()[in[i] & 0x7F]; };
+    auto const unitAt = [&](int i) { return pairs.units()[in[i] << 8 | in[i + 1]]; };
+    for (; end - in >= 8 && outEnd - out >= 4; in += 8, out += 4) {
+        if ((upperIfLead(0) & upperIfLead(2) & upperIfLead(4) & upperIfLead(6) & 0x80) == 0)
+            break;
+        unsigned short const a = unitAt(0);
+        unsigned short const b = unitAt(2);
+        unsigned short const c = unitAt(4);
+        unsigned short const d = unitAt(6);
+        if (a == 0 || b == 0 || c == 0 || d == 0)
+            break;
+        out[0] = a;
+        out[1] = b;
+        out[2] = c;
+        out[3] = d;
+    }
+    inOut = in;
+    outOut = out;
+}
+
 void decodePairs(PairUnits const& pairs, unsigned char const*& inOut, unsigned char const* end, unsigned short*& outOut,
                  unsigned short* outEnd)
 {
     unsigned char const* in = inOut;
     unsigned short* out = outOut;
     unsigned short const* const units = pairs.units();
+    unsigned char const* const isLead = pairs.isLead();
+    bool isDense = true;  // four pairs followed each other wherever they were looked for
     while (in != end && out != outEnd) {
-        unsigned int code = in[0];
-        std::ptrdiff_t length = 1;
-        if (code >= 0x80 && pairs.isLead()[code & 0x7F]) {
-            if (end - in < 2)
+        unsigned int const first = in[0];
+        if (first < 0x80 || !isLead[first & 0x7F]) {
+            unsigned short const unit = units[first];
+            // A zero byte is a character in a bounded range; text has none.
+            if (unit == 0 && first != 0)
                 break;
-            code = code << 8 | in[1];
-            length = 2;
+            *out++ = unit;
+            ++in;
+            continue;
         }
-        unsigned short const unit = units[code];
-        // A zero byte is a character in a bounded range; text has none.
-        if (unit == 0 && code != 0)
+        if (isDense) {
+            unsigned char const* const begin = in;
+            decodeFourPairs(pairs, in, end, out, outEnd);
+            isDense = in != begin;
+            if (isDense)
+                continue;
+        }
+        if (end - in < 2)
+            break;
+        unsigned short const unit = units[first << 8 | in[1]];
+        if (unit == 0)
             break;
         *out++ = unit;
-        in += length;
+        in += 2;
     }
     inOut = in;
     outOut = out;

@@ -11,6 +11,8 @@
 
 #ifdef KX7_X86_KERNELS
 
+#include "kx7/kernels/DoubleByteEncode.h"
+
 namespace kx7 {
 
 namespace {
@@ -45,22 +47,13 @@ struct HalfTable {
     }
 };
 
-/** The units of 16 codes, of which `first` has the high bytes and `second` the low ones. */
-KX7_AVX512 inline __m256i lookUp(unsigned short const* units, __m128i first, __m128i second)
-{
-    __m512i const codes =
-        _mm512_or_si512(_mm512_slli_epi32(_mm512_cvtepu8_epi32(first), 8), _mm512_cvtepu8_epi32(second));
-    return _mm512_cvtepi32_epi16(_mm512_i32gather_epi32(codes, units, 2));
-}
-
-/** The units of up to 32 codes. */
+/** The units of up to 32 codes, of which `first` has the high bytes and `second` the low ones. */
 KX7_AVX512 inline __m512i lookUp(unsigned short const* units, __m256i first, __m256i second, int count)
 {
-    __m256i const low = lookUp(units, _mm256_castsi256_si128(first), _mm256_castsi256_si128(second));
-    if (count <= 16)
-        return _mm512_castsi256_si512(low);
-    __m256i const high = lookUp(units, _mm256_extracti128_si256(first, 1), _mm256_extracti128_si256(second, 1));
-    return _mm512_inserti64x4(_mm512_castsi256_si512(low), high, 1);
+    alignas(64) unsigned short codes[32];
+    _mm512_store_si512(codes, _mm512_or_si512(_mm512_slli_epi16(words(first), 8), words(second)));
+    __m512i const low = _mm512_castsi256_si512(codesOfSixteen(units, codes));
+    return count <= 16 ? low : _mm512_inserti64x4(low, codesOfSixteen(units, codes + 16), 1);
 }
 
 KX7_AVX512 inline void store(unsigned short* out, __m512i units, int count)

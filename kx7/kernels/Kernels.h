@@ -177,7 +177,7 @@ inline bool beginsWell(PairUnits const& pairs, unsigned char const*& in, unsigne
                        unsigned short* outEnd)
 {
     constexpr std::ptrdiff_t FIRST = 16;
-    constexpr std::ptrdiff_t WORTHWHILE = 2 * FIRST;
+    constexpr std::ptrdiff_t WORTHWHILE = 5 * FIRST;
     unsigned char const* const until = end - in < WORTHWHILE ? end : in + FIRST;
     BASELINE_KERNELS.decodePairs(pairs, in, until, out, outEnd);
     return until != end && until - in <= 1;

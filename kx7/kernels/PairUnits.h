@@ -7,6 +7,8 @@
 #include <memory>
 #include <new>
 
+#include "kx7/kernels/Same.h"
+
 namespace kx7 {
 
 /**
@@ -62,6 +64,18 @@ public:
     unsigned char const* leadBits() const { return m_leadBits; }
     unsigned char const* sameBits() const { return m_sameBits; }
 
+    /** Finds out which ASCII stands for itself. @param codes as of UnitCodes.h; may be null */
+    void findSame(unsigned short const* codes)
+    {
+        m_sameBytes = sameOf([this](unsigned int byte) { return unsigned{m_units[byte]}; });
+        m_sameUnits = codes ? sameOf([codes](unsigned int unit) { return unsigned{codes[unit]}; }) : Same::NONE;
+    }
+
+    /** Of the bytes. */
+    Same sameBytes() const { return m_sameBytes; }
+    /** Of the units. */
+    Same sameUnits() const { return m_sameUnits; }
+
 private:
     unsigned short* m_own;
     unsigned short* m_units;
@@ -69,14 +83,17 @@ private:
     unsigned char m_isSame[128] = {};
     unsigned char m_leadBits[16] = {};
     unsigned char m_sameBits[16] = {};
+    Same m_sameBytes = Same::NONE;
+    Same m_sameUnits = Same::NONE;
 };
 
 /**
  * Makes the PairUnits of a converter by `fill` unless it has them; the caller holds its mutex. Without memory there are
  * none, and the steps alone convert.
+ * @param codes what units are written as (UnitCodes.h), which may be null
  */
 template <class Fill>
-void makePairUnits(std::atomic<PairUnits const*>& pairs, unsigned short* shared, Fill fill)
+void makePairUnits(std::atomic<PairUnits const*>& pairs, unsigned short* shared, unsigned short const* codes, Fill fill)
 {
     if (pairs.load(std::memory_order_relaxed))
         return;
@@ -84,6 +101,7 @@ void makePairUnits(std::atomic<PairUnits const*>& pairs, unsigned short* shared,
     if (!fresh || !fresh->complete())
         return;
     fill(*fresh);
+    fresh->findSame(codes);
     pairs.store(fresh.release(), std::memory_order_release);
 }
 

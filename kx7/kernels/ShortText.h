@@ -1,13 +1,17 @@
 // kx7text - ASCII and ISO 8859-1 of short texts, inline (internal): for them the call of a kernel costs as much as the
 // work.
 //
-// Up to 64 bytes or units go in blocks of 16. What is left over goes in a block that ends at the end of the text and
+// Up to 80 bytes or units go in blocks of 16. What is left over goes in a block that ends at the end of the text and
 // overlaps the one before, so that nothing is read or written outside; texts below 16 do the same with 8 and 4.
 #ifndef KX7_KERNELS_SHORTTEXT_H
 #define KX7_KERNELS_SHORTTEXT_H
 
+#include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
+
+#include "kx7/kernels/Kernels.h"
 
 #ifdef __SSE2__
 #include <emmintrin.h>
@@ -16,34 +20,94 @@
 namespace kx7 {
 
 /** The longest text that is short. */
-constexpr std::ptrdiff_t SHORT_TEXT = 64;
+constexpr std::ptrdiff_t SHORT_TEXT = 80;
 
-/** Which codes stand for themselves. */
-enum class Same {
-    ASCII,  ///< those below 0x80, 0 included
-    LATIN1  ///< those below 0x100, without 0
-};
+/**
+ * Bytes of zero-terminated text, at most `most`, which is at least SHORT_TEXT. Touches no page that the text does not
+ * reach.
+ */
+KX7_READS_BEYOND inline size_t textLengthUpTo(unsigned char const* text, size_t most)
+{
+    size_t n = 0;
+#ifdef __SSE2__
+    constexpr uintptr_t PAGE = 4096;
+    if (reinterpret_cast<uintptr_t>(text) % PAGE <= PAGE - SHORT_TEXT) {
+        for (; n < SHORT_TEXT; n += 16) {
+            __m128i const block = _mm_loadu_si128(reinterpret_cast<__m128i const*>(text + n));
+            int const zeros = _mm_movemask_epi8(_mm_cmpeq_epi8(block, _mm_setzero_si128()));
+            if (zeros != 0)
+                return n + static_cast<size_t>(__builtin_ctz(static_cast<unsigned int>(zeros)));
+        }
+    }
+#endif
+    return n + strnlen(reinterpret_cast<char const*>(text) + n, most - n);
+}
 
 #ifdef __SSE2__
+
+/** `T` bytes, 4, 8 or 16, and zeros. */
+template <int T>
+inline __m128i loadBlock(unsigned char const* in)
+{
+    if constexpr (T == 16)
+        return _mm_loadu_si128(reinterpret_cast<__m128i const*>(in));
+    if constexpr (T == 8)
+        return _mm_loadl_epi64(reinterpret_cast<__m128i const*>(in));
+    int word;
+    memcpy(&word, in, sizeof word);
+    return _mm_cvtsi32_si128(word);
+}
+
+/** The first `T` bytes, 4, 8 or 16. */
+template <int T>
+inline void storeBlock(unsigned char* out, __m128i bytes)
+{
+    if constexpr (T == 16) {
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(out), bytes);
+    }
+    else if constexpr (T == 8) {
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(out), bytes);
+    }
+    else {
+        int const word = _mm_cvtsi128_si32(bytes);
+        memcpy(out, &word, sizeof word);
+    }
+}
+
+/** The first `T` bytes stand for themselves. */
+template <Same SAME, int T>
+inline bool areSame(__m128i bytes)
+{
+    __m128i others = bytes;
+    if constexpr (SAME == Same::LATIN1) {
+        others = _mm_cmpeq_epi8(bytes, _mm_setzero_si128());
+    }
+    if constexpr (SAME == Same::PRINTABLE) {
+        // Signed: those from 0x80 are below as well.
+        others = _mm_or_si128(_mm_or_si128(_mm_cmplt_epi8(bytes, _mm_set1_epi8(PRINTABLE_FIRST)),
+                                           _mm_cmpgt_epi8(bytes, _mm_set1_epi8(PRINTABLE_LAST))),
+                              _mm_cmpeq_epi8(bytes, _mm_set1_epi8('\\')));
+    }
+    return (_mm_movemask_epi8(others) & ((1 << T) - 1)) == 0;
+}
+
+/** Copies `T` bytes, 4, 8 or 16. False, with nothing written: not all stand for themselves. */
+template <Same SAME, int T>
+inline bool copySameBlock(unsigned char const* in, unsigned char* out)
+{
+    __m128i const bytes = loadBlock<T>(in);
+    if (!areSame<SAME, T>(bytes))
+        return false;
+    storeBlock<T>(out, bytes);
+    return true;
+}
 
 /** Widens `T` bytes, 4, 8 or 16. False, with nothing written: not all stand for themselves. */
 template <Same SAME, int T>
 inline bool copySameBlock(unsigned char const* in, unsigned short* out)
 {
-    __m128i bytes;
-    if constexpr (T == 16) {
-        bytes = _mm_loadu_si128(reinterpret_cast<__m128i const*>(in));
-    }
-    else if constexpr (T == 8) {
-        bytes = _mm_loadl_epi64(reinterpret_cast<__m128i const*>(in));
-    }
-    else {
-        int word;
-        memcpy(&word, in, sizeof word);
-        bytes = _mm_cvtsi32_si128(word);
-    }
-    __m128i const others = SAME == Same::ASCII ? bytes : _mm_cmpeq_epi8(bytes, _mm_setzero_si128());
-    if ((_mm_movemask_epi8(others) & ((1 << T) - 1)) != 0)
+    __m128i const bytes = loadBlock<T>(in);
+    if (!areSame<SAME, T>(bytes))
         return false;
     __m128i const low = _mm_unpacklo_epi8(bytes, _mm_setzero_si128());
     if constexpr (T == 4)
@@ -68,30 +132,21 @@ inline bool copySameBlock(unsigned short const* in, unsigned char* out)
     if constexpr (T == 16)
         high = _mm_loadu_si128(reinterpret_cast<__m128i const*>(in + 8));
     __m128i const above = _mm_and_si128(_mm_or_si128(low, high),
-                                        _mm_set1_epi16(static_cast<short>(SAME == Same::ASCII ? 0xFF80 : 0xFF00)));
+                                        _mm_set1_epi16(static_cast<short>(SAME == Same::LATIN1 ? 0xFF00 : 0xFF80)));
     if (_mm_movemask_epi8(_mm_cmpeq_epi16(above, _mm_setzero_si128())) != 0xFFFF)
         return false;
     __m128i const bytes = _mm_packus_epi16(low, high);
-    if (SAME == Same::LATIN1 && (_mm_movemask_epi8(_mm_cmpeq_epi8(bytes, _mm_setzero_si128())) & ((1 << T) - 1)) != 0)
+    if (SAME != Same::ASCII && !areSame<SAME, T>(bytes))
         return false;
-    if constexpr (T == 16) {
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(out), bytes);
-    }
-    else if constexpr (T == 8) {
-        _mm_storel_epi64(reinterpret_cast<__m128i*>(out), bytes);
-    }
-    else {
-        int const word = _mm_cvtsi128_si32(bytes);
-        memcpy(out, &word, sizeof word);
-    }
+    storeBlock<T>(out, bytes);
     return true;
 }
 
 #endif
 
 /**
- * Copies what stands for itself from bytes to units or from units to bytes, moving `in` and `out`, if there is room for
- * all of a text of at most SHORT_TEXT; it may do nothing.
+ * Copies what stands for itself from bytes to units, units to bytes or bytes to bytes, moving `in` and `out`, if there
+ * is room for all of a text of at most SHORT_TEXT; it may do nothing.
  */
 template <Same SAME, class From, class To>
 inline void copyShort(From const*& inOut, From const* end, To*& outOut, To const* outEnd)
@@ -123,6 +178,17 @@ inline void copyShort(From const*& inOut, From const* end, To*& outOut, To const
 #else
     (void)inOut, (void)end, (void)outOut, (void)outEnd;
 #endif
+}
+
+/** The same, where it is not known before what stands for itself. */
+template <class From, class To>
+__attribute__((always_inline)) inline void copyShort(Same same, From const*& in, From const* end, To*& out,
+                                                     To const* outEnd)
+{
+    if (same == Same::ASCII)
+        copyShort<Same::ASCII>(in, end, out, outEnd);
+    else if (same == Same::PRINTABLE)
+        copyShort<Same::PRINTABLE>(in, end, out, outEnd);
 }
 
 }  // namespace kx7

@@ -38,6 +38,8 @@ SingleByteTables::SingleByteTables(unsigned short const* pairs)
         encodesASCII = encodesASCII && (code >= 0x80 || same(code));
         isLatin1 = isLatin1 && toUnicode[code] == code && same(code);
     }
+    sameBytes = sameOf([this](unsigned int byte) { return unsigned{toUnicode[byte]}; });
+    sameUnits = sameOf([this](unsigned int unit) { return unsigned{get(static_cast<unsigned short>(unit))}; });
 }
 
 }  // namespace kx7

@@ -3,6 +3,7 @@
 #define KX7_KERNELS_SINGLEBYTE_H
 
 #include "kx7/converters/LookupTable.h"
+#include "kx7/kernels/Same.h"
 
 namespace kx7 {
 
@@ -37,6 +38,8 @@ struct SingleByteTables : LookupTable<unsigned char> {
     bool decodesASCII = false;           ///< all bytes below 0x80 do
     bool encodesASCII = false;           ///< and so do the units
     bool isLatin1 = false;               ///< all bytes do, both ways
+    Same sameBytes = Same::NONE;         ///< which of the bytes below 0x80 do
+    Same sameUnits = Same::NONE;         ///< and which of the units
 };
 
 }  // namespace kx7

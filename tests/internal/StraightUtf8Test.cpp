@@ -1,0 +1,201 @@
+// kx7text tests - short texts straight to and from UTF-8, against the conversion in two steps by the plain engine.
+#include <gtest/gtest.h>
+
+#include <random>
+#include <string>
+#include <vector>
+
+#include "kx7/charset/KX7CharSet.h"
+#include "kx7/converters/Engine.h"
+#include "tests/internal/AllSets.h"
+#include "tests/internal/KernelSets.h"
+#include "tests/support/Hex.h"
+#include "tests/support/Memory.h"
+
+using namespace kx7test;
+
+namespace {
+
+constexpr size_t LONGEST = 300;  ///< more than is taken
+
+/** One direction of one set. */
+struct Way {
+    std::string name;
+    KX7CharSetConverter& from;
+    KX7CharSetConverter& to;
+    std::vector<std::string> plain;      ///< characters that both sides have
+    std::vector<std::string> fragments;  ///< anything
+
+    bool isToUTF8() const { return &to == &g_oConverterUTF8; }
+
+    size_t convert(unsigned char const* source, unsigned char* dest, size_t room) const
+    {
+        return isToUTF8() ? kx7::engineOf(from)->toUTF8(from, source, dest, room)
+                          : kx7::engineOf(to)->fromUTF8(to, source, dest, room);
+    }
+};
+
+std::string inTwoSteps(Way const& way, std::string const& text, size_t room)
+{
+    Using const plain(kx7::InstructionSet::PLAIN);
+    std::string result(room + 1, '\0');
+    result.resize(kx7::convertThroughUTF16(way.from, text.c_str(), way.to, result.data(),
+                                           static_cast<unsigned int>(room), {false, ILLCHAR_REPLACE}));
+    return result;
+}
+
+/** Every set of bytes, both ways. */
+std::vector<Way> const& ways()
+{
+    static std::vector<Way> const all = [] {
+        std::vector<Way> found;
+        for (MultibyteSet const& set : allSets()) {
+            if (set.isWide || &set.converter == &g_oConverterUTF8 || &set.converter == &g_oConverterUTF16Esc)
+                continue;
+            Way to{std::string(set.name) + " to UTF-8", set.converter, g_oConverterUTF8, {}, set.byteFragments};
+            Way from{std::string(set.name) + " from UTF-8", g_oConverterUTF8, set.converter, {}, utf8Fragments()};
+            std::vector<std::u16string> units = set.unitFragments;
+            for (char16_t const unit : {u'a', u'<', u' ', u'\n', u'~', u'\x1C', u'\xE9', u'\x44F', u'\xE01', u'\x3042',
+                                        u'\x4E00', u'\xAC00', u'\xAC02', u'\x20AC'})
+                units.emplace_back(1, unit);
+            for (std::u16string const& text : units) {
+                auto const* const source = reinterpret_cast<unsigned short const*>(text.c_str());
+                unsigned char bytes[16];
+                std::string const utf8(bytes, bytes + UTF16ToUTF8(bytes, source, sizeof bytes));
+                std::string const local(
+                    bytes, bytes + set.converter.fromUTF16(bytes, source, sizeof bytes - 1, ILLCHAR_REPLACE, nullptr));
+                from.fragments.push_back(utf8);
+                if (local != "?" && inTwoSteps(from, utf8, 16) == local && inTwoSteps(to, local, 16) == utf8) {
+                    to.plain.push_back(local);
+                    from.plain.push_back(utf8);
+                }
+            }
+            found.push_back(to);
+            found.push_back(from);
+        }
+        return found;
+    }();
+    return all;
+}
+
+/** A text of about `length` bytes: runs of ASCII, of characters, and `broken` fragments in a thousand. */
+std::string textOf(Way const& way, std::mt19937& random, size_t length, unsigned int broken)
+{
+    std::string text;
+    while (text.size() < length) {
+        bool const isASCII = random() % 2 == 0;
+        for (size_t n = random() % 24; n != 0; --n) {
+            if (random() % 1000 < broken)
+                text += way.fragments[random() % way.fragments.size()];
+            else if (isASCII)
+                text += static_cast<char>('a' + random() % 26);
+            else
+                text += way.plain[random() % way.plain.size()];
+        }
+    }
+    while (text.size() > length)
+        text.pop_back();
+    return text;
+}
+
+class Straight {
+public:
+    /** A text `behind` bytes in front of an unreadable page is converted as in two steps, or left to them. */
+    testing::AssertionResult isAsInTwoSteps(Way const& way, std::string const& text, size_t room, size_t behind = 0)
+    {
+        unsigned char const* const source = m_source.hold(text, 1 + behind);
+        unsigned char* const dest = m_dest.arm(room);
+        std::vector<unsigned char> const before(dest, dest + room);
+        size_t const written = way.convert(source, dest, room);
+        std::string const expected = inTwoSteps(way, text, room);
+        bool const isTaken = written != kx7::NOT_STRAIGHT;
+        m_taken += isTaken;
+        bool isRight = m_dest.intact() && (!isTaken || written == expected.size());
+        for (size_t i = 0; i < room && isRight; ++i) {
+            bool const isExpected = i < expected.size() && dest[i] == static_cast<unsigned char>(expected[i]);
+            isRight = isExpected || (dest[i] == before[i] && (!isTaken || i >= expected.size()));
+        }
+        if (isRight)
+            return testing::AssertionSuccess();
+        return testing::AssertionFailure()
+               << way.name << ", room " << room << ", " << behind << " behind, of " << hex(text, text.size()) << "\n  "
+               << static_cast<ptrdiff_t>(written) << " written, expected " << hex(expected, expected.size());
+    }
+
+    /** Texts that were not left. */
+    size_t taken() const { return m_taken; }
+
+private:
+    PageEnd<unsigned char> m_source;
+    Fenced<unsigned char> m_dest;
+    size_t m_taken = 0;
+};
+
+}  // namespace
+
+TEST(StraightUtf8, EveryLengthAndEveryPlaceInFrontOfAPage)
+{
+    for (kx7::InstructionSet const set : sets()) {
+        Using const kernels(set);
+        std::mt19937 random(1);
+        Straight straight;
+        for (Way const& way : ways())
+            for (size_t length = 0; length <= LONGEST; ++length)
+                for (unsigned int const broken : {0, 1, 10, 100})
+                    ASSERT_TRUE(straight.isAsInTwoSteps(way, textOf(way, random, length, broken), 4 * length,
+                                                        random() % 2 * (random() % 128)))
+                        << nameOf(set);
+    }
+}
+
+TEST(StraightUtf8, EveryRoom)
+{
+    for (kx7::InstructionSet const set : sets()) {
+        Using const kernels(set);
+        std::mt19937 random(2);
+        Straight straight;
+        for (Way const& way : ways())
+            for (size_t const length : {1, 3, 7, 15, 16, 17, 24, 33, 64, 70, 100}) {
+                std::string const text = textOf(way, random, length, 2);
+                for (size_t room = 0; room <= 3 * length + 4; ++room)
+                    ASSERT_TRUE(straight.isAsInTwoSteps(way, text, room)) << nameOf(set);
+            }
+    }
+}
+
+TEST(StraightUtf8, EveryFragmentAtEveryPlace)
+{
+    for (kx7::InstructionSet const set : sets()) {
+        Using const kernels(set);
+        std::mt19937 random(3);
+        Straight straight;
+        for (Way const& way : ways())
+            for (std::string const& fragment : way.fragments)
+                for (std::string const& next : {std::string("x"), way.fragments[random() % way.fragments.size()]})
+                    for (size_t before = 0; before <= 66; ++before) {
+                        std::string const text = textOf(way, random, before, 0) + fragment + next;
+                        ASSERT_TRUE(straight.isAsInTwoSteps(way, text, 4 * text.size())) << nameOf(set);
+                    }
+    }
+}
+
+TEST(StraightUtf8, WhatBothSidesHaveIsTaken)
+{
+    for (kx7::InstructionSet const set : sets()) {
+        Using const kernels(set);
+        for (Way const& way : ways()) {
+            Straight straight;
+            size_t texts = 0;
+            for (size_t count = 1; count <= 60; ++count)
+                for (std::string const& character : way.plain) {
+                    std::string text;
+                    for (size_t i = 0; i < count; ++i)
+                        text += character;
+                    ++texts;
+                    ASSERT_TRUE(straight.isAsInTwoSteps(way, text, 4 * text.size())) << nameOf(set);
+                }
+            EXPECT_EQ(straight.taken(), texts) << way.name << ", " << nameOf(set);
+            EXPECT_GE(way.plain.size(), 5u) << way.name;
+        }
+    }
+}
