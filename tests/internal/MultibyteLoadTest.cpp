@@ -3,10 +3,13 @@
 
 #include <climits>
 #include <functional>
+#include <initializer_list>
+#include <iterator>
 
 #include "kx7/tables/ByteTypeTables.h"
 #include "tests/internal/Allocations.h"
 #include "tests/internal/MultibyteSets.h"
+#include "tests/support/Guarded.h"
 #include "tests/support/Probe.h"
 
 using namespace kx7test;
@@ -220,6 +223,35 @@ TEST(MultibyteLoading, MissingTableIsTriedAgainByTheNextConversion)
             }
             expectComplete(maker, *converter);
         }
+}
+
+TEST(MultibyteLoading, ListsAreReadNoFurtherThanTheirEnd)
+{
+    Guarded<unsigned short> const pairs(DBCS_LIST.data(), DBCS_LIST.size());
+    Guarded<unsigned short> const rows(ROW_LIST.data(), ROW_LIST.size());
+    Guarded<unsigned short> const jis0201(JIS0201_LIST.data(), JIS0201_LIST.size());
+    Guarded<unsigned short> const jis0212(JIS0212_LIST.data(), JIS0212_LIST.size());
+    Guarded<sMBCSExTable> const ex(EX_LIST, std::size(EX_LIST));
+    // Without the third allocation tables are built in another way.
+    for (unsigned int const failing : {0u, 3u}) {
+        KX7CharSetConverterDBCS dbcs(pairs.data(), oCP932Type, KX7CS_WCP932);
+        KX7CharSetConverterDBCSEx dbcsEx(ex.data(), oCP932Type, KX7CS_SJIS0213);
+        KX7CharSetConverterEUC_CN_KR eucKr(rows.data(), KX7CS_EUC_KR);
+        KX7CharSetConverterEUC_JP eucJp(rows.data(), jis0201.data(), jis0212.data(), KX7CS_EUC_JP);
+        KX7CharSetConverterGB18030 gb(pairs.data(), KX7CS_GB18030);
+        size_t i = 0;
+        for (KX7CharSetConverter* const converter :
+             std::initializer_list<KX7CharSetConverter*>{&dbcs, &dbcsEx, &eucKr, &eucJp, &gb}) {
+            Maker const& maker = makers()[i++];
+            {
+                Allocations::Watch watch;
+                if (failing != 0)
+                    watch.fail(failing, failing);
+                maker.load(*converter);
+            }
+            expectComplete(maker, *converter);
+        }
+    }
 }
 
 TEST(MultibyteLoading, NameConstructorsHaveNoListAndMapNothing)

@@ -1,7 +1,9 @@
 // kx7text tests - every single-byte converter against the model of its stored list.
 #include <gtest/gtest.h>
 
+#include "kx7/converters/KX7CharSetConverterSBCS.h"
 #include "tests/internal/SingleByteLists.h"
+#include "tests/support/Guarded.h"
 #include "tests/support/Probe.h"
 #include "tests/support/SampleSingleByte.h"
 #include "tests/support/Texts.h"
@@ -40,4 +42,14 @@ TEST(SingleByteSets, RandomTextsOfEverySet)
                 probe.compareEncode({randomText(random, units, length), room, op});
             }
     }
+}
+
+TEST(SingleByteSets, ListIsReadNoFurtherThanItsEnd)
+{
+    std::vector<unsigned short> const list = listOf(samplePairs());
+    Guarded<unsigned short> const guarded(list.data(), list.size());
+    KX7CharSetConverterSBCS converter(guarded.data(), KX7CS_WCP1252);
+    SingleByteModel const model(samplePairs());
+    Probe probe(converter, model);
+    compareEveryByteAndUnit(probe);
 }
