@@ -170,7 +170,15 @@ unsigned int convertThroughUTF16(KX7CharSetConverter& from, char const* source, 
     size_t held = 0;  // units at the front of the piece that must be seen together with what follows
     bool more = true;
     bool empty = true;
+    bool const isFromUTF8 = fromEngine == &EngineOf<KX7CharSetConverterUTF8>::ENGINE && !transit.unescape;
     while (more) {
+        if (isFromUTF8 && held == 0) {
+            unsigned char* const outBefore = out;
+            toEngine->runFromUTF8(to, in, out, outEnd);
+            empty = empty && out == outBefore;
+            if (*in == 0 && !empty)
+                break;
+        }
         size_t const want = std::min(PIECE - held, unitsLeft);
         TextProgress const decoded =
             fromEngine->decodeText(from, {in, nullptr}, piece + held, static_cast<unsigned int>(want));

@@ -85,6 +85,13 @@ struct Engine {
     TextProgress (*encodeText)(KX7CharSetConverter& converter, UnitText const& source, unsigned char* dest,
                                unsigned int room, ILLCHAR_OPTYPE op, bool last);
 
+    /**
+     * Converts zero-terminated UTF-8 to this encoding at once, moving `in` and `out`, as far as it is sure of what the
+     * two steps through UTF-16 would do; it may do nothing.
+     */
+    void (*runFromUTF8)(KX7CharSetConverter& converter, unsigned char const*& in, unsigned char*& out,
+                        unsigned char* outEnd);
+
     /** The published toUTF16, with a source that may have an end instead of a terminator. */
     unsigned int (*toUTF16)(KX7CharSetConverter& converter, unsigned short* dest, ByteText const& source,
                             unsigned int room, int sourceLimit);
@@ -122,6 +129,8 @@ struct EngineOf {
                                    unsigned int room);
     static TextProgress encodeText(KX7CharSetConverter& converter, UnitText const& source, unsigned char* dest,
                                    unsigned int room, ILLCHAR_OPTYPE op, bool last);
+    static void runFromUTF8(KX7CharSetConverter& converter, unsigned char const*& in, unsigned char*& out,
+                            unsigned char* outEnd);
     static unsigned int toUTF16(KX7CharSetConverter& converter, unsigned short* dest, ByteText const& source,
                                 unsigned int room, int sourceLimit);
     static size_t toUTF8(KX7CharSetConverter& converter, unsigned char const* source, unsigned char* dest, size_t room);

@@ -51,6 +51,11 @@ TextProgress EngineOf<Converter>::encodeText(KX7CharSetConverter& converter, Uni
 }
 
 template <class Converter>
+void EngineOf<Converter>::runFromUTF8(KX7CharSetConverter&, unsigned char const*&, unsigned char*&, unsigned char*)
+{
+}
+
+template <class Converter>
 unsigned int EngineOf<Converter>::toUTF16(KX7CharSetConverter& converter, unsigned short* dest, ByteText const& source,
                                           unsigned int room, int sourceLimit)
 {
@@ -79,8 +84,8 @@ size_t EngineOf<Converter>::fromUTF8(KX7CharSetConverter& converter, unsigned ch
 
 template <class Converter>
 Engine const EngineOf<Converter>::ENGINE = {
-    &EngineOf::decode,     &EngineOf::decodeStrict, &EngineOf::encode, &EngineOf::decodeText,
-    &EngineOf::encodeText, &EngineOf::toUTF16,      &EngineOf::toUTF8, &EngineOf::fromUTF8,
+    &EngineOf::decode,      &EngineOf::decodeStrict, &EngineOf::encode, &EngineOf::decodeText, &EngineOf::encodeText,
+    &EngineOf::runFromUTF8, &EngineOf::toUTF16,      &EngineOf::toUTF8, &EngineOf::fromUTF8,
 };
 
 }  // namespace kx7

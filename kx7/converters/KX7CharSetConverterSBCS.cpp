@@ -101,7 +101,16 @@ private:
     kx7::SingleByteTables const& m_tables;
 };
 
-template struct kx7::EngineOf<KX7CharSetConverterSBCS>;
+namespace kx7 {
+template <>
+void EngineOf<KX7CharSetConverterSBCS>::runFromUTF8(KX7CharSetConverter& converter, unsigned char const*& in,
+                                                    unsigned char*& out, unsigned char* outEnd)
+{
+    kernels().singleByteFromUTF8(static_cast<KX7CharSetConverterSBCS&>(converter).tables(), in, out, outEnd);
+}
+
+template struct EngineOf<KX7CharSetConverterSBCS>;
+}  // namespace kx7
 
 KX7CharSetConverterSBCS::KX7CharSetConverterSBCS(unsigned short const* map, KX7CharSet charSet)
     : KX7CharSetConverter(charSet), m_pszName(nullptr), m_pToUnicode(nullptr), m_pFromUnicode(nullptr), m_pMap(map)

@@ -78,6 +78,7 @@ constexpr Kernels AVX512_KERNELS = {
     countAsUTF8Avx512,
     decodeSingleByteAvx512,
     encodeSingleByteAvx512,
+    singleByteFromUTF8Avx512,
     decodePairsAvx512,
     decodeFourBytesAvx512,
     countPairsAvx512,

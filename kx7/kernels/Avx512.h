@@ -54,6 +54,8 @@ void decodeSingleByteAvx512(SingleByteTables const& tables, unsigned char const*
                             unsigned short*& out, unsigned short* outEnd);
 void encodeSingleByteAvx512(SingleByteTables const& tables, unsigned short const*& in, unsigned short const* end,
                             unsigned char*& out, unsigned char* outEnd);
+void singleByteFromUTF8Avx512(SingleByteTables const& tables, unsigned char const*& in, unsigned char*& out,
+                              unsigned char* outEnd);
 void decodePairsAvx512(PairUnits const& pairs, unsigned char const*& in, unsigned char const* end, unsigned short*& out,
                        unsigned short* outEnd);
 void decodeFourBytesAvx512(PairUnits const& pairs, FourByteRun const& run, unsigned char const*& in,

@@ -41,6 +41,7 @@ constexpr Kernels PLAIN_KERNELS = {
     noCountAsUTF8,
     [](SingleByteTables const&, unsigned char const*&, unsigned char const*, unsigned short*&, unsigned short*) {},
     [](SingleByteTables const&, unsigned short const*&, unsigned short const*, unsigned char*&, unsigned char*) {},
+    noSingleByteFromUTF8,
     [](PairUnits const&, unsigned char const*&, unsigned char const*, unsigned short*&, unsigned short*) {},
     noFourBytes,
     noCountPairs,

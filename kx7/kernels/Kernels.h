@@ -84,6 +84,13 @@ struct Kernels {
     void (*encodeSingleByte)(SingleByteTables const& tables, unsigned short const*& in, unsigned short const* end,
                              unsigned char*& out, unsigned char* outEnd);
 
+    /**
+     * UTF-8 up to its zero byte, as bytes of a set that maps it. Reads on to the end of the page in which that byte is;
+     * may read so much in front of the text.
+     */
+    void (*singleByteFromUTF8)(SingleByteTables const& tables, unsigned char const*& in, unsigned char*& out,
+                               unsigned char* outEnd);
+
     /** Characters of a double-byte set that `pairs` has. */
     void (*decodePairs)(PairUnits const& pairs, unsigned char const*& in, unsigned char const* end,
                         unsigned short*& out, unsigned short* outEnd);
@@ -128,6 +135,10 @@ inline size_t noCountUTF8(unsigned char const*& /*in*/, unsigned char const* /*e
 inline size_t noCountAsUTF8(unsigned short const*& /*in*/, unsigned short const* /*end*/)
 {
     return 0;
+}
+inline void noSingleByteFromUTF8(SingleByteTables const& /*tables*/, unsigned char const*& /*in*/,
+                                 unsigned char*& /*out*/, unsigned char* /*outEnd*/)
+{
 }
 inline size_t noCountPairs(unsigned char const* /*types*/, unsigned char const*& /*in*/, unsigned char const* /*end*/)
 {

@@ -1,4 +1,5 @@
-// kx7text fuzzing - every set of kernels that the machine has against the plain steps: ranges both ways, every set.
+// kx7text fuzzing - every set of kernels that the machine has against the plain steps: ranges both ways, and text from
+// and to UTF-8, every set.
 #include <tuple>
 
 #include "kx7/converters/Engine.h"
@@ -38,6 +39,30 @@ void compare(Convert convert, KX7CharSetConverter& converter, Source const* sour
             require(run(convert, converter, source, size, memory, room, last) == expected, "kernels differ");
 }
 
+/** Zero-terminated text from one converter to another. */
+std::string runThrough(KX7CharSetConverter& from, std::string const& text, KX7CharSetConverter& to, unsigned int room,
+                       ILLCHAR_OPTYPE op)
+{
+    static PageEnd<unsigned char> source;
+    static Fenced<unsigned char> dest;
+    size_t const terminator = to.getNullCharSize();
+    unsigned char* const bytes = dest.arm(room + terminator);
+    auto const* const in = reinterpret_cast<char const*>(source.hold(text, from.getNullCharSize()));
+    unsigned int const n = kx7::convertThroughUTF16(from, in, to, bytes, room, {false, op});
+    require(dest.intact(), "wrote outside its room");
+    return {bytes, bytes + n};
+}
+
+void compareThrough(KX7CharSetConverter& from, std::string const& text, KX7CharSetConverter& to, unsigned int room,
+                    ILLCHAR_OPTYPE op)
+{
+    kx7::useInstructionSet(InstructionSet::PLAIN);
+    std::string const expected = runThrough(from, text, to, room, op);
+    for (InstructionSet const set : {InstructionSet::BASELINE, InstructionSet::AVX2, InstructionSet::AVX512})
+        if (kx7::useInstructionSet(set))
+            require(runThrough(from, text, to, room, op) == expected, "kernels differ");
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size)
@@ -54,6 +79,19 @@ extern "C" int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size)
     size_t room = input.byte();
     // Repeated, so that short inputs fill the blocks of the kernels.
     size_t const repeat = 1 + input.byte() % 16;
+    if ((how & 6) == 6 && converter.getNullCharSize() == 1) {
+        auto const piece = input.rest<char>();
+        std::string text;
+        for (size_t i = 0; i < repeat; ++i)
+            text += piece;
+        auto const most = static_cast<unsigned int>(how & 8 ? room * 4 : text.size() * 6 + 8);
+        auto const op = static_cast<ILLCHAR_OPTYPE>((how >> 4) % 3);
+        if (how & 128)
+            compareThrough(g_oConverterUTF8, text, converter, most, op);
+        else
+            compareThrough(converter, text, g_oConverterUTF8, most, op);
+        return 0;
+    }
     if ((how & 6) == 0) {
         auto const piece = input.rest<char16_t>();
         std::u16string text;

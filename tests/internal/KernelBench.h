@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "kx7/charset/Converters.h"
 #include "kx7/converters/Engine.h"
 #include "kx7/kernels/Kernels.h"
 #include "tests/internal/KernelSets.h"
@@ -144,9 +145,36 @@ public:
         return {flag, n, {}, 0, {reinterpret_cast<char const*>(dest), (n + 1) * 2}};
     }
 
+    /** Zero-terminated text from UTF-8 to the converter's set, or back, in the two steps or at once. */
+    Outcome fromUTF8(std::string const& bytes, unsigned int room, size_t shift = NOWHERE,
+                     kx7::Transit transit = {false, ILLCHAR_REPLACE})
+    {
+        return through(g_oConverterUTF8, m_converter, bytes, room, shift, transit);
+    }
+    Outcome toUTF8(std::string const& bytes, unsigned int room, size_t shift = NOWHERE,
+                   kx7::Transit transit = {false, ILLCHAR_REPLACE})
+    {
+        return through(m_converter, g_oConverterUTF8, bytes, room, shift, transit);
+    }
+
     static constexpr size_t NOWHERE = SIZE_MAX;
 
 private:
+    Outcome through(KX7CharSetConverter& from, KX7CharSetConverter& to, std::string const& bytes, unsigned int room,
+                    size_t shift, kx7::Transit transit)
+    {
+        unsigned char* const source = place(m_source, bytes.size() + 1, shift);
+        memcpy(source, bytes.c_str(), bytes.size() + 1);
+        unsigned char* const end = m_dest.data() + CAPACITY;
+        unsigned char* const dest = end - room - 1;
+        memset(dest, CANARY, room + size_t{1});
+        unsigned int const n =
+            kx7::convertThroughUTF16(from, reinterpret_cast<char const*>(source), to, dest, room, transit);
+        // Nothing at all is written for a text that decodes to nothing.
+        expectUntouched(dest + n + (dest[0] == CANARY && n == 0 ? 0 : 1), end);
+        return {0, n, {}, 0, {reinterpret_cast<char const*>(dest), n + size_t{1}}};
+    }
+
     /** Kernels write what the text has and nothing behind it. */
     static void expectUntouched(unsigned char const* begin, unsigned char const* end)
     {
