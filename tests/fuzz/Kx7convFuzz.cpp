@@ -212,7 +212,7 @@ Converted convert(std::string_view source, Setup const& setup)
             ++result.faults;
             if (setup.onError == OnError::STOP)
                 return result;
-            units.remove_prefix(encoded.first.unitOffset);
+            units.remove_prefix(static_cast<size_t>(encoded.first.unitOffset));
             result.text += insteadOfUnits(units.substr(0, encoded.first.length), setup);
             units.remove_prefix(encoded.first.length);
         }
@@ -222,7 +222,7 @@ Converted convert(std::string_view source, Setup const& setup)
         if (setup.onError == OnError::STOP)
             return result;
         result.text += insteadOfBytes(setup);
-        source.remove_prefix(decoded.first.byteOffset + decoded.first.length);
+        source.remove_prefix(static_cast<size_t>(decoded.first.byteOffset) + decoded.first.length);
     }
 }
 

@@ -42,6 +42,16 @@ private:
     size_t m_at = 0;
 };
 
+int byteOf(Pieces& pieces)
+{
+    try {
+        return pieces.sbumpc();
+    }
+    catch (int) {
+        return pieces.sbumpc();
+    }
+}
+
 bool isSpace(char c)
 {
     return strchr(" \t\n\v\f\r", c) && c != 0;
@@ -169,16 +179,8 @@ extern "C" int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size)
     // What is left in the stream is what the model has left.
     model.broken = NOWHERE;
     std::string rest;
-    for (bool ended = false; !ended;) {
-        try {
-            int const byte = pieces.sbumpc();
-            ended = byte == EOF;
-            if (!ended)
-                rest += static_cast<char>(byte);
-        }
-        catch (int) {
-        }
-    }
+    for (int byte; (byte = byteOf(pieces)) != EOF;)
+        rest += static_cast<char>(byte);
     require(rest == model.bytes.substr(model.at), "rest");
     return 0;
 }
