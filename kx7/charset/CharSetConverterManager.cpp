@@ -14,6 +14,7 @@
 
 #include "kx7/charset/CharSetNames.h"
 #include "kx7/charset/Converters.h"
+#include "kx7/converters/Engine.h"
 #include "kx7/converters/LoadLock.h"
 #include "kx7/tables/ByteTypeTables.h"
 #include "kx7/tables/MappingLists.h"
@@ -69,7 +70,7 @@ namespace {
 /** The registry's map once more, without a search: a slot for each character set that came first to it. */
 struct Slot {
     KX7CharSet charSet;
-    KX7CharSetConverter* converter;  ///< null: empty
+    kx7::Served served;  ///< no converter: empty
 };
 
 // Written where the registry of the process is, and as that without a lock.
@@ -84,8 +85,8 @@ Slot& slotOf(KX7CharSet charSet)
 void fillSlot(KX7CharSet charSet, KX7CharSetConverter* converter)
 {
     Slot& slot = slotOf(charSet);
-    if (!slot.converter)
-        slot = {charSet, converter};
+    if (!slot.served.converter && converter)
+        slot = {charSet, {converter, kx7::engineOf(*converter)}};
 }
 
 }  // namespace
@@ -94,10 +95,22 @@ KX7_EARLY CharSetConverterManager g_oCnvtMgr;
 
 KX7CharSetConverter* KX7CharSetConverter::getConverter(KX7CharSet charSet)
 {
+    // No other can be registered for it, and it is asked for most.
+    if (charSet == KX7CS_UTF8)
+        return &g_oConverterUTF8;
     Slot const& slot = slotOf(charSet);
-    if (__builtin_expect(slot.charSet == charSet && slot.converter, true))
-        return slot.converter;
+    if (__builtin_expect(slot.charSet == charSet && slot.served.converter, true))
+        return slot.served.converter;
     return g_oCnvtMgr.getConverter(charSet);
+}
+
+kx7::Served kx7::servedBy(KX7CharSet charSet)
+{
+    Slot const& slot = slotOf(charSet);
+    if (__builtin_expect(slot.charSet == charSet && slot.served.converter, true))
+        return slot.served;
+    KX7CharSetConverter* const converter = g_oCnvtMgr.getConverter(charSet);
+    return {converter, engineOf(*converter)};
 }
 
 // The names are strings, and strings are built by a converter: while this runs, KX7CS_UTF8 is served by load() from an

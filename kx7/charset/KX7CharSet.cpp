@@ -8,6 +8,7 @@
 #include "kx7/converters/Walk.h"
 
 using kx7::converterOf;
+using kx7::servedBy;
 
 namespace {
 
@@ -19,41 +20,42 @@ unsigned int localToUTF8(unsigned char* dst, char const* src, int dstBytes, KX7C
         *dst = 0;
         return 0;
     }
-    KX7CharSetConverter& local = converterOf(cs);
+    kx7::Served const local = servedBy(cs);
     unsigned int const room = static_cast<unsigned int>(dstBytes) - 1;
-    if (kx7::Engine const* const engine = kx7::engineOf(local); engine && !transit.unescape) {
-        size_t const bytes = engine->toUTF8(local, reinterpret_cast<unsigned char const*>(src), dst, room);
+    if (local.engine && local.engine->toUTF8 && !transit.unescape) {
+        auto const* const source = reinterpret_cast<unsigned char const*>(src);
+        size_t const bytes = local.engine->toUTF8(*local.converter, source, dst, room);
         if (bytes != kx7::NOT_STRAIGHT) {
             dst[bytes] = 0;
             return static_cast<unsigned int>(bytes);
         }
     }
-    return kx7::convertThroughUTF16(local, src, converterOf(KX7CS_UTF8), dst, room, transit);
+    return kx7::convertThroughUTF16(*local.converter, src, converterOf(KX7CS_UTF8), dst, room, transit);
 }
 
 unsigned int utf8ToLocal(char* dst, unsigned char const* src, int dstBytes, KX7CharSet cs, kx7::Transit transit)
 {
     if (!src || !dst)
         return 0;
-    KX7CharSetConverter& local = converterOf(cs);
-    unsigned int const terminator = local.getNullCharSize();
+    kx7::Served const local = servedBy(cs);
     auto const capacity = static_cast<unsigned int>(dstBytes);  // kept on purpose: a negative one passes
+    if (local.engine && local.engine->fromUTF8 && capacity != 0) {
+        size_t const bytes =
+            local.engine->fromUTF8(*local.converter, src, reinterpret_cast<unsigned char*>(dst), capacity - 1);
+        if (bytes != kx7::NOT_STRAIGHT) {
+            dst[bytes] = 0;
+            return static_cast<unsigned int>(bytes);
+        }
+    }
+    unsigned int const terminator = local.converter->getNullCharSize();
     if (terminator > capacity)
         return 0;
     if (*src == 0) {
         memset(dst, 0, terminator);
         return 0;
     }
-    unsigned int const room = capacity - terminator;
-    if (kx7::Engine const* const engine = kx7::engineOf(local)) {
-        size_t const bytes = engine->fromUTF8(local, src, reinterpret_cast<unsigned char*>(dst), room);
-        if (bytes != kx7::NOT_STRAIGHT) {
-            dst[bytes] = 0;
-            return static_cast<unsigned int>(bytes);
-        }
-    }
-    return kx7::convertThroughUTF16(converterOf(KX7CS_UTF8), reinterpret_cast<char const*>(src), local, dst, room,
-                                    transit);
+    return kx7::convertThroughUTF16(converterOf(KX7CS_UTF8), reinterpret_cast<char const*>(src), *local.converter, dst,
+                                    capacity - terminator, transit);
 }
 
 }  // namespace

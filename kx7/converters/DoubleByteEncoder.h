@@ -23,7 +23,15 @@ public:
     void run(unsigned short const*& in, unsigned short const* end, unsigned char*& out, unsigned char* outEnd) const
     {
         copyShort(m_same, in, end, out, outEnd);
-        if (m_codes && in != end)
+        if (in != end)
+            runKernel(in, end, out, outEnd);
+    }
+
+    /** The same without a 0 unit, if that has no code. */
+    void runKernel(unsigned short const*& in, unsigned short const* end, unsigned char*& out,
+                   unsigned char* outEnd) const
+    {
+        if (m_codes)
             kernels().encodeDoubleByte(m_codes, in, end, out, outEnd);
     }
 
@@ -37,7 +45,7 @@ public:
     /** Which units are their own bytes. */
     Same same() const { return m_same; }
 
-    /** What a unit is written as, one byte or two; 0 where the step has to be asked. */
+    /** What a unit is written as, one byte, two or four; 0 where the step has to be asked. */
     unsigned int codeOf(unsigned short unit) const { return m_codes ? m_codes[unit] : 0; }
 
 private:

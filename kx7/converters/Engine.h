@@ -53,6 +53,9 @@ struct TextProgress {
 /** What Engine::toUTF8 and fromUTF8 return for a text that they do not take. */
 constexpr size_t NOT_STRAIGHT = SIZE_MAX;
 
+using StraightConversion = size_t(KX7CharSetConverter& converter, unsigned char const* source, unsigned char* dest,
+                                  size_t room);
+
 /** The operations of one converter class. The converter loads its tables if need be; nothing here throws. */
 struct Engine {
     /**
@@ -98,18 +101,27 @@ struct Engine {
 
     /**
      * Short zero-terminated text straight to UTF-8, without a terminator. Takes a text whole, or returns NOT_STRAIGHT:
-     * that one is to be converted in two steps, over what this has written.
+     * that one is to be converted in two steps, over what this has written. Null for a class of other texts.
      */
-    size_t (*toUTF8)(KX7CharSetConverter& converter, unsigned char const* source, unsigned char* dest, size_t room);
+    StraightConversion* toUTF8;
 
     /** The same from UTF-8. */
-    size_t (*fromUTF8)(KX7CharSetConverter& converter, unsigned char const* source, unsigned char* dest, size_t room);
+    StraightConversion* fromUTF8;
 };
 
 /** The engine of a converter of one of the library's own classes; null for a class that a caller derived. */
 Engine const* engineOf(KX7CharSetConverter const& converter);
 
+/** A converter, and its engine if it has one. */
+struct Served {
+    KX7CharSetConverter* converter;
+    Engine const* engine;
+};
+
 /** The converter that serves `charSet`. */
+Served servedBy(KX7CharSet charSet);
+
+/** The same alone. */
 inline KX7CharSetConverter& converterOf(KX7CharSet charSet)
 {
     return *KX7CharSetConverter::getConverter(charSet);
@@ -133,9 +145,8 @@ struct EngineOf {
                             unsigned char* outEnd);
     static unsigned int toUTF16(KX7CharSetConverter& converter, unsigned short* dest, ByteText const& source,
                                 unsigned int room, int sourceLimit);
-    static size_t toUTF8(KX7CharSetConverter& converter, unsigned char const* source, unsigned char* dest, size_t room);
-    static size_t fromUTF8(KX7CharSetConverter& converter, unsigned char const* source, unsigned char* dest,
-                           size_t room);
+    static constexpr StraightConversion* toUTF8();
+    static constexpr StraightConversion* fromUTF8();
     static Engine const ENGINE;
 };
 

@@ -2,6 +2,8 @@
 #ifndef KX7_CONVERTERS_ENGINEOF_H
 #define KX7_CONVERTERS_ENGINEOF_H
 
+#include <utility>
+
 #include "kx7/converters/StraightUtf8.h"
 #include "kx7/converters/Walk.h"
 
@@ -63,29 +65,31 @@ unsigned int EngineOf<Converter>::toUTF16(KX7CharSetConverter& converter, unsign
 }
 
 template <class Converter>
-size_t EngineOf<Converter>::toUTF8(KX7CharSetConverter& converter, unsigned char const* source, unsigned char* dest,
-                                   size_t room)
+constexpr StraightConversion* EngineOf<Converter>::toUTF8()
 {
-    using Decoder = decltype(static_cast<Converter&>(converter).decoder());
+    using Decoder = decltype(std::declval<Converter&>().decoder());
     if constexpr (Decoder::IS_STRAIGHT)
-        return shortToUTF8(static_cast<Converter&>(converter).decoder(), source, dest, room);
-    return NOT_STRAIGHT;
+        return [](KX7CharSetConverter& converter, unsigned char const* source, unsigned char* dest, size_t room) {
+            return shortToUTF8(static_cast<Converter&>(converter).decoder(), source, dest, room);
+        };
+    return nullptr;
 }
 
 template <class Converter>
-size_t EngineOf<Converter>::fromUTF8(KX7CharSetConverter& converter, unsigned char const* source, unsigned char* dest,
-                                     size_t room)
+constexpr StraightConversion* EngineOf<Converter>::fromUTF8()
 {
-    using Encoder = decltype(static_cast<Converter&>(converter).encoder());
+    using Encoder = decltype(std::declval<Converter&>().encoder());
     if constexpr (Encoder::IS_STRAIGHT)
-        return shortFromUTF8(static_cast<Converter&>(converter).encoder(), source, dest, room);
-    return NOT_STRAIGHT;
+        return [](KX7CharSetConverter& converter, unsigned char const* source, unsigned char* dest, size_t room) {
+            return shortFromUTF8(static_cast<Converter&>(converter).encoder(), source, dest, room);
+        };
+    return nullptr;
 }
 
 template <class Converter>
 Engine const EngineOf<Converter>::ENGINE = {
-    &EngineOf::decode,      &EngineOf::decodeStrict, &EngineOf::encode, &EngineOf::decodeText, &EngineOf::encodeText,
-    &EngineOf::runFromUTF8, &EngineOf::toUTF16,      &EngineOf::toUTF8, &EngineOf::fromUTF8,
+    &EngineOf::decode,      &EngineOf::decodeStrict, &EngineOf::encode,  &EngineOf::decodeText, &EngineOf::encodeText,
+    &EngineOf::runFromUTF8, &EngineOf::toUTF16,      EngineOf::toUTF8(), EngineOf::fromUTF8(),
 };
 
 }  // namespace kx7

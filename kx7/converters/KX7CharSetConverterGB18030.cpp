@@ -265,7 +265,15 @@ struct KX7CharSetConverterGB18030::Encoder : kx7::EncoderBase {
     void run(unsigned short const*& in, unsigned short const* end, unsigned char*& out, unsigned char* outEnd) const
     {
         kx7::copyShort(m_same, in, end, out, outEnd);
-        if (m_codes.oneOrTwo && in != end)
+        if (in != end)
+            runKernel(in, end, out, outEnd);
+    }
+
+    /** The same without a 0 unit, if that has no code. */
+    void runKernel(unsigned short const*& in, unsigned short const* end, unsigned char*& out,
+                   unsigned char* outEnd) const
+    {
+        if (m_codes.oneOrTwo)
             kx7::kernels().encodeGB18030(m_codes, in, end, out, outEnd);
     }
 
@@ -296,7 +304,15 @@ struct KX7CharSetConverterGB18030::Encoder : kx7::EncoderBase {
 
     static constexpr bool IS_STRAIGHT = true;
     kx7::Same same() const { return m_same; }
-    unsigned int codeOf(unsigned short unit) const { return m_codes.oneOrTwo ? m_codes.oneOrTwo[unit] : 0; }
+    unsigned int codeOf(unsigned short unit) const
+    {
+        if (!m_codes.oneOrTwo)
+            return 0;
+        unsigned int const code = m_codes.oneOrTwo[unit];
+        if (code != 0 || m_codes.fourByte[unit] == 0)
+            return code;
+        return fourBytesOf(m_codes.fourByte[unit] - 1U + FIRST_FOUR_BYTE_CODE);
+    }
 
 private:
     LookupTable<unsigned short> const& m_fromUnicode;

@@ -85,6 +85,17 @@ struct KX7CharSetConverterSBCS::Encoder : kx7::EncoderBase {
         } while (in != end && out != outEnd);
     }
 
+    void runFromUTF8(unsigned char const*& in, unsigned char*& out, unsigned char* outEnd) const
+    {
+        kx7::kernels().singleByteFromUTF8(m_tables, in, out, outEnd);
+    }
+
+    void runKernel(unsigned short const*& in, unsigned short const* end, unsigned char*& out,
+                   unsigned char* outEnd) const
+    {
+        kx7::kernels().encodeSingleByte(m_tables, in, end, out, outEnd);
+    }
+
     kx7::EncodedChar step(unsigned short const* p, unsigned short const* /*end*/) const
     {
         unsigned int const byte = m_tables.get(*p);

@@ -53,42 +53,101 @@ KX7_INLINE bool writeUTF8(unsigned int codePoint, unsigned char*& out, unsigned 
     return true;
 }
 
-/** Reads a character. 0: it is U+0000, malformed, cut off, half of one, or not in the standard form. */
-KX7_INLINE unsigned int readUTF8(unsigned char const*& in, unsigned char const* end)
+/**
+ * Reads a character of text that a zero byte ends: what is behind a byte of it can be read. 0: it is U+0000, malformed,
+ * cut off, half of one, or not in the standard form.
+ */
+KX7_INLINE unsigned int readUTF8(unsigned char const*& in)
 {
+    // Bytes that continue a character are below 0x40 then.
+    auto const next = [in](int i) { return in[i] ^ 0x80U; };
+    constexpr unsigned int CONTINUATIONS = 0x40;
     unsigned int const lead = in[0];
-    std::ptrdiff_t const available = end - in;
-    auto const isContinuation = [in](int i) { return (in[i] & 0xC0) == 0x80; };
     if (lead < 0x80) {
         in += 1;
         return lead;
     }
-    if (lead < 0xC2 || available < 2 || !isContinuation(1))
+    unsigned int const second = next(1);
+    if (lead < 0xC2 || second >= CONTINUATIONS)
         return 0;
     if (lead < 0xE0) {
-        unsigned int const codePoint = (lead & 0x1F) << 6 | (in[1] & 0x3FU);
         in += 2;
-        return codePoint;
+        return (lead & 0x1F) << 6 | second;
     }
-    if (available < 3 || !isContinuation(2))
+    unsigned int const third = next(2);
+    if (third >= CONTINUATIONS)
         return 0;
     if (lead < 0xF0) {
-        unsigned int const codePoint = (lead & 0xF) << 12 | (in[1] & 0x3FU) << 6 | (in[2] & 0x3FU);
+        unsigned int const codePoint = (lead & 0xF) << 12 | second << 6 | third;
         in += 3;
         return isSurrogate(codePoint) ? 0 : codePoint;
     }
-    if (lead > 0xF4 || available < 4 || !isContinuation(3))
+    unsigned int const fourth = next(3);
+    if (lead > 0xF4 || fourth >= CONTINUATIONS)
         return 0;
-    unsigned int const codePoint = (lead & 7) << 18 | (in[1] & 0x3FU) << 12 | (in[2] & 0x3FU) << 6 | (in[3] & 0x3FU);
+    unsigned int const codePoint = (lead & 7) << 18 | second << 12 | third << 6 | fourth;
     in += 4;
     return codePoint > 0xFFFF && codePoint <= LAST_CODE_POINT ? codePoint : 0;
+}
+
+/** Writes a character other than U+0000. False: it does not fit, or cannot be represented. */
+template <class Encoder>
+KX7_INLINE bool writeCharacter(Encoder const& encoder, unsigned int codePoint, unsigned char*& out,
+                               unsigned char const* outEnd)
+{
+    std::ptrdiff_t const room = outEnd - out;
+    unsigned int const code = codePoint <= 0xFFFF ? encoder.codeOf(static_cast<unsigned short>(codePoint)) : 0;
+    if (code > 0xFFFF) {
+        if (room < 4)
+            return false;
+        out[0] = static_cast<unsigned char>(code >> 24);
+        out[1] = static_cast<unsigned char>(code >> 16);
+        out[2] = static_cast<unsigned char>(code >> 8);
+        out[3] = static_cast<unsigned char>(code);
+        out += 4;
+        return true;
+    }
+    if (code > 0xFF) {
+        if (room < 2)
+            return false;
+        out[0] = static_cast<unsigned char>(code >> 8);
+        out[1] = static_cast<unsigned char>(code);
+        out += 2;
+        return true;
+    }
+    if (code != 0) {
+        if (room < 1)
+            return false;
+        *out++ = static_cast<unsigned char>(code);
+        return true;
+    }
+    bool const isPair = codePoint > 0xFFFF;
+    unsigned short const units[2] = {isPair ? highSurrogateOf(codePoint) : static_cast<unsigned short>(codePoint),
+                                     lowSurrogateOf(codePoint)};
+    unsigned int const count = isPair ? 2 : 1;
+    EncodedChar const c = encoder.step(units, units + count);
+    if (c.found != Found::CHARACTER || c.consumed != count || room < static_cast<std::ptrdiff_t>(c.length))
+        return false;
+    encoder.write(out, c);
+    return true;
+}
+
+/** The character at `unit`, of which the last unit is then the one at `unit`. */
+KX7_INLINE unsigned int characterAt(unsigned short const*& unit, unsigned short const* end)
+{
+    if (isHighSurrogate(unit[0]) && unit + 1 != end && isLowSurrogate(unit[1])) {
+        ++unit;
+        return codePointOf(unit[-1], unit[0]);
+    }
+    return *unit;
 }
 
 /** The longest text that is short here, in bytes: three times SHORT_TEXT, so that of UTF-8 as much is taken. */
 constexpr size_t LONGEST_STRAIGHT = 3 * SHORT_TEXT;
 
-/** What is left of a text goes through the kernels where it is longer than this: bytes. */
+/** What is left of a text goes through the kernels where it is longer than this: bytes of a set, and of UTF-8. */
 constexpr std::ptrdiff_t ONE_BY_ONE = 16;
+constexpr std::ptrdiff_t ONE_BY_ONE_UTF8 = 48;
 
 /** Decodes a short text into UTF-8, up to its zero byte. Returns the bytes written, or NOT_STRAIGHT. */
 template <class Decoder>
@@ -107,26 +166,25 @@ KX7_INLINE size_t shortToUTF8(Decoder const& decoder, unsigned char const* in, u
         decoder.run(in, end, unitsEnd, units + LONGEST_STRAIGHT);
         unsigned short const* unit = units;
         kernels().encodeUTF8(unit, unitsEnd, out, outEnd);
-        for (; unit != unitsEnd; ++unit) {
-            unsigned int codePoint = *unit;
-            if (isHighSurrogate(codePoint) && unit + 1 != unitsEnd && isLowSurrogate(unit[1]))
-                codePoint = codePointOf(codePoint, *++unit);
-            if (!writeUTF8(codePoint, out, outEnd))
+        for (; unit != unitsEnd; ++unit)
+            if (!writeUTF8(characterAt(unit, unitsEnd), out, outEnd))
                 return NOT_STRAIGHT;
-        }
     }
-    while (in != end) {
-        DecodedChar c = decoder.look(in, end);
+    // Others have had the addresses of `in` and `out`, so these are kept in memory.
+    unsigned char const* from = in;
+    unsigned char* to = out;
+    while (from != end) {
+        DecodedChar c = decoder.look(from, end);
         if (c.found != Found::CHARACTER) {
-            c = decoder.step(in, end);
+            c = decoder.step(from, end);
             if (c.found != Found::CHARACTER || (c.units == 1 && c.codePoint > 0xFFFF))
                 return NOT_STRAIGHT;
         }
-        if (!writeUTF8(c.codePoint, out, outEnd))
+        if (!writeUTF8(c.codePoint, to, outEnd))
             return NOT_STRAIGHT;
-        in += c.consumed;
+        from += c.consumed;
     }
-    return static_cast<size_t>(out - dest);
+    return static_cast<size_t>(to - dest);
 }
 
 /** Encodes a short text of UTF-8, up to its zero byte. Returns the bytes written, or NOT_STRAIGHT. */
@@ -140,45 +198,27 @@ KX7_INLINE size_t shortFromUTF8(Encoder const& encoder, unsigned char const* in,
     unsigned char* out = dest;
     unsigned char* const outEnd = endOf(dest, room);
     copyShort(encoder.same(), in, end, out, outEnd);
-    if (end - in > ONE_BY_ONE) {
+    if (in != end)
+        encoder.runFromUTF8(in, out, outEnd);
+    // A 0 unit, which an overlong form becomes, ends the text: kernels must not write it.
+    if (end - in > ONE_BY_ONE_UTF8 && encoder.codeOf(0) == 0) {
         unsigned short units[LONGEST_STRAIGHT];
         unsigned short* unitsEnd = units;
         kernels().decodeUTF8(in, end, unitsEnd, units + LONGEST_STRAIGHT);
-        auto const count = static_cast<size_t>(unitsEnd - units);
-        if (unitLength(units, count) != count)
-            return NOT_STRAIGHT;
-        Progress const encoded = encodeRange(encoder, units, unitsEnd, out, outEnd, true);
-        if (encoded.stop != Stop::SOURCE_USED)
-            return NOT_STRAIGHT;
-        out += encoded.written;
-    }
-    while (in != end) {
-        unsigned int const codePoint = readUTF8(in, end);
-        if (codePoint == 0)
-            return NOT_STRAIGHT;
-        unsigned int const code = codePoint <= 0xFFFF ? encoder.codeOf(static_cast<unsigned short>(codePoint)) : 0;
-        if (code != 0) {
-            if (code > 0xFF) {
-                if (outEnd - out < 2)
-                    return NOT_STRAIGHT;
-                *out++ = static_cast<unsigned char>(code >> 8);
-            }
-            else if (out == outEnd) {
+        unsigned short const* unit = units;
+        encoder.runKernel(unit, unitsEnd, out, outEnd);
+        for (; unit != unitsEnd; ++unit)
+            if (*unit == 0 || !writeCharacter(encoder, characterAt(unit, unitsEnd), out, outEnd))
                 return NOT_STRAIGHT;
-            }
-            *out++ = static_cast<unsigned char>(code);
-            continue;
-        }
-        bool const isPair = codePoint > 0xFFFF;
-        unsigned short const units[2] = {isPair ? highSurrogateOf(codePoint) : static_cast<unsigned short>(codePoint),
-                                         lowSurrogateOf(codePoint)};
-        unsigned int const count = isPair ? 2 : 1;
-        EncodedChar const c = encoder.step(units, units + count);
-        if (c.found != Found::CHARACTER || c.consumed != count || static_cast<size_t>(outEnd - out) < c.length)
-            return NOT_STRAIGHT;
-        encoder.write(out, c);
     }
-    return static_cast<size_t>(out - dest);
+    unsigned char const* from = in;
+    unsigned char* to = out;
+    while (from != end) {
+        unsigned int const codePoint = readUTF8(from);
+        if (codePoint == 0 || !writeCharacter(encoder, codePoint, to, outEnd))
+            return NOT_STRAIGHT;
+    }
+    return static_cast<size_t>(to - dest);
 }
 
 }  // namespace kx7

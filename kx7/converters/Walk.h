@@ -149,6 +149,9 @@ struct EncoderBase {
     /** Whether there are `same` and `codeOf`, for short texts straight from UTF-8. */
     static constexpr bool IS_STRAIGHT = false;
 
+    /** Converts as long a run of zero-terminated UTF-8 as it is sure of; it may do nothing. */
+    static void runFromUTF8(unsigned char const*& /*in*/, unsigned char*& /*out*/, unsigned char* /*outEnd*/) {}
+
     /** Converts as long a run as it is sure of, moving `in` and `out`; it may do nothing. */
     void run(unsigned short const*& /*in*/, unsigned short const* /*end*/, unsigned char*& /*out*/,
              unsigned char* /*outEnd*/) const

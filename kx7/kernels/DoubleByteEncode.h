@@ -59,28 +59,35 @@ inline size_t countDoubleByteOneByOne(unsigned short const* codes, unsigned shor
 inline void encodeGB18030OneByOne(GB18030Codes const& codes, unsigned short const*& in, unsigned short const* end,
                                   unsigned char*& out, unsigned char* outEnd)
 {
+    unsigned short const* const oneOrTwo = codes.oneOrTwo;
+    unsigned short const* const fourByte = codes.fourByte;
+    unsigned short const* from = in;
+    unsigned char* to = out;
     for (;;) {
-        encodeDoubleByteOneByOne(codes.oneOrTwo, in, end, out, outEnd);
-        if (in == end || outEnd - out < 4)
-            return;
-        unsigned int code = 0;
-        unsigned int units = 1;
-        if (codes.fourByte[*in] != 0) {
-            code = codes.fourByte[*in] - 1U + FIRST_FOUR_BYTE_CODE;
+        encodeDoubleByteOneByOne(oneOrTwo, from, end, to, outEnd);
+        if (from == end || outEnd - to < 4)
+            break;
+        unsigned int code = fourByte[from[0]];
+        if (code != 0) {
+            code += FIRST_FOUR_BYTE_CODE - 1;
         }
-        else if (isHighSurrogate(in[0]) && end - in >= 2 && isLowSurrogate(in[1])) {
-            code = pairCodeOf(in[0], in[1]);
-            units = 2;
+        else if (isHighSurrogate(from[0]) && end - from >= 2 && isLowSurrogate(from[1])) {
+            code = pairCodeOf(from[0], from[1]);
+            ++from;
         }
-        if (code == 0)
-            return;
+        else {
+            break;
+        }
         unsigned int const bytes = fourBytesOf(code);
-        *out++ = static_cast<unsigned char>(bytes >> 24);
-        *out++ = static_cast<unsigned char>(bytes >> 16);
-        *out++ = static_cast<unsigned char>(bytes >> 8);
-        *out++ = static_cast<unsigned char>(bytes);
-        in += units;
+        to[0] = static_cast<unsigned char>(bytes >> 24);
+        to[1] = static_cast<unsigned char>(bytes >> 16);
+        to[2] = static_cast<unsigned char>(bytes >> 8);
+        to[3] = static_cast<unsigned char>(bytes);
+        to += 4;
+        ++from;
     }
+    in = from;
+    out = to;
 }
 
 /** The bytes of units up to the first that the tables lack. */

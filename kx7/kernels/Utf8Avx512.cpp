@@ -447,6 +447,7 @@ KX7_AVX512 inline std::ptrdiff_t encodeLastBlock(unsigned short const* in, std::
     }
     uint32_t const three = atLeast(units, 0x800);
     uint32_t highs = surrogates(units, 0xD800);
+    uint32_t const partners = surrogates(units, 0xDC00) >> 1;
     if (highs == 0 && available + __builtin_popcount(notASCII) + __builtin_popcount(three) <= room) {
         Kinds const kinds = {notASCII, three, 0, 0};
         if (three == 0) {
@@ -459,8 +460,18 @@ KX7_AVX512 inline std::ptrdiff_t encodeLastBlock(unsigned short const* in, std::
         }
         return available;
     }
+    if (highs != 0 && (highs & ~partners) == 0) {
+        Kinds const kinds = {notASCII, three & ~(highs | highs << 1), highs, highs << 1};
+        if (available + __builtin_popcount(kinds.two) + __builtin_popcount(kinds.three) <= room) {
+            __m512i const codes = withPairCodes(in, units, kinds);
+            out += encodeHalf<true>(_mm512_castsi512_si256(codes), kinds, std::min(available, HALF), out);
+            if (available > HALF)
+                out += encodeHalf<true>(_mm512_extracti64x4_epi64(codes, 1), kinds.back(), available - HALF, out);
+            return available;
+        }
+    }
     std::ptrdiff_t used = std::min(available, HALF);
-    uint32_t const unpaired = highs & ~(surrogates(units, 0xDC00) >> 1) & lowBits(used);
+    uint32_t const unpaired = highs & ~partners & lowBits(used);
     if (unpaired != 0)
         used = __builtin_ctz(unpaired);
     // A pair that the half cuts is left to the next; its low surrogate is there.
