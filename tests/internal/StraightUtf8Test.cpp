@@ -141,7 +141,7 @@ TEST(StraightUtf8, EveryLengthAndEveryPlaceInFrontOfAPage)
         Straight straight;
         for (Way const& way : ways())
             for (size_t length = 0; length <= LONGEST; ++length)
-                for (unsigned int const broken : {0, 1, 10, 100})
+                for (unsigned int const broken : {0U, 1U, 10U, 100U})
                     ASSERT_TRUE(straight.isAsInTwoSteps(way, textOf(way, random, length, broken), 4 * length,
                                                         random() % 2 * (random() % 128)))
                         << nameOf(set);
@@ -155,7 +155,7 @@ TEST(StraightUtf8, EveryRoom)
         std::mt19937 random(2);
         Straight straight;
         for (Way const& way : ways())
-            for (size_t const length : {1, 3, 7, 15, 16, 17, 24, 33, 64, 70, 100}) {
+            for (unsigned int const length : {1U, 3U, 7U, 15U, 16U, 17U, 24U, 33U, 64U, 70U, 100U}) {
                 std::string const text = textOf(way, random, length, 2);
                 for (size_t room = 0; room <= 3 * length + 4; ++room)
                     ASSERT_TRUE(straight.isAsInTwoSteps(way, text, room)) << nameOf(set);
