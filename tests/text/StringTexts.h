@@ -8,6 +8,10 @@
 #include <string>
 #include <vector>
 
+#ifdef KX7_MSAN
+#include <sanitizer/msan_interface.h>
+#endif
+
 #include "kx7/text/KX7UString.h"
 #include "kx7/text/KX7UStringList.h"
 #include "tests/support/Hex.h"
@@ -49,6 +53,15 @@ inline void expectText(KX7UString const& s, std::u16string const& text, std::str
     expectString(s, Units(text.begin(), text.end()), what);
 }
 
+/** What the error says, which code wrote that MemorySanitizer does not see. */
+inline std::string whatOf(std::exception const& e)
+{
+#ifdef KX7_MSAN
+    __msan_unpoison_string(e.what());
+#endif
+    return e.what();
+}
+
 /** The kind and the text of the error that `call` ends with. */
 template <class Call>
 std::string errorOf(Call const& call)
@@ -57,10 +70,10 @@ std::string errorOf(Call const& call)
         call();
     }
     catch (std::out_of_range const& e) {
-        return std::string("out_of_range: ") + e.what();
+        return std::string("out_of_range: ") + whatOf(e);
     }
     catch (std::length_error const& e) {
-        return std::string("length_error: ") + e.what();
+        return std::string("length_error: ") + whatOf(e);
     }
     return "none";
 }
