@@ -24,6 +24,8 @@ void decodeSingleByteAvx2(SingleByteTables const& tables, unsigned char const*& 
                           unsigned short*& out, unsigned short* outEnd);
 void encodeSingleByteAvx2(SingleByteTables const& tables, unsigned short const*& in, unsigned short const* end,
                           unsigned char*& out, unsigned char* outEnd);
+void singleByteFromUTF8Avx2(SingleByteTables const& tables, unsigned char const*& in, unsigned char*& out,
+                            unsigned char* outEnd);
 void decodePairsAvx2(PairUnits const& pairs, unsigned char const*& in, unsigned char const* end, unsigned short*& out,
                      unsigned short* outEnd);
 void decodeFourBytesAvx2(PairUnits const& pairs, FourByteRun const& run, unsigned char const*& in,

@@ -12,6 +12,17 @@ struct UnitWindow {
     static constexpr unsigned int SIZE = 128;
     unsigned short first;
     unsigned char bytes[SIZE];
+    // Letters mostly stand in the same order on both sides: a row of 16 units becomes one of 16 bytes, each in its
+    // place.
+    unsigned char rows[16];     ///< for each row of units the first byte of most
+    unsigned char regular[16];  ///< for each place a bit for each row in which the unit has its place in that row
+};
+
+/** The same from bytes to units. */
+struct RegularCodes {
+    unsigned char lowRows[16];  ///< of the first unit
+    unsigned char highRows[16];
+    unsigned char regular[2][16];  ///< of the rows of the lower and the upper half
 };
 
 /** The table is that from units to bytes. */
@@ -32,6 +43,9 @@ struct SingleByteTables : LookupTable<unsigned char> {
      */
     static constexpr int WINDOWS = 3;
     UnitWindow windows[WINDOWS] = {};
+
+    RegularCodes regularCodes = {};
+    bool mostlyRegular = false;  ///< three of four bytes from 0xA0 on, where letters are, at least
 
     bool decodesPrintableASCII = false;  ///< the bytes from 0x20 to 0x7E stand for themselves
     bool encodesPrintableASCII = false;  ///< and so do the units

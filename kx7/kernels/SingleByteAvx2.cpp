@@ -1,10 +1,9 @@
 // kx7text - single-byte sets with AVX2.
 //
-// A table of 128 bytes is looked up for 32 bytes at once: a shuffle in each of its eight rows of 16, all by the low
-// four bits, and a tree of blends that picks the row by the next three.
-//
-// Decoding looks the low and the high bytes of the units up for the upper half of the codes. The codes from 0x20 to
-// 0x7E must stand for themselves; a set in which a code below does not has those looked up one by one.
+// Decoding looks the row of units up by the row of the codes, where all codes of a block have the place in it that they
+// have in theirs: that is a shuffle for each byte of the units, and two to know it. Else the low and the high bytes of
+// the units are looked up in tables of 128 bytes for the upper half of the codes. The codes from 0x20 to 0x7E must
+// stand for themselves; a set in which a code below does not has those looked up one by one.
 //
 // Encoding looks the units up in the windows of the set, of which the first must hold printable ASCII itself. The few
 // units elsewhere, punctuation mostly, are looked up one by one.
@@ -12,7 +11,7 @@
 // ISO 8859-1 needs no table: its units are its bytes.
 //
 // The last block ends at the end of the range and overlaps the one before, so that nothing is read or written outside.
-#include "kx7/kernels/Avx2.h"
+#include "kx7/kernels/SingleByteAvx2.h"
 
 #ifdef KX7_X86_KERNELS
 
@@ -26,52 +25,9 @@ namespace {
 constexpr std::ptrdiff_t BLOCK = 32;
 constexpr uint32_t ALL = 0xFFFFFFFF;
 
-KX7_AVX2 inline __m256i load(void const* p)
-{
-    return _mm256_loadu_si256(static_cast<__m256i const*>(p));
-}
-
-KX7_AVX2 inline void store(void* p, __m256i value)
-{
-    _mm256_storeu_si256(static_cast<__m256i*>(p), value);
-}
-
-KX7_AVX2 inline uint32_t signsOf(__m256i bytes)
-{
-    return static_cast<uint32_t>(_mm256_movemask_epi8(bytes));
-}
-
 KX7_AVX2 inline uint32_t zerosOf(__m256i bytes)
 {
     return signsOf(_mm256_cmpeq_epi8(bytes, _mm256_setzero_si256()));
-}
-
-/** The bits of codes of seven bits that pick a row, each as the sign of its byte. */
-struct RowBits {
-    __m256i four;
-    __m256i five;
-    __m256i six;
-
-    KX7_AVX2 explicit RowBits(__m256i codes)
-        : four(_mm256_slli_epi16(codes, 3)), five(_mm256_slli_epi16(codes, 2)), six(_mm256_slli_epi16(codes, 1))
-    {
-    }
-};
-
-/** The entries of `table`, of 128 bytes, for codes of seven bits; FROM_64: all codes are at least 64. */
-template <bool FROM_64 = false>
-KX7_AVX2 inline __m256i lookUp(unsigned char const* table, __m256i codes, RowBits const& bits)
-{
-    auto const pair = [&](int i) KX7_AVX2 {
-        auto const* const rows = reinterpret_cast<__m128i const*>(table + 32 * i);
-        __m256i const first = _mm256_shuffle_epi8(_mm256_broadcastsi128_si256(_mm_loadu_si128(rows)), codes);
-        __m256i const second = _mm256_shuffle_epi8(_mm256_broadcastsi128_si256(_mm_loadu_si128(rows + 1)), codes);
-        return _mm256_blendv_epi8(first, second, bits.four);
-    };
-    __m256i const upper = _mm256_blendv_epi8(pair(2), pair(3), bits.five);
-    if (FROM_64)
-        return upper;
-    return _mm256_blendv_epi8(_mm256_blendv_epi8(pair(0), pair(1), bits.five), upper, bits.six);
 }
 
 /** The quarters of a block in an order in which unpacking, which works within 128 bits, makes them come out in order.
@@ -147,6 +103,23 @@ KX7_AVX2 inline bool decodeBlock(SingleByteTables const& tables, unsigned char c
     return true;
 }
 
+/** Decodes a block in which all codes keep their places. False, with nothing written: it holds another. */
+KX7_AVX2 inline bool decodeRegularBlock(RegularCodes const& codes, unsigned char const* from, unsigned short* to)
+{
+    __m256i const bytes = ordered(load(from));
+    __m256i const rows = highNibbles(bytes);
+    __m256i const places = _mm256_and_si256(bytes, _mm256_set1_epi8(0xF));
+    __m256i const regular = _mm256_blendv_epi8(_mm256_shuffle_epi8(rowOf(codes.regular[0]), places),
+                                               _mm256_shuffle_epi8(rowOf(codes.regular[1]), places), bytes);
+    if (signsOf(hasBits(regular, bitOfRow(rows))) != ALL)
+        return false;
+    __m256i const lows = _mm256_or_si256(_mm256_shuffle_epi8(rowOf(codes.lowRows), rows), places);
+    __m256i const highs = _mm256_shuffle_epi8(rowOf(codes.highRows), rows);
+    store(to, _mm256_unpacklo_epi8(lows, highs));
+    store(to + BLOCK / 2, _mm256_unpackhi_epi8(lows, highs));
+    return true;
+}
+
 /** Decodes `count` blocks, of which `least` has the least bytes. The number decoded. */
 KX7_AVX2 inline std::ptrdiff_t decodeBlocks(SingleByteTables const& tables, unsigned char const* from,
                                             unsigned short* to, std::ptrdiff_t count, __m256i least)
@@ -197,7 +170,11 @@ KX7_AVX2 void decodeSingleByteAvx2(SingleByteTables const& tables, unsigned char
         while (last - in >= 4 * BLOCK) {
             __m256i const least = _mm256_min_epi8(_mm256_min_epi8(load(in), load(in + BLOCK)),
                                                   _mm256_min_epi8(load(in + 2 * BLOCK), load(in + 3 * BLOCK)));
-            std::ptrdiff_t const done = decodeBlocks(tables, in, out, 4, least);
+            std::ptrdiff_t done = 0;
+            if (tables.mostlyRegular && upperOf(least) != Upper::NONE)
+                while (done != 4 && decodeRegularBlock(tables.regularCodes, in + done * BLOCK, out + done * BLOCK))
+                    ++done;
+            done += decodeBlocks(tables, in + done * BLOCK, out + done * BLOCK, 4 - done, least);
             in += done * BLOCK;
             out += done * BLOCK;
             if (done != 4)

@@ -2,10 +2,12 @@
 #ifndef KX7_KERNELS_SINGLEBYTEUTF8_H
 #define KX7_KERNELS_SINGLEBYTEUTF8_H
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
 #include "kx7/kernels/SingleByte.h"
+#include "kx7/kernels/Utf8Structure.h"
 
 namespace kx7 {
 
@@ -23,6 +25,104 @@ inline std::ptrdiff_t inPage(unsigned char const* text)
 {
     return static_cast<std::ptrdiff_t>(reinterpret_cast<uintptr_t>(text) % PAGE);
 }
+
+/** Whether the characters of a window have three bytes. */
+inline bool isThree(UnitWindow const& window)
+{
+    return window.first >= 0x800;
+}
+
+/** Which of the windows has characters of three bytes; where both have, the second is not used. */
+enum class Three { NONE, FIRST, SECOND };
+
+/** The bytes that stand before the last in all characters of a window; in `pair` without its lowest bit. */
+struct WindowLead {
+    unsigned char lead;  ///< of three
+    unsigned char pair;
+
+    explicit WindowLead(UnitWindow const& window)
+        : lead(static_cast<unsigned char>(0xE0 | window.first >> 12)),
+          pair(static_cast<unsigned char>(isThree(window) ? 0x80 | (window.first >> 6 & 0x3F)
+                                                          : 0xC0 | window.first >> 6))
+    {
+    }
+};
+
+/** A block's bytes that the windows tell apart: a bit a byte. */
+template <class Mask>
+struct WindowBytes {
+    Mask continuations;
+    Mask firstPairs;
+    Mask secondPairs;  ///< 0 where the second window is not looked for
+    Mask leads;        ///< of three
+};
+
+/** The characters of a block. */
+template <class Mask>
+struct WindowCharacters {
+    Leads<Mask> leads;
+    Mask wanted;  ///< continuation bytes, by the leads
+    Mask kept;    ///< where characters end
+    Mask bad;     ///< what is not in the windows, the lowest bit at least; a kernel adds what is not mapped
+
+    static constexpr int BITS = Leads<Mask>::BITS;
+
+    /** `before`: the leads of the block before. */
+    template <Three THREE>
+    static WindowCharacters of(WindowBytes<Mask> const& bytes, Leads<Mask> const& before)
+    {
+        WindowCharacters found;
+        found.leads = {bytes.leads, bytes.leads, 0};
+        Mask threePairs = 0;
+        if (THREE == Three::FIRST)
+            threePairs = bytes.firstPairs;
+        else
+            found.leads.two |= bytes.firstPairs;
+        if (THREE == Three::SECOND)
+            threePairs = bytes.secondPairs;
+        else
+            found.leads.two |= bytes.secondPairs;
+        Mask const seconds = found.leads.three << 1 | before.three >> (BITS - 1);
+        found.wanted = found.leads.wanted() | before.wantedBehind();
+        found.kept = ~(found.leads.two | seconds);
+        found.bad = (bytes.continuations ^ found.wanted) | (seconds & ~threePairs);
+        return found;
+    }
+};
+
+/** As much of a block as can be converted. */
+template <class Mask>
+struct WindowPart {
+    Mask kept;            ///< where characters end
+    std::ptrdiff_t used;  ///< bytes; below 0 where a character began in the block before
+
+    /** Up to what is bad, and what there is room for. */
+    WindowPart(WindowCharacters<Mask> const& found, Leads<Mask> const& before, std::ptrdiff_t room)
+        : kept(found.kept), used(BITS)
+    {
+        if (found.bad != 0) {
+            // The character at fault begins here or at the last lead.
+            used = __builtin_ctzll(found.bad);
+            if (found.wanted >> used & 1)
+                used = endOf(found.leads.two & lowest(used), before.cutOff() - 1) - 1;
+            kept &= lowest(std::max(used, std::ptrdiff_t{0}));
+        }
+        std::ptrdiff_t over = __builtin_popcountll(kept) - room;
+        if (over > 0) {
+            for (; over > 0; --over)
+                kept ^= Mask{1} << (endOf(kept, 0) - 1);
+            used = endOf(kept, before.cutOff());
+        }
+    }
+
+private:
+    static constexpr int BITS = Leads<Mask>::BITS;
+
+    static Mask lowest(std::ptrdiff_t count) { return count >= BITS ? ~Mask{0} : (Mask{1} << count) - 1; }
+
+    /** Behind the highest bit; `inFront` bytes in front where there is none. */
+    static std::ptrdiff_t endOf(Mask bits, int inFront) { return bits != 0 ? 64 - __builtin_clzll(bits) : -inFront; }
+};
 
 /** Converts one character of at most three bytes; there is room. False: it is not mapped, or the text ends. */
 inline bool encodeOneFromUTF8(SingleByteTables const& tables, unsigned char const*& in, unsigned char*& out)

@@ -18,7 +18,6 @@
 #include <algorithm>
 
 #include "kx7/kernels/SingleByteUtf8.h"
-#include "kx7/kernels/Utf8Structure.h"
 
 #define KX7_INLINE_AVX512 KX7_AVX512 KX7_READS_BEYOND __attribute__((always_inline)) inline
 
@@ -53,17 +52,14 @@ KX7_INLINE_AVX512 __m512i allOf(unsigned int byte)
 /** The units of a window as UTF-8. */
 struct Window {
     __m512i bytes[2];
-    __m512i lead;  ///< of three
-    __m512i pair;  ///< the last byte but one, without its lowest bit
+    __m512i lead;
+    __m512i pair;
 
     KX7_INLINE_AVX512 explicit Window(UnitWindow const& window)
         : bytes{_mm512_loadu_si512(window.bytes), _mm512_loadu_si512(window.bytes + BLOCK)},
-          lead(allOf(0xE0U | window.first >> 12)),
-          pair(allOf(isThree(window) ? 0x80U | (window.first >> 6 & 0x3FU) : 0xC0U | window.first >> 6))
+          lead(allOf(WindowLead(window).lead)), pair(allOf(WindowLead(window).pair))
     {
     }
-
-    static bool isThree(UnitWindow const& window) { return window.first >= 0x800; }
 
     /** `places`, with the entries of the window in place of those in `lanes`. */
     KX7_INLINE_AVX512 __m512i lookUp(__m512i places, __mmask64 lanes) const
@@ -72,16 +68,9 @@ struct Window {
     }
 };
 
-/** Which of the windows has characters of three bytes; where both have, the second is not used. */
-enum class Three { NONE, FIRST, SECOND };
-
-/** A block as it was found. */
-struct Found {
-    __m512i bytes;          ///< of the set, where characters end
-    Leads<uint64_t> leads;  ///< of the windows
-    uint64_t wanted;        ///< continuation bytes, by the leads
-    uint64_t kept;          ///< where characters end
-    uint64_t bad;           ///< what is not in the windows or not mapped, the lowest bit at least
+/** A block as it was found: where characters end, the bytes of the set. */
+struct Found : WindowCharacters<uint64_t> {
+    __m512i bytes;
 };
 
 /** The last of each three bytes of 192. */
@@ -102,7 +91,7 @@ public:
         : m_tables(tables), m_isASCII(tables.encodesASCII), m_ascii(tables.windows[0]), m_first(tables.windows[1]),
           m_second(tables.windows[2])
     {
-        if (THREE == Three::FIRST && Window::isThree(tables.windows[2]))
+        if (THREE == Three::FIRST && isThree(tables.windows[2]))
             m_second.pair = allOf(0xFF);  // no byte: its characters go one by one
     }
 
@@ -143,8 +132,6 @@ public:
     }
 
 private:
-    static constexpr bool isThree(bool both) { return THREE == Three::FIRST || (both && THREE == Three::SECOND); }
-
     /** Behind a page without a zero byte there is another. */
     KX7_INLINE_AVX512 void growEnd()
     {
@@ -184,29 +171,19 @@ private:
         {
             return lanes == ALL ? _mm512_loadu_si512(m_in - before) : _mm512_maskz_loadu_epi8(lanes, m_in - before);
         };
-        Found found;
+        // Without the second window, its characters are not looked for.
+        constexpr Three USED = BOTH || THREE == Three::FIRST ? THREE : Three::NONE;
         __m512i const bytes = load(0);
         __mmask64 const continuations = _mm512_cmplt_epi8_mask(bytes, allOf(0xC0));
         __m512i const evens = allOf(0xFE);
         __m512i const pairs = _mm512_and_si512(bytes, evens);
-        __mmask64 const firstPairs = _mm512_cmpeq_epi8_mask(pairs, m_first.pair);
-        __mmask64 const secondPairs = BOTH ? _mm512_cmpeq_epi8_mask(pairs, m_second.pair) : 0;
-        uint64_t threePairs = 0;
-        found.leads = {firstPairs | secondPairs, 0, 0};
-        if (THREE == Three::FIRST) {
-            found.leads.three = _mm512_cmpeq_epi8_mask(bytes, m_first.lead);
-            found.leads.two = found.leads.three | secondPairs;
-            threePairs = firstPairs;
-        }
-        if (BOTH && THREE == Three::SECOND) {
-            found.leads.three = _mm512_cmpeq_epi8_mask(bytes, m_second.lead);
-            found.leads.two = found.leads.three | firstPairs;
-            threePairs = secondPairs;
-        }
-        uint64_t const seconds = isThree(BOTH) ? found.leads.three << 1 | m_before.three >> (BLOCK - 1) : 0;
-        found.wanted = found.leads.wanted() | m_before.wantedBehind();
-        found.kept = ~(found.leads.two | seconds);
-        found.bad = (continuations ^ found.wanted) | (seconds & ~threePairs);
+        WindowBytes<uint64_t> const windowBytes = {
+            continuations, _mm512_cmpeq_epi8_mask(pairs, m_first.pair),
+            BOTH ? _mm512_cmpeq_epi8_mask(pairs, m_second.pair) : 0,
+            USED == Three::NONE ? 0
+                                : _mm512_cmpeq_epi8_mask(bytes, USED == Three::FIRST ? m_first.lead : m_second.lead)};
+        Found found;
+        static_cast<WindowCharacters<uint64_t>&>(found) = WindowCharacters<uint64_t>::of<USED>(windowBytes, m_before);
 
         __m512i const before = load(1);
         // Zeros for leads: those that no window has are not mapped.
@@ -255,32 +232,16 @@ private:
     KX7_INLINE_AVX512 bool convertPart()
     {
         Found const found = find<true>(m_end - m_in >= BLOCK ? ALL : lowBits(m_end - m_in));
-        int count = __builtin_popcountll(found.kept);
+        int const count = __builtin_popcountll(found.kept);
         if (found.bad == 0 && count <= m_outEnd - m_out) {
             write(found, found.kept, count);
             m_in += BLOCK;
             m_before = found.leads;
             return true;
         }
-        std::ptrdiff_t used = BLOCK;
-        uint64_t kept = found.kept;
-        if (found.bad != 0) {
-            // Up to the character at fault, which begins here or at the last lead.
-            used = __builtin_ctzll(found.bad);
-            if (found.wanted >> used & 1) {
-                uint64_t const leads = found.leads.two & lowBits(used);
-                used = leads != 0 ? BLOCK - 1 - __builtin_clzll(leads) : -m_before.cutOff();
-            }
-            kept &= lowBits(std::max(used, std::ptrdiff_t{0}));
-            count = __builtin_popcountll(kept);
-        }
-        if (count > m_outEnd - m_out) {
-            for (; count > m_outEnd - m_out; --count)
-                kept ^= UINT64_C(1) << (BLOCK - 1 - __builtin_clzll(kept));
-            used = kept != 0 ? BLOCK - __builtin_clzll(kept) : -m_before.cutOff();
-        }
-        write(found, kept, count);
-        m_in += used;
+        WindowPart<uint64_t> const part(found, m_before, m_outEnd - m_out);
+        write(found, part.kept, __builtin_popcountll(part.kept));
+        m_in += part.used;
         m_before = {};
         return convertOne();
     }
@@ -349,9 +310,9 @@ private:
 KX7_AVX512 KX7_READS_BEYOND void singleByteFromUTF8Avx512(SingleByteTables const& tables, unsigned char const*& in,
                                                           unsigned char*& out, unsigned char* outEnd)
 {
-    if (Window::isThree(tables.windows[1]))
+    if (isThree(tables.windows[1]))
         Converter<Three::FIRST>(tables).convert(in, out, outEnd);
-    else if (Window::isThree(tables.windows[2]))
+    else if (isThree(tables.windows[2]))
         Converter<Three::SECOND>(tables).convert(in, out, outEnd);
     else
         Converter<Three::NONE>(tables).convert(in, out, outEnd);
