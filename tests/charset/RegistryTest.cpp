@@ -77,8 +77,14 @@ enum UnusedNumber {
     UNUSED_BY_ENTRY_POINTS = 70001,
     UNUSED_BY_STRINGS = 70002,
     UNUSED_BY_DERIVED = 70003,
-    UNUSED_TWICE = 70004
+    UNUSED_TWICE = 70004,
+    UNUSED_BY_NULL = 70005,
+    UNUSED_MANY = 70100,      ///< and those behind it
+    UNUSED_ELSEWHERE = 70300  ///< and those behind it
 };
+
+/** So many numbers in a row that some are not in the way of the library's own in the quick look-up. */
+constexpr int MANY = 64;
 
 }  // namespace
 
@@ -169,6 +175,17 @@ TEST(Registry, SecondInsertKeepsTheFirstConverter)
     EXPECT_EQ(destroyed, 0) << "a converter that was not taken belongs to the caller";
 }
 
+TEST(Registry, SecondInsertIsNotFoundByTheQuickLookUpEither)
+{
+    static ForeignConverter first(charSetOf(UNUSED_MANY));
+    static ForeignConverter second(charSetOf(UNUSED_MANY));
+    for (int number = UNUSED_MANY; number < UNUSED_MANY + MANY; ++number) {
+        g_oCnvtMgr.insert(charSetOf(number), &first, true);
+        g_oCnvtMgr.insert(charSetOf(number), &second, true);
+        EXPECT_EQ(KX7CharSetConverter::getConverter(charSetOf(number)), &first) << number;
+    }
+}
+
 TEST(Registry, ConvertersInsertedElsewhereStayUnknownHere)
 {
     CharSetConverterManager registry;
@@ -177,6 +194,10 @@ TEST(Registry, ConvertersInsertedElsewhereStayUnknownHere)
     EXPECT_EQ(registry.getConverter(charSetOf(437)), &own);
     EXPECT_EQ(g_oCnvtMgr.getConverter(charSetOf(437)), &g_oConverterUTF8);
     EXPECT_EQ(KX7CharSetConverter::getConverter(charSetOf(437)), &g_oConverterUTF8);
+    for (int number = UNUSED_ELSEWHERE; number < UNUSED_ELSEWHERE + MANY; ++number) {
+        registry.insert(charSetOf(number), &own, true);
+        EXPECT_EQ(KX7CharSetConverter::getConverter(charSetOf(number)), &g_oConverterUTF8) << number;
+    }
 }
 
 TEST(Registry, AnInsertForTheDefaultsOwnValueIsNeverAsked)
@@ -249,6 +270,26 @@ TEST(Registry, ConverterFromOutsideServesTheEntryPoints)
     EXPECT_EQ(GetNumUnits("abc", cs), 3u);
     EXPECT_EQ(GetNumBytes(units, cs), 2u);
     EXPECT_EQ(GetMaxUnitSize(cs), 5u);
+}
+
+TEST(Registry, NullPointersReachNoConverterFromOutside)
+{
+    static ForeignConverter converter(charSetOf(UNUSED_BY_NULL));
+    KX7CharSet const cs = charSetOf(UNUSED_BY_NULL);
+    g_oCnvtMgr.insert(cs, &converter, true);
+    unsigned char utf8[4] = "z";
+    char local[4] = "z";
+    unsigned short units[4] = {'z'};
+    EXPECT_EQ(LocalToUTF8(nullptr, "a", 4, cs), 0u);
+    EXPECT_EQ(LocalToUTF8(utf8, nullptr, 4, cs), 0u);
+    EXPECT_EQ(UTF8ToLocal(nullptr, utf8, 4, cs), 0u);
+    EXPECT_EQ(UTF8ToLocal(local, nullptr, 4, cs), 0u);
+    EXPECT_EQ(LocalToUTF16(nullptr, "a", 4, cs), 0u);
+    EXPECT_EQ(LocalToUTF16(units, nullptr, 4, cs), 0u);
+    EXPECT_EQ(UTF16ToLocal(nullptr, units, 4, cs), 0u);
+    EXPECT_EQ(UTF16ToLocal(local, nullptr, 4, cs), 0u);
+    EXPECT_TRUE(converter.toCalls.empty());
+    EXPECT_TRUE(converter.fromCalls.empty());
 }
 
 TEST(Registry, ConverterFromOutsideServesStrings)

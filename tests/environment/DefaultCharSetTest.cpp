@@ -230,6 +230,12 @@ TEST(DefaultCharSet, IsSettledWhenTheLibraryIsLoaded)
     EXPECT_EQ(detected(nullptr, "later"), UNKNOWN);
 }
 
+TEST(DefaultCharSet, IsNotServedByWhatIsRegisteredForTheDefaultItself)
+{
+    EXPECT_EQ(detected("xx.BIG5", "registered"), both(30950));
+    EXPECT_EQ(detected("xx.EUC-TW", "registered"), both(51950)) << "a set without a converter";
+}
+
 int main(int argc, char** argv)
 {
     testing::InitGoogleTest(&argc, argv);
