@@ -125,6 +125,24 @@ TEST(SizesOfStreams, DependOnWhatIsKept)
     EXPECT_EQ(encoder.maxBytes(1), 6U);
 }
 
+// A pair of surrogates, and the escape of half of one in UTF-32.
+TEST(SizesOfStreams, MinimumRoomIsNoLargerThanWhatNeedsMost)
+{
+    constexpr size_t UNITS = kx7::Decoder::MINIMUM_ROOM;
+    constexpr size_t BYTES = kx7::Encoder::MINIMUM_ROOM;
+    static_assert(kx7::Transcoder::MINIMUM_ROOM == BYTES, "what is encoded comes from a buffer");
+    for (size_t const lacking : {1U, 0U}) {
+        char16_t units[UNITS];
+        kx7::Decoder decoder(KX7CS_UTF8);
+        EXPECT_EQ(decoder.convert(std::string_view("\xF0\x9F\x98\x80"), {units, UNITS - lacking}, true).written,
+                  lacking != 0 ? 0 : UNITS);
+        char bytes[BYTES];
+        kx7::Encoder encoder(KX7CS_UTF32, {kx7::ErrorPolicy::ESCAPE});
+        EXPECT_EQ(encoder.convert(std::u16string_view(u"\xDC00"), {bytes, BYTES - lacking}, true).written,
+                  lacking != 0 ? 0 : BYTES);
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(EverySet, Sizes, testing::ValuesIn(charSetRows()),
                          [](auto const& row) { return std::string(row.param.name); });
 
