@@ -98,6 +98,15 @@ TEST(StringFromChar, DecodesTheByte)
     expectInline(KX7UString('A', KX7CS_UTF8), {'A'});
 }
 
+TEST(StringFromChar, OfASCIIIsEmptyForAZeroByteOnly)
+{
+    for (char c = 0; c != 0x7F; ++c) {
+        Units const expected(c == 0 ? 0 : 1, static_cast<unsigned short>(c));
+        expectInline(KX7UString(c, KX7CS_UTF8), expected, std::to_string(c));
+        expectInline(KX7UString(c, 1, KX7CS_UTF8), expected, std::to_string(c));
+    }
+}
+
 TEST(StringFromChar, IsEmptyWhereTheByteIsPartOfACharacter)
 {
     for (char const c : {'\xC3', '\xE4', '\xF0', '\xFF', '\x80', '\xBF'})
