@@ -125,6 +125,12 @@ TEST(SizesOfStreams, DependOnWhatIsKept)
     EXPECT_EQ(encoder.maxBytes(1), 6U);
 }
 
+// Their sizes are part of the binary interface.
+TEST(SizesOfStreams, ErrorsShowSoManyBytes)
+{
+    EXPECT_EQ(sizeof kx7::Error().bytes, 14U);
+}
+
 // A pair of surrogates, and the escape of half of one in UTF-32.
 TEST(SizesOfStreams, MinimumRoomIsNoLargerThanWhatNeedsMost)
 {
