@@ -10,7 +10,6 @@
 
 #include <cstddef>
 #include <functional>
-#include <stdexcept>
 #include <string>
 
 #if __cplusplus >= 201703L
@@ -34,8 +33,6 @@ namespace kx7 {
  */
 inline KX7UString toKX7UString(char16_t const* units, std::size_t length)
 {
-    if (length >= KX7UString::npos)
-        throw std::length_error("exceed maximum string length");
     // Both types hold a code unit. The pointer is for the library alone, which never sees the other type.
     unsigned short const* const begin = reinterpret_cast<unsigned short const*>(units);
     return length == 0 ? KX7UString() : KX7UString(begin, begin + length);

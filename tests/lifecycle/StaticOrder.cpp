@@ -1,8 +1,11 @@
-// kx7text tests - text converted before main and after it, by static objects of a program or of a shared library.
+// kx7text tests - text converted before main and after it, by static objects of a program or of a shared library, and
+// by threads as they end.
 #include <unistd.h>
 
+#include <atomic>
 #include <cstdlib>
 #include <cstring>
+#include <thread>
 
 #include "kx7/charset/CharSetConverterManager.h"
 #include "kx7/charset/Converters.h"
@@ -41,7 +44,36 @@ struct AtBothEnds {
     bool wasRight;
 };
 
+/** What a thread does last. */
+struct AtThreadEnd {
+    ~AtThreadEnd() { requireRight(); }
+    bool isUsed = false;
+};
+
+thread_local AtThreadEnd atThreadEnd;
+
+/** A thread that converts before main, during it and after it, until this object goes. */
+struct Converting {
+    Converting()
+        : thread([this] {
+              atThreadEnd.isUsed = true;
+              do
+                  requireRight();
+              while (!ending);
+          })
+    {
+    }
+    ~Converting()
+    {
+        ending = true;
+        thread.join();
+    }
+    std::atomic<bool> ending{false};
+    std::thread thread;
+};
+
 AtBothEnds const atBothEnds;
+Converting converting;
 KX7UString const keptText("\x80", KX7CS_WCP1252);
 
 bool startWasRight()
@@ -72,6 +104,7 @@ static int staticUserIsRight()
 
 int main()
 {
+    atThreadEnd.isUsed = true;
     return startWasRight() && convertsRight() && staticUserIsRight() ? 0 : 1;
 }
 
