@@ -194,7 +194,8 @@ inline bool beginsWell(PairUnits const& pairs, unsigned char const*& in, unsigne
     return until != end && until - in <= 1;
 }
 
-#if defined __x86_64__ || defined __i386__
+// KX7_WITHOUT_VECTORS: built as for a machine that nothing is known of.
+#if (defined __x86_64__ || defined __i386__) && !defined KX7_WITHOUT_VECTORS
 #define KX7_X86_KERNELS
 extern Kernels const AVX2_KERNELS;
 extern Kernels const AVX512_KERNELS;

@@ -13,7 +13,8 @@
 
 #include "kx7/kernels/Kernels.h"
 
-#ifdef __SSE2__
+#if defined KX7_X86_KERNELS && defined __SSE2__
+#define KX7_SSE2_THROUGHOUT
 #include <emmintrin.h>
 #endif
 
@@ -29,7 +30,7 @@ constexpr std::ptrdiff_t SHORT_TEXT = 80;
 KX7_READS_BEYOND inline size_t textLengthUpTo(unsigned char const* text, size_t most)
 {
     size_t n = 0;
-#ifdef __SSE2__
+#ifdef KX7_SSE2_THROUGHOUT
     constexpr uintptr_t PAGE = 4096;
     if (reinterpret_cast<uintptr_t>(text) % PAGE <= PAGE - SHORT_TEXT) {
         for (; n < SHORT_TEXT; n += 16) {
@@ -43,7 +44,7 @@ KX7_READS_BEYOND inline size_t textLengthUpTo(unsigned char const* text, size_t 
     return n + strnlen(reinterpret_cast<char const*>(text) + n, most - n);
 }
 
-#ifdef __SSE2__
+#ifdef KX7_SSE2_THROUGHOUT
 
 /** `T` bytes, 4, 8 or 16, and zeros. */
 template <int T>
@@ -151,7 +152,7 @@ inline bool copySameBlock(unsigned short const* in, unsigned char* out)
 template <Same SAME, class From, class To>
 inline void copyShort(From const*& inOut, From const* end, To*& outOut, To const* outEnd)
 {
-#ifdef __SSE2__
+#ifdef KX7_SSE2_THROUGHOUT
     From const* in = inOut;
     To* out = outOut;
     std::ptrdiff_t const length = end - in;
