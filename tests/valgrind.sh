@@ -32,6 +32,7 @@ status=0
 checked ./library_tests --gtest_brief=1 --gtest_filter='-*xhaustive*:*Every*' || status=1
 for program in "$root"/tests/*Fuzz; do
     name=$(basename "$program")
-    checked "./$name" "corpus/$name" || status=1
+    checked "./$name" "corpus/$name" >"$root/log" || status=1
+    sed -n '1p;$p' "$root/log"
 done
 exit "$status"

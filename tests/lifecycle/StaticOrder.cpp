@@ -52,7 +52,12 @@ struct AtThreadEnd {
 
 thread_local AtThreadEnd atThreadEnd;
 
-/** A thread that converts before main, during it and after it, until this object goes. */
+#ifndef KX7_STATIC_USER_LIBRARY
+
+/**
+ * A thread that converts before main, during it and after it, until this object goes. Not in a library, whose unloading
+ * would wait for the thread with the loader's lock, which the thread needs to end.
+ */
 struct Converting {
     Converting()
         : thread([this] {
@@ -72,8 +77,11 @@ struct Converting {
     std::thread thread;
 };
 
-AtBothEnds const atBothEnds;
 Converting converting;
+
+#endif
+
+AtBothEnds const atBothEnds;
 KX7UString const keptText("\x80", KX7CS_WCP1252);
 
 bool startWasRight()
