@@ -5,6 +5,7 @@
 #include "kx7/charset/CharSetConverterManager.h"
 
 #include <algorithm>
+#include <atomic>
 #include <clocale>
 #include <cstdint>
 #include <cstdlib>
@@ -70,8 +71,13 @@ namespace {
 /** The registry's map once more, without a search: a slot for each character set that came first to it. */
 struct Slot {
     KX7CharSet charSet;
-    kx7::Served served;  ///< no converter: empty
+    KX7CharSetConverter* converter;  ///< none: empty
+    std::atomic<kx7::Engine const*> engine;
 };
+
+// In place of an engine: a converter can be registered before it is constructed, so that it is asked for its class when
+// it is first used.
+constexpr kx7::Engine NOT_ASKED{};
 
 // Written where the registry of the process is, and as that without a lock.
 Slot slots[64];
@@ -85,8 +91,11 @@ Slot& slotOf(KX7CharSet charSet)
 void fillSlot(KX7CharSet charSet, KX7CharSetConverter* converter)
 {
     Slot& slot = slotOf(charSet);
-    if (!slot.served.converter && converter)
-        slot = {charSet, {converter, kx7::engineOf(*converter)}};
+    if (slot.converter || !converter)
+        return;
+    slot.charSet = charSet;
+    slot.converter = converter;
+    slot.engine = &NOT_ASKED;
 }
 
 }  // namespace
@@ -99,16 +108,22 @@ KX7CharSetConverter* KX7CharSetConverter::getConverter(KX7CharSet charSet)
     if (charSet == KX7CS_UTF8)
         return &g_oConverterUTF8;
     Slot const& slot = slotOf(charSet);
-    if (__builtin_expect(slot.charSet == charSet && slot.served.converter, true))
-        return slot.served.converter;
+    if (__builtin_expect(slot.charSet == charSet && slot.converter, true))
+        return slot.converter;
     return g_oCnvtMgr.getConverter(charSet);
 }
 
 kx7::Served kx7::servedBy(KX7CharSet charSet)
 {
-    Slot const& slot = slotOf(charSet);
-    if (__builtin_expect(slot.charSet == charSet && slot.served.converter, true))
-        return slot.served;
+    Slot& slot = slotOf(charSet);
+    if (__builtin_expect(slot.charSet == charSet && slot.converter, true)) {
+        Engine const* engine = slot.engine.load(std::memory_order_relaxed);
+        if (__builtin_expect(engine == &NOT_ASKED, false)) {
+            engine = engineOf(*slot.converter);
+            slot.engine.store(engine, std::memory_order_relaxed);
+        }
+        return {slot.converter, engine};
+    }
     KX7CharSetConverter* const converter = g_oCnvtMgr.getConverter(charSet);
     return {converter, engineOf(*converter)};
 }

@@ -1,6 +1,7 @@
 // kx7text - engines by converter, and the conversions that are built from two of them.
 #include "kx7/converters/Engine.h"
 
+#include <cstdint>
 #include <cstring>
 #include <memory>
 #include <new>
@@ -150,6 +151,22 @@ unsigned int convertWhole(KX7CharSetConverter& from, char const* source, KX7Char
 
 }  // namespace
 
+namespace {
+
+/**
+ * False: a conversion without the piece between could write over bytes of the text that a piece would have read.
+ * Results are not longer than the text, and vectors write as much as a block beyond them.
+ */
+bool areApart(unsigned char const* source, unsigned char const* dest)
+{
+    constexpr uintptr_t BLOCK = 64;
+    auto const from = reinterpret_cast<uintptr_t>(source);
+    auto const to = reinterpret_cast<uintptr_t>(dest);
+    return from <= to ? to - from > 3 * PIECE : from - to >= BLOCK;
+}
+
+}  // namespace
+
 unsigned int convertThroughUTF16(KX7CharSetConverter& from, char const* source, KX7CharSetConverter& to, void* dest,
                                  unsigned int room, Transit transit)
 {
@@ -170,7 +187,8 @@ unsigned int convertThroughUTF16(KX7CharSetConverter& from, char const* source, 
     size_t held = 0;  // units at the front of the piece that must be seen together with what follows
     bool more = true;
     bool empty = true;
-    bool const isFromUTF8 = fromEngine == &EngineOf<KX7CharSetConverterUTF8>::ENGINE && !transit.unescape;
+    bool const isFromUTF8 =
+        fromEngine == &EngineOf<KX7CharSetConverterUTF8>::ENGINE && !transit.unescape && areApart(in, begin);
     while (more) {
         if (isFromUTF8 && held == 0) {
             unsigned char* const outBefore = out;

@@ -53,8 +53,10 @@ TextProgress EngineOf<Converter>::encodeText(KX7CharSetConverter& converter, Uni
 }
 
 template <class Converter>
-void EngineOf<Converter>::runFromUTF8(KX7CharSetConverter&, unsigned char const*&, unsigned char*&, unsigned char*)
+void EngineOf<Converter>::runFromUTF8(KX7CharSetConverter& converter, unsigned char const*& in, unsigned char*& out,
+                                      unsigned char* outEnd)
 {
+    static_cast<Converter&>(converter).encoder().runFromUTF8(in, out, outEnd);
 }
 
 template <class Converter>

@@ -87,7 +87,9 @@ struct KX7CharSetConverterSBCS::Encoder : kx7::EncoderBase {
 
     void runFromUTF8(unsigned char const*& in, unsigned char*& out, unsigned char* outEnd) const
     {
-        kx7::kernels().singleByteFromUTF8(m_tables, in, out, outEnd);
+        // The kernels find the end of the text by what has no byte; a caller's list may give U+0000 one.
+        if (m_tables.get(0) == 0)
+            kx7::kernels().singleByteFromUTF8(m_tables, in, out, outEnd);
     }
 
     void runKernel(unsigned short const*& in, unsigned short const* end, unsigned char*& out,
@@ -113,13 +115,6 @@ private:
 };
 
 namespace kx7 {
-template <>
-void EngineOf<KX7CharSetConverterSBCS>::runFromUTF8(KX7CharSetConverter& converter, unsigned char const*& in,
-                                                    unsigned char*& out, unsigned char* outEnd)
-{
-    kernels().singleByteFromUTF8(static_cast<KX7CharSetConverterSBCS&>(converter).tables(), in, out, outEnd);
-}
-
 template struct EngineOf<KX7CharSetConverterSBCS>;
 }  // namespace kx7
 

@@ -4,7 +4,8 @@
 // two calls by converter, units that are loaded before they are stored. Here one loop reads a character and writes it.
 // It takes a text as a whole or not at all: whatever needs a decision or a substitute, does not fit, or could look
 // otherwise once it has been UTF-16 (surrogates that stand alone, a 0 unit), is left to the conversion in two steps.
-// What has been written by then is what that writes there, too.
+// What has been written by then is what that writes there, too; where it would be written over the text itself, the
+// text is left at once.
 #ifndef KX7_CONVERTERS_STRAIGHTUTF8_H
 #define KX7_CONVERTERS_STRAIGHTUTF8_H
 
@@ -54,8 +55,9 @@ KX7_INLINE bool writeUTF8(unsigned int codePoint, unsigned char*& out, unsigned 
 }
 
 /**
- * Reads a character of text that a zero byte ends: what is behind a byte of it can be read. 0: it is U+0000, malformed,
- * cut off, half of one, or not in the standard form.
+ * Reads a character of text that a zero byte ends: what is behind a byte of it can be read. 0: it is left to the steps
+ * of KX7CharSetConverterUTF8, which are the rule: U+0000, malformed, cut off, half of one, or by some of the overlong
+ * forms.
  */
 KX7_INLINE unsigned int readUTF8(unsigned char const*& in)
 {
@@ -149,12 +151,20 @@ constexpr size_t LONGEST_STRAIGHT = 3 * SHORT_TEXT;
 constexpr std::ptrdiff_t ONE_BY_ONE = 16;
 constexpr std::ptrdiff_t ONE_BY_ONE_UTF8 = 48;
 
+/** Whether what is written for a text, and the zero byte behind it, could lie over what is still to be read. */
+inline bool meet(unsigned char const* in, size_t length, unsigned char const* dest, size_t room, size_t most)
+{
+    auto const from = reinterpret_cast<uintptr_t>(in);
+    auto const to = reinterpret_cast<uintptr_t>(dest);
+    return from <= to ? to - from <= length : from - to <= std::min(room, most);
+}
+
 /** Decodes a short text into UTF-8, up to its zero byte. Returns the bytes written, or NOT_STRAIGHT. */
 template <class Decoder>
 KX7_INLINE size_t shortToUTF8(Decoder const& decoder, unsigned char const* in, unsigned char* dest, size_t room)
 {
     size_t const length = textLengthUpTo(in, LONGEST_STRAIGHT + 1);
-    if (length > LONGEST_STRAIGHT)
+    if (length > LONGEST_STRAIGHT || meet(in, length, dest, room, 3 * length))
         return NOT_STRAIGHT;
     unsigned char const* const end = in + length;
     unsigned char* out = dest;
@@ -192,7 +202,7 @@ template <class Encoder>
 KX7_INLINE size_t shortFromUTF8(Encoder const& encoder, unsigned char const* in, unsigned char* dest, size_t room)
 {
     size_t const length = textLengthUpTo(in, LONGEST_STRAIGHT + 1);
-    if (length > LONGEST_STRAIGHT)
+    if (length > LONGEST_STRAIGHT || meet(in, length, dest, room, 4 * length))
         return NOT_STRAIGHT;
     unsigned char const* const end = in + length;
     unsigned char* out = dest;

@@ -84,9 +84,9 @@ SingleByteTables::SingleByteTables(unsigned short const* pairs)
     auto const same = [this](unsigned int unit) { return get(static_cast<unsigned short>(unit)) == unit; };
     decodesPrintableASCII = encodesPrintableASCII = decodesASCII = encodesASCII = isLatin1 = true;
     for (unsigned int code = 0; code < 0x100; ++code) {
-        bool const isPrintable = code >= 0x20 && code < 0x7F;
-        decodesPrintableASCII = decodesPrintableASCII && (!isPrintable || toUnicode[code] == code);
-        encodesPrintableASCII = encodesPrintableASCII && (!isPrintable || same(code));
+        bool const isGraphic = code >= 0x20 && code < 0x7F;
+        decodesPrintableASCII = decodesPrintableASCII && (!isGraphic || toUnicode[code] == code);
+        encodesPrintableASCII = encodesPrintableASCII && (!isGraphic || same(code));
         decodesASCII = decodesASCII && (code >= 0x80 || toUnicode[code] == code);
         encodesASCII = encodesASCII && (code >= 0x80 || same(code));
         isLatin1 = isLatin1 && toUnicode[code] == code && same(code);

@@ -79,6 +79,7 @@ enum UnusedNumber {
     UNUSED_BY_DERIVED = 70003,
     UNUSED_TWICE = 70004,
     UNUSED_BY_NULL = 70005,
+    UNUSED_EARLY = 70006,
     UNUSED_MANY = 70100,      ///< and those behind it
     UNUSED_ELSEWHERE = 70300  ///< and those behind it
 };
@@ -184,6 +185,19 @@ TEST(Registry, SecondInsertIsNotFoundByTheQuickLookUpEither)
         g_oCnvtMgr.insert(charSetOf(number), &second, true);
         EXPECT_EQ(KX7CharSetConverter::getConverter(charSetOf(number)), &first) << number;
     }
+}
+
+TEST(Registry, ConvertersCanBeInsertedBeforeTheyAreConstructed)
+{
+    KX7CharSet const charSet = charSetOf(UNUSED_EARLY);
+    static std::aligned_storage<sizeof(KX7CharSetConverterSBCS), alignof(KX7CharSetConverterSBCS)>::type storage;
+    memset(&storage, 0, sizeof storage);
+    g_oCnvtMgr.insert(charSet, reinterpret_cast<KX7CharSetConverterSBCS*>(&storage), true);
+    static unsigned short const LIST[] = {'a', 'b', 0, 0};
+    new (&storage) KX7CharSetConverterSBCS(LIST, charSet);
+    char local[8];
+    ASSERT_EQ(UTF8ToLocal(local, reinterpret_cast<unsigned char const*>("bb"), sizeof local, charSet), 2u);
+    EXPECT_STREQ(local, "aa");
 }
 
 TEST(Registry, ConvertersInsertedElsewhereStayUnknownHere)

@@ -1,11 +1,13 @@
 // kx7text tests - short texts straight to and from UTF-8, against the conversion in two steps by the plain engine.
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <random>
 #include <string>
 #include <vector>
 
 #include "kx7/charset/KX7CharSet.h"
+#include "kx7/convert.h"
 #include "kx7/converters/Engine.h"
 #include "tests/internal/AllSets.h"
 #include "tests/internal/KernelSets.h"
@@ -76,6 +78,14 @@ std::vector<Way> const& ways()
         return found;
     }();
     return all;
+}
+
+KX7CharSet charSetOf(KX7CharSetConverter const& converter)
+{
+    for (kx7::CharSetInfo const& info : kx7::charSets())
+        if (KX7CharSetConverter::getConverter(info.charSet) == &converter)
+            return info.charSet;
+    return KX7CS_OS_DEFAULT;
 }
 
 /** A text of about `length` bytes: runs of ASCII, of characters, and `broken` fragments in a thousand. */
@@ -196,6 +206,67 @@ TEST(StraightUtf8, WhatBothSidesHaveIsTaken)
                 }
             EXPECT_EQ(straight.taken(), texts) << way.name << ", " << nameOf(set);
             EXPECT_GE(way.plain.size(), 5u) << way.name;
+        }
+    }
+}
+
+TEST(StraightUtf8, NothingBehindTheEndIsReadWhereAListMapsAByteToIt)
+{
+    std::vector<unsigned short> list = {0x10, 0};
+    for (unsigned short byte = 1; byte < 0x80; ++byte)
+        if (byte != 0x10)
+            list.insert(list.end(), {byte, byte});
+    list.insert(list.end(), {0, 0});
+    KX7CharSetConverterSBCS own(list.data(), static_cast<KX7CharSet>(7777));
+    Way const way{"a list with U+0000", g_oConverterUTF8, own, {}, {}};
+    for (kx7::InstructionSet const set : sets()) {
+        Using const kernels(set);
+        Straight straight;
+        PageEnd<unsigned char> page;
+        for (size_t length = 0; length <= LONGEST; ++length)
+            for (std::string const& end : {std::string(), std::string("\xC0\x80zz"), std::string("\xC3\xA9zz")}) {
+                std::string const text = std::string(length, 'x') + end;
+                ASSERT_TRUE(straight.isAsInTwoSteps(way, text, 4 * text.size())) << nameOf(set);
+                std::string const expected = inTwoSteps(way, text, 2 * text.size());
+                auto const* const source = reinterpret_cast<char const*>(page.hold(text, 1));
+                std::string found(2 * text.size() + 1, '\0');
+                found.resize(kx7::convertThroughUTF16(way.from, source, own, found.data(),
+                                                      static_cast<unsigned int>(2 * text.size()),
+                                                      {false, ILLCHAR_REPLACE}));
+                ASSERT_EQ(hex(found, found.size()), hex(expected, expected.size())) << nameOf(set) << ", " << length;
+            }
+    }
+}
+
+TEST(StraightUtf8, InOneBufferAsInTwo)
+{
+    for (kx7::InstructionSet const set : sets()) {
+        Using const kernels(set);
+        std::mt19937 random(4);
+        for (Way const& way : ways()) {
+            KX7CharSet const charSet = charSetOf(way.isToUTF8() ? way.from : way.to);
+            auto const convert = [&](void* dest, void const* source, size_t room) -> size_t {
+                auto const bytes = static_cast<int>(room);
+                return way.isToUTF8() ? LocalToUTF8(static_cast<unsigned char*>(dest), static_cast<char const*>(source),
+                                                    bytes, charSet)
+                                      : UTF8ToLocal(static_cast<char*>(dest), static_cast<unsigned char const*>(source),
+                                                    bytes, charSet);
+            };
+            bool const onlyShrinks = dynamic_cast<KX7CharSetConverterSBCS*>(&way.to) != nullptr;
+            for (size_t length = 0; length <= (onlyShrinks ? 5000u : 1500u); length += length < 80 ? 1 : 37)
+                for (size_t const shift : {0U, 1U, 7U, 40U}) {
+                    std::string const text = textOf(way, random, length, 3);
+                    size_t const room = 4 * length + 1;
+                    std::vector<unsigned char> apart(room);
+                    size_t const expected = convert(apart.data(), text.c_str(), room);
+                    // The result begins where the text does, or in front of it.
+                    std::vector<unsigned char> buffer(room + shift);
+                    memcpy(buffer.data() + shift, text.c_str(), length + 1);
+                    ASSERT_EQ(convert(buffer.data(), buffer.data() + shift, room), expected)
+                        << way.name << ", " << length << " bytes, " << shift << ", " << nameOf(set);
+                    ASSERT_EQ(memcmp(buffer.data(), apart.data(), expected + 1), 0)
+                        << way.name << ", " << length << " bytes, " << shift << ", " << nameOf(set);
+                }
         }
     }
 }
