@@ -21,6 +21,12 @@ namespace kx7 {
 
 namespace {
 
+/** A block of which a part may lie beside the text. */
+KX7_INLINE_AVX2 __m256i loadNear(void const* p)
+{
+    return _mm256_loadu_si256(static_cast<__m256i const*>(p));
+}
+
 constexpr std::ptrdiff_t BLOCK = 32;
 constexpr uint32_t ALL = 0xFFFFFFFF;
 
@@ -148,8 +154,8 @@ private:
 
     KX7_INLINE_AVX2 bool isRunOfASCII() const
     {
-        __m256i const least = _mm256_min_epi8(_mm256_min_epi8(load(m_in), load(m_in + BLOCK)),
-                                              _mm256_min_epi8(load(m_in + 2 * BLOCK), load(m_in + 3 * BLOCK)));
+        __m256i const least = _mm256_min_epi8(_mm256_min_epi8(loadNear(m_in), loadNear(m_in + BLOCK)),
+                                              _mm256_min_epi8(loadNear(m_in + 2 * BLOCK), loadNear(m_in + 3 * BLOCK)));
         return signsOf(_mm256_cmpgt_epi8(least, _mm256_setzero_si256())) == ALL && m_before.cutOff() == 0;
     }
 
@@ -163,7 +169,7 @@ private:
                 m_out = writeLoosely(m_out, held);
                 held.kept = 0;
                 for (std::ptrdiff_t i = 0; i < RUN; i += BLOCK)
-                    store(m_out + i, load(m_in + i));
+                    store(m_out + i, loadNear(m_in + i));
                 m_in += RUN;
                 m_out += RUN;
                 m_before = {};
@@ -239,8 +245,8 @@ private:
     /** Looks at a block. */
     KX7_INLINE_AVX2 Found find(unsigned char const* in) const
     {
-        __m256i const bytes = load(in);
-        __m256i const before = load(in - 1);
+        __m256i const bytes = loadNear(in);
+        __m256i const before = loadNear(in - 1);
         __m256i const isContinuation = _mm256_cmpgt_epi8(allOf(0xC0), bytes);
         __m256i const pairs = _mm256_and_si256(bytes, allOf(0xFE));
         WindowBytes<uint32_t> windowBytes = {signsOf(isContinuation),
@@ -256,7 +262,7 @@ private:
         __m256i const places = placesOf(before, bytes);
         __m256i isSecond = _mm256_cmpeq_epi8(_mm256_and_si256(before, allOf(0xFE)), allOf(m_second.pair));
         if (THREE == Three::SECOND)
-            isSecond = _mm256_and_si256(isSecond, _mm256_cmpeq_epi8(load(in - 2), allOf(m_second.lead)));
+            isSecond = _mm256_and_si256(isSecond, _mm256_cmpeq_epi8(loadNear(in - 2), allOf(m_second.lead)));
         uint32_t const ends = windowBytes.continuations & found.kept;
         bool const hasSecond = (signsOf(isSecond) & ends) != 0;
         UnitWindow const& first = m_tables.windows[1];
