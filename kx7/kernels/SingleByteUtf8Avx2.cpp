@@ -27,6 +27,14 @@ KX7_INLINE_AVX2 __m256i loadNear(void const* p)
     return _mm256_loadu_si256(static_cast<__m256i const*>(p));
 }
 
+/** The last bytes of a page. One by one: memcpy is asked by sanitizers of a whole program whether each is in an object.
+ */
+KX7_INLINE_AVX2 void copyNear(unsigned char* to, unsigned char const volatile* from, unsigned char const volatile* end)
+{
+    while (from < end)
+        *to++ = *from++;
+}
+
 constexpr std::ptrdiff_t BLOCK = 32;
 constexpr uint32_t ALL = 0xFFFFFFFF;
 
@@ -299,8 +307,8 @@ private:
     {
         unsigned char copy[2 + BLOCK] = {};
         bool const isWhole = m_end - m_in >= BLOCK;
-        if (!isWhole && m_end - m_in > -2)
-            memcpy(copy, m_in - 2, static_cast<size_t>(2 + m_end - m_in));
+        if (!isWhole)
+            copyNear(copy, m_in - 2, m_end);
         Found const found = find(isWhole ? m_in : copy + 2);
         WindowPart<uint32_t> const part(found, m_before, m_outEnd - m_out);
         m_out = writeExactly(m_out, {found.bytes, part.kept});
