@@ -149,10 +149,6 @@ unsigned int convertWhole(KX7CharSetConverter& from, char const* source, KX7Char
     return to.fromUTF16(dest, text.get(), room, transit.op, nullptr);
 }
 
-}  // namespace
-
-namespace {
-
 /**
  * False: a conversion without the piece between could write over bytes of the text that a piece would have read.
  * Results are not longer than the text, and vectors write as much as a block beyond them.
