@@ -23,5 +23,5 @@ rm -rf "$build/profiles"
 # The shared library and the programs with the archive inside: the same sources.
 objects=("$build/libkx7text.so" -object "$build/tests/internal_tests" -object "$build/tests/lifecycle/load_allocation_tests")
 llvm-cov show "${objects[@]}" -instr-profile="$build/all.profdata" -format=html -output-dir="$build/html" -ignore-filename-regex='(^|/)(usr|tests)/' >/dev/null
-llvm-cov report "${objects[@]}" -instr-profile="$build/all.profdata" -show-region-summary=false -ignore-filename-regex='(^|/)(usr|tests)/' |
-    tee "$build/report.txt" | awk '/^Filename|^TOTAL/ || ($NF + 0 < 95 && / [0-9.]+%/)'
+llvm-cov export "${objects[@]}" -instr-profile="$build/all.profdata" -ignore-filename-regex='(^|/)(usr|tests)/' -format=lcov >"$build/all.lcov"
+exec /usr/bin/python3 tests/coverage.py "$build/all.lcov" tests/coverage-exclusions.txt

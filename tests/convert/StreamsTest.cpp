@@ -198,6 +198,106 @@ TEST(StreamErrors, AStrictStreamGoesOnBehindThem)
     EXPECT_EQ(decoder.firstError().status, kx7::Status::DONE);
 }
 
+TEST(StreamReset, ATextBegunAnewIsConvertedAsTheFirst)
+{
+    kx7::Options const options = {kx7::ErrorPolicy::REPLACE, 0, kx7::Bom::ADD};
+    char16_t units[9];
+    kx7::Decoder decoder(KX7CS_UTF8, options);
+    kx7::Decoder const freshDecoder = decoder;
+    decoder.convert(std::string_view("\xFF\xE2\x82"), {units, 9}, false);
+    EXPECT_EQ(decoder.errorCount(), 1U);
+    decoder.reset();
+    EXPECT_EQ(decoder.unitPosition(), 0U);
+    EXPECT_EQ(decoder.errorCount(), 0U);
+    EXPECT_TRUE(runStream<std::u16string>(decoder, std::string("\xAC!"), {}, ENOUGH) ==
+                runStream<std::u16string>(freshDecoder, std::string("\xAC!"), {}, ENOUGH));
+
+    char bytes[24];
+    kx7::Encoder encoder(KX7CS_UTF8, options);
+    kx7::Encoder const freshEncoder = encoder;
+    encoder.convert(std::u16string_view(u"\xDE00\xD83D"), {bytes, 24}, false);
+    EXPECT_EQ(encoder.errorCount(), 1U);
+    encoder.reset();
+    EXPECT_EQ(encoder.bytePosition(), 0U);
+    EXPECT_EQ(encoder.unitPosition(), 0U);
+    EXPECT_EQ(encoder.errorCount(), 0U);
+    EXPECT_TRUE(runStream<std::string>(encoder, std::u16string(u"\xDE00!"), {}, ENOUGH) ==
+                runStream<std::string>(freshEncoder, std::u16string(u"\xDE00!"), {}, ENOUGH));
+
+    kx7::Transcoder transcoder(KX7CS_UTF8, KX7CS_UTF16, options);
+    kx7::Transcoder const freshTranscoder = transcoder;
+    transcoder.convert(std::string_view("\n\xFF\xE2\x82"), {bytes, 24}, false);
+    EXPECT_EQ(transcoder.errorCount(), 1U);
+    transcoder.reset();
+    EXPECT_EQ(transcoder.bytePosition(), 0U);
+    EXPECT_EQ(transcoder.lineFeeds(), 0U);
+    EXPECT_EQ(transcoder.errorCount(), 0U);
+    EXPECT_TRUE(runStream<std::string>(transcoder, std::string("\xAC!"), {}, ENOUGH) ==
+                runStream<std::string>(freshTranscoder, std::string("\xAC!"), {}, ENOUGH));
+}
+
+TEST(StreamPositions, CountWhatIsConvertedAndNotWhatIsKept)
+{
+    char16_t units[9];
+    kx7::Decoder decoder(KX7CS_UTF8);
+    decoder.convert(std::string_view("\xE2\x82\xAC\xF0\x9F\x98\x80\xE2"), {units, 9}, false);
+    EXPECT_EQ(decoder.bytePosition(), 7U);
+    EXPECT_EQ(decoder.unitPosition(), 3U);
+
+    char bytes[24];
+    kx7::Encoder encoder(KX7CS_UTF8);
+    encoder.convert(std::u16string_view(u"\x20AC\xD83D\xDE00\xD83D"), {bytes, 24}, false);
+    EXPECT_EQ(encoder.bytePosition(), 7U);
+    EXPECT_EQ(encoder.unitPosition(), 3U);
+
+    kx7::Transcoder transcoder(KX7CS_UTF8, KX7CS_UTF16);
+    transcoder.convert(std::string_view("\n\xE2\x82\xAC\n\xE2"), {bytes, 24}, false);
+    EXPECT_EQ(transcoder.bytePosition(), 5U);
+    EXPECT_EQ(transcoder.lineFeeds(), 2U);
+}
+
+TEST(StreamErrors, WhatIsNoCharacterIsNoSubstitute)
+{
+    for (char32_t const substitute : {char32_t{0}, char32_t{0xD800}, char32_t{0xDFFF}, char32_t{0x110000}})
+        EXPECT_EQ(kx7::decode("\xFF", KX7CS_UTF8, {kx7::ErrorPolicy::REPLACE, substitute}).text, u"\xFFFD");
+    EXPECT_EQ(kx7::decode("\xFF", KX7CS_UTF8, {kx7::ErrorPolicy::REPLACE, 0x10FFFF}).text, u"\xDBFF\xDFFF");
+}
+
+TEST(StreamErrors, ThePolicyCanChangeWithinAText)
+{
+    char16_t units[9];
+    kx7::Decoder decoder(KX7CS_UTF8);
+    EXPECT_EQ(decoder.convert(std::string_view("\xFF"), {units, 9}, false).status, kx7::Status::INVALID);
+    decoder.setErrors(kx7::ErrorPolicy::SKIP);
+    EXPECT_EQ(decoder.convert(std::string_view("\xFF"), {units, 9}, true).status, kx7::Status::DONE);
+
+    char bytes[24];
+    kx7::Encoder encoder(KX7CS_ISO_8859_1);
+    EXPECT_EQ(encoder.convert(std::u16string_view(u"\x20AC"), {bytes, 24}, false).status, kx7::Status::UNREPRESENTABLE);
+    encoder.setErrors(kx7::ErrorPolicy::ESCAPE);
+    EXPECT_EQ(encoder.convert(std::u16string_view(u"\x20AC"), {bytes, 24}, true).written, 6U);
+
+    kx7::Transcoder transcoder(KX7CS_UTF8, KX7CS_ISO_8859_1);
+    EXPECT_EQ(transcoder.convert(std::string_view("\xFF"), {bytes, 24}, false).status, kx7::Status::INVALID);
+    EXPECT_EQ(transcoder.convert(std::string_view("\xE2\x82\xAC"), {bytes, 24}, false).status,
+              kx7::Status::UNREPRESENTABLE);
+    transcoder.setErrors(kx7::ErrorPolicy::SKIP);
+    EXPECT_EQ(transcoder.convert(std::string_view("\xFF"), {bytes, 24}, false).status, kx7::Status::DONE);
+    EXPECT_EQ(transcoder.convert(std::string_view("\xE2\x82\xAC"), {bytes, 24}, true).status, kx7::Status::DONE);
+}
+
+// What is kept and the 15 units behind it are looked at together.
+TEST(StreamPieces, APairLiesAcrossTheEndOfWhatIsLookedAtTogether)
+{
+    std::u16string const pair = u"\xD83D\xDE00";
+    for (size_t letters = 10; letters != 16; ++letters) {
+        std::u16string const text = pair + std::u16string(letters, u'a') + pair;
+        EXPECT_TRUE(runStream<std::string>(kx7::Encoder(KX7CS_UTF8), text, {1}, ENOUGH) ==
+                    runStream<std::string>(kx7::Encoder(KX7CS_UTF8), text, {}, ENOUGH))
+            << letters;
+    }
+}
+
 TEST(StreamErrors, NoConverter)
 {
     EXPECT_EQ(kx7::decode("a", KX7CS_ISO_2022JP).status, kx7::Status::NO_CONVERTER);
@@ -205,6 +305,13 @@ TEST(StreamErrors, NoConverter)
     EXPECT_EQ(kx7::transcode("a", KX7CS_UTF8, KX7CS_UTF16BE).status, kx7::Status::NO_CONVERTER);
     EXPECT_EQ(kx7::transcode("a", KX7CS_EUC_TW, KX7CS_UTF8).text, "");
     EXPECT_FALSE(kx7::Decoder(KX7CS_ISO_2022JP).maxUnits(1));
+    EXPECT_FALSE(kx7::Encoder(KX7CS_ISO_2022JP).maxBytes(1));
+    char16_t unit;
+    char byte;
+    EXPECT_EQ(kx7::Decoder(KX7CS_ISO_2022JP).convert(std::string_view("a"), {&unit, 1}, true).status,
+              kx7::Status::NO_CONVERTER);
+    EXPECT_EQ(kx7::Encoder(KX7CS_ISO_2022JP).convert(std::u16string_view(u"a"), {&byte, 1}, true).status,
+              kx7::Status::NO_CONVERTER);
 }
 
 TEST(StreamBom, EveryWay)

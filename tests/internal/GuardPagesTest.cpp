@@ -99,7 +99,7 @@ private:
     int m_failures = 0;
 };
 
-void everyRoom(MultibyteSet const& set, unsigned int firstLetters, unsigned int lastLetters, unsigned int roomStep)
+void everyRoom(MultibyteSet const& set, unsigned int firstLetters, unsigned int lastLetters)
 {
     SCOPED_TRACE(set.name);
     Guards guards(set);
@@ -110,10 +110,9 @@ void everyRoom(MultibyteSet const& set, unsigned int firstLetters, unsigned int 
         for (ILLCHAR_OPTYPE const mode : MODES) {
             auto const bytes =
                 static_cast<unsigned int>(set.model->fromUTF16({subject.units, INT_MAX, mode}).bytes.size());
-            unsigned int const first = letters % roomStep;
-            for (unsigned int room = first; room <= units + 2; room += roomStep)
+            for (unsigned int room = 0; room <= units + 2; ++room)
                 guards.decode({subject.bytes, room, mode, INT_MAX});
-            for (unsigned int room = first; room <= bytes + 2; room += roomStep)
+            for (unsigned int room = 0; room <= bytes + 2; ++room)
                 guards.encode({subject.units, room, mode});
         }
     }
@@ -125,11 +124,11 @@ TEST(GuardPages, EveryRoomOfEverySetAtAlignmentsZeroToThree)
 {
     EXPECT_EQ(allSets().size(), 41u);
     for (MultibyteSet const& set : allSets())
-        everyRoom(set, 0, 3, 1);
+        everyRoom(set, 0, 3);
 }
 
-TEST(GuardPages, EveryAlignmentOfTheKernelsAtRoomsInTurn)
+TEST(GuardPages, EveryRoomAtEveryOtherAlignment)
 {
     for (MultibyteSet const& set : allSets())
-        everyRoom(set, 4, 63, 7);
+        everyRoom(set, 4, 63);
 }

@@ -350,6 +350,19 @@ TEST(AllocationFailure, OfARegistryLeavesNothingBehindWhicheverAllocationFails)
     EXPECT_GT(failing, 54u) << "every name needs an allocation or two";
 }
 
+TEST(AllocationFailure, OfNamesGivesTheDefault)
+{
+    char const* name = nullptr;
+    EXPECT_FALSE(effectOf([&] { name = KX7CharSetToString(KX7CS_WCP1258); }, 1).threw);
+    EXPECT_STREQ(name, "KX7CS_OS_DEFAULT");
+    EXPECT_STREQ(KX7CharSetToString(KX7CS_WCP1258), "KX7CS_WCP1258");
+
+    std::string const longName(300, 'x');
+    KX7CharSet found = KX7CS_UTF8;
+    EXPECT_FALSE(effectOf([&] { found = KX7CharSetFromString(longName.c_str()); }, 1).threw);
+    EXPECT_EQ(found, KX7CS_OS_DEFAULT);
+}
+
 TEST(AllocationFailure, OfTheTwoStepFunctionsWithAConverterFromOutsideIsAResultOfZero)
 {
     KX7CharSet const foreign = foreignCharSet();

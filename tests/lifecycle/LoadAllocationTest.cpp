@@ -11,6 +11,7 @@
 
 #include "kx7/charset/CharSetConverterManager.h"
 #include "kx7/charset/Converters.h"
+#include "kx7/converters/Engine.h"
 #include "kx7/tables/ByteTypeTables.h"
 #include "kx7/tables/CharProperties.h"
 #include "kx7/tables/MappingLists.h"
@@ -195,6 +196,29 @@ TEST(LoadAllocation, WhicheverAllocationOfALoadFailsNothingIsThrownOrLeftBehind)
             RecordProperty(std::string(row.name) + (failsOn ? ", from there on" : ", one"),
                            static_cast<int>(failing - 1));
         }
+    }
+}
+
+// Short texts between UTF-8 and a set look their characters up elsewhere.
+TEST(LoadAllocation, OfWhatShortTextsNeed)
+{
+    unsigned char dest[ROOM + 4];
+    auto const* const utf8 = reinterpret_cast<unsigned char const*>("a\xE4\xB8\xAD\xEA\xB0\x80\xC3\xA9");
+    for (Row const& row : ROWS) {
+        auto const* const source = reinterpret_cast<unsigned char const*>(row.source.c_str());
+        std::unique_ptr<KX7CharSetConverter> const converter = row.make();
+        kx7::Engine const& engine = *kx7::engineOf(*converter);
+        size_t decoded = 0;
+        size_t encoded = 0;
+        Outcome const outcome = withFailure(1, true, [&] {
+            decoded = engine.toUTF8(*converter, source, dest, ROOM);
+            encoded = engine.fromUTF8(*converter, utf8, dest, ROOM);
+        });
+        EXPECT_TRUE(outcome.failed && !outcome.threw) << row.name;
+        EXPECT_EQ(decoded, kx7::NOT_STRAIGHT) << row.name;
+        EXPECT_EQ(encoded, kx7::NOT_STRAIGHT) << row.name;
+        EXPECT_NE(engine.fromUTF8(*converter, reinterpret_cast<unsigned char const*>("a"), dest, ROOM),
+                  kx7::NOT_STRAIGHT);
     }
 }
 
