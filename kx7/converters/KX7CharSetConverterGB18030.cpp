@@ -303,6 +303,8 @@ struct KX7CharSetConverterGB18030::Encoder : kx7::EncoderBase {
     static kx7::EncodedChar cutOff() { return kx7::EncodedChar::end(); }
 
     static constexpr bool IS_STRAIGHT = true;
+    static constexpr bool IS_SINGLE = false;
+    static std::ptrdiff_t mostStraight() { return 48; }
     kx7::Same same() const { return m_same; }
     unsigned int codeOf(unsigned short unit) const
     {
@@ -313,6 +315,7 @@ struct KX7CharSetConverterGB18030::Encoder : kx7::EncoderBase {
             return code;
         return fourBytesOf(m_codes.fourByte[unit] - 1U + FIRST_FOUR_BYTE_CODE);
     }
+    static unsigned int codeOfPair(unsigned int codePoint) { return fourBytesOf(codePoint + SUPPLEMENTARY_OFFSET); }
 
 private:
     LookupTable<unsigned short> const& m_fromUnicode;

@@ -92,12 +92,6 @@ struct KX7CharSetConverterSBCS::Encoder : kx7::EncoderBase {
             kx7::kernels().singleByteFromUTF8(m_tables, in, out, outEnd);
     }
 
-    void runKernel(unsigned short const*& in, unsigned short const* end, unsigned char*& out,
-                   unsigned char* outEnd) const
-    {
-        kx7::kernels().encodeSingleByte(m_tables, in, end, out, outEnd);
-    }
-
     kx7::EncodedChar step(unsigned short const* p, unsigned short const* /*end*/) const
     {
         unsigned int const byte = m_tables.get(*p);
@@ -107,6 +101,8 @@ struct KX7CharSetConverterSBCS::Encoder : kx7::EncoderBase {
     }
 
     static constexpr bool IS_STRAIGHT = true;
+    static constexpr bool IS_SINGLE = true;
+    static std::ptrdiff_t mostStraight() { return kx7::kernels().mostStraightToSingleByte; }
     kx7::Same same() const { return m_tables.sameUnits; }
     unsigned int codeOf(unsigned short unit) const { return m_tables.get(unit); }
 

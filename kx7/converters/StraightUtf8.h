@@ -92,35 +92,46 @@ KX7_INLINE unsigned int readUTF8(unsigned char const*& in)
     return codePoint > 0xFFFF && codePoint <= LAST_CODE_POINT ? codePoint : 0;
 }
 
+/** Writes the lowest bytes of a code. */
+template <int BYTES>
+KX7_INLINE void putBytes(unsigned char*& out, unsigned int code)
+{
+    for (int i = 0; i < BYTES; ++i)
+        out[i] = static_cast<unsigned char>(code >> 8 * (BYTES - 1 - i));
+    out += BYTES;
+}
+
+template <int BYTES>
+KX7_INLINE void copyBytes(unsigned char const*& in, unsigned char*& out)
+{
+    memmove(out, in, BYTES);
+    in += BYTES;
+    out += BYTES;
+}
+
+/** Writes a code: four bytes, two or one. */
+KX7_INLINE void putCode(unsigned char*& out, unsigned int code)
+{
+    if (code > 0xFFFF)
+        putBytes<4>(out, code);
+    else if (code > 0xFF)
+        putBytes<2>(out, code);
+    else
+        putBytes<1>(out, code);
+}
+
 /** Writes a character other than U+0000. False: it does not fit, or cannot be represented. */
 template <class Encoder>
 KX7_INLINE bool writeCharacter(Encoder const& encoder, unsigned int codePoint, unsigned char*& out,
                                unsigned char const* outEnd)
 {
     std::ptrdiff_t const room = outEnd - out;
-    unsigned int const code = codePoint <= 0xFFFF ? encoder.codeOf(static_cast<unsigned short>(codePoint)) : 0;
-    if (code > 0xFFFF) {
-        if (room < 4)
-            return false;
-        out[0] = static_cast<unsigned char>(code >> 24);
-        out[1] = static_cast<unsigned char>(code >> 16);
-        out[2] = static_cast<unsigned char>(code >> 8);
-        out[3] = static_cast<unsigned char>(code);
-        out += 4;
-        return true;
-    }
-    if (code > 0xFF) {
-        if (room < 2)
-            return false;
-        out[0] = static_cast<unsigned char>(code >> 8);
-        out[1] = static_cast<unsigned char>(code);
-        out += 2;
-        return true;
-    }
+    unsigned int const code =
+        codePoint <= 0xFFFF ? encoder.codeOf(static_cast<unsigned short>(codePoint)) : encoder.codeOfPair(codePoint);
     if (code != 0) {
-        if (room < 1)
+        if (room < (code > 0xFFFF ? 4 : code > 0xFF ? 2 : 1))
             return false;
-        *out++ = static_cast<unsigned char>(code);
+        putCode(out, code);
         return true;
     }
     bool const isPair = codePoint > 0xFFFF;
@@ -144,12 +155,126 @@ KX7_INLINE unsigned int characterAt(unsigned short const*& unit, unsigned short 
     return *unit;
 }
 
+/** Two and four bytes as a number, the first one highest. */
+KX7_INLINE unsigned int twoBytesAt(unsigned char const* p)
+{
+    return static_cast<unsigned int>(p[0] << 8 | p[1]);
+}
+KX7_INLINE unsigned int fourBytesAt(unsigned char const* p)
+{
+    return twoBytesAt(p) << 16 | twoBytesAt(p + 2);
+}
+
+/**
+ * Encodes characters of up to three bytes, up to the first that is not as plain. The text ends with a zero byte at
+ * `end`, for which there is no code, and there is room for twice its bytes, so that neither is asked for again.
+ * Overlong forms other than those of U+0000 are as good as any here: the steps read them alike.
+ * @param encoder a copy: what is written could change another in the eyes of the compiler
+ */
+template <class Encoder>
+KX7_INLINE void encodeStraight(Encoder const encoder, unsigned char const*& inOut, unsigned char const* end,
+                               unsigned char*& outOut)
+{
+    auto const codeOf = [&](unsigned int unit) { return encoder.codeOf(static_cast<unsigned short>(unit)); };
+    bool const copiesASCII = Encoder::IS_SINGLE && encoder.same() == Same::ASCII;
+    bool inTwos = sizeof(size_t) == 8;
+    unsigned char const* in = inOut;
+    unsigned char* out = outOut;
+    for (;;) {
+        unsigned int const lead = in[0];
+        unsigned int code;
+        if (lead < 0x80) {
+            // Words in double-byte sets are too short for this.
+            if (copiesASCII && end - in >= 8) {
+                uint64_t const eight = uint64_t{fourBytesAt(in)} << 32 | fourBytesAt(in + 4);
+                uint64_t const others = eight & UINT64_C(0x8080808080808080);
+                if (others == 0) {
+                    copyBytes<8>(in, out);
+                    continue;
+                }
+                int const ascii = __builtin_clzll(others) / 8;
+                if (ascii & 4)
+                    copyBytes<4>(in, out);
+                if (ascii & 2)
+                    copyBytes<2>(in, out);
+                if (ascii & 1)
+                    copyBytes<1>(in, out);
+                continue;
+            }
+            code = codeOf(lead);
+            if (code == 0 || code > 0xFF)
+                break;
+            putBytes<1>(out, code);
+            in += 1;
+            continue;
+        }
+        // Where there is one of two or three bytes, there are often more: two at once.
+        if (lead < 0xE0) {
+            if (Encoder::IS_SINGLE && end - in >= 4) {
+                unsigned int const four = fourBytesAt(in);
+                unsigned int const units = (four & 0x1F001F00) >> 2 | (four & 0x003F003F);
+                if ((four & 0xE0C0E0C0) == 0xC080C080) {
+                    unsigned int const first = codeOf(units >> 16);
+                    unsigned int const second = codeOf(units & 0xFFFF);
+                    if (first != 0 && second != 0) {
+                        putBytes<2>(out, first << 8 | second);
+                        in += 4;
+                        continue;
+                    }
+                }
+            }
+            unsigned int const two = twoBytesAt(in);
+            if ((two & 0xE0C0) != 0xC080)
+                break;
+            code = codeOf((two & 0x1F00) >> 2 | (two & 0x3F));
+            if (code == 0)
+                break;
+            in += 2;
+        }
+        else {
+            if (inTwos && end - in >= 6) {
+                uint64_t const six = uint64_t{fourBytesAt(in)} << 16 | twoBytesAt(in + 4);
+                uint64_t const units = (six & UINT64_C(0x0F00000F0000)) >> 4 | (six & UINT64_C(0x003F00003F00)) >> 2 |
+                                       (six & UINT64_C(0x00003F00003F));
+                if ((six & UINT64_C(0xF0C0C0F0C0C0)) == UINT64_C(0xE08080E08080)) {
+                    unsigned int const first = codeOf(static_cast<unsigned int>(units >> 24));
+                    unsigned int const second = codeOf(static_cast<unsigned int>(units & 0xFFFF));
+                    if (Encoder::IS_SINGLE) {
+                        if (first != 0 && second != 0) {
+                            putBytes<2>(out, first << 8 | second);
+                            in += 6;
+                            continue;
+                        }
+                    }
+                    else if (first > 0xFF && second > 0xFF && (first | second) <= 0xFFFF) {
+                        putBytes<4>(out, first << 16 | second);
+                        in += 6;
+                        continue;
+                    }
+                    inTwos = false;
+                }
+            }
+            if (end - in < 3)
+                break;
+            unsigned int const four = fourBytesAt(in);
+            if ((four & 0xF0C0C000) != 0xE0808000)
+                break;
+            code = codeOf((four & 0x0F000000) >> 12 | (four & 0x003F0000) >> 10 | (four & 0x00003F00) >> 8);
+            if (code == 0)
+                break;
+            in += 3;
+        }
+        putCode(out, code);
+    }
+    inOut = in;
+    outOut = out;
+}
+
 /** The longest text that is short here, in bytes: three times SHORT_TEXT, so that of UTF-8 as much is taken. */
 constexpr size_t LONGEST_STRAIGHT = 3 * SHORT_TEXT;
 
-/** What is left of a text goes through the kernels where it is longer than this: bytes of a set, and of UTF-8. */
+/** What is left of a text of a set goes through the kernels where it is longer than this, in bytes. */
 constexpr std::ptrdiff_t ONE_BY_ONE = 16;
-constexpr std::ptrdiff_t ONE_BY_ONE_UTF8 = 48;
 
 /** Whether what is written for a text, and the zero byte behind it, could lie over what is still to be read. */
 inline bool meet(unsigned char const* in, size_t length, unsigned char const* dest, size_t room, size_t most)
@@ -197,6 +322,39 @@ KX7_INLINE size_t shortToUTF8(Decoder const& decoder, unsigned char const* in, u
     return static_cast<size_t>(to - dest);
 }
 
+/** shortFromUTF8 behind what it copied: most texts are ASCII, to which this is not to add. */
+template <class Encoder>
+KX7_NOINLINE size_t restFromUTF8(Encoder const& encoder, unsigned char const* in, unsigned char const* end,
+                                 unsigned char const* dest, unsigned char* out, unsigned char* outEnd)
+{
+    // A 0 unit, which an overlong form becomes, ends the text: it must not be written.
+    bool const isZeroFree = encoder.codeOf(0) == 0;
+    if constexpr (!Encoder::IS_SINGLE) {
+        if (end - in > encoder.mostStraight() && isZeroFree) {
+            unsigned short units[LONGEST_STRAIGHT];
+            unsigned short* unitsEnd = units;
+            kernels().decodeUTF8(in, end, unitsEnd, units + LONGEST_STRAIGHT);
+            unsigned short const* unit = units;
+            encoder.runKernel(unit, unitsEnd, out, outEnd);
+            for (; unit != unitsEnd; ++unit)
+                if (*unit == 0 || !writeCharacter(encoder, characterAt(unit, unitsEnd), out, outEnd))
+                    return NOT_STRAIGHT;
+        }
+    }
+    // Others have had the addresses of `in` and `out`, so these are kept in memory.
+    unsigned char const* from = in;
+    unsigned char* to = out;
+    for (;;) {
+        if (isZeroFree && outEnd - to >= 2 * (end - from))
+            encodeStraight(encoder, from, end, to);
+        if (from == end)
+            return static_cast<size_t>(to - dest);
+        unsigned int const codePoint = readUTF8(from);
+        if (codePoint == 0 || !writeCharacter(encoder, codePoint, to, outEnd))
+            return NOT_STRAIGHT;
+    }
+}
+
 /** Encodes a short text of UTF-8, up to its zero byte. Returns the bytes written, or NOT_STRAIGHT. */
 template <class Encoder>
 KX7_INLINE size_t shortFromUTF8(Encoder const& encoder, unsigned char const* in, unsigned char* dest, size_t room)
@@ -208,27 +366,10 @@ KX7_INLINE size_t shortFromUTF8(Encoder const& encoder, unsigned char const* in,
     unsigned char* out = dest;
     unsigned char* const outEnd = endOf(dest, room);
     copyShort(encoder.same(), in, end, out, outEnd);
-    if (in != end)
-        encoder.runFromUTF8(in, out, outEnd);
-    // A 0 unit, which an overlong form becomes, ends the text: kernels must not write it.
-    if (end - in > ONE_BY_ONE_UTF8 && encoder.codeOf(0) == 0) {
-        unsigned short units[LONGEST_STRAIGHT];
-        unsigned short* unitsEnd = units;
-        kernels().decodeUTF8(in, end, unitsEnd, units + LONGEST_STRAIGHT);
-        unsigned short const* unit = units;
-        encoder.runKernel(unit, unitsEnd, out, outEnd);
-        for (; unit != unitsEnd; ++unit)
-            if (*unit == 0 || !writeCharacter(encoder, characterAt(unit, unitsEnd), out, outEnd))
-                return NOT_STRAIGHT;
-    }
-    unsigned char const* from = in;
-    unsigned char* to = out;
-    while (from != end) {
-        unsigned int const codePoint = readUTF8(from);
-        if (codePoint == 0 || !writeCharacter(encoder, codePoint, to, outEnd))
-            return NOT_STRAIGHT;
-    }
-    return static_cast<size_t>(to - dest);
+    if constexpr (Encoder::IS_SINGLE)
+        if (end - in > encoder.mostStraight())
+            encoder.runFromUTF8(in, out, outEnd);
+    return in == end ? static_cast<size_t>(out - dest) : restFromUTF8(encoder, in, end, dest, out, outEnd);
 }
 
 }  // namespace kx7

@@ -149,6 +149,9 @@ struct EncoderBase {
     /** Whether there are `same` and `codeOf`, for short texts straight from UTF-8. */
     static constexpr bool IS_STRAIGHT = false;
 
+    /** As codeOf, of a character above U+FFFF. */
+    static unsigned int codeOfPair(unsigned int /*codePoint*/) { return 0; }
+
     /** Converts as long a run of zero-terminated UTF-8 as it is sure of; it may do nothing. */
     static void runFromUTF8(unsigned char const*& /*in*/, unsigned char*& /*out*/, unsigned char* /*outEnd*/) {}
 

@@ -72,12 +72,27 @@ void encodeUTF8(unsigned short const*& in, unsigned short const* end, unsigned c
 
 }  // namespace
 
-constexpr Kernels AVX2_KERNELS = {
-    unitLength,           unitFindAvx2,         unitMatchAvx2,           decodeUTF8,
-    encodeUTF8,           wellFormedUTF8Avx2,   countUTF8Avx2,           countAsUTF8Avx2,
-    decodeSingleByteAvx2, encodeSingleByteAvx2, singleByteFromUTF8Avx2,  decodePairsAvx2,
-    decodeFourBytesAvx2,  countPairsAvx2,       countUnitsOfGB18030Avx2, encodeDoubleByteAvx2,
-    countDoubleByteAvx2,  encodeGB18030Avx2,    countGB18030Avx2};
+constexpr Kernels AVX2_KERNELS = {unitLength,
+                                  unitFindAvx2,
+                                  unitMatchAvx2,
+                                  decodeUTF8,
+                                  encodeUTF8,
+                                  wellFormedUTF8Avx2,
+                                  countUTF8Avx2,
+                                  countAsUTF8Avx2,
+                                  decodeSingleByteAvx2,
+                                  encodeSingleByteAvx2,
+                                  singleByteFromUTF8Avx2,
+                                  decodePairsAvx2,
+                                  decodeFourBytesAvx2,
+                                  countPairsAvx2,
+                                  countUnitsOfGB18030Avx2,
+                                  encodeDoubleByteAvx2,
+                                  countDoubleByteAvx2,
+                                  encodeGB18030Avx2,
+                                  countGB18030Avx2,
+                                  72,
+                                  112};
 
 }  // namespace kx7
 

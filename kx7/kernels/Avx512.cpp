@@ -87,6 +87,8 @@ constexpr Kernels AVX512_KERNELS = {
     countDoubleByteAvx512,
     encodeGB18030Avx512,
     countGB18030Avx512,
+    24,
+    64,
 };
 
 }  // namespace kx7

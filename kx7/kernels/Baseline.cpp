@@ -347,6 +347,8 @@ constexpr Kernels BASELINE_KERNELS = {unitLength,
                                       encodeDoubleByteOneByOne,
                                       countDoubleByteOneByOne,
                                       encodeGB18030OneByOne,
-                                      countGB18030OneByOne};
+                                      countGB18030OneByOne,
+                                      ALL_STRAIGHT,
+                                      ALL_STRAIGHT};
 
 }  // namespace kx7

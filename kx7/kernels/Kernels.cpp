@@ -50,6 +50,8 @@ constexpr Kernels PLAIN_KERNELS = {
     [](unsigned short const*, unsigned short const*&, unsigned short const*) { return size_t{0}; },
     [](GB18030Codes const&, unsigned short const*&, unsigned short const*, unsigned char*&, unsigned char*) {},
     [](GB18030Codes const&, unsigned short const*&, unsigned short const*) { return size_t{0}; },
+    ALL_STRAIGHT,
+    ALL_STRAIGHT,
 };
 
 InstructionSet detectInstructionSet()
