@@ -155,10 +155,8 @@ unsigned int convertWhole(KX7CharSetConverter& from, char const* source, KX7Char
  */
 bool areApart(unsigned char const* source, unsigned char const* dest)
 {
-    constexpr uintptr_t BLOCK = 64;
-    auto const from = reinterpret_cast<uintptr_t>(source);
-    auto const to = reinterpret_cast<uintptr_t>(dest);
-    return from <= to ? to - from > 3 * PIECE : from - to >= BLOCK;
+    constexpr size_t BLOCK = 64;
+    return !meet(source, 3 * PIECE, dest, BLOCK - 1);
 }
 
 }  // namespace

@@ -102,7 +102,13 @@ struct KX7CharSetConverterSBCS::Encoder : kx7::EncoderBase {
 
     static constexpr bool IS_STRAIGHT = true;
     static constexpr bool IS_SINGLE = true;
-    static std::ptrdiff_t mostStraight() { return kx7::kernels().mostStraightToSingleByte; }
+    /** Latin text is ASCII for the most part, of which many characters are copied at once. */
+    std::ptrdiff_t mostStraight() const
+    {
+        constexpr unsigned int BEHIND_LATIN = 0x180;
+        std::ptrdiff_t const most = kx7::kernels().mostStraightToSingleByte;
+        return m_tables.windows[1].first < BEHIND_LATIN ? 2 * most : most;
+    }
     kx7::Same same() const { return m_tables.sameUnits; }
     unsigned int codeOf(unsigned short unit) const { return m_tables.get(unit); }
 

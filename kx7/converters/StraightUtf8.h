@@ -276,20 +276,12 @@ constexpr size_t LONGEST_STRAIGHT = 3 * SHORT_TEXT;
 /** What is left of a text of a set goes through the kernels where it is longer than this, in bytes. */
 constexpr std::ptrdiff_t ONE_BY_ONE = 16;
 
-/** Whether what is written for a text, and the zero byte behind it, could lie over what is still to be read. */
-inline bool meet(unsigned char const* in, size_t length, unsigned char const* dest, size_t room, size_t most)
-{
-    auto const from = reinterpret_cast<uintptr_t>(in);
-    auto const to = reinterpret_cast<uintptr_t>(dest);
-    return from <= to ? to - from <= length : from - to <= std::min(room, most);
-}
-
 /** Decodes a short text into UTF-8, up to its zero byte. Returns the bytes written, or NOT_STRAIGHT. */
 template <class Decoder>
 KX7_INLINE size_t shortToUTF8(Decoder const& decoder, unsigned char const* in, unsigned char* dest, size_t room)
 {
     size_t const length = textLengthUpTo(in, LONGEST_STRAIGHT + 1);
-    if (length > LONGEST_STRAIGHT || meet(in, length, dest, room, 3 * length))
+    if (length > LONGEST_STRAIGHT || meet(in, length, dest, std::min(room, 3 * length)))
         return NOT_STRAIGHT;
     unsigned char const* const end = in + length;
     unsigned char* out = dest;
@@ -341,7 +333,6 @@ KX7_NOINLINE size_t restFromUTF8(Encoder const& encoder, unsigned char const* in
                     return NOT_STRAIGHT;
         }
     }
-    // Others have had the addresses of `in` and `out`, so these are kept in memory.
     unsigned char const* from = in;
     unsigned char* to = out;
     for (;;) {
@@ -360,7 +351,7 @@ template <class Encoder>
 KX7_INLINE size_t shortFromUTF8(Encoder const& encoder, unsigned char const* in, unsigned char* dest, size_t room)
 {
     size_t const length = textLengthUpTo(in, LONGEST_STRAIGHT + 1);
-    if (length > LONGEST_STRAIGHT || meet(in, length, dest, room, 4 * length))
+    if (length > LONGEST_STRAIGHT || meet(in, length, dest, std::min(room, 4 * length)))
         return NOT_STRAIGHT;
     unsigned char const* const end = in + length;
     unsigned char* out = dest;

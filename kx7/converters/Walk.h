@@ -104,6 +104,17 @@ T* endOf(T* begin, size_t count)
     return begin + std::min(count, std::min(addressable, size_t{PTRDIFF_MAX}) / sizeof(T));
 }
 
+/**
+ * Whether what is written, up to `written` bytes and one more, could lie over text of which `read` bytes and one more
+ * are still to be read.
+ */
+inline bool meet(unsigned char const* source, size_t read, unsigned char const* dest, size_t written)
+{
+    auto const from = reinterpret_cast<uintptr_t>(source);
+    auto const to = reinterpret_cast<uintptr_t>(dest);
+    return from <= to ? to - from <= read : from - to <= written;
+}
+
 /** Units before the first 0 unit, at most `most`. Touches no page that these do not reach. */
 inline size_t unitLength(unsigned short const* text, size_t most)
 {

@@ -91,7 +91,7 @@ constexpr Kernels AVX2_KERNELS = {unitLength,
                                   countDoubleByteAvx2,
                                   encodeGB18030Avx2,
                                   countGB18030Avx2,
-                                  72,
+                                  48,
                                   112};
 
 }  // namespace kx7

@@ -9,7 +9,6 @@
 
 #include <atomic>
 #include <cstddef>
-#include <cstdint>
 
 #include "kx7/kernels/PairUnits.h"
 #include "kx7/kernels/SingleByte.h"
@@ -123,13 +122,16 @@ struct Kernels {
     /** The bytes of such units, moving `in` over them. */
     size_t (*countGB18030)(GB18030Codes const& codes, unsigned short const*& in, unsigned short const* end);
 
-    /** Bytes of UTF-8 that are encoded sooner character by character, into single-byte and into double-byte sets. */
+    /**
+     * Bytes of UTF-8 that are encoded sooner character by character (StraightUtf8.h), into single-byte and into
+     * double-byte sets.
+     */
     ptrdiff_t mostStraightToSingleByte;
     ptrdiff_t mostStraightToDoubleByte;
 };
 
-/** For sets that have nothing faster. */
-constexpr ptrdiff_t ALL_STRAIGHT = PTRDIFF_MAX;
+/** Where there is nothing faster: more than any text that is short. */
+constexpr ptrdiff_t ALL_STRAIGHT = 1000;
 
 /** What a set has that leaves these to the steps. */
 inline size_t noWellFormedUTF8(unsigned char const* /*in*/, unsigned char const* /*end*/)

@@ -12,6 +12,7 @@
 #include <cstring>
 
 #include "kx7/kernels/Kernels.h"
+#include "kx7/kernels/Page.h"
 
 #if defined KX7_X86_KERNELS && defined __SSE2__
 #define KX7_SSE2_THROUGHOUT
@@ -31,8 +32,7 @@ KX7_READS_BEYOND inline size_t textLengthUpTo(unsigned char const* text, size_t 
 {
     size_t n = 0;
 #ifdef KX7_SSE2_THROUGHOUT
-    constexpr uintptr_t PAGE = 4096;
-    if (reinterpret_cast<uintptr_t>(text) % PAGE <= PAGE - SHORT_TEXT) {
+    if (inPage(text) <= PAGE - SHORT_TEXT) {
         for (; n < SHORT_TEXT; n += 16) {
             __m128i const block = _mm_loadu_si128(reinterpret_cast<__m128i const*>(text + n));
             int const zeros = _mm_movemask_epi8(_mm_cmpeq_epi8(block, _mm_setzero_si128()));

@@ -6,25 +6,11 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "kx7/kernels/Page.h"
 #include "kx7/kernels/SingleByte.h"
 #include "kx7/kernels/Utf8Structure.h"
 
 namespace kx7 {
-
-/** The smallest page that there is. */
-constexpr std::ptrdiff_t PAGE = 4096;
-
-/** Where the page of `text` ends: so far can be read. */
-inline unsigned char const* pageEnd(unsigned char const* text)
-{
-    return text + (PAGE - static_cast<std::ptrdiff_t>(reinterpret_cast<uintptr_t>(text) % PAGE));
-}
-
-/** Bytes from the beginning of the page of `text`. */
-inline std::ptrdiff_t inPage(unsigned char const* text)
-{
-    return static_cast<std::ptrdiff_t>(reinterpret_cast<uintptr_t>(text) % PAGE);
-}
 
 /** Whether the characters of a window have three bytes. */
 inline bool isThree(UnitWindow const& window)

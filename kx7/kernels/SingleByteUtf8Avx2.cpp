@@ -14,6 +14,7 @@
 #include <cstring>
 
 #include "kx7/kernels/SingleByteUtf8.h"
+#include "kx7/kernels/StoreAvx2.h"
 
 #define KX7_INLINE_AVX2 KX7_AVX2 KX7_READS_BEYOND __attribute__((always_inline)) inline
 
@@ -75,6 +76,17 @@ struct Block {
     uint32_t kept;
 };
 
+/** Moves the kept ones of 16 bytes to the front of each eight. */
+KX7_INLINE_AVX2 __m128i movedOf(__m128i bytes, uint32_t kept)
+{
+    uint64_t const first = KEEP_BYTES.shuffles[kept & 0xFF];
+    uint64_t const second = KEEP_BYTES.shuffles[kept >> 8 & 0xFF];
+    __m128i const shuffle = _mm_or_si128(_mm_unpacklo_epi64(_mm_loadl_epi64(reinterpret_cast<__m128i const*>(&first)),
+                                                            _mm_loadl_epi64(reinterpret_cast<__m128i const*>(&second))),
+                                         _mm_setr_epi32(0, 0, 0x08080808, 0x08080808));
+    return _mm_shuffle_epi8(bytes, shuffle);
+}
+
 /** Moves the kept bytes of each eight to the front and stores them all: up to SPILL bytes behind those that count. */
 KX7_INLINE_AVX2 unsigned char* writeLoosely(unsigned char* out, Block const& block)
 {
@@ -82,13 +94,7 @@ KX7_INLINE_AVX2 unsigned char* writeLoosely(unsigned char* out, Block const& blo
     for (int half = 0; half < 2; ++half, kept >>= 16) {
         __m128i const bytes =
             half == 0 ? _mm256_castsi256_si128(block.bytes) : _mm256_extracti128_si256(block.bytes, 1);
-        uint64_t const first = KEEP_BYTES.shuffles[kept & 0xFF];
-        uint64_t const second = KEEP_BYTES.shuffles[kept >> 8 & 0xFF];
-        __m128i const shuffle =
-            _mm_or_si128(_mm_unpacklo_epi64(_mm_loadl_epi64(reinterpret_cast<__m128i const*>(&first)),
-                                            _mm_loadl_epi64(reinterpret_cast<__m128i const*>(&second))),
-                         _mm_setr_epi32(0, 0, 0x08080808, 0x08080808));
-        __m128d const moved = _mm_castsi128_pd(_mm_shuffle_epi8(bytes, shuffle));
+        __m128d const moved = _mm_castsi128_pd(movedOf(bytes, kept));
         _mm_storel_pd(reinterpret_cast<double*>(out), moved);
         _mm_storeh_pd(reinterpret_cast<double*>(out + __builtin_popcount(kept & 0xFF)), moved);
         out += __builtin_popcount(kept & 0xFFFF);
@@ -96,13 +102,42 @@ KX7_INLINE_AVX2 unsigned char* writeLoosely(unsigned char* out, Block const& blo
     return out;
 }
 
-/** The same without a byte behind those that count. */
-KX7_AVX2 unsigned char* writeExactly(unsigned char* out, Block const& block)
+/** For each count of bytes at the front of eight the shuffle that joins them and the eight behind. */
+struct JoinBytes {
+    unsigned char shuffles[9][16];
+    constexpr JoinBytes() : shuffles()
+    {
+        for (unsigned int count = 0; count < 9; ++count)
+            for (unsigned int i = 0; i < 16; ++i)
+                shuffles[count][i] = static_cast<unsigned char>(i < count            ? i
+                                                                : i - count + 8 < 16 ? i - count + 8
+                                                                                     : 0x80);
+    }
+};
+constexpr JoinBytes JOIN_BYTES;
+
+/** The kept ones of 16 bytes. */
+KX7_INLINE_AVX2 Counted joined(__m128i bytes, uint32_t kept)
 {
-    unsigned char text[BLOCK + SPILL];
-    auto const count = static_cast<size_t>(writeLoosely(text, block) - text);
-    memcpy(out, text, count);
-    return out + count;
+    unsigned char const* const shuffle = JOIN_BYTES.shuffles[__builtin_popcount(kept & 0xFF)];
+    return {_mm_shuffle_epi8(movedOf(bytes, kept), _mm_loadu_si128(reinterpret_cast<__m128i const*>(shuffle))),
+            __builtin_popcount(kept)};
+}
+
+/** The same without a byte behind those that count. */
+KX7_INLINE_AVX2 unsigned char* writeExactly(unsigned char* out, Block const& block)
+{
+    uint32_t kept = block.kept;
+    Counted const front = joined(_mm256_castsi256_si128(block.bytes), kept & 0xFFFF);
+    Counted const back = joined(_mm256_extracti128_si256(block.bytes, 1), kept >> 16);
+    if (front.count + back.count < 16) {
+        out = storeExactly(out, front);
+    }
+    else {
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(out), front.bytes);
+        out += front.count;
+    }
+    return storeExactly(out, back);
 }
 
 /** How the bytes of 48 that are at one place of each three come together, by 16 of them. */
@@ -201,7 +236,8 @@ private:
                 convertThrees();
             }
         }
-        m_out = writeExactly(m_out, held);
+        if (held.kept != 0)
+            m_out = writeExactly(m_out, held);
     }
 
     /** Converts text of which all characters have three bytes and are in the first window, in their places. */

@@ -4,7 +4,8 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstdint>
+
+#include "kx7/kernels/Page.h"
 
 namespace kx7 {
 
@@ -14,8 +15,7 @@ namespace kx7 {
  */
 inline size_t unitsInPage(unsigned short const* a, unsigned short const* b, size_t most)
 {
-    constexpr size_t PAGE = 4096;
-    size_t const bytes = PAGE - std::max(reinterpret_cast<uintptr_t>(a) % PAGE, reinterpret_cast<uintptr_t>(b) % PAGE);
+    auto const bytes = static_cast<size_t>(PAGE - std::max(inPage(a), inPage(b)));
     return std::min(most, std::max(bytes / sizeof *a, size_t{1}));
 }
 
