@@ -617,70 +617,105 @@ KX7_AVX2 void encodeUTF8Avx2(unsigned short const*& inOut, unsigned short const*
     outOut = out;
 }
 
+namespace {
+
+/** 32 units. */
+struct UnitBlock {
+    static constexpr std::ptrdiff_t SIZE = 2 * UNITS;
+    __m256i front;
+    __m256i back;
+
+    KX7_AVX2 explicit UnitBlock(unsigned short const* in) : front(loadUnits(in)), back(loadUnits(in + UNITS)) {}
+
+    KX7_AVX2 bool hasSurrogates() const
+    {
+        __m256i const base = _mm256_set1_epi16(static_cast<short>(0xD800));
+        __m256i const nearest = _mm256_min_epu16(_mm256_sub_epi16(front, base), _mm256_sub_epi16(back, base));
+        return _mm256_movemask_epi8(_mm256_cmpeq_epi16(_mm256_srli_epi16(nearest, 11), _mm256_setzero_si256())) != 0;
+    }
+
+    /** Two bits a unit. */
+    KX7_AVX2 uint64_t surrogatesOf(unsigned short kind) const
+    {
+        return surrogates(front, kind) | static_cast<uint64_t>(surrogates(back, kind)) << 2 * UNITS;
+    }
+
+    KX7_AVX2 bool isASCII() const { return isWithin(0x7F); }
+
+    /** No unit needs more than two bytes. */
+    KX7_AVX2 bool isTwoByte() const { return isWithin(0x7FF); }
+
+    /** Units that need a second byte, lane by lane. */
+    KX7_AVX2 __m256i seconds() const { return _mm256_add_epi16(hasAny<7>(front), hasAny<7>(back)); }
+
+    /** Units that need a third; half a pair is taken for such a one. */
+    KX7_AVX2 __m256i thirds() const { return _mm256_add_epi16(hasAny<11>(front), hasAny<11>(back)); }
+
+private:
+    KX7_AVX2 bool isWithin(unsigned short bits) const
+    {
+        return _mm256_testz_si256(_mm256_or_si256(front, back), _mm256_set1_epi16(static_cast<short>(~bits))) != 0;
+    }
+
+    /** Lanes that have any of the bits from FIRST on; what compilers make of comparisons is slower. */
+    template <int FIRST>
+    KX7_AVX2 static __m256i hasAny(__m256i units)
+    {
+        return _mm256_min_epu16(_mm256_srli_epi16(units, FIRST), _mm256_set1_epi16(1));
+    }
+
+    KX7_AVX2 static uint32_t surrogates(__m256i units, unsigned short kind)
+    {
+        __m256i const kinds = _mm256_and_si256(units, _mm256_set1_epi16(static_cast<short>(0xFC00)));
+        return static_cast<uint32_t>(
+            _mm256_movemask_epi8(_mm256_cmpeq_epi16(kinds, _mm256_set1_epi16(static_cast<short>(kind)))));
+    }
+};
+
+}  // namespace
+
 KX7_AVX2 size_t countAsUTF8Avx2(unsigned short const*& inOut, unsigned short const* end)
 {
+    constexpr std::ptrdiff_t MOST_BLOCKS = 0x1000;  // else lanes overflow
     unsigned short const* in = inOut;
+    // In front only: in mixed text it would cost more than it saves.
+    while (end - in >= UnitBlock::SIZE && UnitBlock(in).isASCII())
+        in += UnitBlock::SIZE;
     std::ptrdiff_t count = 0;
-    // ASCII in front only: in mixed text a look at each block would cost more than it saves.
-    for (; end - in >= 4 * UNITS; in += 4 * UNITS, count += 4 * UNITS) {
-        __m256i const front = _mm256_or_si256(loadUnits(in), loadUnits(in + UNITS));
-        __m256i const back = _mm256_or_si256(loadUnits(in + 2 * UNITS), loadUnits(in + 3 * UNITS));
-        if (!_mm256_testz_si256(_mm256_or_si256(front, back), _mm256_set1_epi16(static_cast<short>(0xFF80))))
-            break;
-    }
-    __m256i const ones = _mm256_set1_epi16(0x7F);
-    __m256i const twos = _mm256_set1_epi16(0x7FF);
-    __m256i const kindBits = _mm256_set1_epi16(static_cast<short>(0xFC00));
+    uint64_t carried = 0;  // both bits of a high surrogate in front
     bool good = true;
-    while (good && end - in >= UNITS) {
-        // In each lane, as negative numbers, how far units stay below two bytes or, of long blocks, three.
-        __m256i below = _mm256_setzero_si256();
-        unsigned short const* const until = in + std::min<std::ptrdiff_t>(end - in, 0x2000 * UNITS);
-        count += 2 * (until - in);
-        while (until - in >= UNITS) {
-            __m256i const units = loadUnits(in);
-            __m256i const one = _mm256_cmpeq_epi16(_mm256_min_epu16(units, ones), units);
-            if (until - in >= 2 * UNITS) {
-                __m256i const next = loadUnits(in + UNITS);
-                if (_mm256_testz_si256(_mm256_or_si256(units, next), _mm256_set1_epi16(static_cast<short>(0xF800)))) {
-                    __m256i const nextOne = _mm256_cmpeq_epi16(_mm256_min_epu16(next, ones), next);
-                    below = _mm256_add_epi16(below, _mm256_add_epi16(one, nextOne));
-                    in += 2 * UNITS;
-                    continue;
+    while (good && end - in >= UnitBlock::SIZE) {
+        std::ptrdiff_t blocks = std::min((end - in) / UnitBlock::SIZE, MOST_BLOCKS);
+        __m256i beyond = _mm256_setzero_si256();
+        for (; blocks != 0; --blocks) {
+            UnitBlock const block(in);
+            __m256i more = block.seconds();
+            if (carried != 0 || !block.isTwoByte()) {
+                if (carried != 0 || block.hasSurrogates()) {
+                    uint64_t const highs = block.surrogatesOf(0xD800);
+                    good = ((highs << 2 | carried) & ~block.surrogatesOf(0xDC00)) == 0;
+                    if (!good)
+                        break;
+                    // Three bytes for either half of a pair are two too many.
+                    count -= __builtin_popcountll(highs);
+                    carried = highs >> 62;
                 }
+                more = _mm256_add_epi16(more, block.thirds());
             }
-            __m256i const isHigh =
-                _mm256_cmpeq_epi16(_mm256_and_si256(units, kindBits), _mm256_set1_epi16(static_cast<short>(0xD800)));
-            __m256i const upToTwo = _mm256_cmpeq_epi16(_mm256_min_epu16(units, twos), units);
-            __m256i blockBelow = _mm256_add_epi16(one, upToTwo);
-            if (!_mm256_testz_si256(isHigh, isHigh)) {
-                // By one unit more it is known that a pair is cut.
-                if (end - in == UNITS)
-                    good = false;
-                else
-                    good = _mm256_testc_si256(_mm256_cmpeq_epi16(_mm256_and_si256(loadUnits(in + 1), kindBits),
-                                                                 _mm256_set1_epi16(static_cast<short>(0xDC00))),
-                                              isHigh) != 0;
-                if (!good)
-                    break;
-                // Three bytes for either half of a pair are two too many.
-                blockBelow = _mm256_add_epi16(blockBelow, _mm256_add_epi16(isHigh, isHigh));
-            }
-            below = _mm256_add_epi16(below, blockBelow);
-            count += UNITS;
-            in += UNITS;
+            beyond = _mm256_add_epi16(beyond, more);
+            in += UnitBlock::SIZE;
         }
-        count -= 2 * (until - in);
-        __m256i const sums = _mm256_madd_epi16(below, _mm256_set1_epi16(1));
+        __m256i const sums = _mm256_madd_epi16(beyond, _mm256_set1_epi16(1));
         __m128i sum = _mm_add_epi32(_mm256_castsi256_si128(sums), _mm256_extracti128_si256(sums, 1));
         sum = _mm_hadd_epi32(sum, sum);
         sum = _mm_hadd_epi32(sum, sum);
         count += _mm_cvtsi128_si32(sum);
     }
+    count += in - inOut;
     // A high surrogate whose partner does not follow here has been counted with one byte.
-    int const carried = in != inOut && (in[-1] & 0xFC00) == 0xD800 ? 1 : 0;
-    inOut = in - carried;
-    return static_cast<size_t>(count - carried);
+    std::ptrdiff_t const cut = carried != 0 ? 1 : 0;
+    inOut = in - cut;
+    return static_cast<size_t>(count - cut);
 }
 
 }  // namespace kx7

@@ -559,41 +559,94 @@ KX7_AVX512 void encodeUTF8Avx512(unsigned short const*& inOut, unsigned short co
     outOut = out;
 }
 
+namespace {
+
+/** Bytes of each unit beyond the first; of half a pair as of any other unit from U+0800. */
+KX7_AVX512 inline __m512i bytesBeyondFirst(__m512i units)
+{
+    __m512i const one = _mm512_set1_epi16(1);
+    return _mm512_add_epi16(_mm512_min_epu16(_mm512_srli_epi16(units, 7), one),
+                            _mm512_min_epu16(_mm512_srli_epi16(units, 11), one));
+}
+
+/** The first `available` of 64 units, zeros behind them. */
+struct UnitBlock {
+    static constexpr std::ptrdiff_t SIZE = 2 * UNITS;
+    __m512i front;
+    __m512i back;
+
+    KX7_AVX512 UnitBlock(unsigned short const* in, std::ptrdiff_t available)
+    {
+        if (available == SIZE) {
+            front = _mm512_loadu_si512(in);
+            back = _mm512_loadu_si512(in + UNITS);
+            return;
+        }
+        front = _mm512_maskz_loadu_epi16(lowBits(std::min(available, UNITS)), in);
+        back = _mm512_maskz_loadu_epi16(lowBits(std::max(available - UNITS, std::ptrdiff_t{0})), in + UNITS);
+    }
+
+    KX7_AVX512 bool isASCII() const
+    {
+        __m512i const both = _mm512_or_si512(front, back);
+        return _mm512_test_epi16_mask(both, _mm512_set1_epi16(static_cast<short>(0xFF80))) == 0;
+    }
+
+    KX7_AVX512 bool hasSurrogates() const
+    {
+        __m512i const base = _mm512_set1_epi16(static_cast<short>(0xD800));
+        __m512i const nearest = _mm512_min_epu16(_mm512_sub_epi16(front, base), _mm512_sub_epi16(back, base));
+        return _mm512_cmplt_epu16_mask(nearest, _mm512_set1_epi16(0x800)) != 0;
+    }
+
+    KX7_AVX512 uint64_t surrogatesOf(unsigned short kind) const
+    {
+        uint32_t low = surrogates(front, kind);
+        uint32_t high = surrogates(back, kind);
+        __asm__("" : "+r"(low), "+r"(high));  // else g++ 12 for 32 bits does not clear what is above a mask
+        return low | static_cast<uint64_t>(high) << UNITS;
+    }
+};
+
+}  // namespace
+
 KX7_AVX512 size_t countAsUTF8Avx512(unsigned short const*& inOut, unsigned short const* end)
 {
+    constexpr std::ptrdiff_t MOST_BLOCKS = 0x1000;  // else lanes overflow
     unsigned short const* in = inOut;
-    uint32_t carried = 0;  // 1: a high surrogate in front
+    // In front only: in mixed text it would cost more than it saves.
+    while (end - in >= UnitBlock::SIZE && UnitBlock(in, UnitBlock::SIZE).isASCII())
+        in += UnitBlock::SIZE;
     std::ptrdiff_t count = 0;
+    uint64_t carried = 0;  // 1: a high surrogate in front
     while (in < end) {
-        std::ptrdiff_t const available = std::min(end - in, UNITS);
-        __m512i const units =
-            available == UNITS ? _mm512_loadu_si512(in) : _mm512_maskz_loadu_epi16(lowBits(available), in);
-        uint32_t const notASCII = atLeast(units, 0x80);
-        if ((notASCII | carried) == 0) {
-            count += available;
-            in += available;
-            // Where there is one block of ASCII there are more.
-            for (; end - in >= 4 * UNITS; in += 4 * UNITS, count += 4 * UNITS) {
-                __m512i const front = _mm512_or_si512(_mm512_loadu_si512(in), _mm512_loadu_si512(in + UNITS));
-                __m512i const back =
-                    _mm512_or_si512(_mm512_loadu_si512(in + 2 * UNITS), _mm512_loadu_si512(in + 3 * UNITS));
-                if (atLeast(_mm512_or_si512(front, back), 0x80) != 0)
+        unsigned short const* const until = in + std::min(end - in, MOST_BLOCKS * UnitBlock::SIZE);
+        __m512i beyond = _mm512_setzero_si512();
+        while (in < until) {
+            std::ptrdiff_t const available = std::min(until - in, UnitBlock::SIZE);
+            UnitBlock const block(in, available);
+            if (carried != 0 || block.hasSurrogates()) {
+                uint64_t const highs = block.surrogatesOf(0xD800);
+                uint64_t const unpaired = (highs << 1 | carried) & ~block.surrogatesOf(0xDC00);
+                if ((unpaired & ~UINT64_C(0) >> (UnitBlock::SIZE - available)) != 0) {
+                    end = in + __builtin_ctzll(unpaired) - 1;
                     break;
+                }
+                // Three bytes for either half of a pair are two too many.
+                count -= 2 * __builtin_popcountll(highs);
+                carried = highs >> (available - 1) & 1;
             }
-            continue;
+            beyond = _mm512_add_epi16(
+                beyond, _mm512_add_epi16(bytesBeyondFirst(block.front), bytesBeyondFirst(block.back)));
+            in += available;
         }
-        uint32_t const highs = surrogates(units, 0xD800);
-        if (((highs << 1 | carried) & ~surrogates(units, 0xDC00)) != 0)
-            break;
-        // Three bytes for either half of a pair are two too many.
-        count += available + __builtin_popcount(notASCII) + __builtin_popcount(atLeast(units, 0x800)) -
-                 2 * __builtin_popcount(highs);
-        carried = highs >> (available - 1) & 1;
-        in += available;
+        count += _mm512_reduce_add_epi32(_mm512_madd_epi16(beyond, _mm512_set1_epi16(1)));
     }
+    count += in - inOut;
     // A high surrogate whose partner does not follow here has been counted with one byte.
-    inOut = in - carried;
-    return static_cast<size_t>(count) - carried;
+    auto const cut = static_cast<std::ptrdiff_t>(carried);
+    inOut = in - cut;
+    return static_cast<size_t>(count - cut);
 }
 
 }  // namespace kx7
