@@ -2,19 +2,26 @@
 //
 // Takes 64 bytes at a time. Two shuffles by either half of the byte tell which bytes may lead and which are their own
 // unit; which of those that may lead do lead follows from the parity of their place in their run, as an addition that
-// carries through the run shows. The code at each place is made in vectors, and the characters are then walked bit by
-// bit: where the next one is depends on no byte that has to be loaded first. Runs of ASCII are copied in one piece.
+// carries through the run shows (MultibyteStructure.h). The code at each place is made in vectors, and those where
+// characters begin are brought together. Only the codes of a batch of blocks are looked up, eight at a time: how many
+// characters a block has the processor cannot foresee, and to be wrong once a batch costs little. Blocks of ASCII are
+// copied.
 #include "kx7/kernels/Avx2.h"
 
 #ifdef KX7_X86_KERNELS
 
+#include <algorithm>
 #include <cstdint>
+
+#include "kx7/kernels/DoubleByteEncode.h"
+#include "kx7/kernels/KeepLanes.h"
+#include "kx7/kernels/MultibyteStructure.h"
 
 namespace kx7 {
 
 namespace {
 
-constexpr std::ptrdiff_t BLOCK = 64;
+constexpr std::ptrdiff_t BLOCK = STRUCTURE_BLOCK;
 constexpr std::ptrdiff_t HALF = 32;
 
 /** 16 entries in both halves of the register. */
@@ -32,7 +39,25 @@ KX7_AVX2 inline __m256i loadBytes(unsigned char const* p)
 struct Half {
     uint32_t same;
     uint32_t mayLead;
+    __m256i even;  ///< the codes of the first and third eight places
+    __m256i odd;   ///< of the second and fourth
 };
+
+/** Moves the codes at the places of a set together. */
+KX7_AVX2 inline void appendEight(unsigned short*& out, __m128i codes, unsigned int places)
+{
+    __m128i const shuffle = _mm_load_si128(reinterpret_cast<__m128i const*>(KEEP_LANES.shuffles[places]));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(out), _mm_shuffle_epi8(codes, shuffle));
+    out += __builtin_popcount(places);
+}
+
+KX7_AVX2 inline void append(unsigned short*& out, Half const& half, uint32_t places)
+{
+    appendEight(out, _mm256_castsi256_si128(half.even), places & 0xFF);
+    appendEight(out, _mm256_castsi256_si128(half.odd), places >> 8 & 0xFF);
+    appendEight(out, _mm256_extracti128_si256(half.even, 1), places >> 16 & 0xFF);
+    appendEight(out, _mm256_extracti128_si256(half.odd, 1), places >> 24);
+}
 
 struct Tables {
     __m256i same;
@@ -46,7 +71,7 @@ struct Tables {
     }
 
     /** Looks at 32 bytes. A byte that may lead makes a code with the one behind it: none that trails is asked for. */
-    KX7_AVX2 Half look(unsigned char const* in, unsigned short* codes) const
+    KX7_AVX2 Half look(unsigned char const* in) const
     {
         __m256i const bytes = loadBytes(in);
         __m256i const behind = loadBytes(in + 1);
@@ -59,13 +84,10 @@ struct Tables {
                              _mm256_cmpgt_epi8(_mm256_setzero_si256(), bytes));
         __m256i const first = _mm256_and_si256(bytes, mayLead);
         __m256i const second = _mm256_blendv_epi8(bytes, behind, mayLead);
-        __m256i const even = _mm256_unpacklo_epi8(second, first);
-        __m256i const odd = _mm256_unpackhi_epi8(second, first);
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(codes), _mm256_permute2x128_si256(even, odd, 0x20));
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(codes + 16), _mm256_permute2x128_si256(even, odd, 0x31));
         auto const upper = static_cast<uint32_t>(_mm256_movemask_epi8(bytes));
         return {static_cast<uint32_t>(_mm256_movemask_epi8(isSame)) & ~upper,
-                static_cast<uint32_t>(_mm256_movemask_epi8(mayLead))};
+                static_cast<uint32_t>(_mm256_movemask_epi8(mayLead)), _mm256_unpacklo_epi8(second, first),
+                _mm256_unpackhi_epi8(second, first)};
     }
 };
 
@@ -75,23 +97,73 @@ KX7_AVX2 inline void widen16(unsigned short* out, unsigned char const* in)
     _mm256_storeu_si256(reinterpret_cast<__m256i*>(out), _mm256_cvtepu8_epi16(bytes));
 }
 
-KX7_AVX2 inline void widen8(unsigned short* out, unsigned char const* in)
-{
-    __m128i const bytes = _mm_loadl_epi64(reinterpret_cast<__m128i const*>(in));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(out), _mm_cvtepu8_epi16(bytes));
-}
+/** The characters of a few blocks. */
+struct Batch {
+    static constexpr std::ptrdiff_t BLOCKS = 4;
 
-/** Copies a run of at least 8 bytes that are their own units; what two stores share is the same in both. */
-KX7_AVX2 inline void widen(unsigned short* out, unsigned char const* in, std::ptrdiff_t count)
-{
-    if (count < 16) {
-        widen8(out, in);
-        widen8(out + count - 8, in + count - 8);
-        return;
+    /** Takes up to `most` blocks from `in` on, as long as they are not all ASCII. */
+    KX7_AVX2 Batch(Tables const& tables, unsigned char const* in, std::ptrdiff_t most)
+    {
+        unsigned short* codesEnd = codes;
+        uint64_t isCarried = 0;  // 1: the first byte of the block trails
+        for (; blocks < most; ++blocks) {
+            Half const low = tables.look(in + blocks * BLOCK);
+            Half const high = tables.look(in + blocks * BLOCK + HALF);
+            if ((low.same & high.same) == ~UINT32_C(0) && isCarried == 0)
+                break;
+            uint64_t const mayLead = low.mayLead | static_cast<uint64_t>(high.mayLead) << HALF;
+            uint64_t const leads = everySecond(mayLead & ~isCarried);
+            uint64_t const chars = ~(leads << 1 | isCarried);
+            isCarried = leads >> 63;
+            append(codesEnd, low, static_cast<uint32_t>(chars));
+            append(codesEnd, high, static_cast<uint32_t>(chars >> HALF));
+            characters[blocks] = chars;
+        }
+        count = codesEnd - codes;
+        bytes = blocks * BLOCK + static_cast<std::ptrdiff_t>(isCarried);
     }
-    for (std::ptrdiff_t i = 0; i < count - 16; i += 16)
-        widen16(out + i, in + i);
-    widen16(out + count - 16, in + count - 16);
+
+    /** Where a character begins, counted from the first byte. */
+    std::ptrdiff_t placeOf(std::ptrdiff_t character) const
+    {
+        uint64_t const* block = characters;
+        for (; character >= __builtin_popcountll(*block); ++block)
+            character -= __builtin_popcountll(*block);
+        uint64_t rest = *block;
+        for (; character != 0; --character)
+            rest &= rest - 1;
+        return (block - characters) * BLOCK + __builtin_ctzll(rest);
+    }
+
+    uint64_t characters[BLOCKS];  ///< the places where they begin, block by block
+    unsigned short codes[BLOCKS * BLOCK];
+    std::ptrdiff_t count;
+    std::ptrdiff_t blocks = 0;
+    std::ptrdiff_t bytes;
+};
+
+/**
+ * Looks up `count` codes, at least 8.
+ * @return the place of the first that has no unit, or `count`; what is written are the units in front of it
+ */
+KX7_AVX2 inline std::ptrdiff_t lookUp(unsigned short const* units, unsigned short const* codes, std::ptrdiff_t count,
+                                      unsigned short* out)
+{
+    constexpr std::ptrdiff_t EIGHT = 8;
+    for (std::ptrdiff_t i = 0;;) {
+        __m128i const found = codesOfEight(units, codes + i);
+        if (_mm_movemask_epi8(_mm_cmpeq_epi16(found, _mm_setzero_si128())) != 0) {
+            for (; units[codes[i]] != 0; ++i)
+                out[i] = units[codes[i]];
+            return i;
+        }
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(out + i), found);
+        i += EIGHT;
+        if (i == count)
+            return count;
+        // What the last two have in common is the same in both.
+        i = std::min(i, count - EIGHT);
+    }
 }
 
 }  // namespace
@@ -99,7 +171,6 @@ KX7_AVX2 inline void widen(unsigned short* out, unsigned char const* in, std::pt
 KX7_AVX2 void decodePairsAvx2(PairUnits const& set, unsigned char const*& inOut, unsigned char const* end,
                               unsigned short*& outOut, unsigned short* outEnd)
 {
-    constexpr uint64_t ODD = UINT64_C(0xAAAAAAAAAAAAAAAA);
     unsigned char const* in = inOut;
     unsigned short* out = outOut;
     if (!beginsWell(set, in, end, out, outEnd)) {
@@ -109,47 +180,25 @@ KX7_AVX2 void decodePairsAvx2(PairUnits const& set, unsigned char const*& inOut,
     }
     unsigned short const* const units = set.units();
     Tables const tables(set);
-    unsigned short codes[BLOCK];
     // One byte more, because the last one in the block is looked at with the one behind it.
     while (end - in > BLOCK && outEnd - out >= BLOCK) {
-        Half const low = tables.look(in, codes);
-        Half const high = tables.look(in + HALF, codes + HALF);
-        uint64_t const same = low.same | static_cast<uint64_t>(high.same) << HALF;
-        if (same == ~UINT64_C(0)) {
-            widen(out, in, BLOCK);
+        std::ptrdiff_t const most = std::min((end - in - 1) / BLOCK, (outEnd - out) / BLOCK);
+        Batch const batch(tables, in, std::min(most, Batch::BLOCKS));
+        if (batch.blocks == 0) {
+            for (std::ptrdiff_t i = 0; i < BLOCK; i += 16)
+                widen16(out + i, in + i);
             in += BLOCK;
             out += BLOCK;
             continue;
         }
-        uint64_t const mayLead = low.mayLead | static_cast<uint64_t>(high.mayLead) << HALF;
-        uint64_t const sums = (((mayLead << 1) | ODD) - mayLead) ^ ODD;
-        // A lead byte in the last place is left to the next block.
-        uint64_t const cut = (sums & mayLead) >> 63;
-        uint64_t chars = ~(sums ^ mayLead) & ~(cut << 63);
-        uint64_t const copied = chars & same;
-        uint64_t longRuns = copied & copied >> 1;
-        longRuns &= longRuns >> 2;
-        longRuns &= longRuns >> 4;
-        while (chars != 0) {
-            int const place = __builtin_ctzll(chars);
-            if (longRuns >> place & 1) {
-                uint64_t const others = ~(copied >> place);
-                std::ptrdiff_t const count = others != 0 ? __builtin_ctzll(others) : BLOCK;
-                widen(out, in + place, count);
-                out += count;
-                chars = place + count < BLOCK ? chars >> (place + count) << (place + count) : 0;
-                continue;
-            }
-            unsigned short const unit = units[codes[place]];
-            if (unit == 0) {
-                inOut = in + place;
-                outOut = out;
-                return;
-            }
-            *out++ = unit;
-            chars &= chars - 1;
+        std::ptrdiff_t const found = lookUp(units, batch.codes, batch.count, out);
+        out += found;
+        if (found != batch.count) {
+            inOut = in + batch.placeOf(found);
+            outOut = out;
+            return;
         }
-        in += BLOCK - static_cast<std::ptrdiff_t>(cut);
+        in += batch.bytes;
     }
     BASELINE_KERNELS.decodePairs(set, in, end, out, outEnd);
     inOut = in;

@@ -20,30 +20,13 @@
 #include <cstdint>
 #include <cstring>
 
+#include "kx7/kernels/KeepLanes.h"
 #include "kx7/kernels/StoreAvx2.h"
 #include "kx7/kernels/Utf8Structure.h"
 
 namespace kx7 {
 
 namespace {
-
-/** For each mask the shuffle that moves the 16-bit lanes in it to the front. */
-struct KeepLanes {
-    alignas(16) unsigned char shuffles[256][16];
-    constexpr KeepLanes() : shuffles()
-    {
-        for (unsigned int mask = 0; mask < 256; ++mask) {
-            unsigned int at = 0;
-            for (unsigned int lane = 0; lane < 8; ++lane)
-                if (mask >> lane & 1) {
-                    shuffles[mask][at++] = static_cast<unsigned char>(2 * lane);
-                    shuffles[mask][at++] = static_cast<unsigned char>(2 * lane + 1);
-                }
-            while (at < 16)
-                shuffles[mask][at++] = 0x80;
-        }
-    }
-};
 
 /** For each mask the shuffle that keeps the low byte of each 16-bit lane, and the high byte of those in the mask. */
 struct KeepPairs {
@@ -86,7 +69,6 @@ struct KeepTriples {
     }
 };
 
-constexpr KeepLanes KEEP_LANES;
 constexpr KeepPairs KEEP_PAIRS;
 constexpr KeepTriples KEEP_TRIPLES;
 

@@ -636,8 +636,8 @@ KX7_AVX512 size_t countAsUTF8Avx512(unsigned short const*& inOut, unsigned short
                 count -= 2 * __builtin_popcountll(highs);
                 carried = highs >> (available - 1) & 1;
             }
-            beyond = _mm512_add_epi16(
-                beyond, _mm512_add_epi16(bytesBeyondFirst(block.front), bytesBeyondFirst(block.back)));
+            beyond =
+                _mm512_add_epi16(beyond, _mm512_add_epi16(bytesBeyondFirst(block.front), bytesBeyondFirst(block.back)));
             in += available;
         }
         count += _mm512_reduce_add_epi32(_mm512_madd_epi16(beyond, _mm512_set1_epi16(1)));
