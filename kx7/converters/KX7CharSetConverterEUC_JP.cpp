@@ -86,6 +86,12 @@ struct KX7CharSetConverterEUC_JP::Decoder : kx7::PairDecoder {
         return kx7::DecodedChar::one(unit, length);
     }
 
+    /** Counts as long a run of characters as it is sure of, moving `in`; it may do nothing. */
+    size_t countRun(unsigned char const*& in, unsigned char const* end) const
+    {
+        return pairs() ? kx7::kernels().countMappedPairs(*pairs(), in, end) : 0;
+    }
+
 private:
     LookupTable<unsigned short> const& m_toUnicode;
     LookupTable<unsigned short> const& m_toUnicode0212;
@@ -197,6 +203,7 @@ void KX7CharSetConverterEUC_JP::load()
         unsigned short* const behindShift = pairs.row(SINGLE_SHIFT_2);
         for (unsigned char byte = 0xA1; isKatakana(byte); ++byte)
             behindShift[byte] = toUnicode().get(byte);
+        pairs.findSureTrails();
     });
     m_pToUnicode0212.store(toUnicode0212.release(), std::memory_order_release);
 }
@@ -237,10 +244,11 @@ unsigned int KX7CharSetConverterEUC_JP::getNumUnits(void const* source, unsigned
     size_t left = byteCount == kx7::UNTIL_TERMINATOR ? static_cast<size_t>(textEnd - in) : byteCount;
     unsigned int count = 0;
     while (left != 0 && *in != 0) {
-        // What can be decoded is counted as it is decoded.
+        unsigned char const* const begin = in;
+        count += static_cast<unsigned int>(characters.countRun(in, textEnd));
+        // What else can be decoded is counted as it is decoded.
         unsigned short units[COUNTED_AT_ONCE];
         unsigned short* unitsEnd = units;
-        unsigned char const* const begin = in;
         characters.run(in, textEnd, unitsEnd, units + COUNTED_AT_ONCE);
         count += static_cast<unsigned int>(unitsEnd - units);
         left -= static_cast<size_t>(in - begin);

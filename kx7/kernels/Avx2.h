@@ -31,6 +31,7 @@ void decodePairsAvx2(PairUnits const& pairs, unsigned char const*& in, unsigned 
 void decodeFourBytesAvx2(PairUnits const& pairs, FourByteRun const& run, unsigned char const*& in,
                          unsigned char const* end, unsigned short*& out, unsigned short* outEnd);
 size_t countPairsAvx2(unsigned char const* types, unsigned char const*& in, unsigned char const* end);
+size_t countMappedPairsAvx2(PairUnits const& pairs, unsigned char const*& in, unsigned char const* end);
 size_t countUnitsOfGB18030Avx2(unsigned char const*& in, unsigned char const* end);
 void encodeDoubleByteAvx2(unsigned short const* codes, unsigned short const*& in, unsigned short const* end,
                           unsigned char*& out, unsigned char* outEnd);

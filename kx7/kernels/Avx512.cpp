@@ -82,6 +82,7 @@ constexpr Kernels AVX512_KERNELS = {
     decodePairsAvx512,
     decodeFourBytesAvx512,
     countPairsAvx512,
+    countMappedPairsAvx512,
     countUnitsOfGB18030Avx2,
     encodeDoubleByteAvx512,
     countDoubleByteAvx512,

@@ -61,6 +61,7 @@ void decodePairsAvx512(PairUnits const& pairs, unsigned char const*& in, unsigne
 void decodeFourBytesAvx512(PairUnits const& pairs, FourByteRun const& run, unsigned char const*& in,
                            unsigned char const* end, unsigned short*& out, unsigned short* outEnd);
 size_t countPairsAvx512(unsigned char const* types, unsigned char const*& in, unsigned char const* end);
+size_t countMappedPairsAvx512(PairUnits const& pairs, unsigned char const*& in, unsigned char const* end);
 void encodeDoubleByteAvx512(unsigned short const* codes, unsigned short const*& in, unsigned short const* end,
                             unsigned char*& out, unsigned char* outEnd);
 size_t countDoubleByteAvx512(unsigned short const* codes, unsigned short const*& in, unsigned short const* end);

@@ -112,12 +112,11 @@ struct Batch {
             if ((low.same & high.same) == ~UINT32_C(0) && isCarried == 0)
                 break;
             uint64_t const mayLead = low.mayLead | static_cast<uint64_t>(high.mayLead) << HALF;
-            uint64_t const leads = everySecond(mayLead & ~isCarried);
-            uint64_t const chars = ~(leads << 1 | isCarried);
-            isCarried = leads >> 63;
-            append(codesEnd, low, static_cast<uint32_t>(chars));
-            append(codesEnd, high, static_cast<uint32_t>(chars >> HALF));
-            characters[blocks] = chars;
+            PairBegins const begins(mayLead, isCarried);
+            isCarried = begins.carries();
+            append(codesEnd, low, static_cast<uint32_t>(begins.all));
+            append(codesEnd, high, static_cast<uint32_t>(begins.all >> HALF));
+            characters[blocks] = begins.all;
         }
         count = codesEnd - codes;
         bytes = blocks * BLOCK + static_cast<std::ptrdiff_t>(isCarried);

@@ -45,6 +45,7 @@ constexpr Kernels PLAIN_KERNELS = {
     [](PairUnits const&, unsigned char const*&, unsigned char const*, unsigned short*&, unsigned short*) {},
     noFourBytes,
     noCountPairs,
+    noCountMappedPairs,
     noCountUnitsOfGB18030,
     [](unsigned short const*, unsigned short const*&, unsigned short const*, unsigned char*&, unsigned char*) {},
     [](unsigned short const*, unsigned short const*&, unsigned short const*) { return size_t{0}; },

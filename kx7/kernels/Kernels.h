@@ -105,6 +105,9 @@ struct Kernels {
      */
     size_t (*countPairs)(unsigned char const* types, unsigned char const*& in, unsigned char const* end);
 
+    /** Characters that `pairs` has, moving `in` over them; may be fewer than there are in front. */
+    size_t (*countMappedPairs)(PairUnits const& pairs, unsigned char const*& in, unsigned char const* end);
+
     /** Units of GB 18030, one for what is malformed or unmapped. */
     size_t (*countUnitsOfGB18030)(unsigned char const*& in, unsigned char const* end);
 
@@ -151,6 +154,10 @@ inline void noSingleByteFromUTF8(SingleByteTables const& /*tables*/, unsigned ch
 {
 }
 inline size_t noCountPairs(unsigned char const* /*types*/, unsigned char const*& /*in*/, unsigned char const* /*end*/)
+{
+    return 0;
+}
+inline size_t noCountMappedPairs(PairUnits const& /*pairs*/, unsigned char const*& /*in*/, unsigned char const* /*end*/)
 {
     return 0;
 }

@@ -10,6 +10,7 @@
 #include <cstring>
 
 #include "kx7/kernels/MultibyteStructure.h"
+#include "kx7/kernels/SingleByteAvx2.h"
 #include "kx7/tables/ByteTypeTables.h"
 
 namespace kx7 {
@@ -61,27 +62,31 @@ struct TypeSet {
         highs = _mm256_broadcastsi128_si256(sets[1]);
     }
 
+    /** @param lowBits, highBits for bytes below 0x80 and from there on: a bit for each value of the three above the low
+     * four */
+    KX7_AVX2 TypeSet(__m256i lowBits, __m256i highBits) : lows(lowBits), highs(highBits) {}
+
     /** @param bit for each byte that of its three bits above the low four */
     KX7_AVX2 __m256i contains(__m256i bytes, __m256i low, __m256i bit) const
     {
         __m256i const set = _mm256_blendv_epi8(_mm256_shuffle_epi8(lows, low), _mm256_shuffle_epi8(highs, low), bytes);
-        return _mm256_cmpeq_epi8(_mm256_and_si256(set, bit), bit);
+        return hasBits(set, bit);
     }
 };
 
+/** Which of 32 bytes two sets contain. */
 struct Types {
     __m256i leads;
-    __m256i trails;
-};
+    __m256i others;
 
-KX7_AVX2 inline Types typesOf(__m256i bytes, TypeSet const& leads, TypeSet const& trails)
-{
-    __m256i const nibble = _mm256_set1_epi8(0xF);
-    __m256i const bits = _mm256_set1_epi64x(static_cast<int64_t>(0x8040201008040201));
-    __m256i const low = _mm256_and_si256(bytes, nibble);
-    __m256i const bit = _mm256_shuffle_epi8(bits, _mm256_and_si256(_mm256_srli_epi16(bytes, 4), nibble));
-    return {leads.contains(bytes, low, bit), trails.contains(bytes, low, bit)};
-}
+    KX7_AVX2 Types(__m256i bytes, TypeSet const& leadSet, TypeSet const& otherSet)
+    {
+        __m256i const low = _mm256_and_si256(bytes, _mm256_set1_epi8(0xF));
+        __m256i const bit = bitOfRow(highNibbles(bytes));
+        leads = leadSet.contains(bytes, low, bit);
+        others = otherSet.contains(bytes, low, bit);
+    }
+};
 
 KX7_AVX2 inline __m256i within(__m256i bytes, int first, int last)
 {
@@ -92,6 +97,15 @@ KX7_AVX2 inline __m256i within(__m256i bytes, int first, int last)
 KX7_AVX2 inline uint64_t within(Block const& block, int first, int last)
 {
     return bitsOf(within(block.low, first, last), within(block.high, first, last));
+}
+
+/** Pairs that PairUnits::sureTrails does not have. */
+KX7_AVX2 inline __m256i isUnsure(PairUnits const& pairs, __m256i leads, __m256i trails)
+{
+    __m256i const codes = _mm256_and_si256(leads, _mm256_set1_epi8(0x7F));
+    __m256i const sure = lookUp(pairs.sureTrails(), codes, RowBits(codes));
+    __m256i const place = _mm256_sub_epi8(trails, _mm256_set1_epi8(static_cast<char>(PairUnits::FIRST_TRAIL)));
+    return _mm256_cmpeq_epi8(_mm256_max_epu8(place, sure), place);
 }
 
 }  // namespace
@@ -107,17 +121,46 @@ KX7_AVX2 size_t countPairsAvx2(unsigned char const* types, unsigned char const*&
     while (in != end) {
         std::ptrdiff_t const left = end - in < STRUCTURE_BLOCK ? end - in : STRUCTURE_BLOCK;
         Block const block(in, left);
-        Types const low = typesOf(block.low, mayLead, mayTrail);
-        Types const high = typesOf(block.high, mayLead, mayTrail);
+        Types const low(block.low, mayLead, mayTrail);
+        Types const high(block.high, mayLead, mayTrail);
         uint64_t const leads = bitsOf(low.leads, high.leads);
         uint64_t const followers = (leads << 1 | leadsBefore) & ~trailsBefore & lowBits(left);
-        uint64_t const trails = everySecond(bitsOf(low.trails, high.trails) & followers);
+        uint64_t const trails = everySecond(bitsOf(low.others, high.others) & followers);
         count += static_cast<size_t>(left - __builtin_popcountll(trails));
         leadsBefore = leads >> 63;
         trailsBefore = trails >> 63;
         in += left;
     }
     inOut = in;
+    return count;
+}
+
+KX7_AVX2 size_t countMappedPairsAvx2(PairUnits const& pairs, unsigned char const*& inOut, unsigned char const* end)
+{
+    unsigned char const* in = inOut;
+    TypeSet const mayLead(_mm256_setzero_si256(), rowOf(pairs.leadBits()));
+    TypeSet const isSame(rowOf(pairs.sameBits()), _mm256_setzero_si256());
+    size_t count = 0;
+    uint64_t isCarried = 0;
+    // One byte more, because the last one in the block is looked at with the one behind it.
+    for (; end - in > STRUCTURE_BLOCK; in += STRUCTURE_BLOCK) {
+        Block const block(in, STRUCTURE_BLOCK);
+        Block const behind(in + 1, STRUCTURE_BLOCK);
+        Types const low(block.low, mayLead, isSame);
+        Types const high(block.high, mayLead, isSame);
+        PairBegins const begins(bitsOf(low.leads, high.leads), isCarried);
+        uint64_t const unsure = begins.leads & bitsOf(isUnsure(pairs, block.low, behind.low),  //
+                                                      isUnsure(pairs, block.high, behind.high));
+        uint64_t const same = bitsOf(low.others, high.others);
+        int const taken = firstWithoutUnit(begins, same, unsure, pairs.units(), in);
+        count += static_cast<size_t>(__builtin_popcountll(begins.all & lowBits(taken)));
+        if (taken != STRUCTURE_BLOCK) {
+            inOut = in + taken;
+            return count;
+        }
+        isCarried = begins.carries();
+    }
+    inOut = in + isCarried;
     return count;
 }
 

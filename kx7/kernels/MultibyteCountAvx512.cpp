@@ -18,6 +18,18 @@ KX7_AVX512 inline __m512i loadBlock(unsigned char const* in, std::ptrdiff_t left
     return left >= STRUCTURE_BLOCK ? _mm512_loadu_si512(in) : _mm512_maskz_loadu_epi8(lowBits(left), in);
 }
 
+/** 128 entries, by the low seven bits of bytes. */
+struct HalfTable {
+    __m512i entries[2];
+
+    KX7_AVX512 explicit HalfTable(unsigned char const* from)
+        : entries{_mm512_loadu_si512(from), _mm512_loadu_si512(from + 64)}
+    {
+    }
+
+    KX7_AVX512 __m512i lookUp(__m512i bytes) const { return _mm512_permutex2var_epi8(entries[0], bytes, entries[1]); }
+};
+
 }  // namespace
 
 KX7_AVX512 size_t countPairsAvx512(unsigned char const* types, unsigned char const*& inOut, unsigned char const* end)
@@ -44,6 +56,35 @@ KX7_AVX512 size_t countPairsAvx512(unsigned char const* types, unsigned char con
         in += left;
     }
     inOut = in;
+    return count;
+}
+
+KX7_AVX512 size_t countMappedPairsAvx512(PairUnits const& pairs, unsigned char const*& inOut, unsigned char const* end)
+{
+    unsigned char const* in = inOut;
+    HalfTable const isLead(pairs.isLead());
+    HalfTable const isSame(pairs.isSame());
+    HalfTable const sureTrails(pairs.sureTrails());
+    size_t count = 0;
+    uint64_t isCarried = 0;
+    // One byte more, because the last one in the block is looked at with the one behind it.
+    for (; end - in > STRUCTURE_BLOCK; in += STRUCTURE_BLOCK) {
+        __m512i const bytes = _mm512_loadu_si512(in);
+        __m512i const behind = _mm512_loadu_si512(in + 1);
+        uint64_t const upper = _mm512_movepi8_mask(bytes);
+        PairBegins const begins(_mm512_movepi8_mask(isLead.lookUp(bytes)) & upper, isCarried);
+        uint64_t const same = _mm512_movepi8_mask(isSame.lookUp(bytes)) & ~upper;
+        __m512i const trails = _mm512_sub_epi8(behind, _mm512_set1_epi8(static_cast<char>(PairUnits::FIRST_TRAIL)));
+        uint64_t const unsure = begins.leads & _mm512_cmpge_epu8_mask(trails, sureTrails.lookUp(bytes));
+        int const taken = firstWithoutUnit(begins, same, unsure, pairs.units(), in);
+        count += static_cast<size_t>(__builtin_popcountll(begins.all & lowBits(taken)));
+        if (taken != STRUCTURE_BLOCK) {
+            inOut = in + taken;
+            return count;
+        }
+        isCarried = begins.carries();
+    }
+    inOut = in + isCarried;
     return count;
 }
 

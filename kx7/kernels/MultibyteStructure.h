@@ -26,6 +26,41 @@ constexpr uint64_t everySecond(uint64_t runs)
 }
 
 /**
+ * Which bytes of a block of text in one byte or two begin characters, where each that may lead does unless it trails.
+ */
+struct PairBegins {
+    uint64_t leads;
+    uint64_t all;
+
+    /** @param isCarried 1: the first byte trails */
+    PairBegins(uint64_t mayLead, uint64_t isCarried)
+        : leads(everySecond(mayLead & ~isCarried)), all(~(leads << 1 | isCarried))
+    {
+    }
+
+    /** The same of the block behind. */
+    uint64_t carries() const { return leads >> 63; }
+};
+
+/**
+ * The place of the first character of a block that has no unit; STRUCTURE_BLOCK if all have one.
+ * @param same    bytes that are their own units
+ * @param unsure  lead bytes of pairs that may have none, and are looked up
+ */
+inline int firstWithoutUnit(PairBegins const& begins, uint64_t same, uint64_t unsure, unsigned short const* units,
+                            unsigned char const* in)
+{
+    uint64_t const strange = begins.all & ~(begins.leads | same);
+    int const place = strange != 0 ? __builtin_ctzll(strange) : static_cast<int>(STRUCTURE_BLOCK);
+    for (uint64_t rest = unsure & lowBits(place); rest != 0; rest &= rest - 1) {
+        unsigned char const* const pair = in + __builtin_ctzll(rest);
+        if (units[pair[0] << 8 | pair[1]] == 0)
+            return __builtin_ctzll(rest);
+    }
+    return place;
+}
+
+/**
  * The places where four bytes begin, of those where a lead byte, a digit, a lead byte and a digit stand: `candidates`,
  * of which two may overlap but no two are neighbours.
  */

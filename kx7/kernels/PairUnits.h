@@ -64,6 +64,26 @@ public:
     unsigned char const* leadBits() const { return m_leadBits; }
     unsigned char const* sameBits() const { return m_sameBits; }
 
+    /**
+     * Of the pairs that begin with a byte from 0x80, by its low seven bits: so many trail bytes from FIRST_TRAIL on
+     * have a unit each.
+     */
+    unsigned char const* sureTrails() const { return m_sureTrails; }
+    static constexpr unsigned char FIRST_TRAIL = 0xA1;
+
+    /** Finds these out, which are 0 before. */
+    void findSureTrails()
+    {
+        for (unsigned int lead = 0x80; lead < 0x100; ++lead) {
+            if (!m_isLead[lead & 0x7F])
+                continue;
+            unsigned char count = 0;
+            while (FIRST_TRAIL + count < 0x100 && m_units[lead << 8 | (FIRST_TRAIL + count)] != 0)
+                ++count;
+            m_sureTrails[lead & 0x7F] = count;
+        }
+    }
+
     /** Finds out which ASCII stands for itself. @param codes as of UnitCodes.h; may be null */
     void findSame(unsigned short const* codes)
     {
@@ -81,6 +101,7 @@ private:
     unsigned short* m_units;
     unsigned char m_isLead[128] = {};
     unsigned char m_isSame[128] = {};
+    unsigned char m_sureTrails[128] = {};
     unsigned char m_leadBits[16] = {};
     unsigned char m_sameBits[16] = {};
     Same m_sameBytes = Same::NONE;
