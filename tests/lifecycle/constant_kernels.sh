@@ -7,7 +7,7 @@ set -eu
 seen=0
 for object in "$@"; do
     case $object in
-        */kernels/*) ;;
+        */kx7/kernels/*) ;;
         *) continue ;;
     esac
     seen=$((seen + 1))
