@@ -7,7 +7,7 @@
 //
 // Encoding takes 16 units that need up to two bytes each, or 8 that need up to four, builds the bytes of each unit in
 // a lane of its own and squeezes out the unused ones by shuffles from tables. Each half of a surrogate pair makes two
-// bytes.
+// bytes; where all 16 units are pairs nothing has to be squeezed out.
 //
 // A block is converted once the next one is known to be good: what its stores write behind its text is then covered by
 // the text of the next. What is left is stored in parts that may overlap, so that nothing
@@ -400,6 +400,31 @@ KX7_AVX2 inline bool wellPaired(unsigned short const* in)
     return _mm256_testc_si256(isLowNext, isHigh) != 0;
 }
 
+/** A bit for each 32-bit lane that is a surrogate pair. */
+KX7_AVX2 inline uint32_t pairLanes(__m256i units)
+{
+    __m256i const kinds = _mm256_and_si256(units, _mm256_set1_epi32(static_cast<int>(0xFC00FC00)));
+    __m256i const isPair = _mm256_cmpeq_epi32(kinds, _mm256_set1_epi32(static_cast<int>(0xDC00D800)));
+    return static_cast<uint32_t>(_mm256_movemask_ps(_mm256_castsi256_ps(isPair)));
+}
+
+KX7_AVX2 inline __m256i masked(__m256i lanes, int bits)
+{
+    return _mm256_and_si256(lanes, _mm256_set1_epi32(bits));
+}
+
+/** The four bytes of each 32-bit lane that is a surrogate pair. */
+KX7_AVX2 inline __m256i bytesOfPairs(__m256i units)
+{
+    __m256i const plane = _mm256_add_epi32(masked(units, 0x3FF), _mm256_set1_epi32(0x40));
+    __m256i const front = _mm256_or_si256(_mm256_srli_epi32(plane, 8), masked(_mm256_slli_epi32(plane, 6), 0x3F00));
+    __m256i const third =
+        _mm256_or_si256(masked(_mm256_slli_epi32(plane, 20), 0x300000), masked(_mm256_srli_epi32(units, 6), 0x0F0000));
+    __m256i const last = masked(_mm256_slli_epi32(units, 8), 0x3F000000);
+    return _mm256_or_si256(_mm256_or_si256(front, third),
+                           _mm256_or_si256(last, _mm256_set1_epi32(static_cast<int>(0x808080F0))));
+}
+
 /** Encodes 16 units below U+0800; stores up to SPILL bytes behind those that count. */
 KX7_AVX2 inline unsigned char* encodePairs(__m256i units, unsigned char* out)
 {
@@ -504,8 +529,8 @@ KX7_AVX2 inline unsigned char* encodeEight(__m128i units, std::ptrdiff_t& used, 
 }
 
 /**
- * Encodes up to 8 units of a text that begins at `begin` and writes nothing behind them; none where they do not fit,
- * have surrogates (of so few, plain steps are faster), or the whole text is shorter.
+ * Encodes up to 8 units of a text that begins at `begin` and writes nothing behind them; none where they do not fit or
+ * the whole text is shorter. Of units with surrogates only the pairs in front: beyond these, plain steps are faster.
  * @return the units consumed
  */
 KX7_AVX2 inline std::ptrdiff_t encodeLastUnits(unsigned short const* begin, unsigned short const* in,
@@ -522,8 +547,14 @@ KX7_AVX2 inline std::ptrdiff_t encodeLastUnits(unsigned short const* begin, unsi
         out = storeExactly(out, encoded);
         return used;
     }
-    if (hasSurrogates(_mm256_zextsi128_si256(units)))
-        return 0;
+    __m256i const wide = _mm256_zextsi128_si256(units);
+    if (hasSurrogates(wide)) {
+        std::ptrdiff_t const pairs = __builtin_ctz(~pairLanes(wide));
+        if (4 * pairs > outEnd - out)
+            return 0;
+        out = storeExactly(out, {_mm256_castsi256_si128(bytesOfPairs(wide)), 4 * pairs});
+        return 2 * pairs;
+    }
     EncodedEight const encoded = eightOf<false>(units, used);
     std::ptrdiff_t const count = encoded.front.count + encoded.back.count;
     if (count > outEnd - out)
@@ -566,15 +597,23 @@ KX7_AVX2 void encodeUTF8Avx2(unsigned short const*& inOut, unsigned short const*
                 out += UNITS;
                 continue;
             }
+            bool const isTwoByte = _mm256_testz_si256(units, _mm256_set1_epi16(static_cast<short>(0xF800))) != 0;
+            bool const isThreeByte = !isTwoByte && !hasSurrogates(units);
+            if (!isTwoByte && !isThreeByte && outEnd - out >= 2 * UNITS && pairLanes(units) == 0xFF) {
+                _mm256_storeu_si256(reinterpret_cast<__m256i*>(out), bytesOfPairs(units));
+                in += UNITS;
+                out += 2 * UNITS;
+                continue;
+            }
             // What is stored behind the text is overwritten by that of the next units: all of them can be encoded.
             if (end - in > 2 * UNITS && outEnd - out >= 6 * UNITS + SPILL && wellPaired(in + UNITS)) {
                 std::ptrdiff_t used = 8;
-                if (_mm256_testz_si256(units, _mm256_set1_epi16(static_cast<short>(0xF800)))) {
+                if (isTwoByte) {
                     out = encodePairs(units, out);
                     in += UNITS;
                     continue;
                 }
-                if (!hasSurrogates(units)) {
+                if (isThreeByte) {
                     out = encodeEight<false>(low, used, out);
                     out = encodeEight<false>(high, used, out);
                     in += UNITS;
