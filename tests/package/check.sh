@@ -38,7 +38,7 @@ echo "-- protections"
 tests/package/hardening.sh "$build/libkx7text.a" "$build/libkx7text.so" "$build/cli/kx7conv"
 
 echo "-- binary interface"
-tests/package/abi.sh "$build/libkx7text.so" ${2:+"$2/libkx7text.so"}
+tests/package/abi.py "$build/libkx7text.so" ${2:+"$2/libkx7text.so"}
 readelf -dW "$build/libkx7text.so" | grep 'SONAME.*\[libkx7text\.so\.1\]' >/dev/null || fail "the soname is not libkx7text.so.1"
 
 echo "-- recipes, manual"
