@@ -341,6 +341,26 @@ struct Streams {
         return progress;
     }
 
+    /**
+     * Asks the target how it writes the substitute and the mark, unless it has said so. Without memory for its tables
+     * it cannot; then "?", one byte in every set that has tables, stands for what is lost until it can.
+     */
+    static void askTarget(Encoder& encoder)
+    {
+        if (encoder.m_substituteSize != 0)
+            return;
+        if (encodeChar(encoder, CharUnits(U'?'), encoder.m_substitute) == 0) {
+            encoder.m_substitute[0] = '?';
+            return;
+        }
+        encoder.m_bomSize = encodeChar(encoder, CharUnits(BYTE_ORDER_MARK), encoder.m_bom);
+        encoder.m_substituteSize = encodeChar(encoder, substituteOf(encoder.m_options), encoder.m_substitute);
+        if (encoder.m_substituteSize == 0)
+            encoder.m_substituteSize = encodeChar(encoder, CharUnits(U'?'), encoder.m_substitute);
+    }
+
+    static size_t substituteSize(Encoder const& encoder) { return std::max<size_t>(encoder.m_substituteSize, 1); }
+
     /** What stands for units that the target lacks, or for a surrogate without its partner. */
     struct Substitute {
         unsigned char bytes[Encoder::MINIMUM_ROOM];
@@ -350,11 +370,7 @@ struct Streams {
     static Substitute substituteFor(Encoder const& encoder, unsigned short const* units, size_t count)
     {
         Substitute result = {};
-        if (encoder.m_options.errors == ErrorPolicy::REPLACE) {
-            result.size = encoder.m_substituteSize;
-            std::copy_n(encoder.m_substitute, result.size, result.bytes);
-        }
-        else if (encoder.m_options.errors == ErrorPolicy::ESCAPE) {
+        if (encoder.m_options.errors == ErrorPolicy::ESCAPE) {
             unsigned char ascii[2 * ESCAPE_LENGTH];
             unsigned char* asciiEnd = ascii;
             for (size_t i = 0; i < count; ++i)
@@ -365,6 +381,11 @@ struct Streams {
                               ->encode(*encoder.m_converter, escape, escapeEnd, result.bytes,
                                        result.bytes + sizeof result.bytes, true)
                               .written;
+        }
+        // Also for an escape of which the target has nothing, since its tables found no memory.
+        if (result.size == 0 && substitutes(encoder.m_options.errors)) {
+            result.size = substituteSize(encoder);
+            std::copy_n(encoder.m_substitute, result.size, result.bytes);
         }
         return result;
     }
@@ -562,7 +583,7 @@ struct Streams {
             bool const isIllegal = progress.stop == Stop::ILLEGAL;
             unsigned char const* const bad = run.source.begin + progress.consumed;
             bool const isReplaced = isIllegal && substitutes(decoder.m_options.errors);
-            bool const fits = !isReplaced || room.left() >= encoder.m_substituteSize;
+            bool const fits = !isReplaced || room.left() >= substituteSize(encoder);
             transcoder.m_lineFeeds += countLineFeeds(units, units + progress.written);
             decoder.m_unitPosition += progress.written;
             decoder.m_bytePosition += progress.consumed;
@@ -577,7 +598,7 @@ struct Streams {
             if (isIllegal) {
                 pass(decoder, feed, progress.length);
                 if (isReplaced) {
-                    room.append(encoder.m_substitute, encoder.m_substituteSize);
+                    room.append(encoder.m_substitute, substituteSize(encoder));
                     decoder.m_unitPosition += substituteOf(decoder.m_options).count;
                 }
                 if (decoder.m_options.errors == ErrorPolicy::STRICT)
@@ -665,16 +686,14 @@ Encoder::Encoder(KX7CharSet to, Options const& options) noexcept
     if (!hasConverter(to))
         return;
     m_engine = engineOf(*m_converter);
-    m_substituteSize = Streams::encodeChar(*this, substituteOf(options), m_substitute);
-    if (m_substituteSize == 0)
-        m_substituteSize = Streams::encodeChar(*this, CharUnits(U'?'), m_substitute);
-    m_bomSize = Streams::encodeChar(*this, CharUnits(BYTE_ORDER_MARK), m_bom);
+    Streams::askTarget(*this);
 }
 
 StreamResult Encoder::convert(Span<char16_t const> source, Span<char> dest, bool last) noexcept
 {
     if (!m_engine)
         return {0, 0, Status::NO_CONVERTER};
+    Streams::askTarget(*this);
     Streams::UnitFeed feed(reinterpret_cast<unsigned short const*>(source.data()), source.size(), last, &m_held,
                            m_heldCount);
     Room<unsigned char> room(dest.data(), dest.size());
@@ -697,7 +716,7 @@ std::optional<size_t> Encoder::maxBytes(size_t unitCount) const noexcept
     if (!m_engine || !units)
         return std::nullopt;
     // A surrogate without its partner is an error of one unit in every set.
-    size_t const ofError = m_options.errors == ErrorPolicy::REPLACE  ? m_substituteSize
+    size_t const ofError = m_options.errors == ErrorPolicy::REPLACE  ? Streams::substituteSize(*this)
                            : m_options.errors == ErrorPolicy::ESCAPE ? ESCAPE_LENGTH * m_converter->getMinUnitSize()
                                                                      : 0;
     // EUC-JP has room for a third byte, but no character of the set that would need it.
@@ -725,6 +744,7 @@ StreamResult Transcoder::convert(Span<char const> source, Span<char> dest, bool 
 {
     if (!m_decoder.m_engine || !m_encoder.m_engine)
         return {0, 0, Status::NO_CONVERTER};
+    Streams::askTarget(m_encoder);
     Streams::ByteFeed feed(reinterpret_cast<unsigned char const*>(source.data()), source.size(), last, m_decoder.m_held,
                            m_decoder.m_heldCount);
     Room<unsigned char> room(dest.data(), dest.size());
