@@ -1,16 +1,21 @@
 // kx7text tests - strings and lists when memory runs out, and that they leave none behind.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdlib>
 #include <functional>
 #include <memory>
 #include <new>
+#include <optional>
 #include <sstream>
 #include <string>
+#include <string_view>
 
+#include "kx7/convert.h"
 #include "kx7/text/KX7UString.h"
 #include "kx7/text/KX7UStringList.h"
+#include "kx7/text/KX7UStringStd.h"
 #include "tests/support/Heap.h"
 #include "tests/text/StringTexts.h"
 
@@ -269,4 +274,214 @@ TEST(StringAllocation, TenThousandAssignmentsSwapsAndLinesLeaveTheProcessNoLarge
     }
     EXPECT_EQ(heap.liveBytes, before);
     expectText(a, std::u16string(LONG, u'b'));
+}
+
+namespace {
+
+using kx7::ErrorPolicy;
+
+// Sources and results of the layer. Errors become longer than they were, so that its strings have to grow.
+std::u16string const U16_TEXT = u"\xE9" + std::u16string(LONG, u'\x4E00');
+std::string const BROKEN(LONG, '\xFF');
+std::string const TEXT_1252 = "\xE9" + longBytes();
+std::string const TEXT_UTF8 = "\xC3\xA9" + longBytes();
+std::u16string const TEXT_U16 = u"\xE9" + std::u16string(LONG, u'b');
+KX7UString const TEXT_KX7 = stringOf(TEXT_U16);
+unsigned int const GROWN = 2 * LONG;
+
+bool isWhole(kx7::Outcome const& outcome)
+{
+    return outcome.isLossless();
+}
+
+bool holds(KX7UString const& s, std::u16string const& text)
+{
+    return s.length() == text.size() && std::equal(text.begin(), text.end(), s.data());
+}
+
+struct LayerRow {
+    char const* what;
+    size_t least;   ///< allocations that it takes
+    bool (*run)();  ///< whether the result is right
+};
+LayerRow const LAYER_ROWS[] = {
+    {"decode", 1,
+     [] {
+         kx7::Units const units = kx7::decode(TEXT_1252, KX7CS_WCP1252);
+         return isWhole(units) && units.text == TEXT_U16;
+     }},
+    {"decode, two units for each byte", 2,
+     [] {
+         kx7::Units const units = kx7::decode(BROKEN, KX7CS_UTF8, {ErrorPolicy::REPLACE, U'\x1F600'});
+         return units.errorCount == LONG && units.text.size() == GROWN && units.text.back() == u'\xDE00';
+     }},
+    {"encode", 1,
+     [] {
+         kx7::Bytes const bytes = kx7::encode(TEXT_U16, KX7CS_WCP1252);
+         return isWhole(bytes) && bytes.text == TEXT_1252;
+     }},
+    {"encode, escapes", 2,
+     [] {
+         kx7::Bytes const bytes = kx7::encode(U16_TEXT, KX7CS_WCP1252, {ErrorPolicy::ESCAPE});
+         return bytes.errorCount == LONG && bytes.text.size() == 1 + 6 * LONG &&
+                bytes.text.compare(0, 7, "\xE9U+4E00") == 0;
+     }},
+    {"encode, UTF-32", 1, [] { return kx7::encode(TEXT_U16, KX7CS_UTF32).text.size() == 4 * TEXT_U16.size(); }},
+    {"transcode", 1,
+     [] {
+         kx7::Bytes const bytes = kx7::transcode(TEXT_1252, KX7CS_WCP1252, KX7CS_UTF8);
+         return isWhole(bytes) && bytes.text == TEXT_UTF8;
+     }},
+    {"transcode, four bytes for each", 2,
+     [] {
+         kx7::Bytes const bytes = kx7::transcode(BROKEN, KX7CS_UTF8, KX7CS_UTF8, {ErrorPolicy::REPLACE, U'\x1F600'});
+         return bytes.errorCount == LONG && bytes.text.size() == 4 * LONG;
+     }},
+    {"toKX7UString of units", 1, [] { return holds(kx7::toKX7UString(TEXT_U16.data(), TEXT_U16.size()), TEXT_U16); }},
+    {"toKX7UString of a string", 1, [] { return holds(kx7::toKX7UString(TEXT_U16), TEXT_U16); }},
+    {"toKX7UString of a view", 1, [] { return holds(kx7::toKX7UString(std::u16string_view(TEXT_U16)), TEXT_U16); }},
+    {"toKX7UString of bytes", 2,
+     [] {
+         kx7::DecodedString const decoded = kx7::toKX7UString(TEXT_1252, KX7CS_WCP1252);
+         return isWhole(decoded) && holds(decoded.text, TEXT_U16);
+     }},
+    {"toU16String", 1, [] { return kx7::toU16String(TEXT_KX7) == TEXT_U16; }},
+    {"toBytes", 2,
+     [] {
+         kx7::Bytes const bytes = kx7::toBytes(TEXT_KX7, KX7CS_WCP1252);
+         return isWhole(bytes) && bytes.text == TEXT_1252;
+     }},
+    {"copy of a result", 2,
+     [] {
+         kx7::Units const units = kx7::decode(TEXT_1252, KX7CS_WCP1252);
+         kx7::Units const copy = units;
+         return copy.text == TEXT_U16;
+     }},
+    {"<<", 1,
+     [] {
+         // A stream keeps what its buffer throws to itself, and says that it is bad.
+         static std::ostringstream out;
+         out.str({});
+         out.clear();
+         out << TEXT_KX7;
+         if (!out)
+             throw std::bad_alloc();
+         return std::equal(longBytes().rbegin(), longBytes().rend(), out.str().rbegin());
+     }},
+};
+
+}  // namespace
+
+TEST(LayerAllocationFailure, IsBadAllocAloneAndLeavesSourcesAndTheHeapAsTheyWere)
+{
+    std::u16string const textBefore = TEXT_U16;
+    std::string const bytesBefore = TEXT_1252;
+    for (LayerRow const& row : LAYER_ROWS) {
+        EXPECT_TRUE(row.run()) << row.what;  // tables, statics
+        for (bool const failsOn : {false, true}) {
+            bool failed = true;
+            size_t failing = 0;
+            while (failed) {
+                ++failing;
+                ASSERT_LT(failing, 100u) << row.what;
+                bool right = false;
+                bool threw = false;
+                size_t const blocks = heap.liveBlocks;
+                size_t const calls = heap.calls;
+                heap.failing = failing;
+                heap.failsOn = failsOn;
+                try {
+                    right = row.run();
+                }
+                catch (std::bad_alloc const&) {
+                    threw = true;
+                }
+                heap.failing = 0;
+                heap.failsOn = false;
+                failed = heap.calls - calls >= failing;
+                EXPECT_LE(heap.liveBlocks, blocks) << row.what << ", " << failing;
+                EXPECT_EQ(threw, failed) << row.what << ", " << failing;
+                EXPECT_EQ(right, !failed) << row.what << ", " << failing;
+                EXPECT_TRUE(row.run()) << row.what << ", after " << failing;
+                EXPECT_TRUE(TEXT_U16 == textBefore && TEXT_1252 == bytesBefore && holds(TEXT_KX7, textBefore))
+                    << row.what;
+            }
+            EXPECT_GT(failing, row.least) << row.what;
+        }
+    }
+}
+
+namespace {
+
+/** A stream and its copy convert all of `source` into `dest`; how much they write. */
+template <class Stream, class Source, class Unit>
+size_t convertTwice(Stream stream, Source source, kx7::Span<Unit> dest)
+{
+    Stream copy = stream;
+    size_t const first = stream.convert(source, dest, true).written;
+    stream.reset();
+    stream.setErrors(ErrorPolicy::SKIP);
+    size_t const second = copy.convert(source, dest, true).written;
+    return first == second ? first : 0;
+}
+
+struct QuietRow {
+    char const* what;
+    bool (*run)();
+};
+char16_t unitRoom[8 * LONG];
+char byteRoom[8 * LONG];
+
+QuietRow const QUIET_ROWS[] = {
+    {"Decoder",
+     [] {
+         kx7::Decoder const decoder(KX7CS_WCP1252);
+         return decoder.maxUnits(LONG) == LONG && convertTwice(decoder, kx7::Span<char const>(TEXT_1252),
+                                                               kx7::Span<char16_t>(unitRoom, GROWN)) == LONG + 1;
+     }},
+    {"Encoder",
+     [] {
+         kx7::Encoder const encoder(KX7CS_WCP1252, {ErrorPolicy::ESCAPE});
+         return encoder.maxBytes(LONG) == 6 * LONG && convertTwice(encoder, kx7::Span<char16_t const>(U16_TEXT),
+                                                                   kx7::Span<char>(byteRoom, 8 * LONG)) == 1 + 6 * LONG;
+     }},
+    {"Transcoder",
+     [] {
+         kx7::Transcoder const transcoder(KX7CS_WCP1252, KX7CS_UTF8);
+         return transcoder.maxBytes(1).has_value() && convertTwice(transcoder, kx7::Span<char const>(TEXT_1252),
+                                                                   kx7::Span<char>(byteRoom, 8 * LONG)) == LONG + 2;
+     }},
+    {"validation",
+     [] {
+         return kx7::validateUtf8(TEXT_UTF8) && !kx7::validateUtf8(BROKEN) && kx7::validateUtf16(TEXT_U16) &&
+                kx7::validateUtf16(std::string_view("a\0", 2)) && kx7::validateUtf32(U"a") &&
+                kx7::validateUtf32(std::string_view("a\0\0\0", 4)) && kx7::detectBom("\xEF\xBB\xBF");
+     }},
+    {"names",
+     [] {
+         bool found = kx7::findCharSet(TEXT_UTF8) == std::nullopt;
+         for (kx7::CharSetLabel const& label : kx7::charSetLabels())
+             found = found && kx7::findCharSet(label.label) && kx7::findCharSet(label.label, kx7::Labels::WHATWG_FIRST);
+         for (kx7::CharSetInfo const& info : kx7::charSets())
+             found = found && kx7::findCharSet(info.name) && kx7::charSetInfo(info.charSet) == &info;
+         return found && kx7::hasConverter(KX7CS_UTF8) && kx7::charSetInfo(KX7CS_OS_DEFAULT);
+     }},
+    {"hash", [] { return std::hash<KX7UString>()(TEXT_KX7) != 0; }},
+};
+
+}  // namespace
+
+TEST(LayerAllocation, WhatIsNoexceptTakesNoMemoryOnceTablesAreThere)
+{
+    for (QuietRow const& row : QUIET_ROWS) {
+        EXPECT_TRUE(row.run()) << row.what;
+        size_t const calls = heap.calls;
+        heap.failing = 1;
+        heap.failsOn = true;
+        bool const right = row.run();
+        heap.failing = 0;
+        heap.failsOn = false;
+        EXPECT_EQ(heap.calls, calls) << row.what;
+        EXPECT_TRUE(right) << row.what;
+    }
 }
