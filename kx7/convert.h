@@ -11,8 +11,9 @@
 // has to keep to its ranges; the other sets follow their tables. Byte order is the host's.
 //
 // Functions and streams are noexcept unless they return a string; those throw std::bad_alloc, and std::length_error
-// where a text would be longer than a string can be, and nothing else. Functions may be called from any thread at once;
-// a stream is used by one thread at a time.
+// where a text would be longer than a string can be, and nothing else. Characters of a set whose tables find no memory
+// are errors, until there is some. Functions may be called from any thread at once; a stream is used by one thread at a
+// time.
 #ifndef KX7_CONVERT_H
 #define KX7_CONVERT_H
 

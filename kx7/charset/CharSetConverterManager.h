@@ -43,7 +43,10 @@ public:
     /** The converter of `cs`, with KX7CS_OS_DEFAULT resolved; the UTF-8 converter where none is registered. */
     KX7CharSetConverter* getConverter(KX7CharSet cs);
 
-    /** Enters a name in both directions, each unless it is there already. */
+    /**
+     * Enters a name in both directions, each unless it is there already. What std::bad_alloc has kept out, the next
+     * call enters.
+     */
     void insertCharSetMap(KX7CharSet cs, KX7UString const& name);
 
     /** See KX7CharSetToString. */

@@ -15,6 +15,7 @@
 #include "kx7/text/KX7UChar.h"
 #include "kx7/text/KX7UString.h"
 #include "kx7/text/KX7UStringList.h"
+#include "tests/support/Heap.h"
 
 namespace {
 
@@ -86,6 +87,24 @@ char roomLocal[16];
     KX7UString s;
     getline(in, s, delimiter);
     return s;
+}
+
+enum class Missing { TABLE, PAGES };
+
+/** What a converter writes that has memory again, but had none for its tables, or for what is behind them. */
+[[maybe_unused]] std::string encodedAfterAFailure(Missing missing, std::u16string const& text)
+{
+    static unsigned short const PAIRS[] = {'a', 'a', 0x80, 0x20AC, 0, 0};
+    KX7CharSetConverterSBCS converter(PAIRS, KX7CS_WCP1252);
+    kx7test::heap.failing = missing == Missing::TABLE ? 1 : 2;
+    kx7test::heap.failsOn = true;
+    converter.load();
+    kx7test::heap.failing = 0;
+    kx7test::heap.failsOn = false;
+    std::string bytes(text.size() + 1, 0);
+    bytes.resize(converter.fromUTF16(&bytes[0], units(text.c_str()), static_cast<unsigned int>(text.size()),
+                                     ILLCHAR_REPLACE, nullptr));
+    return bytes;
 }
 
 }  // namespace
