@@ -71,6 +71,13 @@ struct KX7CharSetConverterUTF16::Encoder : kx7::EncoderBase {
         out += units * UNIT_SIZE;
     }
 
+    static size_t countRun(unsigned short const*& in, unsigned short const* end)
+    {
+        auto const units = static_cast<size_t>(end - in);
+        in = end;
+        return units * UNIT_SIZE;
+    }
+
     static kx7::EncodedChar step(unsigned short const* p, unsigned short const* /*end*/)
     {
         return {p[0], UNIT_SIZE, 1, kx7::Found::CHARACTER};

@@ -143,6 +143,23 @@ struct KX7CharSetConverterUTF32::Encoder : kx7::EncoderBase {
         return true;
     }
 
+    /** All but a high surrogate at the end, which may be cut off: whatever is not a pair is one code a unit. */
+    static size_t countRun(unsigned short const*& in, unsigned short const* end)
+    {
+        // A counter as wide as a unit, and one comparison for both units, so that the compiler makes vectors of the
+        // loop; a run of this length cannot overflow the counter.
+        auto units = std::min(end - in, ptrdiff_t{0xFFFF});
+        if (units != 0 && kx7::isHighSurrogate(in[units - 1]))
+            --units;
+        unsigned short pairs = 0;
+        for (ptrdiff_t i = 1; i < units; ++i) {
+            int const differences = (in[i - 1] ^ 0xD800) | (in[i] ^ 0xDC00);
+            pairs = static_cast<unsigned short>(pairs + ((differences & 0xFC00) == 0 ? 1 : 0));
+        }
+        in += units;
+        return BYTES * (static_cast<size_t>(units) - pairs);
+    }
+
     static kx7::EncodedChar step(unsigned short const* p, unsigned short const* end)
     {
         if (!kx7::isHighSurrogate(p[0]))

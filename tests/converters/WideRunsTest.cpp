@@ -136,6 +136,45 @@ TEST(WideRuns, UnpairedSurrogatesAtEveryPlaceOfUtf32Blocks)
     }
 }
 
+/** Bytes of the codes of UTF-32: one a unit or pair; a high surrogate at the end adds nothing. */
+unsigned int bytesAsUtf32(std::u16string const& units)
+{
+    unsigned int codes = 0;
+    for (size_t i = 0; i < units.size(); ++i, ++codes) {
+        if ((units[i] & 0xFC00) != 0xD800)
+            continue;
+        if (i + 1 == units.size())
+            break;
+        if ((units[i + 1] & 0xFC00) == 0xDC00)
+            ++i;
+    }
+    return 4 * codes;
+}
+
+TEST(WideRuns, CountsOfSurrogatesInAnyOrder)
+{
+    constexpr size_t PIECE = 2048;  // counted at once
+    std::mt19937 random(33);
+    std::vector<size_t> lengths = {PIECE - 1, PIECE, PIECE + 1, 2 * PIECE + 1, 70000};
+    for (size_t length = 0; length <= LONGEST; ++length)
+        lengths.push_back(length);
+    for (size_t const length : lengths) {
+        for (int round = 0; round != 20; ++round) {
+            std::u16string units;
+            while (units.size() < length)
+                units += u"a\uD7FF\uE000\xD800\xDBFF\xDC00\xDFFF\xD800\xDC00"[random() % 9];
+            Source<char16_t> source(units, 0);
+            auto const* const text = reinterpret_cast<unsigned short const*>(source.data());
+            ASSERT_EQ(g_oConverterUTF32.getNumBytes(text, 0xFFFFFFFF), bytesAsUtf32(units)) << length;
+            ASSERT_EQ(g_oConverterUTF16.getNumBytes(text, 0xFFFFFFFF), 2 * length);
+            size_t const some = length / 2 + 1;
+            ASSERT_EQ(g_oConverterUTF32.getNumBytes(text, static_cast<unsigned int>(some)),
+                      bytesAsUtf32(units.substr(0, some)));
+            ASSERT_EQ(g_oConverterUTF16.getNumBytes(text, static_cast<unsigned int>(some)), 2 * std::min(some, length));
+        }
+    }
+}
+
 TEST(WideRuns, Utf16AtEveryLengthRoomAndLimit)
 {
     std::mt19937 random(32);
