@@ -1,6 +1,8 @@
 // kx7text benchmarks - the cases: every character set with the texts that it can hold, look-up and loading.
 #include "bench/Cases.h"
 
+#include <malloc.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -11,6 +13,7 @@
 #include <iostream>
 #include <map>
 
+#include "bench/Report.h"
 #include "bench/Texts.h"
 #include "kx7/charset/Converters.h"
 #include "kx7/tables/ByteTypeTables.h"
@@ -235,36 +238,68 @@ Loader const LOADERS[] = {
     {"950", [] { KX7CharSetConverterDBCS(oCP950map, oCP950Type, KX7CS_WCP950).load(); }},
     {"big5", [] { KX7CharSetConverterDBCS(oBIG5map, oBig5Type, KX7CS_BIG5).load(); }},
     {"sjis", [] { KX7CharSetConverterDBCS(oSHIFTJISmap, oCP932Type, KX7CS_SHIFTJIS).load(); }},
+    {"euccn", [] { KX7CharSetConverterEUC_CN_KR(oGB2312map, KX7CS_EUC_CN).load(); }},
+    {"euckr", [] { KX7CharSetConverterEUC_CN_KR(oKSX1001map, KX7CS_EUC_KR).load(); }},
+    {"eucjp", [] { KX7CharSetConverterEUC_JP(oJIS0208map, oJIS0201map, oJIS0212map, KX7CS_EUC_JP).load(); }},
+    {"sjis2004", [] { KX7CharSetConverterDBCSEx(oSJIS0213_2004map, oCP932Type, KX7CS_SJIS0213).load(); }},
+    {"gb18030", [] { KX7CharSetConverterGB18030(oGBKmap, KX7CS_GB18030).load(); }},
 };
 
-/** Seconds that `load` takes in a process that has not loaded anything: all memory and all of the list are new to it.
- */
-double secondsInNewProcess(void (*load)())
+struct FirstLoad {
+    double seconds;
+    long pageFaults;
+};
+
+long pageFaults()
+{
+    rusage usage = {};
+    getrusage(RUSAGE_SELF, &usage);
+    return usage.ru_minflt + usage.ru_majflt;
+}
+
+/** `load` in a process that has not loaded anything: all memory and all of the list are new to it. */
+FirstLoad loadInNewProcess(void (*load)())
 {
     int ends[2];
     if (pipe(ends) != 0)
         exit(3);
     pid_t const child = fork();
     if (child == 0) {
+        // Once before, so that the pages of its own that the clock and the count need are there.
+        (void)pageFaults();
+        (void)std::chrono::steady_clock::now();
+        long const before = pageFaults();
         auto const begin = std::chrono::steady_clock::now();
         load();
         std::chrono::duration<double> const taken = std::chrono::steady_clock::now() - begin;
-        double const seconds = taken.count();
-        _exit(write(ends[1], &seconds, sizeof seconds) == sizeof seconds ? 0 : 1);
+        FirstLoad const first = {taken.count(), pageFaults() - before};
+        _exit(write(ends[1], &first, sizeof first) == sizeof first ? 0 : 1);
     }
     close(ends[1]);
-    double seconds = 0;
-    if (child < 0 || read(ends[0], &seconds, sizeof seconds) != sizeof seconds)
+    FirstLoad first = {};
+    if (child < 0 || read(ends[0], &first, sizeof first) != sizeof first)
         exit(3);
     close(ends[0]);
     waitpid(child, nullptr, 0);
-    return seconds;
+    return first;
+}
+
+/**
+ * Memory that is freed stays with the process, so that loading once more meets no page for the first time: with its
+ * defaults malloc would hand back the arrays of some sets and not those of others.
+ */
+void keepFreedMemory()
+{
+    mallopt(M_MMAP_THRESHOLD, 32 << 20);
+    mallopt(M_TRIM_THRESHOLD, 64 << 20);
 }
 
 void loads(Wanted const& wanted, Visit const& visit)
 {
     // The new processes first: they inherit what this one has touched.
     for (bool const inNewProcess : {true, false}) {
+        if (!inNewProcess)
+            keepFreedMemory();
         for (Loader const& loader : LOADERS) {
             CaseName const name{inNewProcess ? "load-first" : "load", loader.set, "", "", ""};
             if (!wanted(name.full()))
@@ -277,10 +312,14 @@ void loads(Wanted const& wanted, Visit const& visit)
             if (inNewProcess) {
                 kx7.manualTime = true;
                 kx7.measure = [load](benchmark::State& state) {
+                    long faults = 0;
                     for (auto step : state) {
                         (void)step;
-                        state.SetIterationTime(secondsInNewProcess(load));
+                        FirstLoad const first = loadInNewProcess(load);
+                        state.SetIterationTime(first.seconds);
+                        faults += first.pageFaults;
                     }
+                    state.counters[PAGE_FAULTS] = static_cast<double>(faults) / static_cast<double>(state.iterations());
                 };
             }
             visit({name, 0, {kx7}, false});

@@ -20,6 +20,8 @@ bool isPeer(std::string const& contender)
     return contender.compare(0, 4, "kx7-") != 0 && contender != "memcpy";
 }
 
+std::string const NOT_MEASURED = "missing";
+
 /** The cells of all kernel sets in one; empty where all are. */
 template <class Cell>
 std::string joined(std::vector<KernelSet> const& sets, Cell cell)
@@ -43,7 +45,7 @@ Title const TITLES[] = {
     {"num-units", "getNumUnits beside ICU's preflight"},
     {"num-bytes", "getNumBytes beside ICU's preflight"},
     {"look-up", "Finding a converter beside opening one"},
-    {"load", "Building the tables of a double-byte converter"},
+    {"load", "Building the tables of a multibyte converter"},
     {"load-first", "The same in a new process"},
     {"text", "Operations on UTF-16 text"},
 };
@@ -79,7 +81,7 @@ void writeSpeeds(std::ostream& out, std::vector<Result const*> const& results, s
             out << joined(sets,
                           [&](KernelSet const& set) {
                               return result.has(set.contender()) ? formatted("%.2f", result.speed(set.contender()))
-                                                                 : "";
+                                                                 : NOT_MEASURED;
                           })
                 << " | " << (peer > 0 ? formatted("%.2f", peer) : "") << " | "
                 << (result.has("memcpy") ? formatted("%.1f", result.speed("memcpy")) : "") << " |";
@@ -90,7 +92,9 @@ void writeSpeeds(std::ostream& out, std::vector<Result const*> const& results, s
             if (cell != row.second.end())
                 out << joined(sets, [&](KernelSet const& set) {
                     double const ratio = cell->second->ratio(set.contender());
-                    return ratio > 0 ? formatted("%.2f", ratio) : "";
+                    return !cell->second->has(set.contender()) ? NOT_MEASURED
+                           : ratio > 0                         ? formatted("%.2f", ratio)
+                                                               : "";
                 });
             out << " |";
         }
@@ -100,22 +104,37 @@ void writeSpeeds(std::ostream& out, std::vector<Result const*> const& results, s
 
 void writeTimes(std::ostream& out, std::vector<Result const*> const& results, std::vector<KernelSet> const& sets)
 {
-    out << "| case | microseconds | fastest peer | ratio |\n|---|---|---|---|\n";
+    bool const faults =
+        std::any_of(results.begin(), results.end(), [](Result const* result) { return result->pageFaults != 0; });
+    bool const peers = std::any_of(results.begin(), results.end(), [&](Result const* result) {
+        return std::any_of(sets.begin(), sets.end(),
+                           [&](KernelSet const& set) { return result->ratio(set.contender()) != 0; });
+    });
+    out << "| case | microseconds |" << (peers ? " fastest peer | ratio |" : "") << (faults ? " page faults |" : "")
+        << "\n|---|---|" << (peers ? "---|---|" : "") << (faults ? "---|" : "") << '\n';
     for (Result const* result : results) {
         std::string best;
         for (auto const& contender : result->seconds)
             if (isPeer(contender.first) && (best.empty() || contender.second < result->seconds.at(best)))
                 best = contender.first;
-        out << "| " << result->name.set << " | "
-            << joined(
-                   sets,
-                   [&](KernelSet const& set) { return formatted("%.4g", result->seconds.at(set.contender()) * 1e6); })
-            << " | " << (best.empty() ? "" : best + formatted(" %.4g", result->seconds.at(best) * 1e6)) << " | "
-            << (best.empty()
-                    ? ""
-                    : joined(sets,
-                             [&](KernelSet const& set) { return formatted("%.1f", result->ratio(set.contender())); }))
-            << " |\n";
+        out << "| " << result->name.set << " | " << joined(sets, [&](KernelSet const& set) {
+            return result->has(set.contender()) ? formatted("%.4g", result->seconds.at(set.contender()) * 1e6)
+                                                : NOT_MEASURED;
+        }) << " |";
+        if (peers) {
+            out << ' ' << (best.empty() ? "" : best + formatted(" %.4g", result->seconds.at(best) * 1e6)) << " | "
+                << (best.empty() ? ""
+                                 : joined(sets,
+                                          [&](KernelSet const& set) {
+                                              return result->has(set.contender())
+                                                         ? formatted("%.1f", result->ratio(set.contender()))
+                                                         : NOT_MEASURED;
+                                          }))
+                << " |";
+        }
+        if (faults)
+            out << formatted(" %.0f |", result->pageFaults);
+        out << '\n';
     }
 }
 
@@ -135,6 +154,8 @@ double Result::speed(std::string const& contender) const
 
 double Result::ratio(std::string const& contender) const
 {
+    if (!has(contender))
+        return 0;
     double best = 0;
     for (auto const& entry : seconds)
         if (isPeer(entry.first) && (best == 0 || entry.second < best))
@@ -144,9 +165,14 @@ double Result::ratio(std::string const& contender) const
 
 void Report::begin(Case const& c)
 {
+    beginRounds();
+    m_results.push_back({c.name, c.bytes, {}, 0});
+}
+
+void Report::beginRounds()
+{
     m_rounds.clear();
     m_shortestRound = std::numeric_limits<double>::max();
-    m_results.push_back({c.name, c.bytes, {}});
 }
 
 void Report::ReportRuns(std::vector<Run> const& runs)
@@ -160,6 +186,9 @@ void Report::ReportRuns(std::vector<Run> const& runs)
         double const seconds = manual ? run.real_accumulated_time : run.cpu_accumulated_time;
         m_rounds[name.substr(name.rfind('/') + 1)].push_back(seconds / static_cast<double>(run.iterations));
         m_shortestRound = std::min(m_shortestRound, seconds);
+        auto const faults = run.counters.find(PAGE_FAULTS);
+        if (faults != run.counters.end())
+            m_results.back().pageFaults = faults->second;
     }
 }
 
@@ -168,7 +197,7 @@ bool Report::end()
     // The first round finds out how many iterations it takes. Where the machine held it up, that were too few for all.
     constexpr double SHORTEST = 0.0005;
     if (m_shortestRound < SHORTEST) {
-        m_results.pop_back();
+        beginRounds();
         return false;
     }
     for (auto const& rounds : m_rounds)

@@ -22,18 +22,22 @@ struct KernelSet {
     std::string contender() const { return "kx7-" + name; }
 };
 
+/** Where a contender leaves, among its counters, how many pages it met for the first time. */
+constexpr char const* PAGE_FAULTS = "page faults";
+
 /** The medians of one case. */
 struct Result {
     CaseName name;
     size_t bytes;
-    std::map<std::string, double> seconds;  ///< by contender
+    std::map<std::string, double> seconds;  ///< by contender; none where the case could not be measured
+    double pageFaults;                      ///< of one iteration, where they are counted
 
     bool has(std::string const& contender) const { return seconds.count(contender) != 0; }
 
     /** GB of source a second. */
     double speed(std::string const& contender) const;
 
-    /** Speed divided by that of the fastest peer; 0 where there is none. */
+    /** Speed divided by that of the fastest peer; 0 where there is none, or the contender was not measured. */
     double ratio(std::string const& contender) const;
 };
 
@@ -45,7 +49,7 @@ public:
 
     /** Whose runs come next: at least one round of each contender. */
     void begin(Case const& c);
-    /** All rounds of that case have come. False: some are too short to be worth anything, and the case is dropped. */
+    /** All rounds of that case have come. False: some are too short to be worth anything, and all must come anew. */
     bool end();
 
     std::vector<Result> const& results() const { return m_results; }
@@ -54,6 +58,8 @@ public:
     void writeDetails(std::ostream& out, std::vector<KernelSet> const& sets) const;
 
 private:
+    void beginRounds();
+
     std::vector<Result> m_results;
     std::map<std::string, std::vector<double>> m_rounds;
     double m_shortestRound = 0;
