@@ -241,9 +241,11 @@ private:
         try {
             return read();
         }
+#ifdef __GLIBCXX__
         catch (abi::__forced_unwind&) {
             throw;  // the thread is being cancelled
         }
+#endif
         catch (...) {
             return BROKEN;
         }

@@ -36,6 +36,9 @@ library_folder=$(sed -n 's/^CMAKE_INSTALL_LIBDIR:PATH=//p' "$build/CMakeCache.tx
 
 echo "-- protections"
 tests/package/hardening.sh "$build/libkx7text.a" "$build/libkx7text.so" "$build/cli/kx7conv"
+[ -z "${2-}" ] || tests/package/hardening.sh "$2/libkx7text.a" "$2/libkx7text.so"
+quietly cmake -B "$work/default" -DKX7_BUILD_TESTS=OFF
+grep -qx 'CMAKE_BUILD_TYPE:.*=Release' "$work/default/CMakeCache.txt" || fail "what is built by default is not optimised"
 
 echo "-- binary interface"
 tests/package/abi.py "$build/libkx7text.so" ${2:+"$2/libkx7text.so"}
