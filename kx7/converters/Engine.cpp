@@ -151,12 +151,13 @@ unsigned int convertWhole(KX7CharSetConverter& from, char const* source, KX7Char
 
 /**
  * False: a conversion without the piece between could write over bytes of the text that a piece would have read.
- * Results are not longer than the text, and vectors write as much as a block beyond them.
+ * Escapes and codes of four bytes can make results longer than the text, and vectors write as much as a block beyond
+ * them.
  */
-bool areApart(unsigned char const* source, unsigned char const* dest)
+bool areApart(unsigned char const* source, unsigned char const* dest, size_t room)
 {
     constexpr size_t BLOCK = 64;
-    return !meet(source, 3 * PIECE, dest, BLOCK - 1);
+    return !meet(source, 3 * PIECE, dest, std::min(room, SIZE_MAX - BLOCK) + BLOCK - 1);
 }
 
 }  // namespace
@@ -182,7 +183,7 @@ unsigned int convertThroughUTF16(KX7CharSetConverter& from, char const* source, 
     bool more = true;
     bool empty = true;
     bool const isFromUTF8 =
-        fromEngine == &EngineOf<KX7CharSetConverterUTF8>::ENGINE && !transit.unescape && areApart(in, begin);
+        fromEngine == &EngineOf<KX7CharSetConverterUTF8>::ENGINE && !transit.unescape && areApart(in, begin, room);
     while (more) {
         if (isFromUTF8 && held == 0) {
             unsigned char* const outBefore = out;

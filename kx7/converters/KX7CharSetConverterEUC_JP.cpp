@@ -262,7 +262,7 @@ unsigned int KX7CharSetConverterEUC_JP::getNumUnits(void const* source, unsigned
             break;
         // Kept on purpose: any katakana byte behind a shift makes a pair here.
         size_t const used =
-            *in == SINGLE_SHIFT_2 ? (isKatakana(in[1]) ? 2 : 1) : characters.step(in, in + left).consumed;
+            *in == SINGLE_SHIFT_2 ? (isKatakana(in[1]) ? 2 : 1) : characters.step(in, kx7::endOf(in, left)).consumed;
         ++count;
         in += used;
         left -= used;

@@ -304,6 +304,7 @@ struct KX7CharSetConverterGB18030::Encoder : kx7::EncoderBase {
 
     static constexpr bool IS_STRAIGHT = true;
     static constexpr bool IS_SINGLE = false;
+    // As measured; near enough for every instruction set.
     static std::ptrdiff_t mostStraight() { return 48; }
     kx7::Same same() const { return m_same; }
     unsigned int codeOf(unsigned short unit) const

@@ -32,8 +32,8 @@ struct KX7CharSetConverterSBCS::Decoder : kx7::DecoderBase {
     {
         if (m_tables.isLatin1)
             kx7::copyShort<kx7::Same::LATIN1>(in, end, out, outEnd);
-        else if (m_tables.decodesASCII)
-            kx7::copyShort<kx7::Same::ASCII>(in, end, out, outEnd);
+        else
+            kx7::copyShort(m_tables.sameBytes, in, end, out, outEnd);
         do {
             if (end - in >= kx7::SHORT_KERNEL_MINIMUM)
                 kx7::kernels().decodeSingleByte(m_tables, in, end, out, outEnd);

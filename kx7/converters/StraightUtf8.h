@@ -168,7 +168,8 @@ KX7_INLINE unsigned int fourBytesAt(unsigned char const* p)
 /**
  * Encodes characters of up to three bytes, up to the first that is not as plain. The text ends with a zero byte at
  * `end`, for which there is no code, and there is room for twice its bytes, so that neither is asked for again.
- * Overlong forms other than those of U+0000 are as good as any here: the steps read them alike.
+ * Overlong forms other than those of U+0000 are as good as any here, and so is a surrogate that the set has a code for:
+ * the steps read them alike.
  * @param encoder a copy: what is written could change another in the eyes of the compiler
  */
 template <class Encoder>

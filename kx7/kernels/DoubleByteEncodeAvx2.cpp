@@ -347,7 +347,7 @@ KX7_AVX2 inline bool allAsciiIsSingle(unsigned short const* codes)
     __m256i all = _mm256_set1_epi16(1);
     for (int i = 0; i < 0x80; i += 16) {
         __m256i const some = _mm256_loadu_si256(reinterpret_cast<__m256i const*>(codes + i));
-        __m256i const shifted = _mm256_insert_epi16(some, i == 0 ? 1 : codes[i], 0);
+        __m256i const shifted = _mm256_insert_epi16(some, static_cast<short>(i == 0 ? 1 : codes[i]), 0);
         // 0 becomes the greatest value.
         all = _mm256_max_epu16(all, _mm256_sub_epi16(shifted, _mm256_set1_epi16(1)));
     }

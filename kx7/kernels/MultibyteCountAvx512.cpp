@@ -1,7 +1,8 @@
 // kx7text - counting the characters of double-byte sets with AVX-512 (VBMI).
 //
 // Takes up to 64 bytes at a time. Which bytes continue a character follows from which may lead and which may trail, by
-// arithmetic on bit sets (MultibyteStructure.h); nothing is looked up but the types of the bytes.
+// arithmetic on bit sets (MultibyteStructure.h). Where pairs count only if they are mapped, those of rows that are not
+// filled are looked up.
 #include "kx7/kernels/Avx512.h"
 
 #ifdef KX7_X86_KERNELS

@@ -1,4 +1,4 @@
-// kx7text - what decoding kernels of the double-byte sets look up (internal).
+// kx7text - what decoding and counting kernels of the double-byte sets look up (internal).
 #ifndef KX7_KERNELS_PAIRUNITS_H
 #define KX7_KERNELS_PAIRUNITS_H
 

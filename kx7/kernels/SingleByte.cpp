@@ -82,13 +82,11 @@ SingleByteTables::SingleByteTables(unsigned short const* pairs)
     mostlyRegular = 4 * regularLetters >= 3 * letters;
     // What a page without memory leaves unmapped counts as unmapped here, too.
     auto const same = [this](unsigned int unit) { return get(static_cast<unsigned short>(unit)) == unit; };
-    decodesPrintableASCII = encodesPrintableASCII = decodesASCII = encodesASCII = isLatin1 = true;
+    decodesPrintableASCII = encodesPrintableASCII = isLatin1 = true;
     for (unsigned int code = 0; code < 0x100; ++code) {
         bool const isGraphic = code >= 0x20 && code < 0x7F;
         decodesPrintableASCII = decodesPrintableASCII && (!isGraphic || toUnicode[code] == code);
         encodesPrintableASCII = encodesPrintableASCII && (!isGraphic || same(code));
-        decodesASCII = decodesASCII && (code >= 0x80 || toUnicode[code] == code);
-        encodesASCII = encodesASCII && (code >= 0x80 || same(code));
         isLatin1 = isLatin1 && toUnicode[code] == code && same(code);
     }
     sameBytes = sameOf([this](unsigned int byte) { return unsigned{toUnicode[byte]}; });

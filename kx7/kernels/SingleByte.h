@@ -49,8 +49,6 @@ struct SingleByteTables : LookupTable<unsigned char> {
 
     bool decodesPrintableASCII = false;  ///< the bytes from 0x20 to 0x7E stand for themselves
     bool encodesPrintableASCII = false;  ///< and so do the units
-    bool decodesASCII = false;           ///< all bytes below 0x80 do
-    bool encodesASCII = false;           ///< and so do the units
     bool isLatin1 = false;               ///< all bytes do, both ways
     Same sameBytes = Same::NONE;         ///< which of the bytes below 0x80 do
     Same sameUnits = Same::NONE;         ///< and which of the units

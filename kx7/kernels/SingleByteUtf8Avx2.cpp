@@ -159,7 +159,8 @@ template <Three THREE>
 class Converter {
 public:
     KX7_INLINE_AVX2 explicit Converter(SingleByteTables const& tables)
-        : m_tables(tables), m_isASCII(tables.encodesASCII), m_first(tables.windows[1]), m_second(tables.windows[2])
+        : m_tables(tables), m_isASCII(tables.sameUnits == Same::ASCII), m_first(tables.windows[1]),
+          m_second(tables.windows[2])
     {
         if (THREE == Three::FIRST && isThree(tables.windows[2]))
             m_second.pair = 0xFF;  // no byte: its characters go one by one

@@ -88,8 +88,8 @@ template <Three THREE>
 class Converter {
 public:
     KX7_INLINE_AVX512 explicit Converter(SingleByteTables const& tables)
-        : m_tables(tables), m_isASCII(tables.encodesASCII), m_ascii(tables.windows[0]), m_first(tables.windows[1]),
-          m_second(tables.windows[2])
+        : m_tables(tables), m_isASCII(tables.sameUnits == Same::ASCII), m_ascii(tables.windows[0]),
+          m_first(tables.windows[1]), m_second(tables.windows[2])
     {
         if (THREE == Three::FIRST && isThree(tables.windows[2]))
             m_second.pair = allOf(0xFF);  // no byte: its characters go one by one

@@ -10,8 +10,7 @@
 // bytes; where all 16 units are pairs nothing has to be squeezed out.
 //
 // A block is converted once the next one is known to be good: what its stores write behind its text is then covered by
-// the text of the next. What is left is stored in parts that may overlap, so that nothing
-// stays behind the text.
+// the text of the next. What is left is stored in parts that may overlap, so that nothing stays behind the text.
 #include "kx7/kernels/Avx2.h"
 
 #ifdef KX7_X86_KERNELS

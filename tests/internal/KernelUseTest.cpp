@@ -4,6 +4,7 @@
 #include <type_traits>
 #include <vector>
 
+#include "kx7/kernels/ShortText.h"
 #include "tests/internal/AllSets.h"
 #include "tests/internal/KernelSets.h"
 
@@ -162,3 +163,30 @@ TEST(KernelUse, TheCharactersOfEverySetPassThroughKernels)
     }
     EXPECT_EQ(checked, 38u);
 }
+
+#ifdef KX7_SSE2_THROUGHOUT
+TEST(KernelUse, ShortTextOfLettersIsCopiedWithoutThem)
+{
+    for (MultibyteSet const& set : allSets()) {
+        KX7CharSetConverter& converter = set.converter;
+        if (set.isWide)
+            continue;
+        Recorder const recorder(kx7::detectInstructionSet());
+        for (unsigned int length = 4; length <= kx7::SHORT_TEXT; ++length) {
+            std::string const bytes(length, 'k');
+            std::u16string const units(length, u'k');
+            std::string encoded(length + 1, 'x');
+            std::u16string decoded(length + 1, u'x');
+            passed = 0;
+            converter.toUTF16(reinterpret_cast<unsigned short*>(decoded.data()), bytes.c_str(), length, ILLCHAR_REPLACE,
+                              nullptr, -1);
+            EXPECT_EQ(decoded.compare(0, length, units), 0);
+            EXPECT_EQ(passed, 0u) << "decoding " << length << " letters of " << set.name;
+            converter.fromUTF16(encoded.data(), reinterpret_cast<unsigned short const*>(units.c_str()), length,
+                                ILLCHAR_REPLACE, nullptr);
+            EXPECT_EQ(encoded.compare(0, length, bytes), 0);
+            EXPECT_EQ(passed, 0u) << "encoding " << length << " letters of " << set.name;
+        }
+    }
+}
+#endif

@@ -270,3 +270,56 @@ TEST(StraightUtf8, InOneBufferAsInTwo)
         }
     }
 }
+
+TEST(StraightUtf8, InOneBufferWhereTheResultGetsLongerThanTheText)
+{
+    struct {
+        char const* name;
+        KX7CharSetConverter& to;
+        ILLCHAR_OPTYPE op;
+        char const* shrinks;
+        char const* grows;
+    } const cases[] = {
+        {"escapes of 1251", g_oConverterWCP1251, ILLCHAR_ESCAPE, "\xD0\xB0", "\xF0\x9F\x98\x80"},
+        {"GB 18030, four bytes for two", g_oConverterGB18030, ILLCHAR_REPLACE, "\xE4\xB8\x80", "\xC2\x80"},
+        {"GB 18030, four bytes for one", g_oConverterGB18030, ILLCHAR_REPLACE, "\xE4\xB8\x80", "\xFF"},
+    };
+    constexpr size_t SHIFT = 64;
+    for (auto const& c : cases) {
+        size_t inPlace = 0;
+        for (size_t shrinking = 0; shrinking <= 2000; shrinking += 100)
+            for (size_t growing = 20; growing <= 820; growing += 50) {
+                // One at first makes a piece of what follows it.
+                std::string text;
+                for (auto const& [part, count] : {std::pair(c.shrinks, size_t{50}),
+                                                  {c.grows, 1},
+                                                  {c.shrinks, shrinking},
+                                                  {c.grows, growing},
+                                                  {c.shrinks, 3000}})
+                    for (size_t i = 0; i < count; ++i)
+                        text += part;
+                size_t const room = 3 * text.size();
+                auto const convert = [&](char* dest, char const* source) {
+                    unsigned int const bytes = kx7::convertThroughUTF16(g_oConverterUTF8, source, c.to, dest,
+                                                                        static_cast<unsigned int>(room), {false, c.op});
+                    return std::string(dest, bytes);
+                };
+                std::vector<char> apart(room + SHIFT);
+                std::string const expected = convert(apart.data(), text.c_str());
+                auto const isRight = [&](kx7::InstructionSet set) {
+                    Using const kernels(set);
+                    std::vector<char> buffer(room + SHIFT);
+                    memcpy(buffer.data() + SHIFT, text.c_str(), text.size() + 1);
+                    return convert(buffer.data(), buffer.data() + SHIFT) == expected;
+                };
+                // Where even whole pieces write over what they have not read, the result is anybody's.
+                if (!isRight(kx7::InstructionSet::PLAIN))
+                    continue;
+                ++inPlace;
+                for (kx7::InstructionSet const set : sets())
+                    ASSERT_TRUE(isRight(set))
+                        << c.name << ", " << shrinking << " and " << growing << ", " << nameOf(set);
+            }
+        EXPECT_GT(inPlace, 50u) << c.name;
+    }
+}
