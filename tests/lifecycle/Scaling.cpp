@@ -167,6 +167,18 @@ void convertInPieces(Stream stream, kx7::Span<Source> source, kx7::Span<Unit> de
     sink = static_cast<unsigned int>(stream.errorCount());
 }
 
+/** Goes on behind each error. */
+template <class View>
+void validateOn(View text, kx7::Validity (*validate)(View))
+{
+    unsigned int errors = 0;
+    for (kx7::Validity found = validate(text); !found; found = validate(text)) {
+        text.remove_prefix(found.offset + found.length);
+        ++errors;
+    }
+    sink = errors;
+}
+
 unsigned short const ABSENT[] = {'a', 0x7B, 0};
 
 Row const ROWS[] = {
@@ -261,8 +273,12 @@ Row const ROWS[] = {
          convertInPieces(kx7::Transcoder(c.charSet, KX7CS_UTF8, REPLACE), kx7::Span<char const>(c.bytes[i]),
                          kx7::Span<char>(c.out(i), c.room));
      }},
-    {"validateUtf8", Kind::ONE_SET, [](C& c, size_t i) { sink = kx7::validateUtf8(c.bytes[i]) ? 1 : 0; }},
-    {"validateUtf16", Kind::ONE_SET, [](C& c, size_t i) { sink = kx7::validateUtf16(unitsOf(c, i)) ? 1 : 0; }},
+    {"validateUtf8", Kind::ONE_SET,
+     [](C& c, size_t i) { validateOn(std::string_view(c.bytes[i]), kx7::validateUtf8); }},
+    {"validateUtf16", Kind::ONE_SET,
+     [](C& c, size_t i) {
+         validateOn(unitsOf(c, i), static_cast<kx7::Validity (*)(std::u16string_view)>(kx7::validateUtf16));
+     }},
     {"list copied", Kind::ONE_SET, [](C& c, size_t i) { c.madeLists.emplace_back(new KX7UStringList(c.lists[i])); }},
 };
 
@@ -322,7 +338,7 @@ bool holds(Sample const& sample, Row const& row, std::vector<Corpus>& corpora)
 int main(int argc, char** argv)
 {
     // The allocator keeps what it has: pages that come and go with the largest texts are no matter of the library.
-    mallopt(M_MMAP_THRESHOLD, 1 << 30);
+    mallopt(M_MMAP_MAX, 0);
     mallopt(M_TRIM_THRESHOLD, INT_MAX);
     mallopt(M_TOP_PAD, 1 << 28);
     int failures = 0;
