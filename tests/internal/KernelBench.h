@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "kx7/charset/Converters.h"
@@ -71,29 +72,30 @@ public:
         return {p.consumed, p.written, p.stop, p.length, {reinterpret_cast<char const*>(dest), p.written * 2}};
     }
 
-    /** getNumUnits of bytes that end at the page: by their count, and by a zero byte in front of a larger count. */
-    Outcome countUnits(std::string const& bytes)
+    /** getNumUnits of bytes: by their count, and by a zero byte in front of a larger count. */
+    Outcome countUnits(std::string const& bytes, size_t shift = NOWHERE)
     {
-        unsigned char* source = place(m_source, bytes.size(), NOWHERE);
+        unsigned char* source = place(m_source, bytes.size(), shift);
         memcpy(source, bytes.data(), bytes.size());
         auto const size = static_cast<unsigned int>(bytes.size());
         unsigned int const counted = m_converter.getNumUnits(source, size);
         // Without what would lead over the zero byte.
         std::string const text = std::string(bytes.c_str()) + "abcd";
-        source = place(m_source, text.size() + 1, NOWHERE);
+        source = place(m_source, text.size() + 1, shift);
         memcpy(source, text.c_str(), text.size() + 1);
         unsigned int const terminated = m_converter.getNumUnits(source, 0xFFFFFFFF);
         return {counted, terminated, {}, m_converter.getNumUnits(source, 0x7FFFFFFF), {}};
     }
 
-    /** getNumBytes of units that end at the page: by their count, and by a 0 unit. */
-    Outcome countBytes(std::u16string const& units)
+    /** getNumBytes of units: by their count, and by a 0 unit. */
+    Outcome countBytes(std::u16string const& units, size_t shift = NOWHERE)
     {
-        unsigned char* source = place(m_source, units.size() * 2, NOWHERE);
+        size_t const bytesOfShift = shift == NOWHERE ? NOWHERE : shift * 2;
+        unsigned char* source = place(m_source, units.size() * 2, bytesOfShift);
         memcpy(source, units.data(), units.size() * 2);
         unsigned int const counted = m_converter.getNumBytes(reinterpret_cast<unsigned short const*>(source),
                                                              static_cast<unsigned int>(units.size()));
-        source = place(m_source, units.size() * 2 + 2, NOWHERE);
+        source = place(m_source, units.size() * 2 + 2, bytesOfShift);
         memcpy(source, units.c_str(), units.size() * 2 + 2);
         unsigned int const terminated =
             m_converter.getNumBytes(reinterpret_cast<unsigned short const*>(source), 0xFFFFFFFF);
@@ -194,9 +196,38 @@ private:
     Guarded<unsigned char> m_dest;
 };
 
-/** Runs `call` with every set and compares with the plain steps. */
-template <class Call>
-void expectAlike(std::string const& what, Call call)
+/** A text between the same characters again and again, that begin anew behind it. */
+template <class Text>
+class Among {
+public:
+    explicit Among(Text const& filler) : m_size(filler.size())
+    {
+        while (m_fillers.size() < LONGEST)
+            m_fillers += filler;
+    }
+
+    /** `pattern` at `position`, and about `behind` of the filler behind it. */
+    Text operator()(size_t position, Text const& pattern, size_t behind) const
+    {
+        Text text(m_fillers, 0, position - position % m_size);
+        text.append(position % m_size, 'x');
+        text += pattern;
+        text.append(m_fillers, 0, behind - behind % m_size);
+        return text;
+    }
+
+private:
+    static constexpr size_t LONGEST = 400;
+    size_t m_size;
+    Text m_fillers;
+};
+
+/**
+ * Runs `call` with every set and compares with the plain steps.
+ * @param what a text, or a function that makes it where it is needed
+ */
+template <class What, class Call>
+void expectAlike(What const& what, Call call)
 {
     Outcome expected;
     {
@@ -206,8 +237,14 @@ void expectAlike(std::string const& what, Call call)
     for (InstructionSet const set : sets()) {
         Using const use(set);
         Outcome const got = call();
-        ASSERT_TRUE(got == expected) << nameOf(set) << ", " << what << "\n  plain " << show(expected) << "\n  kernel "
-                                     << show(got);
+        if (got == expected)
+            continue;
+        std::string described;
+        if constexpr (std::is_invocable_v<What>)
+            described = what();
+        else
+            described = what;
+        FAIL() << nameOf(set) << ", " << described << "\n  plain " << show(expected) << "\n  kernel " << show(got);
     }
 }
 

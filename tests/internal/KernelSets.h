@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <iostream>
+#include <string>
 #include <vector>
 
 #include "kx7/kernels/Kernels.h"
@@ -31,6 +33,29 @@ inline std::vector<kx7::InstructionSet> sets()
             found.push_back(set);
     return found;
 }
+
+inline std::string namesOf(std::vector<kx7::InstructionSet> const& some)
+{
+    std::string names;
+    for (kx7::InstructionSet const set : some)
+        names += (names.empty() ? "" : ", ") + std::string(nameOf(set));
+    return names.empty() ? "none" : names;
+}
+
+/** Tests of kernels: each suite says which sets it has, and is skipped where there is nothing to compare. */
+class KernelTest : public testing::Test {
+protected:
+    static void SetUpTestSuite()
+    {
+        RecordProperty("kernels", namesOf(sets()));
+        std::cout << "Kernels of this machine: " << namesOf(sets()) << std::endl;
+    }
+    void SetUp() override
+    {
+        if (sets().empty())
+            GTEST_SKIP() << "this machine has no kernels";
+    }
+};
 
 /** Uses one set while it lives. */
 class Using {
