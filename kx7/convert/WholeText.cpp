@@ -7,7 +7,11 @@ namespace kx7 {
 
 namespace {
 
-/** Converts all of `source` with a stream into `result.text`, which is made `room` long to begin with. */
+/** Elements of the result that are filled with zeros at a time, so that they are still in the cache when converted
+ * into. */
+constexpr size_t AT_ONCE = size_t{1} << 15;
+
+/** Converts all of `source` with a stream into `result.text`, which has place for `room` to begin with. */
 template <class Stream, class Source, class Result>
 void convertWhole(Stream& stream, Source source, Result& result, size_t room)
 {
@@ -15,11 +19,14 @@ void convertWhole(Stream& stream, Source source, Result& result, size_t room)
     size_t written = 0;
     size_t wanted = std::max(room, Stream::MINIMUM_ROOM);
     do {
-        text.resize(wanted);
+        if (wanted - written < Stream::MINIMUM_ROOM)
+            wanted += wanted / 2 + Stream::MINIMUM_ROOM;
+        if (wanted > AT_ONCE)
+            text.reserve(wanted);
+        text.resize(std::min(wanted, written + AT_ONCE));
         StreamResult const step = stream.convert(source, {text.data() + written, text.size() - written}, true);
         source = source.behind(step.consumed);
         written += step.written;
-        wanted = text.size() + text.size() / 2 + Stream::MINIMUM_ROOM;
         result.status = step.status;
     } while (result.status == Status::OUTPUT_FULL);
     text.resize(written);

@@ -284,15 +284,16 @@ Row const ROWS[] = {
 
 using Times = std::array<double, SIZES>;
 
-/** The greatest growth from smaller sizes to the next, as for one text. A dip among the smaller ones is no growth. */
+/**
+ * The greatest growth from smaller sizes to the next, as for one text. A dip among the smaller ones is no growth, nor
+ * is a bump that some larger size does not have.
+ */
 double growthOf(Times const& times)
 {
     double growth = 0;
-    double before = times[0];
-    for (size_t i = 1; i < SIZES; ++i) {
-        growth = std::max(growth, 2 * times[i] / before);
-        before = std::max(before, times[i]);
-    }
+    for (size_t i = 1; i < SIZES; ++i)
+        growth = std::max(growth, 2 * *std::min_element(times.begin() + i, times.end()) /
+                                      *std::max_element(times.begin(), times.begin() + i));
     return growth;
 }
 
