@@ -41,11 +41,20 @@ void KX7UStringList::split(KX7UString const& s, Separator const& sep, unsigned i
         append(s);
         return;
     }
+    // A list that grows would copy its elements.
+    size_t parts = 1;
+    for (unsigned int at = 0; (at = s.find(sep, at)) != KX7UString::npos; at += sepLength)
+        ++parts;
+    m_strings.reserve(parts);
     unsigned int start = 0;
-    for (unsigned int found; (found = s.find(sep, start)) != KX7UString::npos; start = found + sepLength)
-        append(KX7UString(s, start, found - start));
-    if (start < s.length())
-        append(KX7UString(s, start, s.length() - start));
+    for (unsigned int found; (found = s.find(sep, start)) != KX7UString::npos; start = found + sepLength) {
+        checkGrowth(1);
+        m_strings.emplace_back(s, start, found - start);
+    }
+    if (start < s.length()) {
+        checkGrowth(1);
+        m_strings.emplace_back(s, start, s.length() - start);
+    }
 }
 
 unsigned int KX7UStringList::max_size() const
