@@ -1,11 +1,15 @@
 // kx7text - an ordered list of strings.
 #include "kx7/text/KX7UStringList.h"
 
+#include <algorithm>
 #include <stdexcept>
 
 #include "kx7/text/Lengths.h"
 
 namespace {
+
+/** Units of a text whose parts are counted before they are made, and the most parts that are expected after that. */
+constexpr unsigned int COUNTED = 1U << 15;
 
 [[noreturn]] void throwInvalidListIndex()
 {
@@ -41,11 +45,12 @@ void KX7UStringList::split(KX7UString const& s, Separator const& sep, unsigned i
         append(s);
         return;
     }
-    // A list that grows would copy its elements.
+    // A list that grows copies its elements. How many there will be follows from the beginning of the text.
+    KX7UString const front(s, 0, COUNTED);
     size_t parts = 1;
-    for (unsigned int at = 0; (at = s.find(sep, at)) != KX7UString::npos; at += sepLength)
+    for (unsigned int at = 0; (at = front.find(sep, at)) != KX7UString::npos; at += sepLength)
         ++parts;
-    m_strings.reserve(parts);
+    m_strings.reserve(std::min(parts * (s.length() / COUNTED + 1), size_t{COUNTED}));
     unsigned int start = 0;
     for (unsigned int found; (found = s.find(sep, start)) != KX7UString::npos; start = found + sepLength) {
         checkGrowth(1);

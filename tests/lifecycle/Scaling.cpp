@@ -8,6 +8,7 @@
 // gets further ones before it counts, since another program on the machine can make it so, but none can make it faster.
 #include <malloc.h>
 #include <time.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -361,6 +362,11 @@ void measure(Sample const& sample, std::vector<Measured>& rows)
 
 int main(int argc, char** argv)
 {
+    // Small pages of the largest texts take a fifth longer on some virtual machines. The C library reads this as it
+    // starts.
+    constexpr char const LARGE_PAGES[] = "glibc.malloc.hugetlb=1";
+    if (!getenv("GLIBC_TUNABLES") && setenv("GLIBC_TUNABLES", LARGE_PAGES, 1) == 0)
+        execv("/proc/self/exe", argv);
     // The allocator keeps what it has: pages that come and go with the largest texts are no matter of the library.
     mallopt(M_MMAP_MAX, 0);
     mallopt(M_TRIM_THRESHOLD, INT_MAX);
