@@ -418,6 +418,9 @@ KX7_API KX7UString operator+(unsigned short const* s, KX7UString const& o);
 /** Writes the text in KX7CS_OS_DEFAULT as a byte string, with the stream's width and fill. */
 KX7_API std::ostream& operator<<(std::ostream& os, KX7UString const& s);
 
+// The readers below flush the stream that is tied to a good one first; a failure of that stays with the tied stream.
+// What the stream's buffer throws ends the input without eofbit. Either way the bytes consumed before make the text.
+
 /**
  * Reads a word in KX7CS_OS_DEFAULT: skips white space, then takes bytes up to white space, the end of the input, a byte
  * 0xFF (which counts as the end) or one byte less than the stream's width. Sets failbit where there is none.

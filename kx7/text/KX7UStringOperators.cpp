@@ -1,6 +1,7 @@
 // kx7text - the UTF-16 string: comparison, concatenation, streams.
 #include <algorithm>
 #include <cctype>
+#include <climits>
 #include <cstdint>
 #include <cxxabi.h>
 #include <istream>
@@ -183,15 +184,18 @@ class ByteReader {
 public:
     explicit ByteReader(std::istream& is) : m_is(is), m_limit(UINT64_C(0xFFFFFFFE)), m_state(std::ios_base::goodbit)
     {
-        if (is.tie())
-            is.tie()->flush();
+        // As the standard's readers do. The tied stream keeps the state of its failure.
+        if (is.good() && is.tie())
+            guarded([&is] { return is.tie()->flush().good() ? 0 : EOF; });
         if (is.width() > 0 && static_cast<uint64_t>(is.width()) < m_limit)
             m_limit = static_cast<uint64_t>(is.width());
     }
 
-    /** What next() gives where the stream's buffer threw: an end without eofbit. */
-    static constexpr int BROKEN = -2;
-    static_assert(BROKEN != EOF, "the two ends differ");
+    /** What next() gives where the stream's buffer threw: an end without eofbit. No char, signed or not, has it. */
+    static constexpr int BROKEN = INT_MIN;
+
+    /** Neither end. */
+    static bool isByte(int byte) { return byte != EOF && byte != BROKEN; }
 
     /** The next byte, left in the stream; EOF at its end. */
     int next()
@@ -199,10 +203,13 @@ public:
         return guarded([this] { return m_is.rdbuf() ? m_is.rdbuf()->sgetc() : EOF; });
     }
 
-    /** Takes the byte that was seen last. */
-    void skip()
+    /** Consumes the byte that next() gave; false, with eofbit at an end, where the buffer fails to. */
+    bool skip()
     {
-        guarded([this] { return m_is.rdbuf()->sbumpc(); });
+        int const byte = guarded([this] { return m_is.rdbuf()->sbumpc(); });
+        if (byte == EOF)
+            setEnd();
+        return isByte(byte);
     }
 
     /** The next byte, left in the stream; false at the end, with eofbit. 0xFF counts as the end: kept on purpose. */
@@ -220,7 +227,15 @@ public:
 
     void setEnd() { m_state |= std::ios_base::eofbit; }
 
-    void store(char c) { m_bytes += c; }
+    /** Consumes the byte `c` that peek() gave and stores it; false where the buffer fails to consume it. */
+    bool take(char c)
+    {
+        m_bytes += c;
+        if (skip())
+            return true;
+        m_bytes.pop_back();
+        return false;
+    }
 
     bool hasRoom() const { return m_bytes.size() + 1 < m_limit; }
 
@@ -272,20 +287,18 @@ private:
 
 std::istream& operator>>(std::istream& is, KX7UString& s)
 {
-    s.erase();
     ByteReader reader(is);
-    int first;
-    while ((first = reader.next()) >= 0 && isSpace(static_cast<char>(first)))
-        reader.skip();
+    s.erase();
+    int first = reader.next();
+    while (ByteReader::isByte(first) && isSpace(static_cast<char>(first)))
+        first = reader.skip() ? reader.next() : ByteReader::BROKEN;
     if (first == EOF) {
         reader.setEnd();  // without a word the width stays
     }
     else if (first != ByteReader::BROKEN) {
         is.width(0);
         char c;
-        while (reader.hasRoom() && reader.peek(c) && !isSpace(c)) {
-            reader.store(c);
-            reader.skip();
+        while (reader.hasRoom() && reader.peek(c) && !isSpace(c) && reader.take(c)) {
         }
     }
     reader.finish(s);
@@ -294,8 +307,8 @@ std::istream& operator>>(std::istream& is, KX7UString& s)
 
 std::istream& getline(std::istream& is, KX7UString& s, char delim)
 {
-    s.erase();
     ByteReader reader(is);
+    s.erase();
     is.width(0);
     char c;
     while (reader.hasRoom() && reader.peek(c)) {
@@ -303,8 +316,8 @@ std::istream& getline(std::istream& is, KX7UString& s, char delim)
             reader.skip();
             break;
         }
-        reader.store(c);
-        reader.skip();
+        if (!reader.take(c))
+            break;
     }
     reader.finish(s);
     return is;
