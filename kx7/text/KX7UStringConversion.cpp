@@ -15,20 +15,18 @@ constexpr unsigned int PASCAL_CAPACITY = 255;
 // Bytes behind the cached text, for the widest terminator and more.
 constexpr size_t CACHE_MARGIN = 8;
 
-/** Bytes of `n` units, where they may be more than the 32 bits that a converter counts in. */
+/** What the converter of `cs` counts for `n` units, also where that is more than its 32 bits hold. */
 uint64_t encodedLength(KX7CharSet cs, unsigned short const* units, unsigned int n)
 {
     KX7CharSetConverter& converter = kx7::converterOf(cs);
-    unsigned int const safe = 0xFFFFFFFF / 8;  // at most six bytes a unit
+    unsigned int const part = 0xFFFFFFFF / 8;  // at most six bytes a unit
     uint64_t bytes = 0;
+    unsigned int counted = 0;
     do {
-        unsigned int part = std::min(n, safe);
-        if (part < n && kx7::isHighSurrogate(units[part - 1]))
-            --part;
-        bytes += converter.getNumBytes(units, part);
-        units += part;
-        n -= part;
-    } while (n != 0);
+        // Counted from the beginning each time: only the converter knows where its count ends before the text does.
+        counted += std::min(n - counted, part);
+        bytes += converter.getNumBytes(units, counted) - static_cast<unsigned int>(bytes);
+    } while (counted != n);
     return bytes;
 }
 
@@ -144,8 +142,10 @@ unsigned int& KX7UString::at_utf32(unsigned int i)
 
 KX7UString& KX7UString::operator=(KX7PascalString const* p)
 {
+    if (!p || p->length == 0)
+        return erase();
     KX7CharSetConverter& converter = kx7::converterOf(KX7CS_OS_DEFAULT);
-    unsigned int const units = p ? converter.getNumUnits(p->text, p->length) : 0;
+    unsigned int const units = converter.getNumUnits(p->text, p->length);
     if (units == 0)
         return erase();
     AssureSpace(units);
@@ -181,8 +181,10 @@ KX7UString& KX7UString::operator=(unsigned short const* s)
 
 KX7UString& KX7UString::operator=(char const* s)
 {
+    if (!s)
+        return erase();
     KX7CharSetConverter& converter = kx7::converterOf(KX7CS_OS_DEFAULT);
-    unsigned int const units = s ? converter.getNumUnits(s, kx7::UNTIL_TERMINATOR) : 0;
+    unsigned int const units = converter.getNumUnits(s, kx7::UNTIL_TERMINATOR);
     if (units == 0)
         return erase();
     AssureSpace(units);
@@ -204,8 +206,10 @@ KX7UString& KX7UString::operator=(unsigned short u)
 
 KX7UString& KX7UString::operator=(char c)
 {
+    if (c == 0)
+        return erase();
     KX7CharSetConverter& converter = kx7::converterOf(KX7CS_OS_DEFAULT);
-    unsigned int const units = c != 0 ? converter.getNumUnits(&c, 1) : 0;
+    unsigned int const units = converter.getNumUnits(&c, 1);
     if (units == 0)
         return erase();
     setLength(0);
