@@ -98,6 +98,23 @@ void fillSlot(KX7CharSet charSet, KX7CharSetConverter* converter)
     slot.engine = &NOT_ASKED;
 }
 
+// The converter of KX7CS_OS_DEFAULT where it has no slot, fixed when it is first asked for. Every thread that comes
+// first stores the same.
+std::atomic<KX7CharSetConverter*> osDefaultConverter;
+
+/** For a character set without a slot. */
+KX7CharSetConverter* registeredConverter(KX7CharSet charSet)
+{
+    if (charSet != KX7CS_OS_DEFAULT)
+        return g_oCnvtMgr.getConverter(charSet);
+    KX7CharSetConverter* converter = osDefaultConverter.load(std::memory_order_relaxed);
+    if (!converter) {
+        converter = g_oCnvtMgr.getConverter(charSet);
+        osDefaultConverter.store(converter, std::memory_order_relaxed);
+    }
+    return converter;
+}
+
 }  // namespace
 
 KX7_EARLY CharSetConverterManager g_oCnvtMgr;
@@ -110,7 +127,7 @@ KX7CharSetConverter* KX7CharSetConverter::getConverter(KX7CharSet charSet)
     Slot const& slot = slotOf(charSet);
     if (__builtin_expect(slot.charSet == charSet && slot.converter, true))
         return slot.converter;
-    return g_oCnvtMgr.getConverter(charSet);
+    return registeredConverter(charSet);
 }
 
 kx7::Served kx7::servedBy(KX7CharSet charSet)
@@ -124,7 +141,7 @@ kx7::Served kx7::servedBy(KX7CharSet charSet)
         }
         return {slot.converter, engine};
     }
-    KX7CharSetConverter* const converter = g_oCnvtMgr.getConverter(charSet);
+    KX7CharSetConverter* const converter = registeredConverter(charSet);
     return {converter, engineOf(*converter)};
 }
 
@@ -202,7 +219,8 @@ void CharSetConverterManager::insert(KX7CharSet cs, KX7CharSetConverter* convert
     // Kept on purpose: what is registered for KX7CS_OS_DEFAULT itself is never found.
     if (cs != KX7CS_OS_DEFAULT)
         fillSlot(cs, converter);
-    if (cs == osDefaultCharSet)
+    // Nor, once KX7CS_OS_DEFAULT was asked for, what comes later for the character set that it stands for.
+    if (cs == osDefaultCharSet && !osDefaultConverter.load(std::memory_order_relaxed))
         fillSlot(KX7CS_OS_DEFAULT, converter);
 }
 
@@ -214,7 +232,7 @@ KX7CharSetConverter* CharSetConverterManager::load(KX7CharSet /*cs*/)
 KX7CharSetConverter* CharSetConverterManager::getConverter(KX7CharSet cs)
 {
     auto const found = converterMap.find(cs == KX7CS_OS_DEFAULT ? osDefaultCharSet : cs);
-    return found == converterMap.end() ? load(cs) : found->second.converter;
+    return found == converterMap.end() || !found->second.converter ? load(cs) : found->second.converter;
 }
 
 void CharSetConverterManager::insertCharSetMap(KX7CharSet cs, KX7UString const& name)

@@ -80,6 +80,7 @@ enum UnusedNumber {
     UNUSED_TWICE = 70004,
     UNUSED_BY_NULL = 70005,
     UNUSED_EARLY = 70006,
+    UNUSED_WITH_NULL = 70007,
     UNUSED_MANY = 70100,      ///< and those behind it
     UNUSED_ELSEWHERE = 70300  ///< and those behind it
 };
@@ -185,6 +186,27 @@ TEST(Registry, SecondInsertIsNotFoundByTheQuickLookUpEither)
         g_oCnvtMgr.insert(charSetOf(number), &second, true);
         EXPECT_EQ(KX7CharSetConverter::getConverter(charSetOf(number)), &first) << number;
     }
+}
+
+TEST(Registry, ANullConverterCountsAsNone)
+{
+    KX7CharSet const charSet = charSetOf(UNUSED_WITH_NULL);
+    ForeignConverter second(charSet);
+    CharSetConverterManager own;
+    for (CharSetConverterManager* const registry : {&own, &g_oCnvtMgr}) {
+        registry->insert(charSet, nullptr, true);
+        EXPECT_EQ(registry->getConverter(charSet), &g_oConverterUTF8);
+        registry->insert(charSet, &second, true);
+        EXPECT_EQ(registry->getConverter(charSet), &g_oConverterUTF8) << "the first insert stays";
+    }
+    EXPECT_EQ(KX7CharSetConverter::getConverter(charSet), &g_oConverterUTF8);
+    unsigned short units[4];
+    EXPECT_EQ(LocalToUTF16(units, "\xC3\xA9", 4, charSet), 1u);
+    EXPECT_EQ(units[0], 0xE9);
+    unsigned char utf8[4];
+    EXPECT_EQ(LocalToUTF8(utf8, "\xC3\xA9", sizeof utf8, charSet), 2u);
+    EXPECT_EQ(GetNullCharSize(charSet), 1u);
+    EXPECT_EQ(KX7UString("\xC3\xA9", charSet).length(), 1u);
 }
 
 TEST(Registry, ConvertersCanBeInsertedBeforeTheyAreConstructed)
