@@ -184,7 +184,11 @@ void KX7CharSetConverterEUC_JP::load()
 {
     KX7CharSetConverterMBCS::load();
     kx7::LoadLock const lock(m_oLoadMutex0212);
-    if (m_pToUnicode0212.load(std::memory_order_relaxed) || !m_pMap0212 || !tablesBuilt())
+    if (m_pToUnicode0212.load(std::memory_order_relaxed) || !m_pMap0212)
+        return;
+    // Without a list the base has no tables, which is no failure: JIS X 0212 is mapped all the same.
+    bool const hasBase = tablesBuilt();
+    if (!hasBase && m_pMap)
         return;
     std::unique_ptr<Table> toUnicode0212(new (std::nothrow) Table);
     std::unique_ptr<Table> fromUnicode0212(new (std::nothrow) Table);
@@ -192,7 +196,7 @@ void KX7CharSetConverterEUC_JP::load()
         return;
     kx7::putPairs(*toUnicode0212, *fromUnicode0212, m_pMap0212);
     // No conversion reads the tables of the base before the JIS X 0212 table is published, so they may still change.
-    if (m_pMap0201) {
+    if (m_pMap0201 && hasBase) {
         kx7::putPairs(*m_pToUnicode.load(std::memory_order_relaxed), *m_pFromUnicode, m_pMap0201);
         if (m_pUnitCodes)  // then the pages of the table lie in one array
             kx7::fillUnitCodes(m_pUnitCodes, m_pFromUnicode->page(0), m_pMap0201, written);

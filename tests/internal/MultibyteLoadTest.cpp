@@ -307,6 +307,29 @@ TEST(MultibyteLoading, EUCJPWithoutAJIS0212ListHasNoJIS0201Either)
     EXPECT_EQ(decoded(without0201, "\xA1\xA1\x8E\xB1\x8F\xA2\xA1"), (Units{0x3042, 0xFFFD, 0xFFFD, 0x4E02}));
 }
 
+TEST(MultibyteLoading, EUCJPWithoutAJIS0208ListHasItsJIS0212List)
+{
+    // The JIS X 0201 pairs go into the tables of the JIS X 0208 list, which are not there.
+    for (unsigned short const* const jis0201 : {JIS0201_LIST.data(), static_cast<unsigned short const*>(nullptr)}) {
+        KX7CharSetConverterEUC_JP converter(nullptr, jis0201, JIS0212_LIST.data(), KX7CS_EUC_JP);
+        CodePairs const jis0212{{0x2221, 0x4E02}, {0x2322, 0x5E04}};
+        EucJpModel const model({}, {}, jis0212);
+        EXPECT_EQ(decoded(converter, "a\x8F\xA2\xA1\xA1\xA1z"), (Units{u'a', 0x4E02, 0xFFFD, 0xFFFD, u'z'}));
+        EXPECT_EQ(encoded(converter, {u'a', 0x5E04, 0x3042, 0xFF71, u'z'}), "a\x8F\xA3\xA2??z");
+        EXPECT_EQ(converter.getNumUnits("\x8F\xA2\xA1z", UNTIL_TERMINATOR), 2u);
+        Probe probe(converter, model);
+        std::string const bytes = "A\x8F\xA2\xA1\xA1\xA1\x8E\xB1\x80\xDC\x8F\xA3\xA2";
+        Units const units{u'A', 0x4E02, 0x5E04, 0x3042, 0xFF71, 0xA5};
+        for (ILLCHAR_OPTYPE const op : OPERATIONS)
+            for (unsigned int room = 0; room <= 24; ++room) {
+                probe.compareDecode({bytes, room, op, -1});
+                probe.compareEncode({units, room, op});
+            }
+        probe.compareNumUnits(bytes, UNTIL_TERMINATOR);
+        probe.compareNumBytes(units, UNTIL_TERMINATOR);
+    }
+}
+
 TEST(MultibyteLoading, EUCJPWithAJIS0212List)
 {
     CodePairs const jis0208{{0x2121, 0x3042}, {0x2122, 0x3142}, {0x3021, 0x3043}};
