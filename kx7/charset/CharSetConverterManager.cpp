@@ -10,13 +10,11 @@
 #include <cstdint>
 #include <cstdlib>
 #include <exception>
-#include <new>
 #include <vector>
 
 #include "kx7/charset/CharSetNames.h"
 #include "kx7/charset/Converters.h"
 #include "kx7/converters/Engine.h"
-#include "kx7/converters/LoadLock.h"
 #include "kx7/tables/ByteTypeTables.h"
 #include "kx7/tables/MappingLists.h"
 
@@ -145,8 +143,8 @@ kx7::Served kx7::servedBy(KX7CharSet charSet)
     return {converter, engineOf(*converter)};
 }
 
-// The names are strings, and strings are built by a converter: while this runs, KX7CS_UTF8 is served by load() from an
-// empty map.
+// The codesets are strings, and strings are built by a converter: while this runs, KX7CS_UTF8 is served by load() from
+// an empty map.
 CharSetConverterManager::CharSetConverterManager() : osDefaultCharSet(KX7CS_ISO_8859_1)
 {
     initLocaleMap();
@@ -200,8 +198,6 @@ CharSetConverterManager::CharSetConverterManager() : osDefaultCharSet(KX7CS_ISO_
     };
     for (auto const& entry : converters)
         insert(entry.charSet, entry.converter, true);
-    for (kx7::CharSetName const& entry : kx7::CHAR_SET_NAMES)
-        insertCharSetMap(entry.charSet, KX7UString(entry.name, KX7CS_UTF8));
 }
 
 CharSetConverterManager::~CharSetConverterManager()
@@ -237,32 +233,37 @@ KX7CharSetConverter* CharSetConverterManager::getConverter(KX7CharSet cs)
 
 void CharSetConverterManager::insertCharSetMap(KX7CharSet cs, KX7UString const& name)
 {
-    nameToCharSetMap.insert({name, cs});
-    charSetToNameMap.insert({cs, name});
+    std::string bytes;
+    bool canBeFound = true;
+    for (unsigned short const* unit = name.data(); *unit != 0; ++unit) {
+        bool const hasByte = *unit <= 0xFF;
+        bytes += hasByte ? static_cast<char>(*unit) : '?';
+        canBeFound = canBeFound && hasByte;
+    }
+    if (canBeFound && !kx7::charSetOf(bytes.c_str()))
+        nameToCharSetMap.insert({bytes, cs});
+    if (!kx7::nameOf(cs))
+        charSetToNameMap.insert({cs, bytes});
 }
 
 char const* CharSetConverterManager::charSetToString(KX7CharSet cs)
 {
-    static char const unnamed[] = "KX7CS_OS_DEFAULT";
+    if (kx7::CharSetName const* const own = kx7::nameOf(cs))
+        return own->name;
     auto const found = charSetToNameMap.find(cs);
-    if (found == charSetToNameMap.end())
-        return unnamed;
-    // The string keeps the converted name; several threads may be the first to ask for it.
-    kx7::NamesLock const lock;
-    try {
-        return found->second.c_str(KX7CS_ISO_8859_1);
-    }
-    catch (std::bad_alloc const&) {
-        return unnamed;
-    }
+    return found == charSetToNameMap.end() ? "KX7CS_OS_DEFAULT" : found->second.c_str();
 }
 
 KX7CharSet CharSetConverterManager::charSetFromString(char const* name)
 {
     if (!name || *name == 0)
         return KX7CS_OS_DEFAULT;
+    if (kx7::CharSetName const* const own = kx7::charSetOf(name))
+        return own->charSet;
+    if (nameToCharSetMap.empty())
+        return KX7CS_OS_DEFAULT;
     try {
-        auto const found = nameToCharSetMap.find(KX7UString(name, KX7CS_ISO_8859_1));
+        auto const found = nameToCharSetMap.find(name);
         return found == nameToCharSetMap.end() ? KX7CS_OS_DEFAULT : found->second;
     }
     catch (std::exception const&) {

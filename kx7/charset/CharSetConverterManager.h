@@ -3,6 +3,7 @@
 #define KX7_CHARSET_CHARSETCONVERTERMANAGER_H
 
 #include <map>
+#include <string>
 
 #include "kx7/Export.h"
 #include "kx7/charset/KX7CharSet.h"
@@ -44,7 +45,8 @@ public:
     KX7CharSetConverter* getConverter(KX7CharSet cs);
 
     /**
-     * Enters a name in both directions, each unless it is there already. What std::bad_alloc has kept out, the next
+     * Enters a name in both directions, each unless it is there already. A name is text in ISO 8859-1 up to a 0 unit:
+     * one with other characters is given with "?" for these and never found. What std::bad_alloc has kept out, the next
      * call enters.
      */
     void insertCharSetMap(KX7CharSet cs, KX7UString const& name);
@@ -69,8 +71,8 @@ private:
     std::map<KX7UString, KX7CharSet> localeMap;
     KX7CharSet osDefaultCharSet;
     std::map<KX7CharSet, ConverterInfo> converterMap;
-    std::map<KX7UString, KX7CharSet> nameToCharSetMap;
-    std::map<KX7CharSet, KX7UString> charSetToNameMap;
+    std::map<std::string, KX7CharSet> nameToCharSetMap;  // names that were entered beside the library's own
+    std::map<KX7CharSet, std::string> charSetToNameMap;
 };
 
 /** The registry of the process. */

@@ -2,6 +2,8 @@
 #ifndef KX7_CHARSET_CHARSETNAMES_H
 #define KX7_CHARSET_CHARSETNAMES_H
 
+#include <cstring>
+
 #include "kx7/charset/KX7CharSet.h"
 
 namespace kx7 {
@@ -11,7 +13,7 @@ struct CharSetName {
     KX7CharSet charSet;
 };
 
-/** Every named character set, in the order in which the registry enters them. */
+/** Every character set that the library names. Constants, so that a name needs no memory. */
 constexpr CharSetName CHAR_SET_NAMES[] = {
 #define KX7_NAME(charSet)                                                                                              \
     CharSetName                                                                                                        \
@@ -47,6 +49,24 @@ constexpr CharSetName CHAR_SET_NAMES[] = {
     KX7_NAME(KX7CS_UTF32BE),        KX7_NAME(KX7CS_OS_DEFAULT),
 #undef KX7_NAME
 };
+
+/** The name of a character set; null where it has none. */
+inline CharSetName const* nameOf(KX7CharSet charSet)
+{
+    for (CharSetName const& entry : CHAR_SET_NAMES)
+        if (entry.charSet == charSet)
+            return &entry;
+    return nullptr;
+}
+
+/** The character set that has exactly this name; null where none has. */
+inline CharSetName const* charSetOf(char const* name)
+{
+    for (CharSetName const& entry : CHAR_SET_NAMES)
+        if (strcmp(entry.name, name) == 0)
+            return &entry;
+    return nullptr;
+}
 
 }  // namespace kx7
 

@@ -11,27 +11,23 @@ namespace kx7 {
 #endif
 
 pthread_rwlock_t forkLock = KX7_FORK_LOCK;
-pthread_mutex_t namesMutex = PTHREAD_MUTEX_INITIALIZER;
 
 namespace {
 
 void beforeFork()
 {
-    pthread_mutex_lock(&namesMutex);
     pthread_rwlock_wrlock(&forkLock);
 }
 
 void afterForkInParent()
 {
     pthread_rwlock_unlock(&forkLock);
-    pthread_mutex_unlock(&namesMutex);
 }
 
 void afterForkInChild()
 {
     // Made anew: the lock knows its owner by a thread number that the child does not have.
     forkLock = KX7_FORK_LOCK;
-    pthread_mutex_unlock(&namesMutex);
 }
 
 __attribute__((constructor(101))) void registerHandlers()

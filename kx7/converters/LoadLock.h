@@ -9,9 +9,6 @@ namespace kx7 {
 /** Held shared by every thread in a LoadLock, and alone by one that forks (LoadLock.cpp). */
 extern pthread_rwlock_t forkLock;
 
-/** Held by the thread that converts a name, which may build a table for that. */
-extern pthread_mutex_t namesMutex;
-
 /**
  * Holds a POSIX mutex while it lives. The process does not fork meanwhile, so that no child finds the mutex locked by a
  * thread that it does not have. A thread has one of these at a time.
@@ -34,15 +31,6 @@ public:
 private:
     pthread_mutex_t& m_mutex;
     bool m_holdsFork;  ///< not in a thread that forks and converts in a handler of its own
-};
-
-/** Holds namesMutex while it lives. */
-class NamesLock {
-public:
-    NamesLock() { pthread_mutex_lock(&namesMutex); }
-    ~NamesLock() { pthread_mutex_unlock(&namesMutex); }
-    NamesLock(NamesLock const&) = delete;
-    NamesLock& operator=(NamesLock const&) = delete;
 };
 
 }  // namespace kx7

@@ -129,3 +129,50 @@ TEST(Names, OfARegistryGoWithItsMaps)
     EXPECT_EQ(registry.charSetFromString("other"), KX7CS_UTF8);
     EXPECT_STREQ(KX7CharSetToString(mine), "KX7CS_OS_DEFAULT");
 }
+
+TEST(Names, ThatWereEnteredAreGivenInISO8859_1)
+{
+    struct {
+        char const* what;
+        std::u16string entered;
+        char const* given;
+        char const* found;  ///< a name that means the value; null: none does
+    } const rows[] = {
+        {"ASCII", u"own", "own", "own"},
+        {"Latin letters", u"M\u00E9\u00FF", "M\xE9\xFF", "M\xE9\xFF"},
+        {"control characters", u"\u0001\u0080\u009F", "\x01\x80\x9F", "\x01\x80\x9F"},
+        {"other characters", u"\u4E2Dx", "?x", nullptr},
+        {"a supplementary character", u"\U0001F600", "??", nullptr},
+        {"the name of another set", u"KX7CS_UTF8", "KX7CS_UTF8", nullptr},
+        {"up to a zero", std::u16string(u"up\0to", 5), "up", "up"},
+        {"nothing", u"", "", nullptr},
+    };
+    auto const mine = static_cast<KX7CharSet>(99999);
+    for (auto const& row : rows) {
+        CharSetConverterManager registry;
+        auto const* const units = reinterpret_cast<unsigned short const*>(row.entered.c_str());
+        registry.insertCharSetMap(mine, KX7UString(units, units + row.entered.size()));
+        EXPECT_STREQ(registry.charSetToString(mine), row.given) << row.what;
+        EXPECT_EQ(registry.charSetToString(mine), registry.charSetToString(mine)) << row.what;
+        if (row.found) {
+            EXPECT_EQ(registry.charSetFromString(row.found), mine) << row.what;
+        }
+        else {
+            EXPECT_NE(registry.charSetFromString(row.given), mine) << row.what;
+        }
+        registry.insertCharSetMap(mine, KX7UString("second", KX7CS_UTF8));
+        EXPECT_STREQ(registry.charSetToString(mine), row.given) << row.what << ": the first name stays";
+        EXPECT_EQ(registry.charSetFromString("second"), mine) << row.what;
+    }
+}
+
+TEST(Names, ThatWereEnteredAreNotChangedByAnotherSetOfTheSameName)
+{
+    CharSetConverterManager registry;
+    auto const first = static_cast<KX7CharSet>(99998);
+    auto const second = static_cast<KX7CharSet>(99999);
+    registry.insertCharSetMap(first, KX7UString("own", KX7CS_UTF8));
+    registry.insertCharSetMap(second, KX7UString("own", KX7CS_UTF8));
+    EXPECT_EQ(registry.charSetFromString("own"), first);
+    EXPECT_STREQ(registry.charSetToString(second), "own");
+}

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "kx7/charset/CharSetConverterManager.h"
+#include "kx7/charset/CharSetNames.h"
 #include "kx7/charset/Converters.h"
 #include "kx7/text/KX7UString.h"
 #include "tests/charset/ForeignConverter.h"
@@ -347,20 +348,47 @@ TEST(AllocationFailure, OfARegistryLeavesNothingBehindWhicheverAllocationFails)
             break;
         ASSERT_LT(failing, 10000u);
     }
-    EXPECT_GT(failing, 54u) << "every name needs an allocation or two";
+    EXPECT_GT(failing, 69u) << "every codeset of a locale and every converter needs one";
 }
 
-TEST(AllocationFailure, OfNamesGivesTheDefault)
+TEST(Allocation, NamesOfCharacterSetsNeedNone)
 {
-    char const* name = nullptr;
-    EXPECT_FALSE(effectOf([&] { name = KX7CharSetToString(KX7CS_WCP1258); }, 1).threw);
-    EXPECT_STREQ(name, "KX7CS_OS_DEFAULT");
-    EXPECT_STREQ(KX7CharSetToString(KX7CS_WCP1258), "KX7CS_WCP1258");
+    for (kx7::CharSetName const& row : kx7::CHAR_SET_NAMES) {
+        char const* name = nullptr;
+        KX7CharSet charSet = KX7CS_UTF8;
+        Effect const effect = effectOf(
+            [&] {
+                name = KX7CharSetToString(row.charSet);
+                charSet = KX7CharSetFromString(row.name);
+            },
+            1, true);
+        EXPECT_EQ(effect.calls, 0u) << row.name;
+        EXPECT_FALSE(effect.threw) << row.name;
+        EXPECT_STREQ(name, row.name);
+        EXPECT_EQ(charSet, row.charSet) << row.name;
+    }
+}
 
+TEST(Allocation, NamesThatWereEnteredNeedNoneToBeGiven)
+{
+    CharSetConverterManager registry;
+    auto const mine = static_cast<KX7CharSet>(99999);
+    registry.insertCharSetMap(mine, KX7UString("a name of a program's own", KX7CS_UTF8));
+    char const* name = nullptr;
+    EXPECT_EQ(effectOf([&] { name = registry.charSetToString(mine); }, 1, true).calls, 0u);
+    EXPECT_STREQ(name, "a name of a program's own");
+}
+
+TEST(AllocationFailure, OfALongNameThatWasEnteredGivesTheDefault)
+{
     std::string const longName(300, 'x');
+    CharSetConverterManager registry;
+    auto const mine = static_cast<KX7CharSet>(99999);
+    registry.insertCharSetMap(mine, KX7UString(longName.c_str(), KX7CS_UTF8));
     KX7CharSet found = KX7CS_UTF8;
-    EXPECT_FALSE(effectOf([&] { found = KX7CharSetFromString(longName.c_str()); }, 1).threw);
+    EXPECT_FALSE(effectOf([&] { found = registry.charSetFromString(longName.c_str()); }, 1).threw);
     EXPECT_EQ(found, KX7CS_OS_DEFAULT);
+    EXPECT_EQ(registry.charSetFromString(longName.c_str()), mine);
 }
 
 TEST(AllocationFailure, OfTheTwoStepFunctionsWithAConverterFromOutsideIsAResultOfZero)

@@ -323,7 +323,6 @@ TEST(LoadAllocation, OfANameThatIsEntered)
 {
     auto const cs = static_cast<KX7CharSet>(73003);
     std::string const name(300, 'n');  // more than a KX7UString keeps in itself
-    KX7CharSetToString(KX7CS_KOI8R);   // tables of what names are written in
     for (size_t failing = 1;; ++failing) {
         ASSERT_LT(failing, 1000u);
         size_t const before = heap.live;
