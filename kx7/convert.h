@@ -7,8 +7,9 @@
 //     kx7::StreamResult const step = decoder.convert(bytes, units, isLast);
 //
 // Counts instead of terminators: a zero is a character like any other. Nothing is cut off, supplementary characters
-// stay whole. UTF-8, UTF-16 and UTF-32 have to be well-formed, where the published converters are lenient, and EUC-JP
-// has to keep to its ranges; the other sets follow their tables. Byte order is the host's.
+// stay whole. UTF-8, UTF-16 and UTF-32 have to be well-formed, where the published converters are lenient, EUC-JP has
+// to keep to its ranges, and UTF-16 with escapes must not escape ASCII ("U+002F"), which its encoder writes as itself;
+// the other sets follow their tables. Byte order is the host's.
 //
 // Functions and streams are noexcept unless they return a string; those throw std::bad_alloc, and std::length_error
 // where a text would be longer than a string can be, and nothing else. Characters of a set whose tables find no memory

@@ -33,14 +33,21 @@ private:
     }
 };
 
-/** Refuses bytes that no encoder of this form writes, and surrogates without their partners. */
+/**
+ * Refuses what the encoder writes for no unit: bytes from 0x80, and escapes of ASCII, which is written as itself, so
+ * that "U+002F" cannot pass for a slash where slashes were looked for. Refuses surrogates without their partners, too.
+ */
 struct StrictDecoder : EscapeDecoder {
     static kx7::DecodedChar step(unsigned char const* p, unsigned char const* end)
     {
         if (p[0] >= 0x80)
             return kx7::DecodedChar::illegal(1, kx7::LimitCheck::CHECK);
         kx7::DecodedChar const c = EscapeDecoder::step(p, end);
-        if (c.found != kx7::Found::CHARACTER || !kx7::isSurrogate(c.codePoint))
+        if (c.found != kx7::Found::CHARACTER)
+            return c;
+        if (c.codePoint < 0x80 && c.consumed != 1)
+            return kx7::DecodedChar::illegal(c.consumed, kx7::LimitCheck::CHECK);
+        if (!kx7::isSurrogate(c.codePoint))
             return c;
         if (kx7::isHighSurrogate(c.codePoint)) {
             unsigned char const* const behind = p + c.consumed;

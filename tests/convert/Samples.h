@@ -19,7 +19,7 @@ inline std::u16string manyCharacters()
                           5) +
            u"\xE9\x20AC\x416\x3B1\x5D0\x627\xE01\x3042\xFF71\x4E00\xAC00\xD840\xDC0B"
            u"x\xD83D\xDE00\xFEFF\xFFFD"
-           u"U+0041\n"
+           u"U+00E9\n"
            u"U+D8\x100";
 }
 
@@ -34,8 +34,9 @@ inline std::string brokenBytes(KX7CharSet charSet)
 {
     std::string const text = manyCharactersIn(charSet);
     std::string result = text;
-    for (char const* const bad : {"\x80", "\xC3(", "\xE2\x82", "\xF0\x9F\x98", "\xED\xA0\x80", "\xC0\x80", "\xFF\xFE",
-                                  "\x81\x30\x81", "\x8E\xFF", "\x8F\xA1", "\x81", "U+D800x", "U+D83DU+DE", "\xA0\xD5"})
+    for (char const* const bad :
+         {"\x80", "\xC3(", "\xE2\x82", "\xF0\x9F\x98", "\xED\xA0\x80", "\xC0\x80", "\xFF\xFE", "\x81\x30\x81",
+          "\x8E\xFF", "\x8F\xA1", "\x81", "U+D800x", "U+D83DU+DE", "U+0041", "\xA0\xD5"})
         result += bad;
     std::mt19937 random(static_cast<unsigned int>(charSet));  // NOLINT: the same noise in every run
     for (int i = 0; i < 40; ++i)

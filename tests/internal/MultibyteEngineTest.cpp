@@ -343,6 +343,42 @@ TEST(MultibyteEngines, StrictEscapedFormRefusesBytesFrom80AndUnpairedSurrogates)
         true);
 }
 
+// The encoder writes each of these as its byte.
+TEST(MultibyteEngines, StrictEscapedFormRefusesEscapesOfASCII)
+{
+    expectRanges(
+        {
+            {"U+0000", g_oConverterUTF16Esc, "U+0000", 8, true, {u"", 0, Stop::ILLEGAL, 6}},
+            {"a slash", g_oConverterUTF16Esc, "..U+002F", 8, false, {u"..", 2, Stop::ILLEGAL, 6}},
+            {"the beginning of another", g_oConverterUTF16Esc, "U+0055+20AC", 8, true, {u"", 0, Stop::ILLEGAL, 6}},
+            {"the last of them", g_oConverterUTF16Esc, "U+007F", 8, true, {u"", 0, Stop::ILLEGAL, 6}},
+            {"the first that is written", g_oConverterUTF16Esc, "U+0080", 8, true, {u"\x80", 6, Stop::SOURCE_USED, 0}},
+            {"for a low surrogate", g_oConverterUTF16Esc, "U+D83DU+0041", 8, true, {u"", 0, Stop::ILLEGAL, 6}},
+            {"no digits of an escape", g_oConverterUTF16Esc, "U+002f", 8, true, {u"U+002f", 6, Stop::SOURCE_USED, 0}},
+            {"cut off", g_oConverterUTF16Esc, "aU+002", 8, false, {u"a", 1, Stop::SOURCE_CUT, 0}},
+            {"cut off, last, is text", g_oConverterUTF16Esc, "U+002", 8, true, {u"U+002", 5, Stop::SOURCE_USED, 0}},
+        },
+        true);
+    RangeProbe lenient(g_oConverterUTF16Esc);
+    EXPECT_EQ(lenient.decode("U+002F", 8), (DecodedRange{u"/", 6, Stop::SOURCE_USED, 0}));
+}
+
+// Each unit alone, as the encoder writes it and as an escape.
+TEST(MultibyteEngines, StrictEscapedFormReadsOnlyWhatTheEncoderWrites)
+{
+    RangeProbe strict(g_oConverterUTF16Esc, true);
+    for (unsigned int unit = 0; unit <= 0xFFFF; ++unit) {
+        char escape[8];
+        snprintf(escape, sizeof escape, "U+%04X", unit);
+        unsigned short const text[] = {static_cast<unsigned short>(unit), 0};
+        char written[8] = {};
+        unsigned int const length = g_oConverterUTF16Esc.fromUTF16(written, text, 6, ILLCHAR_STOP, nullptr);
+        bool const isEscaped = std::string(written, length) == escape;
+        bool const isSurrogate = unit >= 0xD800 && unit <= 0xDFFF;
+        ASSERT_EQ(strict.decode(escape, 8, true).stop == Stop::SOURCE_USED, isEscaped && !isSurrogate) << unit;
+    }
+}
+
 TEST(MultibyteEngines, StrictDecodersOfTheOthersAreTheLenientOnes)
 {
     for (MultibyteSet const& set : multibyteSets()) {
