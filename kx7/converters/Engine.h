@@ -56,6 +56,9 @@ constexpr size_t NOT_STRAIGHT = SIZE_MAX;
 using StraightConversion = size_t(KX7CharSetConverter& converter, unsigned char const* source, unsigned char* dest,
                                   size_t room);
 
+using RunFromUTF8 = void(KX7CharSetConverter& converter, unsigned char const*& in, unsigned char*& out,
+                         unsigned char* outEnd);
+
 /** The operations of one converter class. The converter loads its tables if need be; nothing here throws. */
 struct Engine {
     /**
@@ -90,10 +93,9 @@ struct Engine {
 
     /**
      * Converts zero-terminated UTF-8 to this encoding at once, moving `in` and `out`, as far as it is sure of what the
-     * two steps through UTF-16 would do; it may do nothing.
+     * two steps through UTF-16 would do; it may do nothing. Null for a class without such a kernel.
      */
-    void (*runFromUTF8)(KX7CharSetConverter& converter, unsigned char const*& in, unsigned char*& out,
-                        unsigned char* outEnd);
+    RunFromUTF8* runFromUTF8;
 
     /** The published toUTF16, with a source that may have an end instead of a terminator. */
     unsigned int (*toUTF16)(KX7CharSetConverter& converter, unsigned short* dest, ByteText const& source,
@@ -141,8 +143,7 @@ struct EngineOf {
                                    unsigned int room);
     static TextProgress encodeText(KX7CharSetConverter& converter, UnitText const& source, unsigned char* dest,
                                    unsigned int room, ILLCHAR_OPTYPE op, bool last);
-    static void runFromUTF8(KX7CharSetConverter& converter, unsigned char const*& in, unsigned char*& out,
-                            unsigned char* outEnd);
+    static constexpr RunFromUTF8* runFromUTF8();
     static unsigned int toUTF16(KX7CharSetConverter& converter, unsigned short* dest, ByteText const& source,
                                 unsigned int room, int sourceLimit);
     static constexpr StraightConversion* toUTF8();
@@ -166,7 +167,9 @@ struct Transit {
 
 /**
  * Zero-terminated text of one converter to another through UTF-16, as one call of toUTF16 with ILLCHAR_REPLACE and one
- * of fromUTF16 would do it, but in pieces through a fixed buffer, and never with a byte behind the room.
+ * of fromUTF16 would do it, but in pieces through a fixed buffer, and never with a byte behind the room. The text may
+ * be written over, in whatever way the two lie: where one that is longer than a piece would be, a copy on the heap is
+ * converted; without memory for it nothing is written and the result is 0.
  * @param room bytes that may be written, the terminator of `to` not counted
  * @return bytes written, the terminator not counted; 0 with nothing written when the source decodes to nothing
  */

@@ -53,10 +53,13 @@ TextProgress EngineOf<Converter>::encodeText(KX7CharSetConverter& converter, Uni
 }
 
 template <class Converter>
-void EngineOf<Converter>::runFromUTF8(KX7CharSetConverter& converter, unsigned char const*& in, unsigned char*& out,
-                                      unsigned char* outEnd)
+constexpr RunFromUTF8* EngineOf<Converter>::runFromUTF8()
 {
-    static_cast<Converter&>(converter).encoder().runFromUTF8(in, out, outEnd);
+    using Encoder = decltype(std::declval<Converter&>().encoder());
+    if constexpr (Encoder::HAS_RUN_FROM_UTF8)
+        return [](KX7CharSetConverter& converter, unsigned char const*& in, unsigned char*& out,
+                  unsigned char* outEnd) { static_cast<Converter&>(converter).encoder().runFromUTF8(in, out, outEnd); };
+    return nullptr;
 }
 
 template <class Converter>
@@ -90,8 +93,8 @@ constexpr StraightConversion* EngineOf<Converter>::fromUTF8()
 
 template <class Converter>
 Engine const EngineOf<Converter>::ENGINE = {
-    &EngineOf::decode,      &EngineOf::decodeStrict, &EngineOf::encode,  &EngineOf::decodeText, &EngineOf::encodeText,
-    &EngineOf::runFromUTF8, &EngineOf::toUTF16,      EngineOf::toUTF8(), EngineOf::fromUTF8(),
+    &EngineOf::decode,       &EngineOf::decodeStrict, &EngineOf::encode,  &EngineOf::decodeText, &EngineOf::encodeText,
+    EngineOf::runFromUTF8(), &EngineOf::toUTF16,      EngineOf::toUTF8(), EngineOf::fromUTF8(),
 };
 
 }  // namespace kx7

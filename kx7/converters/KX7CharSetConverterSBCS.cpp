@@ -85,6 +85,7 @@ struct KX7CharSetConverterSBCS::Encoder : kx7::EncoderBase {
         } while (in != end && out != outEnd);
     }
 
+    static constexpr bool HAS_RUN_FROM_UTF8 = true;
     void runFromUTF8(unsigned char const*& in, unsigned char*& out, unsigned char* outEnd) const
     {
         // The kernels find the end of the text by what has no byte; a caller's list may give U+0000 one.

@@ -163,8 +163,8 @@ struct EncoderBase {
     /** As codeOf, of a character above U+FFFF. */
     static unsigned int codeOfPair(unsigned int /*codePoint*/) { return 0; }
 
-    /** Converts as long a run of zero-terminated UTF-8 as it is sure of; it may do nothing. */
-    static void runFromUTF8(unsigned char const*& /*in*/, unsigned char*& /*out*/, unsigned char* /*outEnd*/) {}
+    /** Whether there is `runFromUTF8`, which converts as long a run of zero-terminated UTF-8 as it is sure of. */
+    static constexpr bool HAS_RUN_FROM_UTF8 = false;
 
     /** Converts as long a run as it is sure of, moving `in` and `out`; it may do nothing. */
     void run(unsigned short const*& /*in*/, unsigned short const* /*end*/, unsigned char*& /*out*/,

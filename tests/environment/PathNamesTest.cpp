@@ -282,6 +282,45 @@ TEST(PathNames, OfManyPiecesAreAsInOnePass)
     }
 }
 
+// Escapes can make names six times as long.
+TEST(PathNames, AreConvertedInOneBufferAsInTwo)
+{
+    auto const toUTF8 = [](char* dst, char const* src, int dstBytes) {
+        return LocalPathToUTF8(reinterpret_cast<unsigned char*>(dst), src, dstBytes);
+    };
+    auto const toLocal = [](char* dst, char const* src, int dstBytes) {
+        return UTF8ToLocalPath(dst, reinterpret_cast<unsigned char const*>(src), dstBytes);
+    };
+    auto const check = [](auto const& function, std::string const& name) {
+        int const most = static_cast<int>(6 * name.size() + 1);
+        std::vector<char> apart(6 * name.size() + 1);
+        unsigned int const count = function(apart.data(), name.c_str(), most);
+        for (size_t const shift : {size_t{0}, size_t{1}, size_t{40}, size_t{2048}, name.size() - 1, name.size()})
+            for (bool const isBefore : {true, false}) {
+                std::vector<char> buffer(7 * name.size() + 2048 + 1);
+                size_t const source = isBefore ? shift : 0;
+                size_t const dest = isBefore ? 0 : shift;
+                memcpy(&buffer[source], name.c_str(), name.size() + 1);
+                ASSERT_EQ(function(&buffer[dest], &buffer[source], 0x7FFFFFFF), count)
+                    << name.size() << " bytes, destination " << shift << (isBefore ? " before" : " after");
+                ASSERT_EQ(memcmp(&buffer[dest], apart.data(), count + size_t{1}), 0)
+                    << name.size() << " bytes, destination " << shift << (isBefore ? " before" : " after");
+            }
+    };
+    std::string const elements[] = {"\xE9",         "U+00E9a",           "\xC3\xA9",
+                                    "\xE4\xB8\xAD", "\xF0\x9F\x98\x80x", "\xED\xA0\x80y"};
+    for (std::string const& element : elements)
+        for (size_t const length : {100, 2047, 2048, 2077, 5000, 100000}) {
+            std::string name;
+            while (name.size() < length)
+                name += element;
+            check(toUTF8, name);
+            check(toLocal, name);
+            if (HasFatalFailure())
+                return;
+        }
+}
+
 TEST(PathNames, OfRandomBytesAreAsInOnePass)
 {
     std::mt19937 random(3);

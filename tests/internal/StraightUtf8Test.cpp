@@ -286,7 +286,6 @@ TEST(StraightUtf8, InOneBufferWhereTheResultGetsLongerThanTheText)
     };
     constexpr size_t SHIFT = 64;
     for (auto const& c : cases) {
-        size_t inPlace = 0;
         for (size_t shrinking = 0; shrinking <= 2000; shrinking += 100)
             for (size_t growing = 20; growing <= 820; growing += 50) {
                 // One at first makes a piece of what follows it.
@@ -312,14 +311,10 @@ TEST(StraightUtf8, InOneBufferWhereTheResultGetsLongerThanTheText)
                     memcpy(buffer.data() + SHIFT, text.c_str(), text.size() + 1);
                     return convert(buffer.data(), buffer.data() + SHIFT) == expected;
                 };
-                // Where even whole pieces write over what they have not read, the result is anybody's.
-                if (!isRight(kx7::InstructionSet::PLAIN))
-                    continue;
-                ++inPlace;
+                ASSERT_TRUE(isRight(kx7::InstructionSet::PLAIN)) << c.name << ", " << shrinking << " and " << growing;
                 for (kx7::InstructionSet const set : sets())
                     ASSERT_TRUE(isRight(set))
                         << c.name << ", " << shrinking << " and " << growing << ", " << nameOf(set);
             }
-        EXPECT_GT(inPlace, 50u) << c.name;
     }
 }

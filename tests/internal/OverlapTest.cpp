@@ -1,0 +1,241 @@
+// kx7text tests - the two-step conversions where source and destination overlap: the result is that of separate memory.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "kx7/charset/KX7CharSet.h"
+#include "kx7/convert.h"
+#include "kx7/converters/Engine.h"
+#include "tests/internal/AllSets.h"
+#include "tests/internal/Allocations.h"
+#include "tests/internal/Foreign.h"
+#include "tests/internal/KernelSets.h"
+#include "tests/support/Hex.h"
+
+using namespace kx7test;
+
+namespace {
+
+using kx7::Transit;
+
+Transit const PLAIN{false, ILLCHAR_REPLACE};
+Transit const ESCAPING{false, ILLCHAR_ESCAPE};
+Transit const UNESCAPING{true, ILLCHAR_REPLACE};
+
+/** A conversion, and the characters that its texts are made of. */
+struct Conversion {
+    char const* name;
+    KX7CharSetConverter& from;
+    KX7CharSetConverter& to;
+    std::vector<std::string> characters;
+    Transit transit;
+};
+
+std::vector<Conversion> const& conversions()
+{
+    static std::vector<Conversion> const all = {
+        {"1252 to UTF-8, twice as long", g_oConverterWCP1252, g_oConverterUTF8, {"\xE9"}, PLAIN},
+        {"1252 to UTF-8, up to three times as long", g_oConverterWCP1252, g_oConverterUTF8, {"a", "\x80"}, PLAIN},
+        {"KOI8-R to UTF-8", g_oConverterKOI8R, g_oConverterUTF8, {"\xC1", " "}, PLAIN},
+        {"932 to UTF-8", g_oConverterWCP932, g_oConverterUTF8, {"\x82\xA0", "\xB1", "a"}, PLAIN},
+        {"950 to UTF-8", g_oConverterWCP950, g_oConverterUTF8, {"\xA4\x40"}, PLAIN},
+        {"950 to UTF-8, malformed", g_oConverterWCP950, g_oConverterUTF8, {"\xFF", "\xA4", "x"}, PLAIN},
+        {"GB 18030 to UTF-8, shorter", g_oConverterGB18030, g_oConverterUTF8, {"\x81\x30\x81\x30"}, PLAIN},
+        {"escapes to UTF-8", g_oConverterUTF16Esc, g_oConverterUTF8, {"U+20AC", "U", "\xE9"}, PLAIN},
+        {"1252 to UTF-8, unescaped", g_oConverterWCP1252, g_oConverterUTF8, {"\xE9", "U+00E9", "U"}, UNESCAPING},
+        {"UTF-8 to UTF-8", g_oConverterUTF8, g_oConverterUTF8, {"\xE2\x82\xAC", "a"}, PLAIN},
+        {"UTF-8 to UTF-8, malformed", g_oConverterUTF8, g_oConverterUTF8, {"\xFF", "\xC3", "a"}, PLAIN},
+        {"UTF-8 to 1252, half as long", g_oConverterUTF8, g_oConverterWCP1252, {"\xC3\xA9"}, PLAIN},
+        {"UTF-8 to 1252, ASCII", g_oConverterUTF8, g_oConverterWCP1252, {"a"}, PLAIN},
+        {"UTF-8 to KOI8-R, mixed", g_oConverterUTF8, g_oConverterKOI8R, {"\xD1\x84", "a", "\xE4\xB8\xAD"}, PLAIN},
+        {"UTF-8 to 1252, escaped", g_oConverterUTF8, g_oConverterWCP1252, {"\xE4\xB8\xAD", "\xC3\xA9"}, ESCAPING},
+        {"UTF-8 to 932", g_oConverterUTF8, g_oConverterWCP932, {"\xE3\x81\x82", "a"}, PLAIN},
+        {"UTF-8 to GB 18030, twice as long", g_oConverterUTF8, g_oConverterGB18030, {"\xC2\x81"}, PLAIN},
+        {"UTF-8 to UTF-16", g_oConverterUTF8, g_oConverterUTF16, {"a", "\xC3\xA9"}, PLAIN},
+        {"UTF-8 to UTF-32", g_oConverterUTF8, g_oConverterUTF32, {"a", "\xF0\x9F\x98\x80"}, PLAIN},
+        {"UTF-8 to escapes", g_oConverterUTF8, g_oConverterUTF16Esc, {"\xC3\xA9", "a"}, PLAIN},
+    };
+    return all;
+}
+
+/** `length` bytes, or a few less so as to end with a character. */
+std::string textOf(Conversion const& c, size_t length)
+{
+    std::string text;
+    for (size_t i = 0;; ++i) {
+        std::string const& character = c.characters[(i / 7 + i) % c.characters.size()];
+        if (text.size() + character.size() > length)
+            return text;
+        text += character;
+    }
+}
+
+unsigned int convert(Conversion const& c, void* dest, void const* source, unsigned int capacity)
+{
+    return kx7::convertThroughUTF16(c.from, static_cast<char const*>(source), c.to, dest,
+                                    capacity - c.to.getNullCharSize(), c.transit);
+}
+
+/** The bytes written, the terminator included, where source and destination are separate. */
+std::string apart(Conversion const& c, std::string const& text, size_t capacity)
+{
+    std::string result(capacity, '\0');
+    result.resize(convert(c, result.data(), text.c_str(), static_cast<unsigned int>(capacity)) +
+                  c.to.getNullCharSize());
+    return result;
+}
+
+/**
+ * The text, and the destination `distance` bytes after it, in one buffer. The destination has place for what is
+ * written; its capacity may be said to be more.
+ */
+testing::AssertionResult isAsApart(Conversion const& c, std::string const& text, std::string const& expected,
+                                   ptrdiff_t distance, unsigned int capacity, bool hasMemory)
+{
+    constexpr size_t FENCE = 64;
+    size_t const before = distance < 0 ? static_cast<size_t>(-distance) : 0;
+    size_t const after = distance > 0 ? static_cast<size_t>(distance) : 0;
+    std::string buffer(FENCE + before + after + text.size() + 1 + expected.size() + FENCE, '\x7F');
+    size_t const source = FENCE + before;
+    size_t const dest = FENCE + after;
+    std::copy_n(text.c_str(), text.size() + 1, buffer.begin() + static_cast<ptrdiff_t>(source));
+    std::string const original = buffer;
+    std::string converted = buffer;
+    converted.replace(dest, expected.size(), expected);
+    bool const overlap = source < dest + expected.size() && dest <= source + text.size();
+
+    Allocations::Watch watch;
+    if (!hasMemory)
+        watch.fail(1, 1000);
+    unsigned int const written = convert(c, buffer.data() + dest, buffer.data() + source, capacity);
+    auto const failed = [&](char const* what) {
+        return testing::AssertionFailure()
+               << c.name << ", " << text.size() << " bytes to " << expected.size() << ", destination at " << distance
+               << ", capacity " << capacity << (hasMemory ? "" : ", without memory") << ": " << what;
+    };
+    constexpr size_t PIECE_THAT_IS_ALWAYS_TAKEN = 1700;
+    if (watch.freed() != (hasMemory ? watch.made() : 0))
+        return failed("memory is not given back");
+    if (watch.made() != 0 && (!overlap || text.size() <= PIECE_THAT_IS_ALWAYS_TAKEN))
+        return failed("the heap is asked without need");
+    if (watch.made() > 1)
+        return failed("the heap is asked twice");
+    if (!hasMemory && watch.made() != 0)
+        return written == 0 && buffer == original ? testing::AssertionSuccess() : failed("something is written");
+    if (written != expected.size() - c.to.getNullCharSize())
+        return failed("another length");
+    return buffer == converted ? testing::AssertionSuccess() : failed("another result, or something else is changed");
+}
+
+/** Distances at which the ranges begin to touch, and some between. */
+std::vector<ptrdiff_t> distances(size_t length, size_t written)
+{
+    auto const n = static_cast<ptrdiff_t>(length);
+    auto const w = static_cast<ptrdiff_t>(written);
+    std::vector<ptrdiff_t> all = {-w - 1, -w,    -w + 1, -w / 2, -n, -2048, -64,    -1,       0,    1,
+                                  7,      n / 3, n / 2,  n - 1,  n,  n + 1, n + 40, n + 7000, 2048, 6200};
+    std::sort(all.begin(), all.end());
+    all.erase(std::unique(all.begin(), all.end()), all.end());
+    return all;
+}
+
+std::vector<kx7::InstructionSet> plainAndBest()
+{
+    return {kx7::InstructionSet::PLAIN, kx7::detectInstructionSet()};
+}
+
+}  // namespace
+
+TEST(Overlap, EveryConversionAtEveryDistance)
+{
+    for (kx7::InstructionSet const set : plainAndBest()) {
+        Using const kernels(set);
+        for (Conversion const& c : conversions())
+            for (size_t const length : {1u, 16u, 100u, 239u, 241u, 300u, 1024u, 1700u, 1793u, 2047u, 2048u, 2049u,
+                                        2077u, 4096u, 6143u, 6200u, 20000u, 100000u}) {
+                std::string const text = textOf(c, length);
+                if (text.empty())
+                    continue;
+                std::string const expected = apart(c, text, 6 * text.size() + 8);
+                for (ptrdiff_t const distance : distances(text.size(), expected.size()))
+                    for (unsigned int const capacity :
+                         {static_cast<unsigned int>(expected.size()), 0x7FFFFFFFu, 0xFFFFFFFFu})
+                        for (bool const hasMemory : {true, false})
+                            ASSERT_TRUE(isAsApart(c, text, expected, distance, capacity, hasMemory)) << nameOf(set);
+            }
+    }
+}
+
+TEST(Overlap, WhereTheResultIsTruncated)
+{
+    for (Conversion const& c : conversions())
+        for (size_t const length : {100u, 3000u, 9000u}) {
+            std::string const text = textOf(c, length);
+            std::string const whole = apart(c, text, 6 * text.size() + 8);
+            for (size_t const capacity : {whole.size() / 3, whole.size() - 5}) {
+                std::string const expected = apart(c, text, capacity);
+                for (ptrdiff_t const distance : distances(text.size(), expected.size()))
+                    for (bool const hasMemory : {true, false})
+                        ASSERT_TRUE(
+                            isAsApart(c, text, expected, distance, static_cast<unsigned int>(capacity), hasMemory));
+            }
+        }
+}
+
+// The entry points themselves, which try short texts without UTF-16 first.
+TEST(Overlap, OfTheEntryPoints)
+{
+    for (kx7::InstructionSet const set : plainAndBest()) {
+        Using const kernels(set);
+        for (MultibyteSet const& row : allSets()) {
+            if (row.isWide || &row.converter == &g_oConverterUTF8)
+                continue;
+            KX7CharSet charSet = KX7CS_OS_DEFAULT;
+            for (kx7::CharSetInfo const& info : kx7::charSets())
+                if (info.charSet != KX7CS_OS_DEFAULT && &kx7::converterOf(info.charSet) == &row.converter)
+                    charSet = info.charSet;
+            for (size_t const length : {3u, 40u, 200u, 260u, 2100u, 5000u}) {
+                std::string text;
+                for (size_t i = 0; text.size() < length; ++i)
+                    text += row.byteFragments[i % row.byteFragments.size()].c_str();
+                std::vector<unsigned char> expected(6 * text.size() + 8);
+                unsigned int const written =
+                    LocalToUTF8(expected.data(), text.c_str(), static_cast<int>(expected.size()), charSet);
+                for (ptrdiff_t const distance : distances(text.size(), written + size_t{1})) {
+                    size_t const source = distance < 0 ? static_cast<size_t>(-distance) : 0;
+                    size_t const dest = distance > 0 ? static_cast<size_t>(distance) : 0;
+                    std::vector<unsigned char> buffer(source + dest + expected.size());
+                    memcpy(buffer.data() + source, text.c_str(), text.size() + 1);
+                    ASSERT_EQ(LocalToUTF8(buffer.data() + dest, reinterpret_cast<char*>(buffer.data() + source),
+                                          0x7FFFFFFF, charSet),
+                              written)
+                        << row.name << ", " << text.size() << " bytes, destination at " << distance;
+                    ASSERT_EQ(memcmp(buffer.data() + dest, expected.data(), written + size_t{1}), 0)
+                        << row.name << ", " << text.size() << " bytes, destination at " << distance;
+                }
+            }
+        }
+    }
+}
+
+// Such a converter is given the whole text, which is on the heap then in any case.
+TEST(Overlap, WithAConverterOfACaller)
+{
+    DerivedUtf8 derived;
+    std::string const text(5000, '\xE9');
+    Conversion const c = {"1252 to a caller's", g_oConverterWCP1252, derived, {"\xE9"}, PLAIN};
+    std::string const converted = apart(c, text, 20000);
+    std::string buffer = text;
+    buffer.resize(20000);
+    ASSERT_EQ(convert(c, buffer.data(), buffer.data(), 20000) + 1, converted.size());
+    EXPECT_EQ(memcmp(buffer.data(), converted.data(), converted.size()), 0);
+    buffer = text;
+    buffer.resize(20000);
+    Allocations::Watch watch;
+    watch.fail(1, 1);
+    EXPECT_EQ(convert(c, buffer.data(), buffer.data(), 20000), 0u);
+    EXPECT_EQ(buffer.substr(0, text.size()), text);
+}
