@@ -9,6 +9,8 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include "Quoting.h"
+
 namespace kx7conv {
 
 namespace {
@@ -67,15 +69,20 @@ bool Descriptor::close()
 
 std::string inputName(std::string const& path)
 {
-    return path == "-" ? "(stdin)" : path;
+    return path == "-" ? "(stdin)" : quoted(path);
 }
 
-Input::Input(std::string const& path) : m_name(inputName(path)), m_file(STDIN_FILENO), m_status()
+std::string outputName(std::string const& path)
+{
+    return path.empty() ? "(stdout)" : quoted(path);
+}
+
+Input::Input(std::string const& path) : m_path(path), m_file(STDIN_FILENO), m_status()
 {
     if (path != "-") {
         m_file = uninterrupted([&] { return open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY); });
         if (m_file == -1)
-            throw InputError(errno, std::generic_category(), m_name);
+            throw InputError(errno, std::generic_category(), m_path);
     }
     if (fstat(m_file, &m_status) == -1)
         m_status.st_mode = 0;
@@ -92,11 +99,11 @@ size_t Input::read(unsigned char* buffer, size_t size)
 {
     ssize_t const got = uninterrupted([&] { return ::read(m_file, buffer, size); });
     if (got == -1)
-        throw InputError(errno, std::generic_category(), m_name);
+        throw InputError(errno, std::generic_category(), m_path);
     return static_cast<size_t>(got);
 }
 
-Output::Output() : m_descriptor(STDOUT_FILENO), m_name("(stdout)")
+Output::Output() : m_descriptor(STDOUT_FILENO)
 {
 }
 
@@ -269,12 +276,8 @@ void syncFolder(std::string const& path)
 
 std::string messageLine(std::string const& message)
 {
-    std::string line = "kx7conv: " + message;
-    // A file's name or an argument may hold anything, a line feed for one.
-    for (char& c : line)
-        if ((c >= 0 && c < ' ') || c == '\x7F')
-            c = '?';
-    return line + '\n';
+    // Names are quoted by now; what is quoted from the arguments elsewhere may hold anything.
+    return "kx7conv: " + escaped(message) + '\n';
 }
 
 void writeError(std::string const& text)

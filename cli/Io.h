@@ -10,14 +10,26 @@
 
 namespace kx7conv {
 
+/** The name of an input in messages, quoted. `path`: "-": standard input. */
+std::string inputName(std::string const& path);
+
+/** The name of an output in messages, quoted. `path`: empty: standard output. */
+std::string outputName(std::string const& path);
+
 /** An input that cannot be opened or read; what() is "name: reason". */
 struct InputError : std::system_error {
-    using system_error::system_error;
+    InputError(int error, std::error_category const& category, std::string const& path)
+        : system_error(error, category, inputName(path))
+    {
+    }
 };
 
 /** An output that cannot be opened, written or closed; what() is "name: reason". */
 struct OutputError : std::system_error {
-    using system_error::system_error;
+    OutputError(int error, std::error_category const& category, std::string const& path)
+        : system_error(error, category, outputName(path))
+    {
+    }
 };
 
 /** A descriptor that is closed when its owner ends. */
@@ -51,19 +63,16 @@ public:
     size_t read(unsigned char* buffer, size_t size);
 
     /** The name in messages. */
-    std::string const& name() const { return m_name; }
+    std::string name() const { return inputName(m_path); }
 
     /** What the file is; st_mode is 0 where that cannot be told. */
     struct stat const& status() const { return m_status; }
 
 private:
-    std::string m_name;
+    std::string m_path;
     int m_file;
     struct stat m_status;
 };
-
-/** The name of an input in messages. */
-std::string inputName(std::string const& path);
 
 /** Where text is written. */
 class Output {
@@ -121,7 +130,7 @@ void makeFolders(std::string const& path);
 /** Brings the entries of a folder to the disk. Throws OutputError. */
 void syncFolder(std::string const& path);
 
-/** The line of a message: "kx7conv: ", the message with whatever is no text in it made harmless, and a line feed. */
+/** The line of a message: "kx7conv: ", the message with what must not reach a terminal escaped, and a line feed. */
 std::string messageLine(std::string const& message);
 
 /** Writes to standard error with one write. */

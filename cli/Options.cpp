@@ -8,6 +8,7 @@
 #include <memory>
 #include <thread>
 
+#include "Quoting.h"
 #include "kx7/converters/Utf16.h"
 
 namespace kx7conv {
@@ -16,7 +17,7 @@ namespace {
 
 [[noreturn]] void refuse(char const* option, std::string const& value, char const* wanted)
 {
-    throw UsageError(std::string(option) + ": '" + value + "' is not " + wanted);
+    throw UsageError(std::string(option) + ": " + alwaysQuoted(value) + " is not " + wanted);
 }
 
 uint64_t numberOf(char const* option, std::string const& value)

@@ -12,6 +12,7 @@
 #include "Guess.h"
 #include "Io.h"
 #include "Options.h"
+#include "Quoting.h"
 #include "kx7/convert.h"
 
 namespace {
@@ -22,7 +23,7 @@ KX7CharSet charSetOf(std::string const& text)
 {
     std::optional<KX7CharSet> const charSet = kx7::findCharSet(text);
     if (!charSet)
-        throw UsageError("unknown character set '" + text + "'; --list shows those that there are");
+        throw UsageError("unknown character set " + alwaysQuoted(text) + "; --list shows those that there are");
     if (!kx7::hasConverter(*charSet))
         throw UsageError(std::string("character set ") + kx7::charSetInfo(*charSet)->name + " has no converter");
     return *charSet;

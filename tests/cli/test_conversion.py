@@ -145,7 +145,7 @@ class Strict(Test):
     def testMessagesAreOneLineWhateverTheNameHolds(self):
         self.file("a\nb\x7f", b"\xd2")
         self.expect(["-f", "1253", "a\nb\x7f"], b"", b"", 1,
-                    "kx7conv: a?b?:1: byte 0 (0x0): invalid KX7CS_WCP1253 sequence D2\n", cwd=self.folder)
+                    "kx7conv: 'a'$'\\n''b'$'\\177':1: byte 0 (0x0): invalid KX7CS_WCP1253 sequence D2\n", cwd=self.folder)
 
     def testRefusesMalformedUTF8(self):
         rows = [
@@ -425,7 +425,7 @@ class Failures(Test):
                     "kx7conv: missing: No such file or directory\n", cwd=self.folder)
         self.expect(["-f", "1251", "directory", "good"], b"", "П".encode(), IO,
                     "kx7conv: directory: Is a directory\n", cwd=self.folder)
-        self.expect(["-f", "1251", ""], b"", b"", IO, "kx7conv: : No such file or directory\n")
+        self.expect(["-f", "1251", ""], b"", b"", IO, "kx7conv: '': No such file or directory\n")
 
     def testAFileWithoutPermission(self):
         self.file("secret", b"a")
