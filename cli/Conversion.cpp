@@ -194,6 +194,7 @@ bool Conversion::openNext(Block& block)
             return false;
         job->name = inputName(file.path);
         job->input = std::make_unique<Input>(file.path);
+        m_files.check(*job->input);
         job->output = openOutput(file, *job);
         m_current = job;
     }

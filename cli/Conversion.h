@@ -21,7 +21,7 @@ namespace kx7conv {
 enum ExitStatus {
     EXIT_FINE = 0,
     EXIT_BAD_DATA = 1,  ///< illegal bytes or unrepresentable characters, unless their loss was asked for
-    EXIT_USAGE = 2,     ///< options, or a character set that is unknown or has no converter
+    EXIT_USAGE = 2,     ///< options, names that are refused, or a character set that is unknown or has no converter
     EXIT_IO = 3         ///< an input that cannot be read, output that cannot be written
 };
 

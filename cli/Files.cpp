@@ -30,8 +30,16 @@ bool isFolder(std::string const& path)
 
 }  // namespace
 
-Files::Files(Options const& options) : m_options(options)
+Files::Files(Options const& options)
+    : m_options(options),
+      m_list(options.namesFrom.empty() ? nullptr : std::make_unique<NameList>(options.namesFrom, options.zeroSeparated))
 {
+}
+
+void Files::check(Input const& input) const
+{
+    if (m_list && m_list->isReadBy(input))
+        throw UsageError(input.name() + ": the list of names comes from it");
 }
 
 bool Files::next(File& file)
@@ -55,38 +63,7 @@ bool Files::nextName(std::string& name)
         name = m_options.files[m_nextArgument++];
         return true;
     }
-    if (m_options.namesFrom.empty())
-        return false;
-    if (!m_listOpened) {
-        m_listOpened = true;
-        m_list = std::make_unique<Input>(m_options.namesFrom);
-    }
-    char const separator = m_options.zeroSeparated ? '\0' : '\n';
-    for (;;) {
-        size_t const end = m_listed.find(separator, m_nextListed);
-        if (end != std::string::npos) {
-            name = m_listed.substr(m_nextListed, end - m_nextListed);
-            m_nextListed = end + 1;
-        }
-        else if (m_list) {
-            m_listed.erase(0, m_nextListed);
-            m_nextListed = 0;
-            unsigned char piece[16 * 1024];
-            std::unique_ptr<Input> list = std::move(m_list);  // given up if it cannot be read
-            size_t const got = list->read(piece, sizeof piece);
-            m_listed.append(reinterpret_cast<char const*>(piece), got);
-            if (got != 0)
-                m_list = std::move(list);
-            continue;
-        }
-        else {
-            name = m_listed.substr(m_nextListed);
-            m_nextListed = m_listed.size();
-            return !name.empty();
-        }
-        if (!name.empty())
-            return true;
-    }
+    return m_list && m_list->next(name);
 }
 
 bool Files::nextInFolder(File& file)

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "Io.h"
+#include "NameList.h"
 #include "Options.h"
 
 namespace kx7conv {
@@ -22,8 +23,14 @@ class Files {
 public:
     explicit Files(Options const& options);
 
-    /** The next input. False: there are no more. Throws InputError for a folder or list that cannot be read. */
+    /**
+     * The next input. False: there are no more. Throws InputError for a folder or list that cannot be read, UsageError
+     * for a name in a list that is refused.
+     */
     bool next(File& file);
+
+    /** Throws UsageError for an input that the list of names is read from. */
+    void check(Input const& input) const;
 
 private:
     /** A folder whose entries are visited, in the order of the bytes of their names. */
@@ -39,10 +46,7 @@ private:
 
     Options const& m_options;
     size_t m_nextArgument = 0;
-    bool m_listOpened = false;
-    std::unique_ptr<Input> m_list;
-    std::string m_listed;     ///< read from the list
-    size_t m_nextListed = 0;  ///< where the next name in it begins
+    std::unique_ptr<NameList> m_list;  ///< null: there is none
     std::vector<Folder> m_folders;
 };
 

@@ -185,6 +185,9 @@ void settle(Options& options)
     checkTogether(outputs > 1, "-o, -i, --output-dir and --check exclude each other");
     checkTogether(options.check && options.errorsGiven, "--check excludes --errors and -c");
     checkTogether(options.zeroSeparated && options.namesFrom.empty(), "-0 is for --files-from");
+    checkTogether(options.namesFrom == "-" &&
+                      std::find(options.files.begin(), options.files.end(), "-") != options.files.end(),
+                  "standard input cannot be an input and the list of --files-from");
     if (options.substitute != 0) {
         checkTogether(options.errorsGiven && options.onError != OnError::REPLACE,
                       "--substitute is for --errors replace");

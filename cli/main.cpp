@@ -88,6 +88,7 @@ int guessAll(Options const& options)
             if (!files.next(file))
                 break;
             Input input(file.path);
+            files.check(input);
             std::vector<kx7::CharSetInfo const*> const charSets = guess(input);
             std::string text;
             for (kx7::CharSetInfo const* const charSet : charSets)
@@ -102,6 +103,10 @@ int guessAll(Options const& options)
         catch (InputError const& error) {
             report(error.what());
             status = EXIT_IO;
+        }
+        catch (UsageError const& error) {
+            report(error.what());
+            status = std::max<int>(status, EXIT_USAGE);
         }
     }
     output.finish();

@@ -319,19 +319,6 @@ class Names(Test):
                     "kx7conv: missing: No such file or directory\n", cwd=self.folder)
         self.expect(["-f", "utf8", "d", "e"], b"", b"e\n", IO, "kx7conv: d: Is a directory\n", cwd=self.folder)
 
-    def testListsOfNames(self):
-        for name in ("a", "b c", "new\nline", "-x"):
-            self.file(name, name.encode() + b";")
-        self.file("list", b"b c\n-x\n\na")
-        self.file("zeros", b"new\nline\0b c\0-x\0")
-        self.expect(["-f", "utf8", "--files-from", "list"], b"", b"b c;-x;a;", cwd=self.folder)
-        self.expect(["-f", "utf8", "--files-from=list", "a"], b"", b"a;b c;-x;a;", cwd=self.folder)
-        self.expect(["-f", "utf8", "-0", "--files-from", "zeros"], b"", b"new\nline;b c;-x;", cwd=self.folder)
-        self.expect(["-f", "utf8", "--null", "--files-from", "-"], b"a\0b c", b"a;b c;", cwd=self.folder)
-        self.expect(["-f", "utf8", "--files-from", "nowhere"], b"", b"", IO,
-                    "kx7conv: nowhere: No such file or directory\n", cwd=self.folder)
-        self.expect(["-f", "utf8", "--files-from", "/dev/null"], b"a", b"", cwd=self.folder)
-
     def testTenThousandFiles(self):
         # In memory, so that the disk is not what is waited for.
         base = "/dev/shm" if os.access("/dev/shm", os.W_OK) else None

@@ -1,10 +1,11 @@
 # kx7text - tests of kx7conv: names of files, whatever bytes they have, in messages and records.
 import os
 import random
+import resource
 import subprocess
 import unittest
 
-from program import BAD_DATA, IO, KX7CONV, USAGE, Test, run
+from program import BAD_DATA, IO, KX7CONV, SANITIZED, USAGE, Test, preloaded, run
 
 # Escaped in every locale, although ls prints some of them in a UTF-8 one.
 REORDERING = [0x061C, 0x200E, 0x200F, *range(0x202A, 0x202F), *range(0x2066, 0x206A)]
@@ -153,6 +154,101 @@ class Messages(Test):
         self.assertEqual(list(dict.fromkeys(record[0] for record in records)),
                          ["'a'$'\\t''65001'$'\\t''KX7CS_UTF8'$'\\n''b'", "'x y'", "plain"])
         self.assertNotIn("65001", {record[1] for record in records})
+
+
+class Lists(Test):
+    """--files-from."""
+
+    def testListsOfNames(self):
+        for name in ("a", "b c", "new\nline", "-x"):
+            self.file(name, name.encode() + b";")
+        self.file("list", b"b c\n-x\n\na")
+        self.file("zeros", b"new\nline\0b c\0-x\0")
+        self.expect(["-f", "utf8", "--files-from", "list"], b"", b"b c;-x;a;", cwd=self.folder)
+        self.expect(["-f", "utf8", "--files-from=list", "a"], b"", b"a;b c;-x;a;", cwd=self.folder)
+        self.expect(["-f", "utf8", "-0", "--files-from", "zeros"], b"", b"new\nline;b c;-x;", cwd=self.folder)
+        self.expect(["-f", "utf8", "--null", "--files-from", "-"], b"a\0b c", b"a;b c;", cwd=self.folder)
+        self.expect(["-f", "utf8", "--files-from", "nowhere"], b"", b"", IO,
+                    "kx7conv: nowhere: No such file or directory\n", cwd=self.folder)
+        self.expect(["-f", "utf8", "--files-from", "/dev/null"], b"a", b"", cwd=self.folder)
+
+    def expectRefused(self, data, reason, options=(), output=b"a;b;", source="-"):
+        """The second name of the list; the others are converted."""
+        shown = "(stdin)" if source == "-" else source
+        for jobs in ("1", "3"):
+            self.expect(["-f", "utf8", *options, "-j", jobs, "--files-from", source], data, output, USAGE,
+                        f"kx7conv: {shown}:2: {reason}\n", cwd=self.folder)
+
+    def testANameWithAZeroByteIsRefused(self):
+        self.file("a", b"a;")
+        self.file("b", b"b;")
+        reason = "a zero byte in a name; -0 is for names that end with one"
+        for name in (b"a\0", b"a\0x", b"\0", b"\0a", b"a\0" + b"x" * 100000, b"x" * 100000 + b"\0"):
+            self.expectRefused(b"a\n" + name + b"\nb\n", reason)
+        self.expectRefused(b"a\na\0", reason, output=b"a;")
+        # They were three names of one file.
+        self.file("list", b"a\na\0x\na\0y")
+        self.expect(["-f", "utf8", "-i", "--files-from", "list"], b"", b"", USAGE,
+                    f"kx7conv: list:2: {reason}\nkx7conv: list:3: {reason}\n", cwd=self.folder)
+        status, output, messages = run("--guess", "--files-from", "list", cwd=self.folder)
+        self.assertEqual((status, messages), (USAGE, f"kx7conv: list:2: {reason}\nkx7conv: list:3: {reason}\n"))
+        self.assertEqual({line.split(b"\t")[0] for line in output.splitlines()}, {b"a"})
+
+    def testStandardInputInAListFromItIsRefused(self):
+        self.file("a", b"a;")
+        self.file("b", b"b;")
+        reason = "'-' is standard input, which the list comes from"
+        self.expectRefused(b"a\n-\nb\n", reason)
+        self.expectRefused(b"a\0-\0b", reason, ["-0"])
+        for name in ("/dev/stdin", "/proc/self/fd/0", "/dev/fd/0"):
+            self.expect(["-f", "utf8", "--files-from", "-"], f"a\n{name}\nb\n".encode(), b"a;b;", USAGE,
+                        f"kx7conv: {name}: the list of names comes from it\n", cwd=self.folder)
+            self.expect(["-f", "utf8", "--files-from", name], b"a\n-\nb\n", b"a;b;", USAGE,
+                        "kx7conv: (stdin): the list of names comes from it\n", cwd=self.folder)
+        self.expect(["-f", "utf8", "--files-from", "-", "a", "-"], b"a\nb\n", b"", USAGE,
+                    "kx7conv: standard input cannot be an input and the list of --files-from\n", cwd=self.folder)
+        # In a file it is a name like any other, and so is the file's own.
+        self.file("list", b"a\n-\nlist")
+        self.expect(["-f", "utf8", "--files-from", "list"], b"in;", b"a;in;a\n-\nlist", cwd=self.folder)
+
+    def testANameThatIsTooLongIsRefused(self):
+        self.file("a", b"a;")
+        self.file("b", b"b;")
+        reason = "a name of more than 4095 bytes"
+        for size in (4096, 5000, 16384, 100000):
+            self.expectRefused(b"a\n" + b"x" * size + b"\nb", reason)
+            self.expectRefused(b"a\0" + b"\n" * size + b"\0b", reason, ["-0"])
+        longest = b"./" * 2047
+        self.expect(["-f", "utf8", "--files-from", "-"], b"a\n" + longest + b"b\n", b"a;b;", cwd=self.folder)
+        self.expectRefused(b"a\n/" + longest + b"b\nb", reason)
+
+    def testANameOfAHundredMegabytesTakesNeitherTimeNorMemory(self):
+        self.file("a", b"a;")
+        (self.folder / "list").write_bytes(b"a\n" + b"x" * 100_000_000 + b"\na")
+        address_space = 0 if SANITIZED else 128 << 20
+
+        def limit():
+            resource.setrlimit(resource.RLIMIT_CPU, (60 if SANITIZED else 5,) * 2)
+            if address_space:
+                resource.setrlimit(resource.RLIMIT_AS, (address_space, address_space))
+
+        self.expect(["-f", "utf8", "--files-from", "list"], b"", b"a;a;", USAGE,
+                    "kx7conv: list:2: a name of more than 4095 bytes\n", cwd=self.folder, preexec_fn=limit)
+
+    def testALineIsCountedWhetherItIsEmptyOrNot(self):
+        self.file("a", b"a;")
+        self.expect(["-f", "utf8", "--files-from", "-"], b"\n\na\n\n-\n\n", b"a;", USAGE,
+                    "kx7conv: (stdin):5: '-' is standard input, which the list comes from\n", cwd=self.folder)
+
+    def testNothingIsTakenOutOfAListThatCannotBeReadOn(self):
+        self.file("a", b"a;")
+        self.file("x", b"x;")
+        # The list's second read begins after the first letter of a name. Between them a is read to its end.
+        (self.folder / "list").write_bytes(b"a".ljust(16383, b"\n") + b"xyz\n")
+        for call, expected in (("read 1", b""), ("read 4", b"a;")):
+            self.expect(["-f", "utf8", "--files-from", "list"], b"", expected, IO,
+                        "kx7conv: list: Input/output error\n", cwd=self.folder,
+                        env=preloaded("KX7CONV_FAULTS", KX7CONV_FAULT=f"{call} EIO"))
 
 
 if __name__ == "__main__":
