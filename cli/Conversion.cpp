@@ -55,8 +55,8 @@ Conversion::Conversion(Options const& options, Codec const& from, Codec const& t
       m_mark(options.byteOrderMark == ByteOrderMark::ADD ? to.encoded(u"\uFEFF") : std::string()),
       // A line or a literal text is continued by its next block only.
       m_threads(options.literal || options.lineBuffered ? 1 : options.jobs),
-      m_blockSize(std::clamp(ALL_BLOCKS / m_threads, SMALLEST_BLOCK, BLOCK_SIZE)), m_files(options),
-      m_messages(options.progress)
+      m_blockSize(std::clamp(ALL_BLOCKS / m_threads, SMALLEST_BLOCK, BLOCK_SIZE)), m_openFiles(m_threads),
+      m_files(options), m_messages(options.progress)
 {
     if (options.byteOrderMark == ByteOrderMark::ADD && m_mark.empty())
         throw UsageError(std::string("--bom add: ") + to.name + " has no byte order mark");
@@ -186,6 +186,8 @@ bool Conversion::take(Block& block)
 bool Conversion::openNext(Block& block)
 {
     auto const job = std::make_shared<Job>();
+    // Every input before it is read to its end, so that no thread that holds a place waits for this one.
+    job->place = std::make_unique<OpenFiles::Place>(m_openFiles);
     job->number = m_jobs++;
     block.job = job;
     File file;
@@ -377,6 +379,9 @@ void Conversion::conclude(Job& job)
         }
         job.output.reset();
     }
+    // The block keeps the job until it is used again.
+    job.input.reset();
+    job.place.reset();
     m_messages.finish(job.number);
 }
 

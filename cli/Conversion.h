@@ -13,6 +13,7 @@
 #include "Files.h"
 #include "Io.h"
 #include "Messages.h"
+#include "OpenFiles.h"
 #include "Options.h"
 #include "Transcoder.h"
 
@@ -57,6 +58,7 @@ private:
     struct Job {
         uint64_t number = 0;
         std::string name;
+        std::unique_ptr<OpenFiles::Place> place;
         std::unique_ptr<Input> input;
         std::shared_ptr<Output> output;  ///< null: nothing is written
         std::string folder;              ///< that the output appears in
@@ -105,6 +107,7 @@ private:
     unsigned int const m_threads;
     size_t const m_blockSize;
 
+    OpenFiles m_openFiles;
     std::mutex m_readMutex;  ///< guards the next five
     Files m_files;
     std::shared_ptr<Job> m_current;

@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include "Quoting.h"
+#include "Transfer.h"
 
 namespace kx7conv {
 
@@ -97,7 +98,7 @@ Input::~Input()
 
 size_t Input::read(unsigned char* buffer, size_t size)
 {
-    ssize_t const got = uninterrupted([&] { return ::read(m_file, buffer, size); });
+    ssize_t const got = readWaiting(m_file, buffer, size);
     if (got == -1)
         throw InputError(errno, std::generic_category(), m_path);
     return static_cast<size_t>(got);
@@ -172,7 +173,7 @@ void Output::write(void const* data, size_t size)
 {
     auto const* rest = static_cast<unsigned char const*>(data);
     while (size != 0) {
-        ssize_t const put = uninterrupted([&] { return ::write(m_descriptor.get(), rest, size); });
+        ssize_t const put = writeWaiting(m_descriptor.get(), rest, size);
         if (put == -1)
             fail();
         rest += put;
@@ -282,7 +283,13 @@ std::string messageLine(std::string const& message)
 
 void writeError(std::string const& text)
 {
-    uninterrupted([&] { return write(STDERR_FILENO, text.data(), text.size()); });
+    // One write, but for what a descriptor that does not block leaves over.
+    for (std::string_view rest = text; !rest.empty();) {
+        ssize_t const put = writeWaiting(STDERR_FILENO, rest.data(), rest.size());
+        if (put <= 0)
+            return;
+        rest.remove_prefix(static_cast<size_t>(put));
+    }
 }
 
 void report(std::string const& message)

@@ -167,8 +167,9 @@ int main(int argc, char** argv)
 {
     occupyStandardDescriptors();
 
-    // A reader that has gone shows as EPIPE instead.
+    // A reader that has gone shows as EPIPE instead, a file beyond the limit of the process as EFBIG.
     signal(SIGPIPE, SIG_IGN);
+    signal(SIGXFSZ, SIG_IGN);
 
     std::atomic<int> status{EXIT_FINE};
     try {
