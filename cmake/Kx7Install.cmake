@@ -7,6 +7,21 @@ option(KX7_INSTALL_SHARED "Install the shared library" ON)
 option(KX7_INSTALL_STATIC "Install the archive" ON)
 
 set(KX7_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/kx7text)
+
+# Called before what is installed into the folders.
+function(kx7_install_folders component)
+    install(CODE "set(KX7_FOLDERS \"${ARGN}\")" COMPONENT ${component})
+    install(SCRIPT ${PROJECT_SOURCE_DIR}/cmake/Kx7InstallFolders.cmake COMPONENT ${component})
+endfunction()
+
+kx7_install_folders(runtime ${CMAKE_INSTALL_LIBDIR})
+kx7_install_folders(development ${CMAKE_INSTALL_LIBDIR}/pkgconfig ${KX7_CMAKE_DIR} ${CMAKE_INSTALL_MANDIR}/man3)
+if(KX7_BUILD_CLI)
+    kx7_install_folders(
+        tools ${CMAKE_INSTALL_BINDIR} ${CMAKE_INSTALL_MANDIR}/man1 ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
+    )
+endif()
+
 set(libraries)
 if(KX7_INSTALL_SHARED)
     list(APPEND libraries kx7text)
@@ -30,6 +45,10 @@ foreach(header ${headers})
     file(STRINGS ${PROJECT_SOURCE_DIR}/${header} first_line LIMIT_COUNT 1)
     if(NOT first_line MATCHES "\\(internal\\)")
         get_filename_component(folder ${header} DIRECTORY)
+        if(NOT folder IN_LIST header_folders)
+            list(APPEND header_folders ${folder})
+            kx7_install_folders(development ${CMAKE_INSTALL_INCLUDEDIR}/${folder})
+        endif()
         install(FILES ${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/${folder} COMPONENT development)
     endif()
 endforeach()

@@ -12,6 +12,7 @@ if(KX7_DEBIAN)
         COMMAND_ERROR_IS_FATAL ANY
     )
     foreach(package component IN ZIP_LISTS packages CPACK_COMPONENTS_ALL)
+        kx7_install_folders(${component} ${CMAKE_INSTALL_DATADIR}/doc/${package})
         install(
             FILES ${PROJECT_SOURCE_DIR}/packaging/debian/copyright ${changelog}
             DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package}

@@ -1,5 +1,5 @@
-# kx7text - what CPack does not do for Debian packages: the field Multi-Arch, and a trigger in place of scripts that
-# call ldconfig. CPack runs this when the packages are built.
+# kx7text - what CPack does not do for Debian packages: the field Multi-Arch, a trigger in place of scripts that call
+# ldconfig, and folders with modes that do not follow from the umask. CPack runs this when the packages are built.
 find_program(DPKG_DEB dpkg-deb REQUIRED)
 set(folder ${CPACK_TEMPORARY_DIRECTORY}/finish)
 foreach(package IN LISTS CPACK_PACKAGE_FILES)
@@ -14,6 +14,15 @@ foreach(package IN LISTS CPACK_PACKAGE_FILES)
     file(READ ${folder}/DEBIAN/control control)
     string(STRIP "${control}" control)
     file(WRITE ${folder}/DEBIAN/control "${control}\nMulti-Arch: ${multi_arch}\n")
+    file(GLOB_RECURSE paths LIST_DIRECTORIES TRUE ${folder}/*)
+    foreach(path IN LISTS folder paths)
+        if(IS_DIRECTORY ${path} AND NOT IS_SYMLINK ${path})
+            file(
+                CHMOD ${path}
+                PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE
+            )
+        endif()
+    endforeach()
     execute_process(
         COMMAND ${DPKG_DEB} --root-owner-group -Zxz --build ${folder} ${package} OUTPUT_QUIET COMMAND_ERROR_IS_FATAL ANY
     )

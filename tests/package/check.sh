@@ -65,6 +65,28 @@ for name in LocalToUTF8 UTF16ToLocal GetNullCharSize kx7text; do
     [ -e "$work/development/share/man/man3/$name.3.gz" ] || fail "no manual of $name"
 done
 
+echo "-- modes, whatever the umask of who builds"
+# have_modes LISTING: whether each line, of "ls -l"'s kind, is of a folder or program (0755), a file (0644) or a link.
+have_modes() {
+    local others
+    others=$(grep -v '^\(drwxr-xr-x\|-rw-r--r--\|-rwxr-xr-x\|lrwxrwxrwx\) ' "$1") && fail "modes: $others"
+    [ -s "$1" ] || fail "modes: nothing is installed"
+}
+for mask in 077 000; do
+    (
+        umask "$mask"
+        quietly cmake -S . -B "$build"
+        quietly cmake --install "$build" --prefix "$work/umask-$mask"
+        quietly cpack --config "$build/CPackConfig.cmake" -B "$work/packages-$mask"
+    )
+    find "$work/umask-$mask" -mindepth 1 -printf '%M %P\n' >"$work/modes"
+    have_modes "$work/modes"
+    for deb in "$work/packages-$mask"/*.deb; do
+        { dpkg-deb --fsys-tarfile "$deb" && dpkg-deb --ctrl-tarfile "$deb"; } | tar -tvi >"$work/modes"
+        have_modes "$work/modes"
+    done
+done
+
 echo "-- a consumer of an installation"
 stage=$work/stage
 quietly cmake --install "$build" --prefix "$stage"
