@@ -187,7 +187,7 @@ bool Conversion::openNext(Block& block)
 {
     auto const job = std::make_shared<Job>();
     // Every input before it is read to its end, so that no thread that holds a place waits for this one.
-    job->place = std::make_unique<OpenFiles::Place>(m_openFiles);
+    job->place.emplace(m_openFiles);
     job->number = m_jobs++;
     block.job = job;
     File file;

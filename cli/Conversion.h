@@ -7,6 +7,7 @@
 #include <exception>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <set>
 #include <unordered_set>
 
@@ -58,7 +59,7 @@ private:
     struct Job {
         uint64_t number = 0;
         std::string name;
-        std::unique_ptr<OpenFiles::Place> place;
+        std::optional<OpenFiles::Place> place;
         std::unique_ptr<Input> input;
         std::shared_ptr<Output> output;  ///< null: nothing is written
         std::string folder;              ///< that the output appears in

@@ -1,6 +1,8 @@
 // kx7text - kx7conv: names and other foreign text in messages and records.
 #include "Quoting.h"
 
+#include <algorithm>
+
 #include "kx7/convert.h"
 
 namespace kx7conv {
@@ -81,10 +83,18 @@ bool fitsDoubleQuotes(std::string_view name, size_t at)
     return c == ' ' || c == '\'' || (c != '{' && c != '}' && !isSpecial(name, at));
 }
 
+/** Whether it is a letter, digit or punctuation mark that is never special: most names have no others. */
+bool isOrdinary(char c)
+{
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '+' && c <= '9') || c == '_';
+}
+
 enum class Quotes { NONE, DOUBLE, SINGLE };
 
 Quotes quotesFor(std::string_view name)
 {
+    if (!name.empty() && std::all_of(name.begin(), name.end(), isOrdinary))
+        return Quotes::NONE;
     bool isPlain = !name.empty();
     bool hasApostrophe = false;
     bool fitsDouble = true;
