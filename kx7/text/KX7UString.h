@@ -13,7 +13,23 @@ class KX7CharSetConverter;
 class KX7UStringList;
 namespace kx7 {
 struct Concatenation;
+
+/** The member `type` is `Result` for char16_t; for every other type there is none, so that overloads take no other. */
+template <class Unit, class Result = void>
+struct IfChar16 {
+};
+/** See IfChar16. */
+template <class Result>
+struct IfChar16<char16_t, Result> {
+    typedef Result type;  ///< the type that is asked for
+};
+
+/** The same code units as the library takes them. The pointer is for the library alone: it is not to be read here. */
+inline unsigned short const* codeUnits(char16_t const* s)
+{
+    return reinterpret_cast<unsigned short const*>(s);
 }
+}  // namespace kx7
 
 /** A byte text of up to 255 bytes behind its length; no terminator. */
 struct KX7PascalString {
@@ -112,6 +128,29 @@ public:
     /** The part of `o` of `n` units at `pos`; both are cut down to what is there. */
     KX7UString(KX7UString const& o, unsigned int pos, unsigned int n);
 
+    /**
+     * The same of char16_t: u"text", or a unit with a count. Explicit, so that u"text" alone is no KX7UString to a
+     * function that takes one; a single char16_t is an int to the constructors, and gives its decimal text.
+     */
+    ///@{
+    template <class Unit, class = typename kx7::IfChar16<Unit>::type>
+    explicit KX7UString(Unit const* s) : KX7UString(kx7::codeUnits(s))
+    {
+    }
+    template <class Unit, class = typename kx7::IfChar16<Unit>::type>
+    explicit KX7UString(Unit const* s, unsigned int n) : KX7UString(kx7::codeUnits(s), n)
+    {
+    }
+    template <class Unit, class = typename kx7::IfChar16<Unit>::type>
+    explicit KX7UString(Unit const* begin, Unit const* end) : KX7UString(kx7::codeUnits(begin), kx7::codeUnits(end))
+    {
+    }
+    template <class Unit, class = typename kx7::IfChar16<Unit>::type>
+    explicit KX7UString(Unit u, unsigned int count) : KX7UString(static_cast<unsigned short>(u), count)
+    {
+    }
+    ///@}
+
     virtual ~KX7UString();
 
     // Whole-string assignment. Byte text is in KX7CS_OS_DEFAULT; null, 0 and empty texts make the string empty.
@@ -127,6 +166,16 @@ public:
     KX7UString& operator=(unsigned short const* s);
     KX7UString& operator=(char const* s);
     KX7UString& operator=(unsigned short u);
+    template <class Unit>
+    typename kx7::IfChar16<Unit, KX7UString&>::type operator=(Unit const* s)
+    {
+        return *this = kx7::codeUnits(s);
+    }
+    template <class Unit>
+    typename kx7::IfChar16<Unit, KX7UString&>::type operator=(Unit u)
+    {
+        return *this = static_cast<unsigned short>(u);
+    }
     ///@}
 
     /**
@@ -225,6 +274,12 @@ public:
      * `n` times `u`. Throws std::length_error "exceed maximum string length" for npos.
      */
     KX7UString& resize(unsigned int n, unsigned short u);
+    /** The same with a char16_t. */
+    template <class Unit>
+    typename kx7::IfChar16<Unit, KX7UString&>::type resize(unsigned int n, Unit u)
+    {
+        return resize(n, static_cast<unsigned short>(u));
+    }
 
     /** The same with a byte that is one character and one code unit in `cs`. */
     KX7UString& resize(unsigned int n, char c, KX7CharSet cs = KX7CS_OS_DEFAULT);
@@ -270,6 +325,8 @@ public:
     KX7UStringList split(unsigned short sep) const;
     KX7UStringList split(KX7UString const& sep) const;
     KX7UStringList split(char sep, KX7CharSet cs = KX7CS_OS_DEFAULT) const;
+    template <class Unit>
+    typename kx7::IfChar16<Unit, KX7UStringList>::type split(Unit sep) const;
     ///@}
 
     // Comparison, by unit value: no normalisation, no locale. All of it ends at a 0 unit within a text.
@@ -317,6 +374,16 @@ public:
     KX7UString operator+(char const* s) const;
     KX7UString operator+(unsigned short const* s) const;
     KX7UString operator+(KX7UString const& o) const;
+    template <class Unit>
+    typename kx7::IfChar16<Unit, KX7UString>::type operator+(Unit u) const
+    {
+        return *this + static_cast<unsigned short>(u);
+    }
+    template <class Unit>
+    friend typename kx7::IfChar16<Unit, KX7UString>::type operator+(Unit u, KX7UString const& o)
+    {
+        return KX7UString(static_cast<unsigned short>(u)) + o;
+    }
     ///@}
 
     // Storage primitives.
@@ -355,86 +422,6 @@ private:
     Space m_space;
 };
 
-/** As KX7UString::compare. Byte text is in KX7CS_OS_DEFAULT; a null pointer is the empty text. */
-///@{
-inline bool operator==(char const* s, KX7UString const& o)
-{
-    return KX7UString(s).compare(o) == 0;
-}
-inline bool operator!=(char const* s, KX7UString const& o)
-{
-    return KX7UString(s).compare(o) != 0;
-}
-inline bool operator<(char const* s, KX7UString const& o)
-{
-    return KX7UString(s).compare(o) < 0;
-}
-inline bool operator>(char const* s, KX7UString const& o)
-{
-    return KX7UString(s).compare(o) > 0;
-}
-inline bool operator<=(char const* s, KX7UString const& o)
-{
-    return KX7UString(s).compare(o) <= 0;
-}
-inline bool operator>=(char const* s, KX7UString const& o)
-{
-    return KX7UString(s).compare(o) >= 0;
-}
-inline bool operator==(unsigned short const* s, KX7UString const& o)
-{
-    return KX7UString(s).compare(o) == 0;
-}
-inline bool operator!=(unsigned short const* s, KX7UString const& o)
-{
-    return KX7UString(s).compare(o) != 0;
-}
-inline bool operator<(unsigned short const* s, KX7UString const& o)
-{
-    return KX7UString(s).compare(o) < 0;
-}
-inline bool operator>(unsigned short const* s, KX7UString const& o)
-{
-    return KX7UString(s).compare(o) > 0;
-}
-inline bool operator<=(unsigned short const* s, KX7UString const& o)
-{
-    return KX7UString(s).compare(o) <= 0;
-}
-inline bool operator>=(unsigned short const* s, KX7UString const& o)
-{
-    return KX7UString(s).compare(o) >= 0;
-}
-///@}
-
-/** Both texts in a new string. Byte text is in KX7CS_OS_DEFAULT; a null pointer is the empty text. */
-///@{
-KX7_API KX7UString operator+(char c, KX7UString const& o);
-KX7_API KX7UString operator+(unsigned short u, KX7UString const& o);
-KX7_API KX7UString operator+(char const* s, KX7UString const& o);
-KX7_API KX7UString operator+(unsigned short const* s, KX7UString const& o);
-///@}
-
-/** Writes the text in KX7CS_OS_DEFAULT as a byte string, with the stream's width and fill. */
-KX7_API std::ostream& operator<<(std::ostream& os, KX7UString const& s);
-
-// The readers below flush the stream that is tied to a good one first; a failure of that stays with the tied stream.
-// What the stream's buffer throws ends the input without eofbit. Either way the bytes consumed before make the text.
-
-/**
- * Reads a word in KX7CS_OS_DEFAULT: skips white space, then takes bytes up to white space, the end of the input, a byte
- * 0xFF (which counts as the end) or one byte less than the stream's width. Sets failbit where there is none.
- */
-KX7_API std::istream& operator>>(std::istream& is, KX7UString& s);
-
-/**
- * Reads a line in KX7CS_OS_DEFAULT up to `delim`, which is consumed and not stored, the end of the input, a byte 0xFF
- * (which counts as the end) or one byte less than the stream's width. An empty line reads as a failure: failbit is set
- * though its delimiter is consumed.
- */
-KX7_API std::istream& getline(std::istream& is, KX7UString& s, char delim);
-
-/** The same; a line ends at a carriage return, not at a line feed. */
-KX7_API std::istream& getline(std::istream& is, KX7UString& s);
+#include "kx7/text/KX7UStringOperators.h"
 
 #endif

@@ -99,4 +99,10 @@ private:
     std::vector<KX7UString> m_strings;
 };
 
+template <class Unit>
+typename kx7::IfChar16<Unit, KX7UStringList>::type KX7UString::split(Unit sep) const
+{
+    return split(static_cast<unsigned short>(sep));
+}
+
 #endif

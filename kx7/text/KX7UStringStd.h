@@ -33,9 +33,7 @@ namespace kx7 {
  */
 inline KX7UString toKX7UString(char16_t const* units, std::size_t length)
 {
-    // Both types hold a code unit. The pointer is for the library alone, which never sees the other type.
-    unsigned short const* const begin = reinterpret_cast<unsigned short const*>(units);
-    return length == 0 ? KX7UString() : KX7UString(begin, begin + length);
+    return length == 0 ? KX7UString() : KX7UString(units, units + length);
 }
 
 /** All units of `text`. */

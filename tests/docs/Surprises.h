@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <sstream>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "kx7/charset/CharSetConverterManager.h"
@@ -15,6 +16,7 @@
 #include "kx7/text/KX7UChar.h"
 #include "kx7/text/KX7UString.h"
 #include "kx7/text/KX7UStringList.h"
+#include "kx7/text/KX7UStringStd.h"
 #include "tests/support/Heap.h"
 
 namespace {
