@@ -1,5 +1,6 @@
 // kx7text benchmarks - the converters that are compared.
 #include "bench/Peers.h"
+#include "kx7/charset/KX7CharSet.h"
 
 #include <iconv.h>
 #include <unicode/ucnv.h>

@@ -8,6 +8,7 @@
 
 #include "bench/Cases.h"
 #include "bench/Texts.h"
+#include "kx7/charset/KX7CharSet.h"
 #include "kx7/text/KX7UString.h"
 
 namespace kx7bench {

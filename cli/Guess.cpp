@@ -11,8 +11,8 @@
 #include <string_view>
 
 #include "Transcoder.h"
+#include "kx7/base/Utf16.h"
 #include "kx7/converters/KX7CharSetConverter.h"
-#include "kx7/converters/Utf16.h"
 
 namespace kx7conv {
 

@@ -9,7 +9,7 @@
 #include <thread>
 
 #include "Quoting.h"
-#include "kx7/converters/Utf16.h"
+#include "kx7/base/Utf16.h"
 
 namespace kx7conv {
 

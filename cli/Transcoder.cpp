@@ -5,9 +5,9 @@
 #include <cstdio>
 #include <cstring>
 
+#include "kx7/base/Utf16.h"
 #include "kx7/convert.h"
 #include "kx7/converters/KX7CharSetConverter.h"
-#include "kx7/converters/Utf16.h"
 
 namespace kx7conv {
 

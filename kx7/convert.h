@@ -29,7 +29,7 @@
 #include <type_traits>
 #include <utility>
 
-#include "kx7/Export.h"
+#include "kx7/base/Export.h"
 #include "kx7/charset/KX7CharSet.h"
 
 class KX7CharSetConverter;

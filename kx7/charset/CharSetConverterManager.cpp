@@ -14,7 +14,7 @@
 
 #include "kx7/charset/CharSetNames.h"
 #include "kx7/charset/Converters.h"
-#include "kx7/converters/Engine.h"
+#include "kx7/charset/Served.h"
 #include "kx7/tables/ByteTypeTables.h"
 #include "kx7/tables/MappingLists.h"
 

@@ -5,7 +5,7 @@
 #include <map>
 #include <string>
 
-#include "kx7/Export.h"
+#include "kx7/base/Export.h"
 #include "kx7/charset/KX7CharSet.h"
 #include "kx7/converters/KX7CharSetConverter.h"
 #include "kx7/text/KX7UString.h"

@@ -4,7 +4,7 @@
 
 #include <cstring>
 
-#include "kx7/charset/KX7CharSet.h"
+#include "kx7/base/CharSet.h"
 
 namespace kx7 {
 

@@ -5,7 +5,7 @@
 #ifndef KX7_CHARSET_CONVERTERS_H
 #define KX7_CHARSET_CONVERTERS_H
 
-#include "kx7/Export.h"
+#include "kx7/base/Export.h"
 #include "kx7/converters/KX7CharSetConverterDBCS.h"
 #include "kx7/converters/KX7CharSetConverterDBCSEx.h"
 #include "kx7/converters/KX7CharSetConverterEUC_CN_KR.h"

@@ -4,7 +4,7 @@
 #include <cstring>
 
 #include "kx7/charset/CharSetConverterManager.h"
-#include "kx7/converters/Engine.h"
+#include "kx7/charset/Served.h"
 #include "kx7/converters/Walk.h"
 
 using kx7::converterOf;

@@ -6,9 +6,9 @@
 #include <cstring>
 #include <limits>
 
+#include "kx7/base/Utf16.h"
 #include "kx7/convert.h"
 #include "kx7/converters/Engine.h"
-#include "kx7/converters/Utf16.h"
 
 namespace kx7 {
 

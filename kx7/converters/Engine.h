@@ -114,16 +114,7 @@ struct Engine {
 /** The engine of a converter of one of the library's own classes; null for a class that a caller derived. */
 Engine const* engineOf(KX7CharSetConverter const& converter);
 
-/** A converter, and its engine if it has one. */
-struct Served {
-    KX7CharSetConverter* converter;
-    Engine const* engine;
-};
-
 /** The converter that serves `charSet`. */
-Served servedBy(KX7CharSet charSet);
-
-/** The same alone. */
 inline KX7CharSetConverter& converterOf(KX7CharSet charSet)
 {
     return *KX7CharSetConverter::getConverter(charSet);

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "kx7/converters/LookupTable.h"
+#include "kx7/base/LookupTable.h"
 #include "kx7/kernels/PairUnits.h"
 
 namespace kx7 {

@@ -2,8 +2,8 @@
 #ifndef KX7_CONVERTERS_KX7CHARSETCONVERTER_H
 #define KX7_CONVERTERS_KX7CHARSETCONVERTER_H
 
-#include "kx7/Export.h"
-#include "kx7/charset/KX7CharSet.h"
+#include "kx7/base/CharSet.h"
+#include "kx7/base/Export.h"
 
 namespace kx7 {
 struct ByteText;

@@ -1,10 +1,10 @@
 // kx7text - double-byte code pages: code pages 932, 936, 949 and 950, Big5, Shift_JIS.
 #include "kx7/converters/KX7CharSetConverterDBCS.h"
 
+#include "kx7/base/LoadLock.h"
 #include "kx7/converters/DoubleByte.h"
 #include "kx7/converters/DoubleByteEncoder.h"
 #include "kx7/converters/EngineOf.h"
-#include "kx7/converters/LoadLock.h"
 #include "kx7/converters/LookupTables.h"
 
 struct KX7CharSetConverterDBCS::Decoder : kx7::DoubleByteDecoder<LookupTable<unsigned short>> {

@@ -2,7 +2,7 @@
 #ifndef KX7_CONVERTERS_KX7CHARSETCONVERTERDBCSBASE_H
 #define KX7_CONVERTERS_KX7CHARSETCONVERTERDBCSBASE_H
 
-#include "kx7/Export.h"
+#include "kx7/base/Export.h"
 
 /** Holds the byte-type table of a double-byte converter. */
 class KX7_API KX7CharSetConverterDBCSBase {

@@ -3,10 +3,10 @@
 
 #include <iterator>
 
+#include "kx7/base/LoadLock.h"
 #include "kx7/converters/DoubleByte.h"
 #include "kx7/converters/DoubleByteEncoder.h"
 #include "kx7/converters/EngineOf.h"
-#include "kx7/converters/LoadLock.h"
 
 struct KX7CharSetConverterDBCSEx::Decoder : kx7::DoubleByteDecoder<LookupTable<unsigned int>> {
     using DoubleByteDecoder::DoubleByteDecoder;

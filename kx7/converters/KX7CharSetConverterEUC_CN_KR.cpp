@@ -1,11 +1,11 @@
 // kx7text - EUC-KR and EUC-CN: ASCII, and the row and cell of a 94-by-94 set with the high bits set.
 #include "kx7/converters/KX7CharSetConverterEUC_CN_KR.h"
 
+#include "kx7/base/LoadLock.h"
 #include "kx7/converters/DoubleByte.h"
 #include "kx7/converters/DoubleByteEncoder.h"
 #include "kx7/converters/EngineOf.h"
 #include "kx7/converters/Euc.h"
-#include "kx7/converters/LoadLock.h"
 #include "kx7/converters/UnitCodes.h"
 
 namespace {

@@ -6,11 +6,11 @@
 
 #include <memory>
 
+#include "kx7/base/LoadLock.h"
 #include "kx7/converters/DoubleByte.h"
 #include "kx7/converters/DoubleByteEncoder.h"
 #include "kx7/converters/EngineOf.h"
 #include "kx7/converters/Euc.h"
-#include "kx7/converters/LoadLock.h"
 #include "kx7/converters/LookupTables.h"
 #include "kx7/converters/UnitCodes.h"
 

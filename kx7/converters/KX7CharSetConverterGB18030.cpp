@@ -7,10 +7,10 @@
 
 #include <memory>
 
+#include "kx7/base/GB18030Codes.h"
+#include "kx7/base/LoadLock.h"
 #include "kx7/converters/DoubleByte.h"
 #include "kx7/converters/EngineOf.h"
-#include "kx7/converters/GB18030Codes.h"
-#include "kx7/converters/LoadLock.h"
 #include "kx7/converters/LookupTables.h"
 #include "kx7/converters/UnitCodes.h"
 #include "kx7/tables/GB18030Ranges.h"

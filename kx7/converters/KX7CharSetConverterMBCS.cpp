@@ -3,7 +3,7 @@
 
 #include <memory>
 
-#include "kx7/converters/LoadLock.h"
+#include "kx7/base/LoadLock.h"
 #include "kx7/converters/LookupTables.h"
 
 KX7CharSetConverterMBCS::KX7CharSetConverterMBCS(unsigned short const* map, KX7CharSet charSet)

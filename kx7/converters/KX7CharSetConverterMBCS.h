@@ -6,8 +6,8 @@
 
 #include <atomic>
 
+#include "kx7/base/LookupTable.h"
 #include "kx7/converters/KX7CharSetConverter.h"
-#include "kx7/converters/LookupTable.h"
 
 namespace kx7 {
 struct FlatTables;

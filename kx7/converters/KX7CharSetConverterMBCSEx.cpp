@@ -3,10 +3,10 @@
 
 #include <memory>
 
-#include "kx7/converters/LoadLock.h"
+#include "kx7/base/LoadLock.h"
+#include "kx7/base/Utf16.h"
 #include "kx7/converters/LookupTables.h"
 #include "kx7/converters/UnitCodes.h"
-#include "kx7/converters/Utf16.h"
 
 static_assert(sizeof(sMBCSExTable) == 8, "a record is 8 bytes without padding");
 

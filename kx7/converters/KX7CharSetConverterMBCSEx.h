@@ -6,20 +6,14 @@
 
 #include <atomic>
 
+#include "kx7/base/LookupTable.h"
+#include "kx7/base/MultibyteRecord.h"
 #include "kx7/converters/KX7CharSetConverter.h"
-#include "kx7/converters/LookupTable.h"
 
 namespace kx7 {
 struct FlatTablesEx;
 class PairUnits;
 }  // namespace kx7
-
-/** One record of the mapping list of an extended multibyte converter; a record of zeros ends the list. */
-struct sMBCSExTable {
-    unsigned short code;      ///< lead byte * 256 + trail byte; a single byte as 0x00XX
-    unsigned short reserved;  ///< zero
-    unsigned int codePoint;   ///< the character
-};
 
 /**
  * Base of the converters whose encoding is a list of records of code and code point. Created empty; the two tables

@@ -3,8 +3,8 @@
 
 #include <new>
 
+#include "kx7/base/LoadLock.h"
 #include "kx7/converters/EngineOf.h"
-#include "kx7/converters/LoadLock.h"
 #include "kx7/kernels/Kernels.h"
 #include "kx7/kernels/ShortText.h"
 #include "kx7/kernels/SingleByte.h"

@@ -10,8 +10,8 @@
 #include <cstdint>
 #include <cstring>
 
+#include "kx7/base/Utf16.h"
 #include "kx7/converters/Engine.h"
-#include "kx7/converters/Utf16.h"
 #include "kx7/kernels/Kernels.h"
 #include "kx7/kernels/ShortText.h"
 

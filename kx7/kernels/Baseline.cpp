@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <cstdint>
 
-#include "kx7/converters/Utf16.h"
+#include "kx7/base/Utf16.h"
 #include "kx7/kernels/DoubleByteEncode.h"
 
 #ifdef KX7_X86_KERNELS

@@ -9,7 +9,7 @@
 #include <cstdint>
 #include <cstring>
 
-#include "kx7/converters/GB18030Codes.h"
+#include "kx7/base/GB18030Codes.h"
 #include "kx7/kernels/Kernels.h"
 #include "kx7/tables/GB18030Ranges.h"
 

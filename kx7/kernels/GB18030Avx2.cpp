@@ -7,7 +7,7 @@
 
 #ifdef KX7_X86_KERNELS
 
-#include "kx7/converters/Utf16.h"
+#include "kx7/base/Utf16.h"
 #include "kx7/kernels/MultibyteStructure.h"
 
 namespace kx7 {

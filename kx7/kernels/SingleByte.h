@@ -2,7 +2,7 @@
 #ifndef KX7_KERNELS_SINGLEBYTE_H
 #define KX7_KERNELS_SINGLEBYTE_H
 
-#include "kx7/converters/LookupTable.h"
+#include "kx7/base/LookupTable.h"
 #include "kx7/kernels/Same.h"
 
 namespace kx7 {

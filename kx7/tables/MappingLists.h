@@ -2,7 +2,7 @@
 #ifndef KX7_TABLES_MAPPINGLISTS_H
 #define KX7_TABLES_MAPPINGLISTS_H
 
-#include "kx7/converters/KX7CharSetConverterMBCSEx.h"
+#include "kx7/base/MultibyteRecord.h"
 
 /*
  * A mapping list holds one published character set as pairs: the code in that set, then its UTF-16 unit.

@@ -1,7 +1,7 @@
 // kx7text - classes and case of UTF-16 code units.
 #include "kx7/text/KX7UChar.h"
 
-#include "kx7/converters/Utf16.h"
+#include "kx7/base/Utf16.h"
 #include "kx7/tables/CharProperties.h"
 
 unsigned int const KX7UChar::UTF16_MAX;

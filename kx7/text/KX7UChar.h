@@ -2,7 +2,7 @@
 #ifndef KX7_TEXT_KX7UCHAR_H
 #define KX7_TEXT_KX7UCHAR_H
 
-#include "kx7/Export.h"
+#include "kx7/base/Export.h"
 #include "kx7/text/KX7UCharTable.h"
 
 /**

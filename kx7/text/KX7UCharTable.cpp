@@ -1,7 +1,7 @@
 // kx7text - table of a 16-bit property of every UTF-16 code unit.
 #include "kx7/text/KX7UCharTable.h"
 
-#include "kx7/converters/LoadLock.h"
+#include "kx7/base/LoadLock.h"
 #include "kx7/tables/CharProperties.h"
 
 KX7UCharTable::~KX7UCharTable()

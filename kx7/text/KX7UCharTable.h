@@ -6,8 +6,8 @@
 
 #include <atomic>
 
-#include "kx7/Export.h"
-#include "kx7/converters/LookupTable.h"
+#include "kx7/base/Export.h"
+#include "kx7/base/LookupTable.h"
 
 namespace kx7 {
 struct CharRange;

@@ -6,8 +6,8 @@
 
 #include <iosfwd>
 
-#include "kx7/Export.h"
-#include "kx7/charset/KX7CharSet.h"
+#include "kx7/base/CharSet.h"
+#include "kx7/base/Export.h"
 
 class KX7CharSetConverter;
 class KX7UStringList;

@@ -4,7 +4,7 @@
 
 #include <vector>
 
-#include "kx7/Export.h"
+#include "kx7/base/Export.h"
 #include "kx7/text/KX7UString.h"
 
 /**

@@ -9,6 +9,7 @@
 
 #include "kx7/charset/CharSetConverterManager.h"
 #include "kx7/charset/Converters.h"
+#include "kx7/charset/KX7CharSet.h"
 #include "kx7/text/KX7UString.h"
 #include "tests/charset/CharSets.h"
 #include "tests/charset/ForeignConverter.h"

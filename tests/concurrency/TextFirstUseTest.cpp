@@ -10,6 +10,7 @@
 #include <thread>
 #include <vector>
 
+#include "kx7/charset/KX7CharSet.h"
 #include "kx7/tables/CharProperties.h"
 #include "kx7/text/KX7UChar.h"
 #include "kx7/text/KX7UString.h"

@@ -7,13 +7,13 @@
 #include <string>
 #include <vector>
 
+#include "kx7/base/Utf16.h"
 #include "kx7/converters/Engine.h"
 #include "kx7/converters/KX7CharSetConverterDBCS.h"
 #include "kx7/converters/KX7CharSetConverterDBCSEx.h"
 #include "kx7/converters/KX7CharSetConverterEUC_CN_KR.h"
 #include "kx7/converters/KX7CharSetConverterEUC_JP.h"
 #include "kx7/converters/KX7CharSetConverterGB18030.h"
-#include "kx7/converters/Utf16.h"
 #include "kx7/kernels/Kernels.h"
 #include "tests/internal/KernelBench.h"
 #include "tests/internal/MultibyteSets.h"

@@ -7,8 +7,9 @@
 #include <string>
 #include <vector>
 
+#include "kx7/base/Utf16.h"
 #include "kx7/charset/Converters.h"
-#include "kx7/converters/Utf16.h"
+#include "kx7/charset/KX7CharSet.h"
 #include "tests/internal/KernelBench.h"
 #include "tests/support/Guarded.h"
 #include "tests/support/SingleByteSets.h"

@@ -5,6 +5,7 @@
 #include <random>
 #include <string>
 
+#include "kx7/charset/KX7CharSet.h"
 #include "kx7/text/KX7UChar.h"
 #include "kx7/text/KX7UString.h"
 #include "tests/internal/KernelSets.h"

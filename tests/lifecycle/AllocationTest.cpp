@@ -11,6 +11,7 @@
 #include "kx7/charset/CharSetConverterManager.h"
 #include "kx7/charset/CharSetNames.h"
 #include "kx7/charset/Converters.h"
+#include "kx7/charset/KX7CharSet.h"
 #include "kx7/text/KX7UString.h"
 #include "tests/charset/ForeignConverter.h"
 #include "tests/support/Heap.h"

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "kx7/charset/CharSetConverterManager.h"
+#include "kx7/charset/KX7CharSet.h"
 #include "kx7/converters/KX7CharSetConverterDBCS.h"
 #include "kx7/converters/KX7CharSetConverterSBCS.h"
 #include "kx7/tables/ByteTypeTables.h"

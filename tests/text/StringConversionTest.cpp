@@ -6,6 +6,7 @@
 #include <sstream>
 
 #include "kx7/charset/Converters.h"
+#include "kx7/charset/KX7CharSet.h"
 #include "kx7/text/KX7UString.h"
 #include "tests/support/Memory.h"
 #include "tests/text/StringTexts.h"

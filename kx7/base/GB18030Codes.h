@@ -1,8 +1,8 @@
 // kx7text - how GB 18030 numbers and writes its four-byte sequences (internal).
-#ifndef KX7_CONVERTERS_GB18030CODES_H
-#define KX7_CONVERTERS_GB18030CODES_H
+#ifndef KX7_BASE_GB18030CODES_H
+#define KX7_BASE_GB18030CODES_H
 
-#include "kx7/converters/Utf16.h"
+#include "kx7/base/Utf16.h"
 
 namespace kx7 {
 

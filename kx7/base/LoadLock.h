@@ -1,6 +1,6 @@
 // kx7text - scopes of the mutexes that guard what is built on first use (internal).
-#ifndef KX7_CONVERTERS_LOADLOCK_H
-#define KX7_CONVERTERS_LOADLOCK_H
+#ifndef KX7_BASE_LOADLOCK_H
+#define KX7_BASE_LOADLOCK_H
 
 #include <pthread.h>
 

@@ -1,5 +1,5 @@
 // kx7text - the instantiations of the sparse tables.
-#include "kx7/converters/LookupTable.h"
+#include "kx7/base/LookupTable.h"
 
 template class LookupTable<unsigned char>;
 template class LookupTable<unsigned short>;

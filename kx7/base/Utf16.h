@@ -1,6 +1,6 @@
 // kx7text - facts of UTF-16 that converters and text classes share, and the escape of a code unit (internal).
-#ifndef KX7_CONVERTERS_UTF16_H
-#define KX7_CONVERTERS_UTF16_H
+#ifndef KX7_BASE_UTF16_H
+#define KX7_BASE_UTF16_H
 
 #include <cstddef>
 

@@ -1,5 +1,5 @@
 // kx7text - forks wait until no thread builds a table.
-#include "kx7/converters/LoadLock.h"
+#include "kx7/base/LoadLock.h"
 
 namespace kx7 {
 
