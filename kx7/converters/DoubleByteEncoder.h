@@ -43,7 +43,7 @@ public:
     static constexpr bool IS_STRAIGHT = true;
 
     static constexpr bool IS_SINGLE = false;
-    static std::ptrdiff_t mostStraight() { return kernels().mostStraightToDoubleByte; }
+    static std::ptrdiff_t mostStraight() { return kernels().mostDirectToDoubleByte; }
 
     /** Which units are their own bytes. */
     Same same() const { return m_same; }

@@ -171,7 +171,7 @@ struct KX7CharSetConverterGB18030::Decoder : kx7::PairDecoder {
     void run(unsigned char const*& in, unsigned char const* end, unsigned short*& out, unsigned short* outEnd) const
     {
         // Without kernels the steps stand alone.
-        if (&kx7::kernels() == &kx7::PLAIN_KERNELS)
+        if (!kx7::kernels().areAny)
             return;
         do
             PairDecoder::run(in, end, out, outEnd);

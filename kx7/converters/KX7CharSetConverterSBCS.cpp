@@ -107,7 +107,7 @@ struct KX7CharSetConverterSBCS::Encoder : kx7::EncoderBase {
     std::ptrdiff_t mostStraight() const
     {
         constexpr unsigned int BEHIND_LATIN = 0x180;
-        std::ptrdiff_t const most = kx7::kernels().mostStraightToSingleByte;
+        std::ptrdiff_t const most = kx7::kernels().mostDirectToSingleByte;
         return m_tables.windows[1].first < BEHIND_LATIN ? 2 * most : most;
     }
     kx7::Same same() const { return m_tables.sameUnits; }

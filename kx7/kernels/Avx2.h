@@ -13,6 +13,7 @@
 
 namespace kx7 {
 
+size_t unitLengthAvx2(unsigned short const* text, size_t most);
 size_t unitFindAvx2(unsigned short const* text, size_t count, unsigned short unit);
 size_t unitMatchAvx2(unsigned short const* a, unsigned short const* b, size_t most);
 void decodeUTF8Avx2(unsigned char const*& in, unsigned char const* end, unsigned short*& out, unsigned short* outEnd);

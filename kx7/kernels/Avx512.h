@@ -2,17 +2,23 @@
 #ifndef KX7_KERNELS_AVX512_H
 #define KX7_KERNELS_AVX512_H
 
+#include "kx7/kernels/Bits.h"
 #include "kx7/kernels/Kernels.h"
 
 #ifdef KX7_X86_KERNELS
 
 #if defined __GNUC__ && !defined __clang__
 // The intrinsics pass a register whose contents do not matter, and the compiler takes it for a mistake.
+#pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
 #pragma GCC diagnostic ignored "-Wuninitialized"
 #endif
 
 #include <immintrin.h>
+
+#if defined __GNUC__ && !defined __clang__
+#pragma GCC diagnostic pop
+#endif
 
 #include <cstdint>
 
@@ -32,6 +38,22 @@ KX7_AVX512 inline __m512i freshZero()
     return zero;
 }
 
+/** Mask of the lowest min(count, 32) bits; `count` is at least 0, and at most 255. */
+KX7_AVX512 inline uint32_t lowLanes32(std::ptrdiff_t count)
+{
+    return _bzhi_u32(~UINT32_C(0), static_cast<uint32_t>(count));
+}
+
+/** Mask of the lowest min(count, 64) bits; `count` is at least 0, and at most 255. */
+KX7_AVX512 inline uint64_t lowLanes64(std::ptrdiff_t count)
+{
+#ifdef __x86_64__
+    return _bzhi_u64(~UINT64_C(0), static_cast<uint64_t>(count));
+#else
+    return lowBits<uint64_t>(count);
+#endif
+}
+
 /** The bytes in `kept` moved to the front, zeros behind them. */
 KX7_AVX512 inline __m512i squeezeBytes(__mmask64 kept, __m512i bytes)
 {
@@ -43,6 +65,7 @@ KX7_AVX512 inline __m256i squeezeBytes(__mmask32 kept, __m256i bytes)
     return _mm256_mask_compress_epi8(_mm512_castsi512_si256(freshZero()), kept, bytes);
 }
 
+size_t unitLengthAvx512(unsigned short const* text, size_t most);
 size_t unitFindAvx512(unsigned short const* text, size_t count, unsigned short unit);
 size_t unitMatchAvx512(unsigned short const* a, unsigned short const* b, size_t most);
 void decodeUTF8Avx512(unsigned char const*& in, unsigned char const* end, unsigned short*& out, unsigned short* outEnd);

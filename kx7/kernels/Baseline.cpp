@@ -2,7 +2,7 @@
 //
 // ASCII is found by the sign bits of 16 bytes, or by the high nine bits of 8 units, and widened or narrowed at once.
 // The loops behind that are those of the steps without what the steps have to decide.
-#include "kx7/kernels/Kernels.h"
+#include "kx7/kernels/Baseline.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -23,9 +23,7 @@
 
 namespace kx7 {
 
-namespace {
-
-KX7_SSE2 KX7_READS_BEYOND size_t unitLength(unsigned short const* text, size_t most)
+KX7_SSE2 KX7_READS_BEYOND size_t unitLengthBaseline(unsigned short const* text, size_t most)
 {
 #ifdef KX7_X86_KERNELS
     constexpr size_t BLOCK = 8;
@@ -46,10 +44,12 @@ KX7_SSE2 KX7_READS_BEYOND size_t unitLength(unsigned short const* text, size_t m
         return std::min(most, n + static_cast<size_t>(__builtin_ctz(zeros)) / 2 - skipped);
     }
 #endif
-    return PLAIN_KERNELS.unitLength(text, most);
+    return unitLengthPlain(text, most);
 }
 
 #ifdef KX7_X86_KERNELS
+
+namespace {
 
 KX7_SSE2 __m128i loadUnits(unsigned short const* p)
 {
@@ -77,9 +77,11 @@ KX7_SSE2 KX7_READS_BEYOND unsigned int ends(unsigned short const* a, unsigned sh
     return equalUnits(_mm_and_si128(_mm_cmpeq_epi16(x, y), x), _mm_setzero_si128());
 }
 
+}  // namespace
+
 #endif
 
-KX7_SSE2 size_t unitFind(unsigned short const* text, size_t count, unsigned short unit)
+KX7_SSE2 size_t unitFindBaseline(unsigned short const* text, size_t count, unsigned short unit)
 {
 #ifdef KX7_X86_KERNELS
     constexpr size_t BLOCK = 8;
@@ -93,10 +95,10 @@ KX7_SSE2 size_t unitFind(unsigned short const* text, size_t count, unsigned shor
         return found != 0 ? count - BLOCK + firstUnitOf(found) : count;
     }
 #endif
-    return PLAIN_KERNELS.unitFind(text, count, unit);
+    return unitFindPlain(text, count, unit);
 }
 
-KX7_SSE2 KX7_READS_BEYOND size_t unitMatch(unsigned short const* a, unsigned short const* b, size_t most)
+KX7_SSE2 KX7_READS_BEYOND size_t unitMatchBaseline(unsigned short const* a, unsigned short const* b, size_t most)
 {
 #ifdef KX7_X86_KERNELS
     constexpr size_t BLOCK = 8;
@@ -106,18 +108,18 @@ KX7_SSE2 KX7_READS_BEYOND size_t unitMatch(unsigned short const* a, unsigned sho
         for (; end - n >= BLOCK; n += BLOCK)
             if (unsigned int const found = ends(a + n, b + n))
                 return n + firstUnitOf(found);
-        n += PLAIN_KERNELS.unitMatch(a + n, b + n, end - n);
+        n += unitMatchPlain(a + n, b + n, end - n);
         if (n != end)
             return n;
     }
     return most;
 #else
-    return PLAIN_KERNELS.unitMatch(a, b, most);
+    return unitMatchPlain(a, b, most);
 #endif
 }
 
-KX7_SSE2 void decodeUTF8(unsigned char const*& inOut, unsigned char const* end, unsigned short*& outOut,
-                         unsigned short* outEnd)
+KX7_SSE2 void decodeUTF8Baseline(unsigned char const*& inOut, unsigned char const* end, unsigned short*& outOut,
+                                 unsigned short* outEnd)
 {
     unsigned char const* in = inOut;
     unsigned short* out = outOut;
@@ -178,8 +180,8 @@ KX7_SSE2 void decodeUTF8(unsigned char const*& inOut, unsigned char const* end, 
     outOut = out;
 }
 
-KX7_SSE2 void encodeUTF8(unsigned short const*& inOut, unsigned short const* end, unsigned char*& outOut,
-                         unsigned char* outEnd)
+KX7_SSE2 void encodeUTF8Baseline(unsigned short const*& inOut, unsigned short const* end, unsigned char*& outOut,
+                                 unsigned char* outEnd)
 {
     unsigned short const* in = inOut;
     unsigned char* out = outOut;
@@ -227,6 +229,8 @@ KX7_SSE2 void encodeUTF8(unsigned short const*& inOut, unsigned short const* end
     outOut = out;
 }
 
+namespace {
+
 /** Four values at a time, as long as all four have one; 0 is none. */
 template <class Source, class Dest, class Look>
 void inFours(Source const*& inOut, Source const* end, Dest*& outOut, Dest* outEnd, Look look)
@@ -251,17 +255,21 @@ void inFours(Source const*& inOut, Source const* end, Dest*& outOut, Dest* outEn
     outOut = out;
 }
 
-void decodeSingleByte(SingleByteTables const& tables, unsigned char const*& in, unsigned char const* end,
-                      unsigned short*& out, unsigned short* outEnd)
+}  // namespace
+
+void decodeSingleByteBaseline(SingleByteTables const& tables, unsigned char const*& in, unsigned char const* end,
+                              unsigned short*& out, unsigned short* outEnd)
 {
     inFours(in, end, out, outEnd, [&tables](unsigned char byte) { return tables.toUnicode[byte]; });
 }
 
-void encodeSingleByte(SingleByteTables const& tables, unsigned short const*& in, unsigned short const* end,
-                      unsigned char*& out, unsigned char* outEnd)
+void encodeSingleByteBaseline(SingleByteTables const& tables, unsigned short const*& in, unsigned short const* end,
+                              unsigned char*& out, unsigned char* outEnd)
 {
     inFours(in, end, out, outEnd, [&tables](unsigned short unit) { return tables.get(unit); });
 }
+
+namespace {
 
 /** Pairs, four at a time, up to four of which one is none or has no unit. */
 void decodeFourPairs(PairUnits const& pairs, unsigned char const*& inOut, unsigned char const* end,
@@ -289,8 +297,10 @@ void decodeFourPairs(PairUnits const& pairs, unsigned char const*& inOut, unsign
     outOut = out;
 }
 
-void decodePairs(PairUnits const& pairs, unsigned char const*& inOut, unsigned char const* end, unsigned short*& outOut,
-                 unsigned short* outEnd)
+}  // namespace
+
+void decodePairsBaseline(PairUnits const& pairs, unsigned char const*& inOut, unsigned char const* end,
+                         unsigned short*& outOut, unsigned short* outEnd)
 {
     unsigned char const* in = inOut;
     unsigned short* out = outOut;
@@ -326,30 +336,5 @@ void decodePairs(PairUnits const& pairs, unsigned char const*& inOut, unsigned c
     inOut = in;
     outOut = out;
 }
-
-}  // namespace
-
-constexpr Kernels BASELINE_KERNELS = {unitLength,
-                                      unitFind,
-                                      unitMatch,
-                                      decodeUTF8,
-                                      encodeUTF8,
-                                      noWellFormedUTF8,
-                                      noCountUTF8,
-                                      noCountAsUTF8,
-                                      decodeSingleByte,
-                                      encodeSingleByte,
-                                      noSingleByteFromUTF8,
-                                      decodePairs,
-                                      noFourBytes,
-                                      noCountPairs,
-                                      noCountMappedPairs,
-                                      noCountUnitsOfGB18030,
-                                      encodeDoubleByteOneByOne,
-                                      countDoubleByteOneByOne,
-                                      encodeGB18030OneByOne,
-                                      countGB18030OneByOne,
-                                      ALL_STRAIGHT,
-                                      ALL_STRAIGHT};
 
 }  // namespace kx7

@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "kx7/kernels/Baseline.h"
 #include "kx7/kernels/DoubleByteEncode.h"
 #include "kx7/kernels/KeepLanes.h"
 #include "kx7/kernels/MultibyteStructure.h"
@@ -199,7 +200,7 @@ KX7_AVX2 void decodePairsAvx2(PairUnits const& set, unsigned char const*& inOut,
         }
         in += batch.bytes;
     }
-    BASELINE_KERNELS.decodePairs(set, in, end, out, outEnd);
+    decodePairsBaseline(set, in, end, out, outEnd);
     inOut = in;
     outOut = out;
 }

@@ -11,6 +11,7 @@
 
 #ifdef KX7_X86_KERNELS
 
+#include "kx7/kernels/Baseline.h"
 #include "kx7/kernels/DoubleByteEncode.h"
 
 namespace kx7 {
@@ -19,12 +20,6 @@ namespace {
 
 constexpr std::ptrdiff_t BLOCK = 64;
 constexpr int UNITS = 32;  // in a register
-
-/** The lowest `count` bits. */
-constexpr uint64_t lowBits(std::ptrdiff_t count)
-{
-    return count >= 64 ? ~UINT64_C(0) : (UINT64_C(1) << count) - 1;
-}
 
 KX7_AVX512 inline __m512i words(__m256i bytes)
 {
@@ -58,7 +53,7 @@ KX7_AVX512 inline __m512i lookUp(unsigned short const* units, __m256i first, __m
 
 KX7_AVX512 inline void store(unsigned short* out, __m512i units, int count)
 {
-    _mm512_mask_storeu_epi16(out, static_cast<__mmask32>(lowBits(count)), units);
+    _mm512_mask_storeu_epi16(out, static_cast<__mmask32>(lowLanes64(count)), units);
 }
 
 }  // namespace
@@ -87,7 +82,7 @@ KX7_AVX512 void decodePairsAvx512(PairUnits const& set, unsigned char const*& in
             behind = _mm512_loadu_si512(in + 1);
         }
         else {
-            valid = lowBits(end - in);
+            valid = lowLanes64(end - in);
             bytes = _mm512_maskz_loadu_epi8(valid, in);
             behind = _mm512_maskz_loadu_epi8(valid >> 1, in + 1);
         }
@@ -121,11 +116,11 @@ KX7_AVX512 void decodePairsAvx512(PairUnits const& set, unsigned char const*& in
                             soughtCount - UNITS);
             missing |= static_cast<uint64_t>(_mm512_testn_epi16_mask(units2, units2)) << UNITS;
         }
-        missing &= lowBits(soughtCount);
+        missing &= lowLanes64(soughtCount);
         if (missing != 0) {
             // Up to the first character that was not found.
             uint64_t const places = _mm512_movepi8_mask(_mm512_maskz_expand_epi8(sought, _mm512_movm_epi8(missing)));
-            valid = lowBits(__builtin_ctzll(places));
+            valid = lowLanes64(__builtin_ctzll(places));
             chars &= valid;
             sought &= valid;
             more = false;

@@ -113,7 +113,7 @@ KX7_AVX512 void decodeFourBytesAvx512(PairUnits const& pairs, FourByteRun const&
                          0x1F1E1D1C1B1A1918, 0x1716151413121110, 0x0F0E0D0C0B0A0908, 0x0706050403020100);
     while (in != end) {
         __m512i const bytes =
-            end - in >= STRUCTURE_BLOCK ? _mm512_loadu_si512(in) : _mm512_maskz_loadu_epi8(lowBits(end - in), in);
+            end - in >= STRUCTURE_BLOCK ? _mm512_loadu_si512(in) : _mm512_maskz_loadu_epi8(lowLanes64(end - in), in);
         GB18030Bytes const is = {
             _mm512_cmple_epu8_mask(_mm512_sub_epi8(bytes, _mm512_set1_epi8(static_cast<char>(0x81))),
                                    _mm512_set1_epi8(0x7D)),
@@ -125,10 +125,10 @@ KX7_AVX512 void decodeFourBytesAvx512(PairUnits const& pairs, FourByteRun const&
         uint64_t const same = sameTable.contains(bytes);
         __m128i const places = _mm512_castsi512_si128(squeezeBytes(ofFour, indexes));
         FourByteUnits const four(run, fourBytesAt(places, bytes));
-        uint64_t const others = ~four.found & lowBits(__builtin_popcountll(ofFour));
+        uint64_t const others = ~four.found & lowLanes64(__builtin_popcountll(ofFour));
         uint64_t found = ofFour;
         if (others != 0)
-            found &= lowBits(__builtin_ctzll(spread(others, ofFour)));
+            found &= lowLanes64(__builtin_ctzll(spread(others, ofFour)));
         uint64_t const behind = found << 1 | found << 2 | found << 3;
         uint64_t const sure = found | behind | same;
         uint64_t before = (~sure & (sure + 1)) - 1;
@@ -150,7 +150,7 @@ KX7_AVX512 void decodeFourBytesAvx512(PairUnits const& pairs, FourByteRun const&
             break;
         auto const areFour = static_cast<__mmask32>(gathered(found | seconds, begins));
         __m512i const singles = _mm512_cvtepu8_epi16(_mm512_castsi512_si256(squeezeBytes(begins, bytes)));
-        _mm512_mask_storeu_epi16(out, static_cast<__mmask32>(lowBits(count)),
+        _mm512_mask_storeu_epi16(out, static_cast<__mmask32>(lowLanes64(count)),
                                  _mm512_mask_expand_epi16(singles, areFour, four.units));
         in += __builtin_popcountll(before);
         out += count;

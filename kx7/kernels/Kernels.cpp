@@ -1,59 +1,96 @@
-// kx7text - the choice of kernels.
+// kx7text - the kernels of each instruction set, and the choice among them.
 #include "kx7/kernels/Kernels.h"
 
-#include <algorithm>
+#include "kx7/kernels/Baseline.h"
+#include "kx7/kernels/DoubleByteEncode.h"
+#ifdef KX7_X86_KERNELS
+#include "kx7/kernels/Avx2.h"
+#include "kx7/kernels/Avx512.h"
+#endif
 
 namespace kx7 {
 
 namespace {
 
-size_t plainUnitLength(unsigned short const* text, size_t most)
-{
-    size_t n = 0;
-    while (n < most && text[n] != 0)
-        ++n;
-    return n;
-}
+constexpr Kernels PLAIN_KERNELS;
 
-size_t plainUnitFind(unsigned short const* text, size_t count, unsigned short unit)
-{
-    return static_cast<size_t>(std::find(text, text + count, unit) - text);
-}
+constexpr Kernels BASELINE_KERNELS = [] {
+    Kernels k = PLAIN_KERNELS;
+    k.areAny = true;
+    k.unitLength = unitLengthBaseline;
+    k.unitFind = unitFindBaseline;
+    k.unitMatch = unitMatchBaseline;
+    k.decodeUTF8 = decodeUTF8Baseline;
+    k.encodeUTF8 = encodeUTF8Baseline;
+    k.decodeSingleByte = decodeSingleByteBaseline;
+    k.encodeSingleByte = encodeSingleByteBaseline;
+    k.decodePairs = decodePairsBaseline;
+    k.encodeDoubleByte = encodeDoubleByteOneByOne;
+    k.countDoubleByte = countDoubleByteOneByOne;
+    k.encodeGB18030 = encodeGB18030OneByOne;
+    k.countGB18030 = countGB18030OneByOne;
+    return k;
+}();
 
-size_t plainUnitMatch(unsigned short const* a, unsigned short const* b, size_t most)
-{
-    size_t n = 0;
-    while (n < most && a[n] == b[n] && a[n] != 0)
-        ++n;
-    return n;
-}
+#ifdef KX7_X86_KERNELS
+
+constexpr Kernels AVX2_KERNELS = [] {
+    Kernels k = BASELINE_KERNELS;
+    k.unitLength = unitLengthAvx2;
+    k.unitFind = unitFindAvx2;
+    k.unitMatch = unitMatchAvx2;
+    k.decodeUTF8 = decodeUTF8Avx2;
+    k.encodeUTF8 = encodeUTF8Avx2;
+    k.wellFormedUTF8 = wellFormedUTF8Avx2;
+    k.countUTF8 = countUTF8Avx2;
+    k.countAsUTF8 = countAsUTF8Avx2;
+    k.decodeSingleByte = decodeSingleByteAvx2;
+    k.encodeSingleByte = encodeSingleByteAvx2;
+    k.singleByteFromUTF8 = singleByteFromUTF8Avx2;
+    k.decodePairs = decodePairsAvx2;
+    k.decodeFourBytes = decodeFourBytesAvx2;
+    k.countPairs = countPairsAvx2;
+    k.countMappedPairs = countMappedPairsAvx2;
+    k.countUnitsOfGB18030 = countUnitsOfGB18030Avx2;
+    k.encodeDoubleByte = encodeDoubleByteAvx2;
+    k.countDoubleByte = countDoubleByteAvx2;
+    k.encodeGB18030 = encodeGB18030Avx2;
+    k.countGB18030 = countGB18030Avx2;
+    k.mostDirectToSingleByte = 48;
+    k.mostDirectToDoubleByte = 112;
+    return k;
+}();
+
+constexpr Kernels AVX512_KERNELS = [] {
+    Kernels k = AVX2_KERNELS;
+    k.unitLength = unitLengthAvx512;
+    k.unitFind = unitFindAvx512;
+    k.unitMatch = unitMatchAvx512;
+    k.decodeUTF8 = decodeUTF8Avx512;
+    k.encodeUTF8 = encodeUTF8Avx512;
+    k.wellFormedUTF8 = wellFormedUTF8Avx512;
+    k.countUTF8 = countUTF8Avx512;
+    k.countAsUTF8 = countAsUTF8Avx512;
+    k.decodeSingleByte = decodeSingleByteAvx512;
+    k.encodeSingleByte = encodeSingleByteAvx512;
+    k.singleByteFromUTF8 = singleByteFromUTF8Avx512;
+    k.decodePairs = decodePairsAvx512;
+    k.decodeFourBytes = decodeFourBytesAvx512;
+    k.countPairs = countPairsAvx512;
+    k.countMappedPairs = countMappedPairsAvx512;
+    k.encodeDoubleByte = encodeDoubleByteAvx512;
+    k.countDoubleByte = countDoubleByteAvx512;
+    k.encodeGB18030 = encodeGB18030Avx512;
+    k.countGB18030 = countGB18030Avx512;
+    // Bit masks come sooner out of the registers of AVX2, and counting GB 18030 waits for them: countUnitsOfGB18030.
+    k.mostDirectToSingleByte = 24;
+    k.mostDirectToDoubleByte = 64;
+    return k;
+}();
+
+#endif
 
 }  // namespace
-
-constexpr Kernels PLAIN_KERNELS = {
-    plainUnitLength,
-    plainUnitFind,
-    plainUnitMatch,
-    [](unsigned char const*&, unsigned char const*, unsigned short*&, unsigned short*) {},
-    [](unsigned short const*&, unsigned short const*, unsigned char*&, unsigned char*) {},
-    noWellFormedUTF8,
-    noCountUTF8,
-    noCountAsUTF8,
-    [](SingleByteTables const&, unsigned char const*&, unsigned char const*, unsigned short*&, unsigned short*) {},
-    [](SingleByteTables const&, unsigned short const*&, unsigned short const*, unsigned char*&, unsigned char*) {},
-    noSingleByteFromUTF8,
-    [](PairUnits const&, unsigned char const*&, unsigned char const*, unsigned short*&, unsigned short*) {},
-    noFourBytes,
-    noCountPairs,
-    noCountMappedPairs,
-    noCountUnitsOfGB18030,
-    [](unsigned short const*, unsigned short const*&, unsigned short const*, unsigned char*&, unsigned char*) {},
-    [](unsigned short const*, unsigned short const*&, unsigned short const*) { return size_t{0}; },
-    [](GB18030Codes const&, unsigned short const*&, unsigned short const*, unsigned char*&, unsigned char*) {},
-    [](GB18030Codes const&, unsigned short const*&, unsigned short const*) { return size_t{0}; },
-    ALL_STRAIGHT,
-    ALL_STRAIGHT,
-};
 
 InstructionSet detectInstructionSet()
 {

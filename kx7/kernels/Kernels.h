@@ -11,6 +11,7 @@
 #include <cstddef>
 
 #include "kx7/kernels/PairUnits.h"
+#include "kx7/kernels/Plain.h"
 #include "kx7/kernels/SingleByte.h"
 
 // Reads whole aligned blocks, of which a part may lie beside the object: no page that is not there, but more than a
@@ -43,132 +44,121 @@ struct GB18030Codes {
     GB18030Range const* const* runs;  ///< for each 128 units a run whose sequences follow each other; may be null
 };
 
+/**
+ * A kernel that converts and counts nothing: what an instruction set has no vectors for is left to the loops of the
+ * converters.
+ */
+struct Nothing {
+    template <class Result, class... Arguments>
+    using Function = Result (*)(Arguments...);
+
+    template <class Result, class... Arguments>
+    constexpr operator Function<Result, Arguments...>() const
+    {
+        return [](Arguments...) { return Result(); };
+    }
+};
+
+/** Where nothing is faster than the loops: more than any text that is short. */
+constexpr ptrdiff_t ALL_DIRECT = 1000;
+
+/**
+ * The kernels of an instruction set. Kernels.cpp has a table for each, which copies the one of the next lower set and
+ * replaces by name what its own set does better.
+ */
 struct Kernels {
+    /** There is something faster than the converters' loops at all. */
+    bool areAny = false;
+
     /**
      * Units before the first 0 unit, at most `most`. Reads no unit behind that one or the bound in another aligned
      * block of memory, so in no page that the text does not reach.
      */
-    size_t (*unitLength)(unsigned short const* text, size_t most);
+    size_t (*unitLength)(unsigned short const* text, size_t most) = unitLengthPlain;
 
     /** Units before the first that is `unit`; `count` where none of them is. */
-    size_t (*unitFind)(unsigned short const* text, size_t count, unsigned short unit);
+    size_t (*unitFind)(unsigned short const* text, size_t count, unsigned short unit) = unitFindPlain;
 
     /**
      * Units before the first place where the texts differ or both have a 0 unit, at most `most`. Touches no page that
      * the texts do not reach up to that place.
      */
-    size_t (*unitMatch)(unsigned short const* a, unsigned short const* b, size_t most);
+    size_t (*unitMatch)(unsigned short const* a, unsigned short const* b, size_t most) = unitMatchPlain;
 
     /** UTF-8 whose sequences are as long as their leads say. */
     void (*decodeUTF8)(unsigned char const*& in, unsigned char const* end, unsigned short*& out,
-                       unsigned short* outEnd);
+                       unsigned short* outEnd) = Nothing();
 
     /** UTF-16 without unpaired high surrogates. */
     void (*encodeUTF8)(unsigned short const*& in, unsigned short const* end, unsigned char*& out,
-                       unsigned char* outEnd);
+                       unsigned char* outEnd) = Nothing();
 
     /** Bytes of UTF-8 in front that are well-formed and end with a character; may be fewer than there are. */
-    size_t (*wellFormedUTF8)(unsigned char const* in, unsigned char const* end);
+    size_t (*wellFormedUTF8)(unsigned char const* in, unsigned char const* end) = Nothing();
 
     /** Characters of UTF-8 whose sequences are as long as their leads say, none of them zero. */
-    size_t (*countUTF8)(unsigned char const*& in, unsigned char const* end);
+    size_t (*countUTF8)(unsigned char const*& in, unsigned char const* end) = Nothing();
 
     /** Bytes of UTF-8 for UTF-16 without unpaired high surrogates. */
-    size_t (*countAsUTF8)(unsigned short const*& in, unsigned short const* end);
+    size_t (*countAsUTF8)(unsigned short const*& in, unsigned short const* end) = Nothing();
 
     /** Bytes that the set maps. */
     void (*decodeSingleByte)(SingleByteTables const& tables, unsigned char const*& in, unsigned char const* end,
-                             unsigned short*& out, unsigned short* outEnd);
+                             unsigned short*& out, unsigned short* outEnd) = Nothing();
 
     /** Units that the set maps. */
     void (*encodeSingleByte)(SingleByteTables const& tables, unsigned short const*& in, unsigned short const* end,
-                             unsigned char*& out, unsigned char* outEnd);
+                             unsigned char*& out, unsigned char* outEnd) = Nothing();
 
     /**
      * UTF-8 up to its zero byte, as bytes of a set that maps it. Reads on to the end of the page in which that byte is;
      * may read so much in front of the text.
      */
     void (*singleByteFromUTF8)(SingleByteTables const& tables, unsigned char const*& in, unsigned char*& out,
-                               unsigned char* outEnd);
+                               unsigned char* outEnd) = Nothing();
 
     /** Characters of a double-byte set that `pairs` has. */
     void (*decodePairs)(PairUnits const& pairs, unsigned char const*& in, unsigned char const* end,
-                        unsigned short*& out, unsigned short* outEnd);
+                        unsigned short*& out, unsigned short* outEnd) = Nothing();
 
     /** Four-byte characters of GB 18030 in a run or above the Basic Multilingual Plane, and ASCII between them. */
     void (*decodeFourBytes)(PairUnits const& pairs, FourByteRun const& run, unsigned char const*& in,
-                            unsigned char const* end, unsigned short*& out, unsigned short* outEnd);
+                            unsigned char const* end, unsigned short*& out, unsigned short* outEnd) = Nothing();
 
     /**
      * Characters of a double-byte set: a byte whose type has LEAD_BYTE and one that has TRAIL_BYTE (ByteTypeTables.h),
      * or any other byte alone.
      */
-    size_t (*countPairs)(unsigned char const* types, unsigned char const*& in, unsigned char const* end);
+    size_t (*countPairs)(unsigned char const* types, unsigned char const*& in, unsigned char const* end) = Nothing();
 
     /** Characters that `pairs` has, moving `in` over them; may be fewer than there are in front. */
-    size_t (*countMappedPairs)(PairUnits const& pairs, unsigned char const*& in, unsigned char const* end);
+    size_t (*countMappedPairs)(PairUnits const& pairs, unsigned char const*& in, unsigned char const* end) = Nothing();
 
     /** Units of GB 18030, one for what is malformed or unmapped. */
-    size_t (*countUnitsOfGB18030)(unsigned char const*& in, unsigned char const* end);
+    size_t (*countUnitsOfGB18030)(unsigned char const*& in, unsigned char const* end) = Nothing();
 
     /** Units for which `codes` (UnitCodes.h) has one or two bytes. */
     void (*encodeDoubleByte)(unsigned short const* codes, unsigned short const*& in, unsigned short const* end,
-                             unsigned char*& out, unsigned char* outEnd);
+                             unsigned char*& out, unsigned char* outEnd) = Nothing();
 
     /** The bytes of such units, moving `in` over them. */
-    size_t (*countDoubleByte)(unsigned short const* codes, unsigned short const*& in, unsigned short const* end);
+    size_t (*countDoubleByte)(unsigned short const* codes, unsigned short const*& in,
+                              unsigned short const* end) = Nothing();
 
     /** Units for which a table has one, two or four bytes, and surrogate pairs. */
     void (*encodeGB18030)(GB18030Codes const& codes, unsigned short const*& in, unsigned short const* end,
-                          unsigned char*& out, unsigned char* outEnd);
+                          unsigned char*& out, unsigned char* outEnd) = Nothing();
 
     /** The bytes of such units, moving `in` over them. */
-    size_t (*countGB18030)(GB18030Codes const& codes, unsigned short const*& in, unsigned short const* end);
+    size_t (*countGB18030)(GB18030Codes const& codes, unsigned short const*& in, unsigned short const* end) = Nothing();
 
     /**
      * Bytes of UTF-8 that are encoded sooner character by character (StraightUtf8.h), into single-byte and into
      * double-byte sets.
      */
-    ptrdiff_t mostStraightToSingleByte;
-    ptrdiff_t mostStraightToDoubleByte;
+    ptrdiff_t mostDirectToSingleByte = ALL_DIRECT;
+    ptrdiff_t mostDirectToDoubleByte = ALL_DIRECT;
 };
-
-/** Where there is nothing faster: more than any text that is short. */
-constexpr ptrdiff_t ALL_STRAIGHT = 1000;
-
-/** What a set has that leaves these to the steps. */
-inline size_t noWellFormedUTF8(unsigned char const* /*in*/, unsigned char const* /*end*/)
-{
-    return 0;
-}
-inline size_t noCountUTF8(unsigned char const*& /*in*/, unsigned char const* /*end*/)
-{
-    return 0;
-}
-inline size_t noCountAsUTF8(unsigned short const*& /*in*/, unsigned short const* /*end*/)
-{
-    return 0;
-}
-inline void noSingleByteFromUTF8(SingleByteTables const& /*tables*/, unsigned char const*& /*in*/,
-                                 unsigned char*& /*out*/, unsigned char* /*outEnd*/)
-{
-}
-inline size_t noCountPairs(unsigned char const* /*types*/, unsigned char const*& /*in*/, unsigned char const* /*end*/)
-{
-    return 0;
-}
-inline size_t noCountMappedPairs(PairUnits const& /*pairs*/, unsigned char const*& /*in*/, unsigned char const* /*end*/)
-{
-    return 0;
-}
-inline size_t noCountUnitsOfGB18030(unsigned char const*& /*in*/, unsigned char const* /*end*/)
-{
-    return 0;
-}
-inline void noFourBytes(PairUnits const& /*pairs*/, FourByteRun const& /*run*/, unsigned char const*& /*in*/,
-                        unsigned char const* /*end*/, unsigned short*& /*out*/, unsigned short* /*outEnd*/)
-{
-}
 
 /** The fewest bytes or units for which a kernel is worth its call. */
 constexpr ptrdiff_t KERNEL_MINIMUM = 16;
@@ -179,7 +169,7 @@ constexpr ptrdiff_t SHORT_KERNEL_MINIMUM = 4;
 /** The best set that the machine has. */
 InstructionSet detectInstructionSet();
 
-/** The kernels of a set. The machine must have it. */
+/** The kernels of an instruction set. The machine must have it. */
 Kernels const& kernelsOf(InstructionSet set);
 
 /** The kernels in use: the best, found when the library is loaded. */
@@ -193,29 +183,9 @@ inline Kernels const& kernels()
 /** Makes all conversions use one set, for tests and benchmarks. False: the machine lacks it. */
 bool useInstructionSet(InstructionSet set);
 
-// All of them are constexpr where they are defined: the choice is made before other static objects are initialised.
-extern Kernels const PLAIN_KERNELS;
-extern Kernels const BASELINE_KERNELS;
-
-/**
- * Converts the first characters one by one. False: there is no more to convert, or a step is needed already; so text
- * with many such places is not slowed down by blocks that end early.
- */
-inline bool beginsWell(PairUnits const& pairs, unsigned char const*& in, unsigned char const* end, unsigned short*& out,
-                       unsigned short* outEnd)
-{
-    constexpr std::ptrdiff_t FIRST = 16;
-    constexpr std::ptrdiff_t WORTHWHILE = 5 * FIRST;
-    unsigned char const* const until = end - in < WORTHWHILE ? end : in + FIRST;
-    BASELINE_KERNELS.decodePairs(pairs, in, until, out, outEnd);
-    return until != end && until - in <= 1;
-}
-
 // KX7_WITHOUT_VECTORS: built as for a machine that nothing is known of.
 #if (defined __x86_64__ || defined __i386__) && !defined KX7_WITHOUT_VECTORS
 #define KX7_X86_KERNELS
-extern Kernels const AVX2_KERNELS;
-extern Kernels const AVX512_KERNELS;
 #endif
 
 }  // namespace kx7

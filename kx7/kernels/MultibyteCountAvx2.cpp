@@ -124,7 +124,7 @@ KX7_AVX2 size_t countPairsAvx2(unsigned char const* types, unsigned char const*&
         Types const low(block.low, mayLead, mayTrail);
         Types const high(block.high, mayLead, mayTrail);
         uint64_t const leads = bitsOf(low.leads, high.leads);
-        uint64_t const followers = (leads << 1 | leadsBefore) & ~trailsBefore & lowBits(left);
+        uint64_t const followers = (leads << 1 | leadsBefore) & ~trailsBefore & lowBits<uint64_t>(left);
         uint64_t const trails = everySecond(bitsOf(low.others, high.others) & followers);
         count += static_cast<size_t>(left - __builtin_popcountll(trails));
         leadsBefore = leads >> 63;
@@ -153,7 +153,7 @@ KX7_AVX2 size_t countMappedPairsAvx2(PairUnits const& pairs, unsigned char const
                                                       isUnsure(pairs, block.high, behind.high));
         uint64_t const same = bitsOf(low.others, high.others);
         int const taken = firstWithoutUnit(begins, same, unsure, pairs.units(), in);
-        count += static_cast<size_t>(__builtin_popcountll(begins.all & lowBits(taken)));
+        count += static_cast<size_t>(__builtin_popcountll(begins.all & lowBits<uint64_t>(taken)));
         if (taken != STRUCTURE_BLOCK) {
             inOut = in + taken;
             return count;

@@ -16,7 +16,7 @@ namespace {
 
 KX7_AVX512 inline __m512i loadBlock(unsigned char const* in, std::ptrdiff_t left)
 {
-    return left >= STRUCTURE_BLOCK ? _mm512_loadu_si512(in) : _mm512_maskz_loadu_epi8(lowBits(left), in);
+    return left >= STRUCTURE_BLOCK ? _mm512_loadu_si512(in) : _mm512_maskz_loadu_epi8(lowBits<uint64_t>(left), in);
 }
 
 /** 128 entries, by the low seven bits of bytes. */
@@ -49,7 +49,7 @@ KX7_AVX512 size_t countPairsAvx512(unsigned char const* types, unsigned char con
             _mm512_mask_blend_epi8(_mm512_movepi8_mask(bytes), _mm512_permutex2var_epi8(table[0], bytes, table[1]),
                                    _mm512_permutex2var_epi8(table[2], bytes, table[3]));
         uint64_t const leads = _mm512_test_epi8_mask(typesOf, _mm512_set1_epi8(LEAD_BYTE));
-        uint64_t const mayTrail = _mm512_movepi8_mask(typesOf) & lowBits(left);
+        uint64_t const mayTrail = _mm512_movepi8_mask(typesOf) & lowBits<uint64_t>(left);
         uint64_t const trails = everySecond(mayTrail & (leads << 1 | leadsBefore) & ~trailsBefore);
         count += static_cast<size_t>(left - __builtin_popcountll(trails));
         leadsBefore = leads >> 63;
@@ -78,7 +78,7 @@ KX7_AVX512 size_t countMappedPairsAvx512(PairUnits const& pairs, unsigned char c
         __m512i const trails = _mm512_sub_epi8(behind, _mm512_set1_epi8(static_cast<char>(PairUnits::FIRST_TRAIL)));
         uint64_t const unsure = begins.leads & _mm512_cmpge_epu8_mask(trails, sureTrails.lookUp(bytes));
         int const taken = firstWithoutUnit(begins, same, unsure, pairs.units(), in);
-        count += static_cast<size_t>(__builtin_popcountll(begins.all & lowBits(taken)));
+        count += static_cast<size_t>(__builtin_popcountll(begins.all & lowBits<uint64_t>(taken)));
         if (taken != STRUCTURE_BLOCK) {
             inOut = in + taken;
             return count;

@@ -8,15 +8,11 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "kx7/kernels/Bits.h"
+
 namespace kx7 {
 
 constexpr std::ptrdiff_t STRUCTURE_BLOCK = 64;
-
-/** The lowest `count` bits. */
-constexpr uint64_t lowBits(std::ptrdiff_t count)
-{
-    return count >= 64 ? ~UINT64_C(0) : (UINT64_C(1) << count) - 1;
-}
 
 /** Every second bit of each run, the first among them. */
 constexpr uint64_t everySecond(uint64_t runs)
@@ -52,7 +48,7 @@ inline int firstWithoutUnit(PairBegins const& begins, uint64_t same, uint64_t un
 {
     uint64_t const strange = begins.all & ~(begins.leads | same);
     int const place = strange != 0 ? __builtin_ctzll(strange) : static_cast<int>(STRUCTURE_BLOCK);
-    for (uint64_t rest = unsure & lowBits(place); rest != 0; rest &= rest - 1) {
+    for (uint64_t rest = unsure & lowBits<uint64_t>(place); rest != 0; rest &= rest - 1) {
         unsigned char const* const pair = in + __builtin_ctzll(rest);
         if (units[pair[0] << 8 | pair[1]] == 0)
             return __builtin_ctzll(rest);
@@ -101,12 +97,12 @@ inline GB18030Begins beginsOfGB18030(GB18030Bytes const& is, uint64_t trails, st
     uint64_t const ofFour = candidates != 0 ? beginsOfFour(candidates) : 0;
     uint64_t const begins = ~(secondOfTwo | ofFour << 1 | ofFour << 2 | ofFour << 3);
     if (left <= STRUCTURE_BLOCK)
-        return {begins & lowBits(left), ofFour, left};
+        return {begins & lowBits<uint64_t>(left), ofFour, left};
     // What begins in the last three places may reach beyond them.
     constexpr int LAST_PLACES = 61;
     uint64_t const rest = begins >> LAST_PLACES;
     int const bytes = rest != 0 ? LAST_PLACES + __builtin_ctzll(rest) : 64;
-    return {begins & lowBits(bytes), ofFour, bytes};
+    return {begins & lowBits<uint64_t>(bytes), ofFour, bytes};
 }
 
 /** 0x90 to 0xE3 lead the planes above the first; the last of them only up to this sequence. */

@@ -18,6 +18,8 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "kx7/kernels/Baseline.h"
+
 namespace kx7 {
 
 namespace {
@@ -149,7 +151,7 @@ KX7_AVX2 void decodeSingleByteAvx2(SingleByteTables const& tables, unsigned char
 {
     unsigned char const* const last = in + std::min(end - in, outEnd - out);
     if (last - in < BLOCK) {
-        BASELINE_KERNELS.decodeSingleByte(tables, in, end, out, outEnd);
+        decodeSingleByteBaseline(tables, in, end, out, outEnd);
         return;
     }
     auto const latin1 = [](unsigned char const* from, unsigned short* to) KX7_AVX2 {
@@ -183,7 +185,7 @@ KX7_AVX2 void decodeSingleByteAvx2(SingleByteTables const& tables, unsigned char
         convertBlocks(block, in, out, last);
     }
     // What is left is less than a block, or begins with one that holds a code which is not mapped.
-    BASELINE_KERNELS.decodeSingleByte(tables, in, end, out, outEnd);
+    decodeSingleByteBaseline(tables, in, end, out, outEnd);
 }
 
 KX7_AVX2 void encodeSingleByteAvx2(SingleByteTables const& tables, unsigned short const*& in, unsigned short const* end,
@@ -191,7 +193,7 @@ KX7_AVX2 void encodeSingleByteAvx2(SingleByteTables const& tables, unsigned shor
 {
     unsigned short const* const last = in + std::min(end - in, outEnd - out);
     if (last - in < BLOCK) {
-        BASELINE_KERNELS.encodeSingleByte(tables, in, end, out, outEnd);
+        encodeSingleByteBaseline(tables, in, end, out, outEnd);
         return;
     }
     auto const latin1 = [](unsigned short const* from, unsigned char* to) KX7_AVX2 {
@@ -254,7 +256,7 @@ KX7_AVX2 void encodeSingleByteAvx2(SingleByteTables const& tables, unsigned shor
         convertBlocks(latin1, in, out, last);
     else if (tables.encodesPrintableASCII)
         convertBlocks(block, in, out, last);
-    BASELINE_KERNELS.encodeSingleByte(tables, in, end, out, outEnd);
+    encodeSingleByteBaseline(tables, in, end, out, outEnd);
 }
 
 }  // namespace kx7

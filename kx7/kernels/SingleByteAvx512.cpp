@@ -25,12 +25,6 @@ constexpr std::ptrdiff_t BLOCK = 64;
 
 constexpr uint64_t ALL = ~UINT64_C(0);
 
-/** The lowest `count` bits, of at most 64. */
-constexpr uint64_t lowBits(std::ptrdiff_t count)
-{
-    return count >= 64 ? ALL : (UINT64_C(1) << count) - 1;
-}
-
 /** 128 bytes, looked up by the low seven bits of 64 bytes at once. */
 struct ByteTable {
     __m512i halves[2];
@@ -141,7 +135,7 @@ KX7_AVX512 inline void convertBlocks(Block block, From const*& inOut, From const
         out -= BLOCK - __builtin_ctzll(unmapped);
     }
     else if (left > 0) {
-        unmapped = block(in, out, lowBits(left));
+        unmapped = block(in, out, lowLanes64(left));
         std::ptrdiff_t const done = unmapped != 0 ? __builtin_ctzll(unmapped) : left;
         in += done;
         out += done;

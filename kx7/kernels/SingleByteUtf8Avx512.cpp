@@ -34,16 +34,6 @@ constexpr std::ptrdiff_t RUN = 4 * BLOCK;
 /** Runs for which the second window is looked up once one of its characters is found. */
 constexpr int BOTH_WINDOWS = 8;
 
-/** The lowest `count` bits, of at most 64. */
-KX7_AVX512 inline uint64_t lowBits(std::ptrdiff_t count)
-{
-#ifdef __x86_64__
-    return _bzhi_u64(ALL, static_cast<uint64_t>(count));
-#else
-    return count >= 64 ? ALL : (UINT64_C(1) << count) - 1;
-#endif
-}
-
 KX7_INLINE_AVX512 __m512i allOf(unsigned int byte)
 {
     return _mm512_set1_epi8(static_cast<char>(byte));
@@ -137,7 +127,7 @@ private:
     {
         std::ptrdiff_t left = m_end - m_in;
         for (unsigned char const* in = m_in; left > 0; in += BLOCK, left -= BLOCK) {
-            uint64_t const lanes = lowBits(left);
+            uint64_t const lanes = lowLanes64(left);
             __m512i const bytes = _mm512_maskz_loadu_epi8(lanes, in);
             if (_mm512_mask_testn_epi8_mask(lanes, bytes, bytes) != 0)
                 return;
@@ -207,7 +197,7 @@ private:
 
     KX7_INLINE_AVX512 void write(Found const& found, uint64_t kept, int count)
     {
-        _mm512_mask_storeu_epi8(m_out, lowBits(count), squeezeBytes(kept, found.bytes));
+        _mm512_mask_storeu_epi8(m_out, lowLanes64(count), squeezeBytes(kept, found.bytes));
         m_out += count;
     }
 
@@ -231,7 +221,7 @@ private:
      */
     KX7_INLINE_AVX512 bool convertPart()
     {
-        Found const found = find<true>(m_end - m_in >= BLOCK ? ALL : lowBits(m_end - m_in));
+        Found const found = find<true>(m_end - m_in >= BLOCK ? ALL : lowLanes64(m_end - m_in));
         int const count = __builtin_popcountll(found.kept);
         if (found.bad == 0 && count <= m_outEnd - m_out) {
             write(found, found.kept, count);

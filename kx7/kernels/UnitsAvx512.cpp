@@ -1,11 +1,15 @@
 // kx7text - searches in UTF-16 text with AVX-512.
 //
-// 32 units a block; the last block is loaded under a mask, so that nothing behind it is touched. Where two texts that
-// may end anywhere are compared, blocks stay within the pages that the texts are known to reach.
+// 32 units a block. Where the length is known, the last block is loaded under a mask, so that nothing after it is
+// touched. A 0 unit is looked for in aligned blocks, four at a time. Where two texts that may end anywhere are
+// compared, blocks stay within the pages that the texts are known to reach.
 #include "kx7/kernels/Avx512.h"
 
 #ifdef KX7_X86_KERNELS
 
+#include <algorithm>
+
+#include "kx7/kernels/Baseline.h"
 #include "kx7/kernels/Units.h"
 
 namespace kx7 {
@@ -25,7 +29,57 @@ KX7_AVX512 inline size_t firstOf(uint32_t found)
     return static_cast<size_t>(__builtin_ctz(found));
 }
 
+KX7_AVX512 KX7_READS_BEYOND inline uint32_t zerosOf(unsigned short const* block)
+{
+    __m512i const units = _mm512_load_si512(block);
+    return _mm512_testn_epi16_mask(units, units);
+}
+
+/** Goes on at `block`, `n` units behind the text's begin. */
+KX7_AVX512 KX7_READS_BEYOND __attribute__((noinline)) size_t longUnitLength(unsigned short const* block, size_t n,
+                                                                            size_t most)
+{
+    while (n < most) {
+        // Four blocks at once where they are as well aligned, so in one page; the one with the 0 is then looked for.
+        if (reinterpret_cast<uintptr_t>(block) % (4 * BLOCK * sizeof *block) == 0) {
+            __m512i const least = _mm512_min_epu16(
+                _mm512_min_epu16(_mm512_load_si512(block), _mm512_load_si512(block + BLOCK)),
+                _mm512_min_epu16(_mm512_load_si512(block + 2 * BLOCK), _mm512_load_si512(block + 3 * BLOCK)));
+            if (_mm512_testn_epi16_mask(least, least) == 0) {
+                block += 4 * BLOCK;
+                n += 4 * BLOCK;
+                continue;
+            }
+        }
+        if (uint32_t const zeros = zerosOf(block))
+            return std::min(most, n + static_cast<size_t>(__builtin_ctz(zeros)));
+        block += BLOCK;
+        n += BLOCK;
+    }
+    return most;
+}
+
 }  // namespace
+
+KX7_AVX512 KX7_READS_BEYOND size_t unitLengthAvx512(unsigned short const* text, size_t most)
+{
+    size_t const untilAligned = reinterpret_cast<uintptr_t>(text) % 64;
+    if (untilAligned % 2 != 0)
+        return unitLengthBaseline(text, most);
+    if (most == 0)
+        return 0;
+    size_t const skipped = untilAligned / 2;
+    unsigned short const* const block = text - skipped;
+    uint32_t const zeros = zerosOf(block) >> skipped;
+    size_t const n = BLOCK - skipped;
+    if (zeros != 0)
+        return std::min(most, static_cast<size_t>(__builtin_ctz(zeros)));
+    if (n >= most)
+        return most;
+    if (uint32_t const next = zerosOf(block + BLOCK))
+        return std::min(most, n + static_cast<size_t>(__builtin_ctz(next)));
+    return longUnitLength(block + 2 * BLOCK, n + BLOCK, most);
+}
 
 KX7_AVX512 size_t unitFindAvx512(unsigned short const* text, size_t count, unsigned short unit)
 {

@@ -19,6 +19,8 @@
 #include <cstdint>
 #include <cstring>
 
+#include "kx7/kernels/Baseline.h"
+#include "kx7/kernels/Bits.h"
 #include "kx7/kernels/KeepLanes.h"
 #include "kx7/kernels/StoreAvx2.h"
 #include "kx7/kernels/Utf8Structure.h"
@@ -77,12 +79,6 @@ constexpr std::ptrdiff_t UNITS = 16;
 
 /** Values that one store reaches behind those that count. */
 constexpr std::ptrdiff_t SPILL = 16;
-
-/** The lowest `count` bits. */
-constexpr uint32_t lowBits(std::ptrdiff_t count)
-{
-    return count >= 32 ? ~UINT32_C(0) : (UINT32_C(1) << count) - 1;
-}
 
 KX7_AVX2 inline __m128i load(void const* p)
 {
@@ -242,14 +238,14 @@ KX7_AVX2 inline std::ptrdiff_t decodeLastBlock(unsigned char const* in, std::ptr
     if (cut != 0)
         used = __builtin_ctz(cut);
     // One more byte, for what the character in front of it lacks.
-    uint32_t const wrong = (s.continuations ^ s.wanted()) & lowBits(used + 1);
+    uint32_t const wrong = (s.continuations ^ s.wanted()) & lowBits<uint32_t>(used + 1);
     if (wrong != 0) {
         // A continuation byte that nothing leads, or one that is missing: then the last lead in front is at fault.
         used = __builtin_ctz(wrong);
         if (!(s.continuations >> used & 1))
-            used = 31 - __builtin_clz(s.two & lowBits(used));
+            used = 31 - __builtin_clz(s.two & lowBits<uint32_t>(used));
     }
-    uint32_t kept = (~s.continuations | s.four << 1) & lowBits(used);
+    uint32_t kept = (~s.continuations | s.four << 1) & lowBits<uint32_t>(used);
     unsigned short* const textEnd = out + __builtin_popcount(kept);
     __m256i leadBefore = _mm256_setzero_si256();
     Lanes lanes = lanesOf(front, _mm_alignr_epi8(back, front, 1), _mm_alignr_epi8(back, front, 2));
@@ -264,10 +260,8 @@ KX7_AVX2 inline std::ptrdiff_t decodeLastBlock(unsigned char const* in, std::ptr
     }
 }
 
-}  // namespace
-
-KX7_AVX2 void decodeUTF8Avx2(unsigned char const*& inOut, unsigned char const* end, unsigned short*& outOut,
-                             unsigned short* outEnd)
+KX7_AVX2 void decodeBlocks(unsigned char const*& inOut, unsigned char const* end, unsigned short*& outOut,
+                           unsigned short* outEnd)
 {
     unsigned char const* in = inOut;
     unsigned short* out = outOut;
@@ -323,6 +317,18 @@ KX7_AVX2 void decodeUTF8Avx2(unsigned char const*& inOut, unsigned char const* e
     }
     inOut = in;
     outOut = out;
+}
+
+}  // namespace
+
+void decodeUTF8Avx2(unsigned char const*& in, unsigned char const* end, unsigned short*& out, unsigned short* outEnd)
+{
+    // What is shorter, and what the blocks leave, goes to the baseline.
+    constexpr std::ptrdiff_t WORTHWHILE = 32;
+    if (end - in >= WORTHWHILE)
+        decodeBlocks(in, end, out, outEnd);
+    if (in != end)
+        decodeUTF8Baseline(in, end, out, outEnd);
 }
 
 namespace {
@@ -484,8 +490,9 @@ KX7_AVX2 inline EncodedEight eightOf(__m128i units, std::ptrdiff_t& used)
         __m256i const isHigh = _mm256_cmpeq_epi32(kind, _mm256_set1_epi32(0xD800));
         __m256i const isLow = _mm256_cmpeq_epi32(kind, _mm256_set1_epi32(0xDC00));
         auto highs = static_cast<uint32_t>(_mm256_movemask_ps(_mm256_castsi256_ps(isHigh)));
-        uint32_t const lows = static_cast<uint32_t>(_mm256_movemask_ps(_mm256_castsi256_ps(isLow))) & lowBits(used);
-        uint32_t const unpaired = highs & ~(lows >> 1) & lowBits(used);
+        uint32_t const lows =
+            static_cast<uint32_t>(_mm256_movemask_ps(_mm256_castsi256_ps(isLow))) & lowBits<uint32_t>(used);
+        uint32_t const unpaired = highs & ~(lows >> 1) & lowBits<uint32_t>(used);
         if (unpaired != 0)
             used = __builtin_ctz(unpaired);
         // Two bytes from each half: 11110ppp 10pppppp of the high one plus 0x40, 10ppllll 10llllll of the low one.
@@ -503,9 +510,9 @@ KX7_AVX2 inline EncodedEight eightOf(__m128i units, std::ptrdiff_t& used)
                                             _mm256_and_si256(rest, _mm256_set1_epi32(0xF))),
                             _mm256_or_si256(_mm256_slli_epi32(tail, 8), _mm256_set1_epi32(0x8080)));
         bytes = _mm256_blendv_epi8(_mm256_blendv_epi8(bytes, front, isHigh), back, isBehind);
-        highs &= lowBits(used);
-        threes &= ~(highs | highs << 1) & lowBits(used);
-        twos &= lowBits(used);
+        highs &= lowBits<uint32_t>(used);
+        threes &= ~(highs | highs << 1) & lowBits<uint32_t>(used);
+        twos &= lowBits<uint32_t>(used);
     }
     auto const countOf = [&](std::ptrdiff_t units4, uint32_t lanes) {
         return units4 + __builtin_popcount(twos & lanes) + __builtin_popcount(threes & lanes);
@@ -568,10 +575,8 @@ KX7_AVX2 inline std::ptrdiff_t encodeLastUnits(unsigned short const* begin, unsi
     return used;
 }
 
-}  // namespace
-
-KX7_AVX2 void encodeUTF8Avx2(unsigned short const*& inOut, unsigned short const* end, unsigned char*& outOut,
-                             unsigned char* outEnd)
+KX7_AVX2 void encodeBlocks(unsigned short const*& inOut, unsigned short const* end, unsigned char*& outOut,
+                           unsigned char* outEnd)
 {
     unsigned short const* in = inOut;
     unsigned char* out = outOut;
@@ -635,6 +640,17 @@ KX7_AVX2 void encodeUTF8Avx2(unsigned short const*& inOut, unsigned short const*
     }
     inOut = in;
     outOut = out;
+}
+
+}  // namespace
+
+void encodeUTF8Avx2(unsigned short const*& in, unsigned short const* end, unsigned char*& out, unsigned char* outEnd)
+{
+    constexpr std::ptrdiff_t WORTHWHILE = 8;
+    if (end - in >= WORTHWHILE)
+        encodeBlocks(in, end, out, outEnd);
+    if (in != end)
+        encodeUTF8Baseline(in, end, out, outEnd);
 }
 
 namespace {

@@ -24,12 +24,6 @@ namespace kx7 {
 
 namespace {
 
-/** The lowest `count` bits, of which there may be fewer. */
-KX7_AVX512 inline uint32_t lowBits(std::ptrdiff_t count)
-{
-    return _bzhi_u32(~UINT32_C(0), static_cast<uint32_t>(count));
-}
-
 /** Blocks of 32 bytes, whose masks fit a register of 32 bits. */
 struct Narrow {
     using Mask = uint32_t;
@@ -59,7 +53,7 @@ struct Narrow {
     KX7_AVX512 static std::ptrdiff_t count(Mask mask) { return __builtin_popcount(mask); }
     KX7_AVX512 static std::ptrdiff_t lowest(Mask mask) { return __builtin_ctz(mask); }
     KX7_AVX512 static std::ptrdiff_t highest(Mask mask) { return 31 - __builtin_clz(mask); }
-    KX7_AVX512 static Mask lowBits(std::ptrdiff_t count) { return kx7::lowBits(count); }
+    KX7_AVX512 static Mask lowBits(std::ptrdiff_t count) { return lowLanes32(count); }
 };
 
 #ifdef __x86_64__
@@ -89,10 +83,7 @@ struct Wide {
     KX7_AVX512 static std::ptrdiff_t count(Mask mask) { return __builtin_popcountll(mask); }
     KX7_AVX512 static std::ptrdiff_t lowest(Mask mask) { return __builtin_ctzll(mask); }
     KX7_AVX512 static std::ptrdiff_t highest(Mask mask) { return 63 - __builtin_clzll(mask); }
-    KX7_AVX512 static Mask lowBits(std::ptrdiff_t count)
-    {
-        return _bzhi_u64(~UINT64_C(0), static_cast<uint64_t>(count));
-    }
+    KX7_AVX512 static Mask lowBits(std::ptrdiff_t count) { return lowLanes64(count); }
 };
 
 using Widest = Wide;
@@ -347,9 +338,9 @@ KX7_AVX512 inline void storeBytes(unsigned char* out, __m512i bytes, unsigned in
 #ifdef __x86_64__
     _mm512_mask_storeu_epi8(out, Wide::lowBits(count), bytes);
 #else
-    _mm256_mask_storeu_epi8(out, lowBits(static_cast<std::ptrdiff_t>(count)), _mm512_castsi512_si256(bytes));
+    _mm256_mask_storeu_epi8(out, lowLanes32(static_cast<std::ptrdiff_t>(count)), _mm512_castsi512_si256(bytes));
     if (count > 32)
-        _mm256_mask_storeu_epi8(out + 32, lowBits(static_cast<std::ptrdiff_t>(count) - 32),
+        _mm256_mask_storeu_epi8(out + 32, lowLanes32(static_cast<std::ptrdiff_t>(count) - 32),
                                 _mm512_extracti64x4_epi64(bytes, 1));
 #endif
 }
@@ -364,7 +355,7 @@ KX7_AVX512 inline unsigned int encodeTwoByteBlock(__m512i units, uint32_t twoByt
                                           _mm512_set1_epi16(static_cast<short>(0x80C0)));
     auto const count = static_cast<unsigned int>(available + __builtin_popcount(twoBytes));
     __m512i const lead = _mm512_set1_epi16(0x80);
-    __m512i const one = available == UNITS ? lead : _mm512_maskz_mov_epi16(lowBits(available), lead);
+    __m512i const one = available == UNITS ? lead : _mm512_maskz_mov_epi16(lowLanes32(available), lead);
     __m512i const kept = _mm512_mask_mov_epi16(one, twoBytes, _mm512_set1_epi16(-1));
     storeBytes(out, squeezeBytes(_mm512_movepi8_mask(kept), _mm512_mask_mov_epi16(units, twoBytes, pairs)), count);
     return count;
@@ -401,7 +392,7 @@ KX7_AVX512 inline unsigned int encodeHalf(__m256i units, Kinds const& kinds, std
     __m512i const bytes = _mm512_mask_mov_epi32(fields, two, marked);
     auto const count = static_cast<unsigned int>(available + __builtin_popcount(two) + __builtin_popcount(three));
     __m512i const wanted =
-        available == HALF ? marks : _mm512_maskz_mov_epi32(static_cast<__mmask16>(lowBits(available)), marks);
+        available == HALF ? marks : _mm512_maskz_mov_epi32(static_cast<__mmask16>(lowLanes32(available)), marks);
     storeBytes(out, squeezeBytes(_mm512_movepi8_mask(wanted), bytes), count);
     return count;
 }
@@ -438,10 +429,10 @@ KX7_AVX512 inline uint32_t atLeast(__m512i units, unsigned short least)
 KX7_AVX512 inline std::ptrdiff_t encodeLastBlock(unsigned short const* in, std::ptrdiff_t available,
                                                  unsigned char*& out, std::ptrdiff_t room)
 {
-    __m512i units = _mm512_maskz_loadu_epi16(lowBits(available), in);
+    __m512i units = _mm512_maskz_loadu_epi16(lowLanes32(available), in);
     uint32_t const notASCII = atLeast(units, 0x80);
     if (notASCII == 0 && available <= room) {
-        _mm256_mask_storeu_epi8(out, lowBits(available), _mm512_cvtepi16_epi8(units));
+        _mm256_mask_storeu_epi8(out, lowLanes32(available), _mm512_cvtepi16_epi8(units));
         out += available;
         return available;
     }
@@ -471,14 +462,14 @@ KX7_AVX512 inline std::ptrdiff_t encodeLastBlock(unsigned short const* in, std::
         }
     }
     std::ptrdiff_t used = std::min(available, HALF);
-    uint32_t const unpaired = highs & ~partners & lowBits(used);
+    uint32_t const unpaired = highs & ~partners & lowLanes32(used);
     if (unpaired != 0)
         used = __builtin_ctz(unpaired);
     // A pair that the half cuts is left to the next; its low surrogate is there.
     else if (highs >> (used - 1) & 1)
         --used;
     for (int attempts = 0; attempts < 2; ++attempts) {
-        uint32_t const lanes = lowBits(used);
+        uint32_t const lanes = lowLanes32(used);
         highs &= lanes;
         Kinds kinds = {notASCII & lanes, three & lanes, highs, highs << 1};
         kinds.three &= ~(kinds.highs | kinds.lows);
@@ -582,8 +573,8 @@ struct UnitBlock {
             back = _mm512_loadu_si512(in + UNITS);
             return;
         }
-        front = _mm512_maskz_loadu_epi16(lowBits(std::min(available, UNITS)), in);
-        back = _mm512_maskz_loadu_epi16(lowBits(std::max(available - UNITS, std::ptrdiff_t{0})), in + UNITS);
+        front = _mm512_maskz_loadu_epi16(lowLanes32(std::min(available, UNITS)), in);
+        back = _mm512_maskz_loadu_epi16(lowLanes32(std::max(available - UNITS, std::ptrdiff_t{0})), in + UNITS);
     }
 
     KX7_AVX512 bool isASCII() const

@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <random>
 
+#include "kx7/charset/KX7CharSet.h"
 #include "tests/environment/PathNames.h"
 #include "tests/support/Texts.h"
 
