@@ -3,8 +3,9 @@
 // program and STOP stops it until it is continued, both before the call is made. A close that fails has closed.
 //
 // KX7CONV_CALLS names a file that gets a line for each call: its kind. The kinds are those of the table below, whatever
-// the call is called: openat is an "open", but "create" where it makes a file, and "tmpfile" where that has no name.
-// Reads and writes of standard error do not count. A close of what was only read is a "close-input".
+// the call is called: openat is an "open", but "create" where it makes a file, "tmpfile" where that has no name, and
+// "open-folder" where it opens a folder or only a place. Reads and writes of standard error do not count. A close of
+// what was not written to is a "close-input".
 //
 // A hardened build gives inline bodies to the functions that are replaced here.
 #undef _FORTIFY_SOURCE
@@ -28,10 +29,10 @@
 namespace {
 
 constexpr char const* KINDS[] = {
-    "open",    "create",     "tmpfile",  "read",      "write",     "close",     "close-input",
-    "fstat",   "stat",       "readlink", "link",      "rename",    "unlink",    "mkdir",
-    "fsync",   "ftruncate",  "fchmod",   "fchown",    "utimens",   "fadvise",   "opendir",
-    "readdir", "flistxattr", "realpath", "fgetxattr", "fsetxattr", "getrandom", "poll",
+    "open",      "open-folder", "create",   "tmpfile",   "read",    "write",   "close",   "close-input",
+    "fstat",     "stat",        "readlink", "link",      "rename",  "unlink",  "mkdir",   "fsync",
+    "ftruncate", "fchmod",      "fchown",   "utimens",   "fadvise", "opendir", "readdir", "listxattr",
+    "getxattr",  "setxattr",    "realpath", "getrandom", "poll",
 };
 
 struct Reason {
@@ -120,7 +121,11 @@ bool fails(char const* kind)
 
 char const* kindOfOpen(int flags)
 {
-    return (flags & O_TMPFILE) == O_TMPFILE ? "tmpfile" : (flags & O_CREAT) != 0 ? "create" : "open";
+    if ((flags & O_TMPFILE) == O_TMPFILE)
+        return "tmpfile";
+    if ((flags & (O_DIRECTORY | O_PATH)) != 0)
+        return "open-folder";
+    return (flags & O_CREAT) != 0 ? "create" : "open";
 }
 
 template <class Function>
@@ -185,18 +190,26 @@ FAULTY("open", int, __openat64_2, (int folder, char const* path, int flags), (fo
 FAULTY("read", ssize_t, read, (int file, void* data, size_t size), (file, data, size))
 FAULTY("read", ssize_t, __read_chk, (int file, void* data, size_t size, size_t room), (file, data, size, room))
 
+namespace {
+
+/** Whether something was written to a descriptor. */
+std::atomic<bool> g_isWritten[1024];
+
+}  // namespace
+
 NAMED(ssize_t, write, (int file, void const* data, size_t size))
 {
+    if (file >= 0 && file < 1024)
+        g_isWritten[file] = true;
     return file != STDERR_FILENO && fails("write") ? -1
                                                    : next<ssize_t(int, void const*, size_t)>("write")(file, data, size);
 }
 
 NAMED(int, close, (int file))
 {
-    bool const isWritten = (fcntl(file, F_GETFL) & O_ACCMODE) != O_RDONLY;
-    char const* const kind = isWritten ? "close" : "close-input";
+    bool const isWritten = file >= 0 && file < 1024 && g_isWritten[file].exchange(false);
     // Killed or stopped before it is closed.
-    bool const isFailed = fails(kind);
+    bool const isFailed = fails(isWritten ? "close" : "close-input");
     int const reason = errno;
     auto const result = static_cast<int>(syscall(SYS_close, file));
     if (!isFailed)
@@ -250,10 +263,15 @@ FAULTY("fchown", int, fchownat, (int folder, char const* path, uid_t owner, gid_
 FAULTY("utimens", int, futimens, (int file, void const* times), (file, times))
 FAULTY("utimens", int, utimensat, (int folder, char const* path, void const* times, int flags),
        (folder, path, times, flags))
-FAULTY("flistxattr", ssize_t, flistxattr, (int file, char* names, size_t size), (file, names, size))
-FAULTY("fgetxattr", ssize_t, fgetxattr, (int file, char const* name, void* value, size_t size),
+FAULTY("listxattr", ssize_t, listxattr, (char const* path, char* names, size_t size), (path, names, size))
+FAULTY("listxattr", ssize_t, flistxattr, (int file, char* names, size_t size), (file, names, size))
+FAULTY("getxattr", ssize_t, getxattr, (char const* path, char const* name, void* value, size_t size),
+       (path, name, value, size))
+FAULTY("getxattr", ssize_t, fgetxattr, (int file, char const* name, void* value, size_t size),
        (file, name, value, size))
-FAULTY("fsetxattr", int, fsetxattr, (int file, char const* name, void const* value, size_t size, int flags),
+FAULTY("setxattr", int, setxattr, (char const* path, char const* name, void const* value, size_t size, int flags),
+       (path, name, value, size, flags))
+FAULTY("setxattr", int, fsetxattr, (int file, char const* name, void const* value, size_t size, int flags),
        (file, name, value, size, flags))
 
 FAULTY("opendir", DIR*, opendir, (char const* path), (path))
