@@ -19,50 +19,10 @@
 #include "kx7/tables/MappingLists.h"
 
 // Ahead of ordinary static objects, so that a program linked with the static library may convert in its own static
-// initialisers. Within one priority the order below holds.
+// initialisers. Within one priority the order of definition holds.
 #define KX7_EARLY __attribute__((init_priority(101)))
 
-KX7_EARLY KX7CharSetConverterSBCS g_oConverterWCP1250(oCP1250map, KX7CS_WCP1250);
-KX7_EARLY KX7CharSetConverterSBCS g_oConverterWCP1251(oCP1251map, KX7CS_WCP1251);
-KX7_EARLY KX7CharSetConverterSBCS g_oConverterWCP1252(oCP1252map, KX7CS_WCP1252);
-KX7_EARLY KX7CharSetConverterSBCS g_oConverterWCP1253(oCP1253map, KX7CS_WCP1253);
-KX7_EARLY KX7CharSetConverterSBCS g_oConverterWCP1254(oCP1254map, KX7CS_WCP1254);
-KX7_EARLY KX7CharSetConverterSBCS g_oConverterWCP1255(oCP1255map, KX7CS_WCP1255);
-KX7_EARLY KX7CharSetConverterSBCS g_oConverterWCP1256(oCP1256map, KX7CS_WCP1256);
-KX7_EARLY KX7CharSetConverterSBCS g_oConverterWCP1257(oCP1257map, KX7CS_WCP1257);
-KX7_EARLY KX7CharSetConverterSBCS g_oConverterWCP1258(oCP1258map, KX7CS_WCP1258);
-KX7_EARLY KX7CharSetConverterSBCS g_oConverterWCP874(oCP874map, KX7CS_WCP874);
-KX7_EARLY KX7CharSetConverterSBCS g_oConverterISO_8859_1(o8859_1map, KX7CS_ISO_8859_1);
-KX7_EARLY KX7CharSetConverterSBCS g_oConverterISO_8859_2(o8859_2map, KX7CS_ISO_8859_2);
-KX7_EARLY KX7CharSetConverterSBCS g_oConverterISO_8859_3(o8859_3map, KX7CS_ISO_8859_3);
-KX7_EARLY KX7CharSetConverterSBCS g_oConverterISO_8859_4(o8859_4map, KX7CS_ISO_8859_4);
-KX7_EARLY KX7CharSetConverterSBCS g_oConverterISO_8859_5(o8859_5map, KX7CS_ISO_8859_5);
-KX7_EARLY KX7CharSetConverterSBCS g_oConverterISO_8859_6(o8859_6map, KX7CS_ISO_8859_6);
-KX7_EARLY KX7CharSetConverterSBCS g_oConverterISO_8859_7(o8859_7map, KX7CS_ISO_8859_7);
-KX7_EARLY KX7CharSetConverterSBCS g_oConverterISO_8859_8(o8859_8map, KX7CS_ISO_8859_8);
-KX7_EARLY KX7CharSetConverterSBCS g_oConverterISO_8859_9(o8859_9map, KX7CS_ISO_8859_9);
-KX7_EARLY KX7CharSetConverterSBCS g_oConverterISO_8859_10(o8859_10map, KX7CS_ISO_8859_10);
-KX7_EARLY KX7CharSetConverterSBCS g_oConverterISO_8859_11(o8859_11map, KX7CS_ISO_8859_11);
-KX7_EARLY KX7CharSetConverterSBCS g_oConverterISO_8859_13(o8859_13map, KX7CS_ISO_8859_13);
-KX7_EARLY KX7CharSetConverterSBCS g_oConverterISO_8859_14(o8859_14map, KX7CS_ISO_8859_14);
-KX7_EARLY KX7CharSetConverterSBCS g_oConverterISO_8859_15(o8859_15map, KX7CS_ISO_8859_15);
-KX7_EARLY KX7CharSetConverterSBCS g_oConverterISO_8859_16(o8859_16map, KX7CS_ISO_8859_16);
-KX7_EARLY KX7CharSetConverterSBCS g_oConverterKOI8R(oKOI8Rmap, KX7CS_KOI8R);
-KX7_EARLY KX7CharSetConverterDBCS g_oConverterWCP932(oCP932map, oCP932Type, KX7CS_WCP932);
-KX7_EARLY KX7CharSetConverterDBCS g_oConverterWCP936(oCP936map, oCP936Type, KX7CS_WCP936);
-KX7_EARLY KX7CharSetConverterDBCS g_oConverterWCP949(oCP949map, oCP949Type, KX7CS_WCP949);
-KX7_EARLY KX7CharSetConverterDBCS g_oConverterWCP950(oCP950map, oCP950Type, KX7CS_WCP950);
-KX7_EARLY KX7CharSetConverterGB18030 g_oConverterGB18030(oGBKmap, KX7CS_GB18030);
-KX7_EARLY KX7CharSetConverterDBCS g_oConverterBig5(oBIG5map, oBig5Type, KX7CS_BIG5);
-KX7_EARLY KX7CharSetConverterDBCS g_oConverterSHIFTJIS(oSHIFTJISmap, oCP932Type, KX7CS_SHIFTJIS);
-KX7_EARLY KX7CharSetConverterDBCSEx g_oConverterSJIS2004(oSJIS0213_2004map, oCP932Type, KX7CS_SJIS0213);
-KX7_EARLY KX7CharSetConverterEUC_CN_KR g_oConverterEUCKR(oKSX1001map, KX7CS_EUC_KR);
-KX7_EARLY KX7CharSetConverterEUC_CN_KR g_oConverterEUCCN(oGB2312map, KX7CS_EUC_CN);
-KX7_EARLY KX7CharSetConverterEUC_JP g_oConverterEUCJP(oJIS0208map, oJIS0201map, oJIS0212map, KX7CS_EUC_JP);
-KX7_EARLY KX7CharSetConverterUTF8 g_oConverterUTF8(KX7CS_UTF8);
-KX7_EARLY KX7CharSetConverterUTF16 g_oConverterUTF16(KX7CS_UTF16);
-KX7_EARLY KX7CharSetConverterUTF32 g_oConverterUTF32(KX7CS_UTF32);
-KX7_EARLY KX7CharSetConverterUTF16Esc g_oConverterUTF16Esc(KX7CS_UTF16ESC);
+#include "kx7/charset/ConverterObjects.inc"
 
 namespace {
 
@@ -78,12 +38,31 @@ struct Slot {
 constexpr kx7::Engine NOT_ASKED{};
 
 // Written where the registry of the process is, and as that without a lock.
-Slot slots[64];
+Slot slots[1U << SLOT_BITS];
 
-/** By Fibonacci's method; with this factor none of the library's character sets, or KX7CS_OS_DEFAULT, shares a slot. */
+/** By Fibonacci's method. */
+constexpr uint32_t slotIndexOf(KX7CharSet charSet)
+{
+    return static_cast<uint32_t>(charSet) * SLOT_FACTOR >> (32 - SLOT_BITS);
+}
+
+constexpr bool noSlotIsShared()
+{
+    bool isTaken[1U << SLOT_BITS] = {};
+    isTaken[slotIndexOf(KX7CS_OS_DEFAULT)] = true;
+    for (Registration const& registration : REGISTRATIONS) {
+        bool& slot = isTaken[slotIndexOf(registration.charSet)];
+        if (slot)
+            return false;
+        slot = true;
+    }
+    return true;
+}
+static_assert(noSlotIsShared(), "one of the library's converters would be found by the slow way only");
+
 Slot& slotOf(KX7CharSet charSet)
 {
-    return slots[static_cast<uint32_t>(charSet) * UINT32_C(0x3017241F) >> 26];
+    return slots[slotIndexOf(charSet)];
 }
 
 void fillSlot(KX7CharSet charSet, KX7CharSetConverter* converter)
@@ -150,53 +129,7 @@ CharSetConverterManager::CharSetConverterManager() : osDefaultCharSet(KX7CS_ISO_
     initLocaleMap();
     osDefaultCharSet = getDefaultCharSet();
 
-    struct {
-        KX7CharSet charSet;
-        KX7CharSetConverter* converter;
-    } const converters[] = {
-        {KX7CS_WCP1250, &g_oConverterWCP1250},
-        {KX7CS_WCP1251, &g_oConverterWCP1251},
-        {KX7CS_WCP1252, &g_oConverterWCP1252},
-        {KX7CS_WCP1253, &g_oConverterWCP1253},
-        {KX7CS_WCP1254, &g_oConverterWCP1254},
-        {KX7CS_WCP1255, &g_oConverterWCP1255},
-        {KX7CS_WCP1256, &g_oConverterWCP1256},
-        {KX7CS_WCP1257, &g_oConverterWCP1257},
-        {KX7CS_WCP1258, &g_oConverterWCP1258},
-        {KX7CS_WCP874, &g_oConverterWCP874},
-        {KX7CS_ISO_8859_1, &g_oConverterISO_8859_1},
-        {KX7CS_ISO_8859_2, &g_oConverterISO_8859_2},
-        {KX7CS_ISO_8859_3, &g_oConverterISO_8859_3},
-        {KX7CS_ISO_8859_4, &g_oConverterISO_8859_4},
-        {KX7CS_ISO_8859_5, &g_oConverterISO_8859_5},
-        {KX7CS_ISO_8859_6, &g_oConverterISO_8859_6},
-        {KX7CS_ISO_8859_7, &g_oConverterISO_8859_7},
-        {KX7CS_ISO_8859_8, &g_oConverterISO_8859_8},
-        {KX7CS_ISO_8859_9, &g_oConverterISO_8859_9},
-        {KX7CS_ISO_8859_10, &g_oConverterISO_8859_10},
-        {KX7CS_ISO_8859_11, &g_oConverterISO_8859_11},
-        {KX7CS_ISO_8859_13, &g_oConverterISO_8859_13},
-        {KX7CS_ISO_8859_14, &g_oConverterISO_8859_14},
-        {KX7CS_ISO_8859_15, &g_oConverterISO_8859_15},
-        {KX7CS_ISO_8859_16, &g_oConverterISO_8859_16},
-        {KX7CS_KOI8R, &g_oConverterKOI8R},
-        {KX7CS_WCP932, &g_oConverterWCP932},
-        {KX7CS_WCP936, &g_oConverterWCP936},
-        {KX7CS_WCP949, &g_oConverterWCP949},
-        {KX7CS_WCP950, &g_oConverterWCP950},
-        {KX7CS_EUC_KR, &g_oConverterEUCKR},
-        {KX7CS_EUC_CN, &g_oConverterEUCCN},
-        {KX7CS_EUC_JP, &g_oConverterEUCJP},
-        {KX7CS_GB18030, &g_oConverterGB18030},
-        {KX7CS_BIG5, &g_oConverterBig5},
-        {KX7CS_SHIFTJIS, &g_oConverterSHIFTJIS},
-        {KX7CS_SJIS0213, &g_oConverterSJIS2004},
-        {KX7CS_UTF8, &g_oConverterUTF8},
-        {KX7CS_UTF16, &g_oConverterUTF16},
-        {KX7CS_UTF32, &g_oConverterUTF32},
-        {KX7CS_UTF16ESC, &g_oConverterUTF16Esc},
-    };
-    for (auto const& entry : converters)
+    for (Registration const& entry : REGISTRATIONS)
         insert(entry.charSet, entry.converter, true);
 }
 

@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "kx7/charset/KX7CharSet.h"
-#include "tests/charset/CharSets.h"
 #include "tests/charset/EntryPointReference.h"
+#include "tests/support/CharSets.h"
 #include "tests/support/Guarded.h"
 
 using kx7test::CharSetRow;

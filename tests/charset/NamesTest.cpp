@@ -7,55 +7,15 @@
 
 #include "kx7/charset/CharSetConverterManager.h"
 #include "kx7/charset/KX7CharSet.h"
+#include "tests/charset/NamedSets.h"
 
-namespace {
-
-struct NameRow {
-    char const* name;
-    int value;
-    KX7CharSet charSet;
-};
-#define NAME(charSet, value)                                                                                           \
-    {                                                                                                                  \
-#charSet, value, charSet                                                                                       \
-    }
-NameRow const NAMES[] = {
-    NAME(KX7CS_ISO_8859_1, 28591),     NAME(KX7CS_ISO_8859_2, 28592),
-    NAME(KX7CS_ISO_8859_3, 28593),     NAME(KX7CS_ISO_8859_4, 28594),
-    NAME(KX7CS_ISO_8859_5, 28595),     NAME(KX7CS_ISO_8859_6, 28596),
-    NAME(KX7CS_ISO_8859_7, 28597),     NAME(KX7CS_ISO_8859_8, 28598),
-    NAME(KX7CS_ISO_8859_9, 28599),     NAME(KX7CS_ISO_8859_10, 28600),
-    NAME(KX7CS_ISO_8859_11, 28601),    NAME(KX7CS_ISO_8859_13, 28603),
-    NAME(KX7CS_ISO_8859_14, 28604),    NAME(KX7CS_ISO_8859_15, 28605),
-    NAME(KX7CS_ISO_8859_16, 28606),    NAME(KX7CS_ISO_2022JP, 50220),
-    NAME(KX7CS_ISO_2022JP_1, 50221),   NAME(KX7CS_ISO_2022JP_2, 50222),
-    NAME(KX7CS_ISO_2022JP_3, 50223),   NAME(KX7CS_ISO_2022JP_2004, 50224),
-    NAME(KX7CS_ISO_2022KR, 50225),     NAME(KX7CS_ISO_2022CN, 50227),
-    NAME(KX7CS_ISO_2022CN_EXT, 50228), NAME(KX7CS_ISO_2022TW, 50229),
-    NAME(KX7CS_WCP1250, 1250),         NAME(KX7CS_WCP1251, 1251),
-    NAME(KX7CS_WCP1252, 1252),         NAME(KX7CS_WCP1253, 1253),
-    NAME(KX7CS_WCP1254, 1254),         NAME(KX7CS_WCP1255, 1255),
-    NAME(KX7CS_WCP1256, 1256),         NAME(KX7CS_WCP1257, 1257),
-    NAME(KX7CS_WCP1258, 1258),         NAME(KX7CS_WCP874, 874),
-    NAME(KX7CS_WCP932, 932),           NAME(KX7CS_WCP936, 936),
-    NAME(KX7CS_WCP949, 949),           NAME(KX7CS_WCP950, 950),
-    NAME(KX7CS_KOI8R, 20866),          NAME(KX7CS_GB18030, 54936),
-    NAME(KX7CS_BIG5, 30950),           NAME(KX7CS_SHIFTJIS, 30932),
-    NAME(KX7CS_SJIS0213, 30933),       NAME(KX7CS_EUC_JP, 51932),
-    NAME(KX7CS_EUC_CN, 51936),         NAME(KX7CS_EUC_KR, 51949),
-    NAME(KX7CS_EUC_TW, 51950),         NAME(KX7CS_UTF8, 65001),
-    NAME(KX7CS_UTF16, 1200),           NAME(KX7CS_UTF16BE, 1201),
-    NAME(KX7CS_UTF16ESC, 1202),        NAME(KX7CS_UTF32, 12000),
-    NAME(KX7CS_UTF32BE, 12001),        NAME(KX7CS_OS_DEFAULT, -2),
-};
-#undef NAME
-
-}  // namespace
+using kx7test::NAMED_SETS;
+using kx7test::NamedSet;
 
 TEST(Names, OfEveryCharSetInBothDirections)
 {
-    for (NameRow const& row : NAMES) {
-        EXPECT_EQ(static_cast<int>(row.charSet), row.value) << row.name;
+    for (NamedSet const& row : NAMED_SETS) {
+        EXPECT_EQ(static_cast<int>(row.charSet), row.number) << row.name;
         EXPECT_STREQ(KX7CharSetToString(row.charSet), row.name);
         EXPECT_EQ(KX7CharSetFromString(row.name), row.charSet) << row.name;
         EXPECT_EQ(KX7CharSetFromString(KX7CharSetToString(row.charSet)), row.charSet) << row.name;
@@ -67,8 +27,8 @@ TEST(Names, OfEveryCharSetInBothDirections)
 TEST(Names, OfNoOtherValue)
 {
     std::set<int> named;
-    for (NameRow const& row : NAMES)
-        named.insert(row.value);
+    for (NamedSet const& row : NAMED_SETS)
+        named.insert(row.number);
     for (int value = -10; value < 70000; ++value) {
         if (named.count(value) == 0) {
             ASSERT_STREQ(KX7CharSetToString(static_cast<KX7CharSet>(value)), "KX7CS_OS_DEFAULT") << value;
@@ -85,7 +45,7 @@ TEST(Names, ExistWithoutAConverter)
 
 TEST(Names, StayWhereTheyAre)
 {
-    for (NameRow const& row : NAMES) {
+    for (NamedSet const& row : NAMED_SETS) {
         char const* const first = KX7CharSetToString(row.charSet);
         EXPECT_EQ(KX7CharSetToString(row.charSet), first) << row.name;
     }

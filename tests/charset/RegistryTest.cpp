@@ -11,11 +11,14 @@
 #include "kx7/charset/Converters.h"
 #include "kx7/charset/KX7CharSet.h"
 #include "kx7/text/KX7UString.h"
-#include "tests/charset/CharSets.h"
 #include "tests/charset/ForeignConverter.h"
+#include "tests/charset/NamedSets.h"
+#include "tests/support/CharSets.h"
 
 using kx7test::charSetRows;
 using kx7test::ForeignConverter;
+using kx7test::NAMED_SETS;
+using kx7test::NamedSet;
 
 namespace {
 
@@ -23,48 +26,6 @@ constexpr KX7CharSet charSetOf(int number)
 {
     return static_cast<KX7CharSet>(number);
 }
-
-struct ValueRow {
-    char const* name;
-    KX7CharSet charSet;
-    int number;
-};
-
-#define ROW(charSet, number)                                                                                           \
-    ValueRow                                                                                                           \
-    {                                                                                                                  \
-#charSet, charSet, number                                                                                      \
-    }
-ValueRow const VALUES[] = {
-    ROW(KX7CS_ISO_8859_1, 28591),     ROW(KX7CS_ISO_8859_2, 28592),
-    ROW(KX7CS_ISO_8859_3, 28593),     ROW(KX7CS_ISO_8859_4, 28594),
-    ROW(KX7CS_ISO_8859_5, 28595),     ROW(KX7CS_ISO_8859_6, 28596),
-    ROW(KX7CS_ISO_8859_7, 28597),     ROW(KX7CS_ISO_8859_8, 28598),
-    ROW(KX7CS_ISO_8859_9, 28599),     ROW(KX7CS_ISO_8859_10, 28600),
-    ROW(KX7CS_ISO_8859_11, 28601),    ROW(KX7CS_ISO_8859_13, 28603),
-    ROW(KX7CS_ISO_8859_14, 28604),    ROW(KX7CS_ISO_8859_15, 28605),
-    ROW(KX7CS_ISO_8859_16, 28606),    ROW(KX7CS_ISO_2022JP, 50220),
-    ROW(KX7CS_ISO_2022JP_1, 50221),   ROW(KX7CS_ISO_2022JP_2, 50222),
-    ROW(KX7CS_ISO_2022JP_3, 50223),   ROW(KX7CS_ISO_2022JP_2004, 50224),
-    ROW(KX7CS_ISO_2022KR, 50225),     ROW(KX7CS_ISO_2022CN, 50227),
-    ROW(KX7CS_ISO_2022CN_EXT, 50228), ROW(KX7CS_ISO_2022TW, 50229),
-    ROW(KX7CS_WCP1250, 1250),         ROW(KX7CS_WCP1251, 1251),
-    ROW(KX7CS_WCP1252, 1252),         ROW(KX7CS_WCP1253, 1253),
-    ROW(KX7CS_WCP1254, 1254),         ROW(KX7CS_WCP1255, 1255),
-    ROW(KX7CS_WCP1256, 1256),         ROW(KX7CS_WCP1257, 1257),
-    ROW(KX7CS_WCP1258, 1258),         ROW(KX7CS_WCP874, 874),
-    ROW(KX7CS_WCP932, 932),           ROW(KX7CS_WCP936, 936),
-    ROW(KX7CS_WCP949, 949),           ROW(KX7CS_WCP950, 950),
-    ROW(KX7CS_KOI8R, 20866),          ROW(KX7CS_GB18030, 54936),
-    ROW(KX7CS_BIG5, 30950),           ROW(KX7CS_SHIFTJIS, 30932),
-    ROW(KX7CS_SJIS0213, 30933),       ROW(KX7CS_EUC_JP, 51932),
-    ROW(KX7CS_EUC_CN, 51936),         ROW(KX7CS_EUC_KR, 51949),
-    ROW(KX7CS_EUC_TW, 51950),         ROW(KX7CS_UTF8, 65001),
-    ROW(KX7CS_UTF16, 1200),           ROW(KX7CS_UTF16BE, 1201),
-    ROW(KX7CS_UTF16ESC, 1202),        ROW(KX7CS_UTF32, 12000),
-    ROW(KX7CS_UTF32BE, 12001),        ROW(KX7CS_OS_DEFAULT, -2),
-};
-#undef ROW
 
 /** Named sets that have no converter, and numbers that are no character set. */
 int const WITHOUT_CONVERTER[] = {
@@ -96,7 +57,7 @@ static_assert(std::is_same<std::underlying_type<KX7CharSet>::type, int32_t>::val
 TEST(CharSetValues, AreCodePageNumbers)
 {
     std::set<int> numbers;
-    for (ValueRow const& row : VALUES) {
+    for (NamedSet const& row : NAMED_SETS) {
         EXPECT_EQ(static_cast<int>(row.charSet), row.number) << row.name;
         EXPECT_TRUE(numbers.insert(row.number).second) << row.name;
     }
@@ -124,7 +85,7 @@ TEST(Registry, ServesValuesWithoutConverterByUTF8)
 
 TEST(Registry, LoadGivesUTF8WhateverIsAskedFor)
 {
-    for (ValueRow const& row : VALUES)
+    for (NamedSet const& row : NAMED_SETS)
         EXPECT_EQ(g_oCnvtMgr.load(row.charSet), &g_oConverterUTF8) << row.name;
 }
 

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "kx7/convert.h"
-#include "tests/charset/CharSets.h"
+#include "tests/support/CharSets.h"
 
 namespace kx7test {
 

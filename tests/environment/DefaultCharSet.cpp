@@ -9,7 +9,7 @@
 
 #include "kx7/charset/CharSetConverterManager.h"
 #include "tests/charset/ForeignConverter.h"
-#include "tests/environment/AllConverters.h"
+#include "tests/support/CharSets.h"
 
 int main(int argc, char** argv)
 {
@@ -24,6 +24,6 @@ int main(int argc, char** argv)
     KX7CharSetConverter const* const converter = KX7CharSetConverter::getConverter(KX7CS_OS_DEFAULT);
     if (converter != g_oCnvtMgr.getConverter(KX7CS_OS_DEFAULT))
         return 1;
-    printf("%d %d\n", detected, static_cast<int>(kx7test::charSetOf(converter)));
+    printf("%d %d\n", detected, static_cast<int>(kx7test::charSetOf(*converter)));
     return 0;
 }

@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "kx7/charset/KX7CharSet.h"
-#include "tests/environment/AllConverters.h"
 #include "tests/support/Calls.h"
+#include "tests/support/CharSets.h"
 #include "tests/support/Hex.h"
 #include "tests/support/Memory.h"
 
@@ -24,7 +24,7 @@ inline KX7CharSetConverter& local()
 
 inline KX7CharSet defaultCharSet()
 {
-    return charSetOf(&local());
+    return charSetOf(local());
 }
 
 /** What a function returns, and all bytes that the capacity covers. */

@@ -1,8 +1,8 @@
 // kx7text fuzzing - the exported functions against one or two calls of a converter, and the names of file paths.
 #include "kx7/charset/KX7CharSet.h"
-#include "tests/charset/CharSets.h"
 #include "tests/charset/EntryPointReference.h"
 #include "tests/fuzz/Fuzz.h"
+#include "tests/support/CharSets.h"
 #include "tests/support/Memory.h"
 
 using namespace kx7test;

@@ -4,8 +4,8 @@
 
 #include "kx7/converters/Engine.h"
 #include "kx7/kernels/Kernels.h"
-#include "tests/charset/CharSets.h"
 #include "tests/fuzz/Fuzz.h"
+#include "tests/support/CharSets.h"
 #include "tests/support/Memory.h"
 
 using namespace kx7test;

@@ -11,8 +11,8 @@
 
 #include "cli/Options.h"
 #include "kx7/convert.h"
-#include "tests/charset/CharSets.h"
 #include "tests/fuzz/Fuzz.h"
+#include "tests/support/CharSets.h"
 
 using namespace kx7test;
 using kx7conv::OnError;

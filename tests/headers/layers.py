@@ -73,7 +73,8 @@ def circle_in(graph):
 
 def main():
     files = {str(path.relative_to(ROOT).as_posix())
-             for folder in ("kx7", "cli") for pattern in ("*.h", "*.cpp") for path in (ROOT / folder).rglob(pattern)}
+             for folder in ("kx7", "cli") for pattern in ("*.h", "*.cpp", "*.inc")
+             for path in (ROOT / folder).rglob(pattern)}
     unknown = sorted(path for path in files if layer_of(path) not in LAYERS)
     if unknown:
         sys.exit(f"layers.py: {unknown[0]} is in no layer")

@@ -7,11 +7,11 @@
 
 #include "kx7/converters/Walk.h"
 #include "kx7/tables/MappingLists.h"
-#include "tests/charset/CharSets.h"
 #include "tests/internal/Foreign.h"
 #include "tests/internal/RangeProbe.h"
 #include "tests/internal/SingleByteLists.h"
 #include "tests/model/Utf8Model.h"
+#include "tests/support/CharSets.h"
 #include "tests/support/Texts.h"
 
 using namespace kx7test;

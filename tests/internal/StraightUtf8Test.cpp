@@ -11,6 +11,7 @@
 #include "kx7/converters/Engine.h"
 #include "tests/internal/AllSets.h"
 #include "tests/internal/KernelSets.h"
+#include "tests/support/CharSets.h"
 #include "tests/support/Hex.h"
 #include "tests/support/Memory.h"
 
@@ -78,14 +79,6 @@ std::vector<Way> const& ways()
         return found;
     }();
     return all;
-}
-
-KX7CharSet charSetOf(KX7CharSetConverter const& converter)
-{
-    for (kx7::CharSetInfo const& info : kx7::charSets())
-        if (KX7CharSetConverter::getConverter(info.charSet) == &converter)
-            return info.charSet;
-    return KX7CS_OS_DEFAULT;
 }
 
 /** A text of about `length` bytes: runs of ASCII, of characters, and `broken` fragments in a thousand. */

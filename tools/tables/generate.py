@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-# kx7text - writes the stored tables under kx7/tables/, or compares them with their sources.
-"""Without an option: writes the tables. Building the library needs none of this, the tables are in the repository.
+# kx7text - writes the stored tables under kx7/tables/ and what is said of each character set elsewhere, or compares.
+"""Without an option: writes what has changed. Building the library needs none of this, all of it is in the repository.
 
 Exit codes: 0 done, 1 a difference or an error, 77 the comparison is not possible because a package is missing or is
 not of the version that the tables are made from.
@@ -15,13 +15,13 @@ import sources
 import tables
 import writers
 
-TARGET = pathlib.Path(__file__).resolve().parents[2] / "kx7" / "tables"
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+TARGET = ROOT / "kx7" / "tables"
 
 
 def write(files):
-    TARGET.mkdir(parents=True, exist_ok=True)
     for name, text in files.items():
-        path = TARGET / name
+        path = ROOT / name
         if not path.exists() or path.read_text(encoding="utf-8") != text:  # an equal file keeps its time
             path.write_text(text, encoding="utf-8")
             print(f"wrote {name}")
@@ -30,7 +30,7 @@ def write(files):
 def differences(files):
     """One line for every file that is not what its sources give."""
     for name, text in files.items():
-        path = TARGET / name
+        path = ROOT / name
         if not path.exists():
             yield f"{name}: is missing"
             continue
@@ -40,8 +40,9 @@ def differences(files):
                 yield f"{name}:{number}: stored {stored!r}, generated {generated!r}"
                 break
     for path in sorted(TARGET.glob("*.cpp")):
-        if path.name not in files and writers.MARK in path.read_text(encoding="utf-8"):
-            yield f"{path.name}: no table is declared for it"
+        name = str(path.relative_to(ROOT))
+        if name not in files and writers.MARK in path.read_text(encoding="utf-8"):
+            yield f"{name}: no table is declared for it"
 
 
 def main():

@@ -3,6 +3,7 @@
 """Reads the C++ under kx7/tables/ as it is stored; needs none of the packages that the tables are made from."""
 
 import contextlib
+import dataclasses
 import io
 import pathlib
 import re
@@ -14,12 +15,16 @@ sys.dont_write_bytecode = True
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent))
 
 import bytetypes  # noqa: E402
+import charsetfiles  # noqa: E402
+import charsetrow  # noqa: E402
+import charsets  # noqa: E402
 import generate  # noqa: E402
 import sources  # noqa: E402
 import tables  # noqa: E402
 import writers  # noqa: E402
 
 TABLES = generate.TARGET
+ROOT = generate.ROOT
 
 
 def stored(file, name):
@@ -444,6 +449,107 @@ class TheGeneratorRefuses(unittest.TestCase):
                 bytetypes.types("oTest", rule)
 
 
+class CharSets(unittest.TestCase):
+    def test_converters_are_in_the_two_orders_that_callers_can_observe(self):
+        single_byte = [*range(1250, 1259), 874, *range(28591, 28602), *range(28603, 28607), 20866]
+        code_pages, chinese_and_japanese = [932, 936, 949, 950], [54936, 30950, 30932, 30933]
+        euc, unicode = [51949, 51936, 51932], [65001, 1200, 12000, 1202]
+        self.assertEqual([row.number for row in charsets.CONSTRUCTED],
+                         single_byte + code_pages + chinese_and_japanese + euc + unicode)
+        self.assertEqual([row.number for row in charsets.REGISTERED],
+                         single_byte + code_pages + euc + chinese_and_japanese + unicode)
+
+    def test_what_the_rows_give_is_stored(self):
+        """On whatever machine and whenever this runs: the stored files are the same bytes."""
+        for name, text in charsetfiles.files().items():
+            self.assertEqual((ROOT / name).read_text(encoding="utf-8"), text, name)
+
+    def test_the_quick_lookup_has_a_slot_for_each(self):
+        factor, bits = charsetfiles.slots(charsets.CONSTRUCTED)
+        self.assertEqual((factor, bits), (0x3017241F, 6))
+        for more in (1, 30):
+            rows = charsets.CONSTRUCTED + [charsetrow.without_converter(f"X{i}", 70000 + 7 * i) for i in range(more)]
+            factor, bits = charsetfiles.slots(rows)
+            slots = {(row.number * factor & 0xFFFFFFFF) >> 32 - bits for row in rows}
+            self.assertEqual(len(slots), len(rows), more)
+            self.assertNotIn((-2 & 0xFFFFFFFF) * factor % 2**32 >> 32 - bits, slots)
+
+    def test_a_label_of_each_kind(self):
+        text = (ROOT / "kx7/convert/CharSetLabels.h").read_text(encoding="utf-8")
+        for row in ('{"latin1", KX7CS_ISO_8859_1, KX7CS_WCP1252}', '{"x-sjis", KX7CS_OS_DEFAULT, KX7CS_WCP932}',
+                    '{"cp936", KX7CS_WCP936, KX7CS_OS_DEFAULT}',
+                    '{KX7CS_WCP950, "KX7CS_WCP950", nullptr, "Big5"}',
+                    '{KX7CS_ISO_8859_11, "KX7CS_ISO_8859_11", "TIS-620", nullptr}'):
+            self.assertIn(f"    {row},\n", text)
+
+
+class Sections(unittest.TestCase):
+    BEGIN, END = f"// {writers.MARK}: numbers", "// END OF GENERATED"
+
+    def test_lines_between_the_marks_are_replaced_and_take_their_indent(self):
+        text = f"a\n    {self.BEGIN}\n    old\n\n    {self.END}\nb {self.END}\n"
+        found = charsetfiles.with_sections("x.h", text, {"numbers": ["1", "", "2"]})
+        self.assertEqual(found, f"a\n    {self.BEGIN}\n    1\n\n    2\n    {self.END}\nb {self.END}\n")
+        self.assertEqual(charsetfiles.with_sections("x.h", found, {"numbers": ["1", "", "2"]}), found)
+
+    def test_in_markdown_the_marks_are_comments(self):
+        text = f"<!-- {writers.MARK}: numbers -->\n<!-- END OF GENERATED -->\n"
+        self.assertIn("-->\n1\n<!--", charsetfiles.with_sections("x.md", text, {"numbers": ["1"]}))
+
+    def test_one_that_is_not_there_or_there_twice_or_does_not_end_is_refused(self):
+        section = f"{self.BEGIN}\n{self.END}\n"
+        for text, count in (("", 0), (section + section, 2), (f"{self.BEGIN}\n", 0), (f"{self.BEGIN}\n  {self.END}\n", 0)):
+            with self.assertRaisesRegex(tables.TableError, f"has {count} sections 'numbers'"):
+                charsetfiles.with_sections("x.h", text, {"numbers": []})
+
+    def test_a_line_that_is_too_long_is_refused(self):
+        with self.assertRaisesRegex(tables.TableError, "too long"):
+            charsetfiles.with_sections("x.h", f"{self.BEGIN}\n{self.END}\n", {"numbers": ["1" * 121]})
+
+
+class RowsAreRefused(unittest.TestCase):
+    """Each in place of the last of the single-byte sets."""
+
+    def refused(self, words, **changes):
+        row = dataclasses.replace(charsets.SINGLE_BYTE[-1], **changes)
+        orders = [[row if each is charsets.SINGLE_BYTE[-1] else each for each in order]
+                  for order in (charsets.NAMED, charsets.CONSTRUCTED, charsets.REGISTERED)]
+        with self.assertRaisesRegex(tables.TableError, words):
+            charsetfiles.check(*orders, self.samples())
+
+    def samples(self):
+        return {path.name for path in (ROOT / "samples").glob("*.txt")}
+
+    def test_but_those_of_the_library_are_not(self):
+        charsetfiles.check(charsets.NAMED, charsets.CONSTRUCTED, charsets.REGISTERED, self.samples())
+
+    def test_with_the_name_number_or_object_of_another(self):
+        self.refused("KX7CS_UTF8: the name of 2 rows", name="UTF8")
+        self.refused("65001: the number of 2 rows", number=65001)
+        self.refused("-2: the number of 2 rows", number=-2)
+        self.refused("g_oConverterBig5: the converter object of 2 rows", suffix="Big5")
+
+    def test_with_a_label_of_another_or_one_that_is_not_found_by_halving(self):
+        self.refused("iana: the label of 2 rows", iana="latin1")
+        self.refused("whatwg: the label of 2 rows", whatwg="one UTF-8".lower())
+        self.refused("lower case", iana="one Two")
+        self.refused("lower case", iana="one tw\xF6")
+
+    def test_without_its_samples(self):
+        self.refused("klingon.koi8r.txt: a row has it", samples="russian klingon")
+        self.refused("russian.koi8r.txt: a sample that no row has", samples="")
+
+    def test_with_a_comment_that_is_too_long(self):
+        self.refused("too long", about="x" * 100)
+
+    def test_that_are_in_one_order_alone(self):
+        with self.assertRaisesRegex(tables.TableError, "constructed are other converters"):
+            charsetfiles.check(charsets.NAMED, charsets.CONSTRUCTED[1:], charsets.REGISTERED, self.samples())
+        with self.assertRaisesRegex(tables.TableError, "registered are converters of 2 rows"):
+            charsetfiles.check(charsets.NAMED, charsets.CONSTRUCTED, charsets.REGISTERED + charsets.REGISTERED[:1],
+                               self.samples())
+
+
 class TheCommand(unittest.TestCase):
     """Runs on a made-up set of files in place of the sources."""
 
@@ -459,18 +565,19 @@ class TheCommand(unittest.TestCase):
             return generate.main(), output.getvalue() + errors.getvalue(), write.called
 
     def all_files(self):
-        return {path.name: path.read_text(encoding="utf-8") for path in TABLES.glob("*.cpp")}
+        return {f"kx7/tables/{path.name}": path.read_text(encoding="utf-8") for path in TABLES.glob("*.cpp")}
 
     def test_check_names_the_first_line_that_differs(self):
         files = self.all_files()
         self.assertEqual(self.run_with(["--check"], files)[0], 0)
-        files["oCP1251map.cpp"] = files["oCP1251map.cpp"].replace("0x0088,0x20AC", "0x0088,0x20AD")
-        files["oMissing.cpp"] = ""
-        del files["oCP1252map.cpp"]
+        changed = "kx7/tables/oCP1251map.cpp"
+        files[changed] = files[changed].replace("0x0088,0x20AC", "0x0088,0x20AD")
+        files["kx7/tables/oMissing.cpp"] = ""
+        del files["kx7/tables/oCP1252map.cpp"]
         code, output, written = self.run_with(["--check"], files)
         self.assertEqual((code, written), (1, False))
         self.assertRegex(output, r"oCP1251map\.cpp:\d+: stored '.*0x20AC.*', generated '.*0x20AD")
-        self.assertIn("oMissing.cpp: is missing", output)
+        self.assertIn("kx7/tables/oMissing.cpp: is missing", output)
         self.assertIn("oCP1252map.cpp: no table is declared for it", output)
         self.assertEqual(len(output.splitlines()), 3)
 
