@@ -14,7 +14,7 @@ struct SingleByteTables;
 }  // namespace kx7
 
 /**
- * Converter for a character set whose every byte is one UTF-16 code unit (Windows 125x and 874, ISO 8859, KOI8-R).
+ * Converter for a character set whose every byte is one UTF-16 code unit (Windows 125x and 874, ISO 8859 and others).
  * One object serves one character set. It is created empty and builds its two tables from a mapping list on the
  * first conversion; from then on it is read-only. All operations may be called from any thread at once.
  */

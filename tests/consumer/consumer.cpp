@@ -83,8 +83,8 @@ void useConverters()
 {
     unsigned short utf16[8];
     bool isIllegal = false;
-    KX7CharSetConverter* const converter = KX7CharSetConverter::getConverter(KX7CS_KOI8R);
-    check(converter == &g_oConverterKOI8R, "getConverter");
+    KX7CharSetConverter* const converter = KX7CharSetConverter::getConverter(KX7CS_WCP1251);
+    check(converter == &g_oConverterWCP1251, "getConverter");
 #ifdef __cpp_rtti
     check(typeid(*converter) == typeid(KX7CharSetConverterSBCS) &&
               dynamic_cast<KX7CharSetConverterSBCS*>(converter) != nullptr,

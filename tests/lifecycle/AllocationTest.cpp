@@ -408,10 +408,10 @@ TEST(AllocationFailure, OfTheTwoStepFunctionsWithAConverterFromOutsideIsAResultO
 
 TEST(AllocationFailure, InAFirstConversionThrowsNothingAndTheNextOneBuildsTheTables)
 {
-    KX7CharSet const cs = KX7CS_KOI8R;  // no other test here uses it
+    KX7CharSet const cs = KX7CS_ISO_8859_5;  // no other test here uses it
     unsigned short units[4] = {};
     unsigned int written = 0;
-    Effect effect = effectOf([&] { written = LocalToUTF16(units, "\xC1\xC2", 4, cs); }, 1, true);
+    Effect effect = effectOf([&] { written = LocalToUTF16(units, "\xD0\xD1", 4, cs); }, 1, true);
     EXPECT_FALSE(effect.threw);
     EXPECT_EQ(effect.blocks, 0);
     EXPECT_GE(effect.calls, 1u);
@@ -422,9 +422,9 @@ TEST(AllocationFailure, InAFirstConversionThrowsNothingAndTheNextOneBuildsTheTab
     effect = effectOf([&] { written = UTF16ToLocal(bytes, cyrillic, 4, cs); }, 1, true);
     EXPECT_FALSE(effect.threw);
     EXPECT_STREQ(bytes, "??");
-    KX7UString const s("\xC1\xC2", cs);
+    KX7UString const s("\xD0\xD1", cs);
     expectString(s, {0x430, 0x431});
     EXPECT_EQ(UTF16ToLocal(bytes, cyrillic, 4, cs), 2u);
-    EXPECT_STREQ(bytes, "\xC1"
+    EXPECT_STREQ(bytes, "\xD0"
                         "a");
 }

@@ -44,7 +44,7 @@ void convert(void* library, KX7CharSet cs)
         fail("dlsym", dlerror());
     unsigned char utf8[16];
     char local[16];
-    if (toUTF8(utf8, "\xD6\xD0", sizeof utf8, KX7CS_KOI8R) != 4 || memcmp(utf8, u8"\u0436\u043F", 5) != 0)
+    if (toUTF8(utf8, "\xD6\xDF", sizeof utf8, KX7CS_ISO_8859_5) != 4 || memcmp(utf8, u8"\u0436\u043F", 5) != 0)
         fail("LocalToUTF8", "wrong");
     if (fromUTF8(local, utf8, sizeof local, cs) == 0)
         fail("UTF8ToLocal", "nothing");
