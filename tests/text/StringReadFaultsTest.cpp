@@ -121,7 +121,8 @@ void expectFaults(FaultRow const& row, bool consuming, Fault fault)
 TEST(StringRead, EndsWhereTheBufferFailsToLookAtOrToConsumeAByte)
 {
     FaultRow const rows[] = {
-        {Reader::LINE, "xxx\n", 0, 3}, {Reader::LINE, "\n", 0, 0},
+        {Reader::LINE, "xxx\n", 0, 3},
+        {Reader::LINE, "\n", 0, 0},
     };
     for (FaultRow const& row : rows)
         for (bool const consuming : {false, true})
