@@ -57,7 +57,7 @@ unsigned int decodeCounted(KX7CharSetConverter& converter, unsigned short* dest,
 {
     auto const* const bytes = reinterpret_cast<unsigned char const*>(source);
     if (Engine const* const engine = engineOf(converter))
-        return engine->toUTF16(converter, dest, {bytes, bytes + byteCount}, room, sourceLimit);
+        return engine->toUTF16(converter, dest, {bytes, endOf(bytes, byteCount)}, room, sourceLimit);
 
     // Zeros behind them for a code of four bytes that the count cuts off, and for a terminator.
     size_t const zeros = 3 + 4;

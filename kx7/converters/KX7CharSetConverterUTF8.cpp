@@ -148,7 +148,7 @@ struct KX7CharSetConverterUTF8::Encoder : kx7::EncoderBase {
             return false;
         if (in != end)
             ++in;
-        ++outEnd;
+        outEnd = kx7::endOf(outEnd, 1);
         return true;
     }
 };

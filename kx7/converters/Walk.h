@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <cstring>
 
+#include "kx7/base/Bounds.h"
 #include "kx7/base/Utf16.h"
 #include "kx7/converters/Engine.h"
 #include "kx7/kernels/Kernels.h"
@@ -95,14 +96,6 @@ constexpr size_t positiveLimit(int sourceLimit, size_t codeSize = 1)
 
 /** Units looked at in one go: small enough to stay in the first-level cache between two passes. */
 constexpr size_t PIECE = 2048;
-
-/** `begin` + `count`, or less where no object can reach so far: rooms and limits of 0xFFFFFFFF are common. */
-template <class T>
-T* endOf(T* begin, size_t count)
-{
-    size_t const addressable = UINTPTR_MAX - reinterpret_cast<uintptr_t>(begin);
-    return begin + std::min(count, std::min(addressable, size_t{PTRDIFF_MAX}) / sizeof(T));
-}
 
 /**
  * Whether what is written, up to `written` bytes and one more, could lie over text of which `read` bytes and one more
@@ -539,7 +532,7 @@ KX7_INLINE TextProgress encodeText(Encoder const& encoder, UnitText const& sourc
 inline size_t terminatedLength(void const* source, unsigned int byteCount)
 {
     auto const* const text = static_cast<char const*>(source);
-    return byteCount == UNTIL_TERMINATOR ? strlen(text) : strnlen(text, byteCount);
+    return byteCount == UNTIL_TERMINATOR ? strlen(text) : strnlen(text, reachable(text, byteCount));
 }
 
 inline ByteText terminatedText(void const* source)

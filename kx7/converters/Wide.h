@@ -48,8 +48,9 @@ size_t wideLength(unsigned char const* text, size_t most)
 template <class T>
 unsigned int countWide(void const* source, unsigned int byteCount)
 {
-    size_t const most = byteCount == UNTIL_TERMINATOR ? SIZE_MAX : byteCount;
-    return static_cast<unsigned int>(wideLength<T>(static_cast<unsigned char const*>(source), most) / sizeof(T));
+    auto const* const text = static_cast<unsigned char const*>(source);
+    size_t const most = byteCount == UNTIL_TERMINATOR ? SIZE_MAX : reachable(text, byteCount);
+    return saturated(wideLength<T>(text, most) / sizeof(T));
 }
 
 }  // namespace kx7
