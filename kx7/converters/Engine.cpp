@@ -15,6 +15,8 @@
 #include "kx7/converters/KX7CharSetConverterUTF16Esc.h"
 #include "kx7/converters/KX7CharSetConverterUTF32.h"
 #include "kx7/converters/KX7CharSetConverterUTF8.h"
+#include "kx7/converters/Walk.h"
+#include "kx7/converters/Wide.h"
 
 namespace kx7 {
 
@@ -52,6 +54,29 @@ Engine const* engineOf(KX7CharSetConverter const& converter)
                        KX7CharSetConverterUTF16Esc>(typeid(converter));
 }
 
+namespace {
+
+/** As countedLength, of text whose terminator is a 0 value of type T. */
+template <class T>
+size_t countedWideLength(unsigned char const* text, size_t count)
+{
+    size_t const length = wideLength<T>(text, count);
+    return count - length >= sizeof(T) ? length : count;  // bytes of a truncated value count
+}
+
+}  // namespace
+
+size_t countedLength(KX7CharSetConverter const& converter, char const* source, unsigned int byteCount)
+{
+    auto const* const text = reinterpret_cast<unsigned char const*>(source);
+    size_t const count = reachable(text, byteCount);
+    switch (converter.getNullCharSize()) {
+        case sizeof(unsigned short): return countedWideLength<unsigned short>(text, count);
+        case sizeof(unsigned int): return countedWideLength<unsigned int>(text, count);
+        default: return strnlen(source, count);
+    }
+}
+
 unsigned int decodeCounted(KX7CharSetConverter& converter, unsigned short* dest, char const* source,
                            unsigned int byteCount, unsigned int room, int sourceLimit)
 {
@@ -59,10 +84,11 @@ unsigned int decodeCounted(KX7CharSetConverter& converter, unsigned short* dest,
     if (Engine const* const engine = engineOf(converter))
         return engine->toUTF16(converter, dest, {bytes, endOf(bytes, byteCount)}, room, sourceLimit);
 
-    // Zeros behind them for a code of four bytes that the count cuts off, and for a terminator.
+    // Zeros after them for a code of four bytes that the count truncates, and for a terminator.
     size_t const zeros = 3 + 4;
-    std::unique_ptr<unsigned char[]> const copy(new unsigned char[size_t{byteCount} + zeros]());
-    memcpy(copy.get(), bytes, byteCount);
+    size_t const length = countedLength(converter, source, byteCount);
+    std::unique_ptr<unsigned char[]> const copy(new unsigned char[length + zeros]());
+    memcpy(copy.get(), bytes, length);
     return converter.toUTF16(dest, copy.get(), room, ILLCHAR_REPLACE, nullptr, sourceLimit);
 }
 

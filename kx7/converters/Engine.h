@@ -142,9 +142,12 @@ struct EngineOf {
     static Engine const ENGINE;
 };
 
+/** Bytes before the terminator of `source`, or `byteCount` where it is not within them; reads nothing after either. */
+size_t countedLength(KX7CharSetConverter const& converter, char const* source, unsigned int byteCount);
+
 /**
  * The published toUTF16 of any converter, with ILLCHAR_REPLACE and no flag, over bytes given with a count: nothing
- * behind them is read, and a character that the count cuts off meets a zero byte.
+ * after them or after a terminator within them is read, and a character that the count truncates meets a zero byte.
  * Throws std::bad_alloc, for a converter without an engine only.
  */
 unsigned int decodeCounted(KX7CharSetConverter& converter, unsigned short* dest, char const* source,

@@ -188,14 +188,14 @@ unsigned int KX7CharSetConverterUTF8::getNumUnits(void const* source, unsigned i
     auto const* in = static_cast<unsigned char const*>(source);
     bool const terminated = byteCount == kx7::UNTIL_TERMINATOR;
     size_t left = terminated ? strlen(static_cast<char const*>(source)) : byteCount;
-    unsigned char const* known = terminated ? in + left : in;  // no zero byte in front of it, so that it may be read
-    unsigned int count = 0;
+    unsigned char const* known = terminated ? in + left : in;  // no zero byte before it, so that it may be read
+    size_t count = 0;
     while (left != 0 && *in != 0) {
         if (known - in < kx7::KERNEL_MINIMUM && left >= static_cast<size_t>(kx7::KERNEL_MINIMUM) && !terminated)
             known = in + strnlen(reinterpret_cast<char const*>(in), std::min(left, kx7::PIECE));
         if (known - in >= kx7::KERNEL_MINIMUM) {
             unsigned char const* const begin = in;
-            count += static_cast<unsigned int>(kx7::kernels().countUTF8(in, known));
+            count += kx7::kernels().countUTF8(in, known);
             left -= static_cast<size_t>(in - begin);
             if (in != begin)
                 continue;
@@ -204,10 +204,13 @@ unsigned int KX7CharSetConverterUTF8::getNumUnits(void const* source, unsigned i
         if (length == 0 || length > left)
             break;
         ++count;
+        // Kept on purpose: a sequence that the zero byte truncates counts where the count goes on. It is the last one.
+        if (std::find(in + 1, in + length, 0) != in + length)
+            break;
         in += length;
         left -= length;
     }
-    return count;
+    return kx7::saturated(count);
 }
 
 inline unsigned int KX7CharSetConverterUTF8::toUTF16Within(unsigned short* dest, kx7::ByteText const& source,

@@ -82,7 +82,7 @@ unsigned int convertWhole(KX7CharSetConverter& from, char const* source, KX7Char
     std::unique_ptr<unsigned short[]> const text(new (std::nothrow) unsigned short[most + 1]);
     if (!text)
         return 0;
-    size_t units = from.toUTF16(text.get(), source, static_cast<unsigned int>(most), ILLCHAR_REPLACE, nullptr, -1);
+    size_t units = from.toUTF16(text.get(), source, saturated(most), ILLCHAR_REPLACE, nullptr, -1);
     if (units == 0)
         return 0;
     if (transit.unescape) {

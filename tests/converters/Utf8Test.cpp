@@ -339,6 +339,8 @@ TEST(UTF8, CountingDoesNotLookAtContinuationBytes)
                        "ABC"),
               2u);
     EXPECT_EQ(numUnits("\xE2\0A\0B"s, 5), 1u) << "a zero byte within a sequence that the count covers";
+    EXPECT_EQ(numUnits("\xE2\0AB"s, 4), 1u) << "nothing after it counts";
+    EXPECT_EQ(numUnits("x\xF0\x9F\0ABCD"s, 8), 2u);
 }
 
 TEST(UTF8, CountingEndsAtZeroAndAtTheCount)

@@ -147,3 +147,27 @@ TEST(DecodeCounted, ForeignConverterFindsAWholeTerminatorBehindACutCharacter)
         EXPECT_LE(wide.bytesLookedAt, Allocations::lastArraySize()) << count << " bytes";
     }
 }
+
+TEST(DecodeCounted, ForeignConverterIsGivenNothingAfterTheTerminator)
+{
+    // Counts beyond the text, which ends with its terminator where an unreadable page begins.
+    unsigned int const counts[] = {5, 300, 0x7FFFFFFF, 0x80000000, 0xFFFFFFF8, 0xFFFFFFF9, 0xFFFFFFFC, 0xFFFFFFFE};
+    PageEnd<unsigned char> memory;
+    unsigned short dest[8];
+    DerivedSingleByte narrow;
+    Wide wide;
+    EXPECT_EQ(kx7::decodeCounted(narrow, dest, "a", 1, 7, -1), 1u) << "and the tables are there";
+    for (unsigned int const count : counts) {
+        SCOPED_TRACE(count);
+        auto const* const text = reinterpret_cast<char const*>(memory.hold("abc"s, 1));
+        EXPECT_EQ(kx7::decodeCounted(narrow, dest, text, count, 7, -1), 3u);
+        EXPECT_EQ(std::u16string(dest, dest + 4), u"abc\0"s);
+        EXPECT_LE(Allocations::lastArraySize(), 16u);
+        // Zeros within the values are no terminator, and a value that stands across addresses of four is one.
+        for (std::string const& front : {""s, "x"s}) {
+            auto const* const values = reinterpret_cast<char const*>(memory.hold("a\0\0\0b\0\0\0\0\0\0\0"s + front, 0));
+            EXPECT_EQ(kx7::decodeCounted(wide, dest, values, count, 7, -1), 2u);
+            EXPECT_EQ(std::u16string(dest, dest + 3), u"ab\0"s);
+        }
+    }
+}

@@ -4,6 +4,7 @@
 
 #include <climits>
 
+#include "kx7/converters/Engine.h"
 #include "tests/internal/AllSets.h"
 #include "tests/internal/KernelSets.h"
 #include "tests/support/Calls.h"
@@ -131,4 +132,37 @@ TEST(GuardPages, EveryRoomAtEveryOtherAlignment)
 {
     for (MultibyteSet const& set : allSets())
         everyRoom(set, 4, 63);
+}
+
+TEST(GuardPages, CountsAndCountedTextReadNothingAfterTheTerminator)
+{
+    // Every beginning of a character of each set right before the terminator, and counts that reach beyond that.
+    PageEnd<unsigned char> memory;
+    for (MultibyteSet const& set : allSets()) {
+        SCOPED_TRACE(set.name);
+        size_t const zeros = set.converter.getNullCharSize();
+        std::vector<std::string> texts{""};
+        for (std::string const& fragment : set.byteFragments)
+            for (size_t length = zeros; length <= fragment.size(); length += zeros)
+                texts.push_back(fragment.substr(0, length));
+        for (unsigned int byte = 0x80; byte <= 0xFF && !set.isWide; ++byte)
+            texts.push_back(std::string(1, static_cast<char>(byte)));
+        for (kx7::InstructionSet const kernels : allKernels()) {
+            Using const use(kernels);
+            for (std::string const& text : texts)
+                for (unsigned int more = 1; more <= 70; more += more < 8 ? 1 : 31) {
+                    auto const count = static_cast<unsigned int>(text.size()) + more;
+                    std::string const padded = text + std::string(more, '\0');
+                    unsigned int const expected = set.model->getNumUnits(padded + std::string(8, '\0'), count);
+                    EXPECT_EQ(set.converter.getNumUnits(memory.hold(text, zeros), count), expected)
+                        << hex(text) << " count " << count;
+
+                    std::u16string const units = set.model->toUTF16({text, 100, ILLCHAR_REPLACE, -1}).units;
+                    unsigned short dest[101];
+                    auto const* const source = reinterpret_cast<char const*>(memory.hold(text, zeros));
+                    unsigned int const n = kx7::decodeCounted(set.converter, dest, source, count, 100, -1);
+                    EXPECT_TRUE(sameText(std::u16string(dest, dest + n), units)) << hex(text) << " count " << count;
+                }
+        }
+    }
 }

@@ -22,7 +22,9 @@ public:
             if (length == 0 || length > remaining)
                 break;
             count += 1;
-            at += length;
+            // A zero byte within the sequence ends the text: nothing after it is looked at.
+            for (size_t const end = at + length; at != end && source[at] != 0;)
+                at += 1;
             remaining -= length;
         }
         return count;

@@ -1,6 +1,7 @@
 // kx7text tests - every constructor of the string.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <climits>
 #include <memory>
 #include <string>
@@ -223,6 +224,34 @@ TEST(StringFromCountedBytes, NothingBehindTheCountIsRead)
             }
         }
     }
+}
+
+TEST(StringFromCountedBytes, NothingAfterTheTerminatorIsRead)
+{
+    // A lead byte that the zero byte truncates, at the end of a page; the count goes on.
+    for (CharSetRow const& row : charSetRows()) {
+        size_t const zeros = row.converter->getNullCharSize();
+        for (unsigned int lead = 1; lead <= 0xFF; ++lead) {
+            std::string const text = zeros == 1 ? "ab" + std::string(1, static_cast<char>(lead)) : std::string();
+            Guarded<char> const source((text + std::string(zeros, '\0')).data(), text.size() + zeros);
+            auto const length = static_cast<unsigned int>(text.size());
+            for (unsigned int const n :
+                 {length + 1, length + 2, length + 3, length + 4, 5000U, 0x7FFFFFFFU, 0xFFFFFFF9U, 0xFFFFFFFEU})
+                EXPECT_EQ(unitsOf(KX7UString(source.data(), n, row.charSet)),
+                          decodedCounted(*row.converter, text + std::string(std::min(n - length, 8U), '\0'), -1))
+                    << row.name << ", " << lead << ", " << n;
+        }
+    }
+}
+
+TEST(StringFromCountedBytes, ConvertersFromOutsideAreGivenNoMoreThanTheText)
+{
+    KX7CharSet const cs = static_cast<KX7CharSet>(72002);
+    static ForeignConverter converter(cs);
+    g_oCnvtMgr.insert(cs, &converter, true);
+    Guarded<char> const source("abc", 4);
+    for (unsigned int const n : {5U, 5000U, 0x7FFFFFFFU, 0xFFFFFFF9U, 0xFFFFFFFEU, 0xFFFFFFFFU})
+        expectInline(KX7UString(source.data(), n, cs), {0x161, 0x162, 0x163}, std::to_string(n));
 }
 
 TEST(StringFromCountedBytes, ConvertersFromOutsideMeetATerminator)
