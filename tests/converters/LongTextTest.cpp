@@ -5,7 +5,9 @@
 
 #include "kx7/charset/Converters.h"
 #include "tests/model/Utf8Model.h"
+#include "tests/support/AddressSpace.h"
 #include "tests/support/Probe.h"
+#include "tests/support/Rounds.h"
 #include "tests/support/SampleSingleByte.h"
 #include "tests/support/Texts.h"
 
@@ -88,15 +90,18 @@ TEST_F(LongTexts, RandomTextsDecode)
     for (Subject const& subject : subjects()) {
         SCOPED_TRACE(subject.name);
         Probe probe(subject.converter, subject.model);
-        std::mt19937 random(1);
-        for (int i = 0; i < 300 && !probe.gaveUp(); ++i) {
+        Rounds rounds(300, 1);
+        std::mt19937& random = rounds.random();
+        while (rounds.next() && !probe.gaveUp()) {
             std::string const bytes = randomText(random, subject.byteFragments, random() % (4 * PIECE_UNITS));
             auto const length = static_cast<unsigned int>(bytes.size());
             for (ILLCHAR_OPTYPE const op : OPERATIONS) {
                 probe.compareDecode({bytes, length, op, -1}, FLAG_ARGUMENTS[random() % 3]);
                 probe.compareDecode({bytes, static_cast<unsigned int>(random() % (length + 1)), op, -1},
                                     FLAG_ARGUMENTS[random() % 3]);
-                probe.compareDecode({bytes, length, op, static_cast<int>(random() % (length + 1))},
+                probe.compareDecode({bytes, edgeOr(random, length), op, static_cast<int>(random() % (length + 1))},
+                                    FLAG_ARGUMENTS[random() % 3]);
+                probe.compareDecode({bytes, length, op, static_cast<int>(edgeOr(random, length))},
                                     FLAG_ARGUMENTS[random() % 3]);
             }
             probe.compareNumUnits(bytes, UNTIL_TERMINATOR);
@@ -110,12 +115,13 @@ TEST_F(LongTexts, RandomTextsEncode)
     for (Subject const& subject : subjects()) {
         SCOPED_TRACE(subject.name);
         Probe probe(subject.converter, subject.model);
-        std::mt19937 random(2);
-        for (int i = 0; i < 300 && !probe.gaveUp(); ++i) {
+        Rounds rounds(300, 2);
+        std::mt19937& random = rounds.random();
+        while (rounds.next() && !probe.gaveUp()) {
             std::u16string const units = randomText(random, subject.unitFragments, random() % (4 * PIECE_UNITS));
             auto const length = static_cast<unsigned int>(units.size());
             for (ILLCHAR_OPTYPE const op : OPERATIONS) {
-                probe.compareEncode({units, 6 * length, op}, FLAG_ARGUMENTS[random() % 3]);
+                probe.compareEncode({units, edgeOr(random, 6 * length), op}, FLAG_ARGUMENTS[random() % 3]);
                 probe.compareEncode({units, static_cast<unsigned int>(random() % (3 * length + 1)), op},
                                     FLAG_ARGUMENTS[random() % 3]);
             }

@@ -13,6 +13,7 @@
 #include "kx7/text/KX7UChar.h"
 #include "kx7/text/KX7UString.h"
 #include "kx7/text/KX7UStringList.h"
+#include "tests/support/AddressSpace.h"
 #include "tests/text/StringTexts.h"
 
 namespace kx7test {
@@ -153,7 +154,12 @@ private:
         return kind == 0 ? NPOS : kind == 1 ? m().length() + random(3) : random(m().text.size() + 1);
     }
 
-    unsigned int count() { return random(5) == 0 ? NPOS : random(m().text.size() + 3); }
+    unsigned int count()
+    {
+        if (random(5) != 0)
+            return random(m().text.size() + 3);
+        return random(2) == 0 ? NPOS : EDGES[random(std::size(EDGES))];
+    }
 
     char byte() { return static_cast<char>('a' + random(26)); }
 
