@@ -9,7 +9,8 @@ export LC_ALL=C
 
 # What takes most of a second by itself: all characters, all rooms of each set, texts of a megabyte and more.
 SLOW='*xhaustive*:UTF8.EverySequenceOfThreeBytes:UTF8.EveryLeadOfFour*:UTF8.EveryRoomAndLimit:RoundTrip.EveryCodePoint*'
-SLOW+=':EverySet/Sizes.OfEncoderAreExact/*:StringFrom*.NothingBehindThe*:EntryPointPieces.ManyPieces*:WideRuns.Utf*'
+SLOW+=':EverySet/Sizes.OfEncoderAreExact/*:StringFrom*.NothingBehindThe*:StringFrom*.NothingAfterThe*'
+SLOW+=':HugeText*:EntryPointPieces.ManyPieces*:WideRuns.Utf*'
 
 build=$(cd "$1" && pwd)
 cd "$(dirname "$0")/.."

@@ -138,7 +138,7 @@ unsigned int GetNullCharSize(KX7CharSet cs)
 
 unsigned int KX7CharSetWStrlen(unsigned short const* s)
 {
-    return s ? static_cast<unsigned int>(kx7::unitLength(s, SIZE_MAX)) : 0;
+    return s ? kx7::saturated(kx7::unitLength(s, SIZE_MAX)) : 0;
 }
 
 int KX7CharSetWStrEqual(unsigned short const* a, unsigned short const* b)

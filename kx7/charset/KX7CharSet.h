@@ -89,13 +89,14 @@ KX7_API unsigned int UTF8ToLocalPath(char* dst, unsigned char const* src, int ds
 /**
  * Counts what the converter of `cs` counts in `src`, terminator excluded: the UTF-16 code units that it becomes, but
  * that UTF-8 counts sequences (a four-byte one once, although it becomes two units) and ends at a stray continuation
- * byte, and that EUC-JP ends at a character that the end of the text cuts off.
+ * byte, and that EUC-JP ends at a character that the end of the text cuts off. 0xFFFFFFFF where there are more.
  */
 KX7_API unsigned int GetNumUnits(char const* src, KX7CharSet cs);
 
 /**
  * Bytes that UTF16ToLocal writes for the whole of `src` in `cs`, terminator excluded; a high surrogate at the end is
- * not counted in UTF-8, UTF-32 and Shift_JIS-2004, though a substitute is written for it.
+ * not counted in UTF-8, UTF-32 and Shift_JIS-2004, though a substitute is written for it. 0xFFFFFFFF where there are
+ * more.
  */
 KX7_API unsigned int GetNumBytes(unsigned short const* src, KX7CharSet cs);
 
@@ -108,7 +109,7 @@ KX7_API unsigned int GetMaxUnitSize(KX7CharSet cs);
 /** Size in bytes of the terminator of text in `cs`: 1, 2 or 4. */
 KX7_API unsigned int GetNullCharSize(KX7CharSet cs);
 
-/** Number of code units before the first 0 unit; 0 for null. */
+/** Number of code units before the first 0 unit; 0 for null, 0xFFFFFFFF where there are more. */
 KX7_API unsigned int KX7CharSetWStrlen(unsigned short const* s);
 
 /**

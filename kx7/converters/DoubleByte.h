@@ -124,10 +124,10 @@ inline unsigned int countDoubleByteCharacters(unsigned char const* types, void c
 {
     auto const* in = static_cast<unsigned char const*>(source);
     unsigned char const* const end = in + terminatedLength(source, byteCount);
-    auto count = static_cast<unsigned int>(end - in >= KERNEL_MINIMUM ? kernels().countPairs(types, in, end) : 0);
+    size_t count = end - in >= KERNEL_MINIMUM ? kernels().countPairs(types, in, end) : 0;
     for (; in != end; ++count)
         in += (types[in[0]] & LEAD_BYTE) && end - in >= 2 && (types[in[1]] & TRAIL_BYTE) ? 2 : 1;
-    return count;
+    return saturated(count);
 }
 
 /** Counts the units of bytes: one a character, `unitsOfPair` (code) of a well-formed pair. */
@@ -137,7 +137,7 @@ unsigned int countDoubleByteUnits(unsigned char const* types, void const* source
 {
     auto const* in = static_cast<unsigned char const*>(source);
     unsigned char const* const end = in + terminatedLength(source, byteCount);
-    unsigned int count = 0;
+    size_t count = 0;
     while (in != end) {
         if ((types[in[0]] & LEAD_BYTE) && end - in >= 2 && (types[in[1]] & TRAIL_BYTE)) {
             count += unitsOfPair(doubleByteCode(in));
@@ -148,7 +148,7 @@ unsigned int countDoubleByteUnits(unsigned char const* types, void const* source
             in += 1;
         }
     }
-    return count;
+    return saturated(count);
 }
 
 }  // namespace kx7

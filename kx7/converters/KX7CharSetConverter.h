@@ -46,8 +46,8 @@ public:
 
     /**
      * Counts the UTF-16 code units that `source` becomes; the class says where it counts otherwise.
-     * @param byteCount bytes to read at most; 0xFFFFFFFF: up to the terminator
-     * @return the count, 0 for a null source
+     * @param byteCount bytes to read at most, none after a terminator; 0xFFFFFFFF: up to the terminator
+     * @return the count, 0 for a null source, 0xFFFFFFFF where there are more
      */
     virtual unsigned int getNumUnits(void const* source, unsigned int byteCount) = 0;
 
@@ -69,8 +69,8 @@ public:
     /**
      * Counts the bytes that fromUTF16 writes for `source` with ILLCHAR_REPLACE, terminator excluded; the class says
      * where a high surrogate at the end is not counted.
-     * @param unitCount units to read at most; 0xFFFFFFFF: up to the 0 unit
-     * @return the count, 0 for a null source
+     * @param unitCount units to read at most, none after a 0 unit; 0xFFFFFFFF: up to the 0 unit
+     * @return the count, 0 for a null source, 0xFFFFFFFF where there are more
      */
     virtual unsigned int getNumBytes(unsigned short const* source, unsigned int unitCount) = 0;
 

@@ -246,15 +246,15 @@ unsigned int KX7CharSetConverterEUC_JP::getNumUnits(void const* source, unsigned
     auto const* in = static_cast<unsigned char const*>(source);
     unsigned char const* const textEnd = in + kx7::terminatedLength(source, byteCount);
     size_t left = byteCount == kx7::UNTIL_TERMINATOR ? static_cast<size_t>(textEnd - in) : byteCount;
-    unsigned int count = 0;
+    size_t count = 0;
     while (left != 0 && *in != 0) {
         unsigned char const* const begin = in;
-        count += static_cast<unsigned int>(characters.countRun(in, textEnd));
+        count += characters.countRun(in, textEnd);
         // What else can be decoded is counted as it is decoded.
         unsigned short units[COUNTED_AT_ONCE];
         unsigned short* unitsEnd = units;
         characters.run(in, textEnd, unitsEnd, units + COUNTED_AT_ONCE);
-        count += static_cast<unsigned int>(unitsEnd - units);
+        count += static_cast<size_t>(unitsEnd - units);
         left -= static_cast<size_t>(in - begin);
         if (left == 0 || *in == 0)
             break;
@@ -271,7 +271,7 @@ unsigned int KX7CharSetConverterEUC_JP::getNumUnits(void const* source, unsigned
         in += used;
         left -= used;
     }
-    return count;
+    return kx7::saturated(count);
 }
 
 unsigned int KX7CharSetConverterEUC_JP::toUTF16Within(unsigned short* dest, kx7::ByteText const& source,

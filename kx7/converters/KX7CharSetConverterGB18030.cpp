@@ -429,14 +429,13 @@ unsigned int KX7CharSetConverterGB18030::getNumUnits(void const* source, unsigne
     Decoder const characters = decoder();
     auto const* in = static_cast<unsigned char const*>(source);
     unsigned char const* const end = in + kx7::terminatedLength(source, byteCount);
-    auto count =
-        static_cast<unsigned int>(end - in >= kx7::KERNEL_MINIMUM ? kx7::kernels().countUnitsOfGB18030(in, end) : 0);
+    size_t count = end - in >= kx7::KERNEL_MINIMUM ? kx7::kernels().countUnitsOfGB18030(in, end) : 0;
     while (in != end) {
         kx7::DecodedChar const c = characters.step(in, end);
         count += c.found == kx7::Found::CHARACTER ? c.units : 1;
         in += c.found == kx7::Found::CUT ? 1 : c.consumed;
     }
-    return count;
+    return kx7::saturated(count);
 }
 
 unsigned int KX7CharSetConverterGB18030::toUTF16Within(unsigned short* dest, kx7::ByteText const& source,

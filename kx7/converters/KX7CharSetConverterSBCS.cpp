@@ -176,7 +176,7 @@ unsigned int KX7CharSetConverterSBCS::getNumUnits(void const* source, unsigned i
 {
     if (!source)
         return 0;
-    return static_cast<unsigned int>(kx7::terminatedLength(source, byteCount));
+    return kx7::saturated(kx7::terminatedLength(source, byteCount));
 }
 
 inline unsigned int KX7CharSetConverterSBCS::toUTF16Within(unsigned short* dest, kx7::ByteText const& source,

@@ -125,12 +125,12 @@ unsigned int KX7CharSetConverterUTF16Esc::getNumUnits(void const* source, unsign
         return 0;
     auto const* in = static_cast<unsigned char const*>(source);
     unsigned char const* const end = in + kx7::terminatedLength(source, byteCount);
-    unsigned int count = 0;
+    size_t count = 0;
     for (; in != end; ++count) {
         kx7::DecodedChar const c = Decoder::step(in, end);
         in += c.found == kx7::Found::CUT ? 1 : c.consumed;
     }
-    return count;
+    return kx7::saturated(count);
 }
 
 unsigned int KX7CharSetConverterUTF16Esc::toUTF16Within(unsigned short* dest, kx7::ByteText const& source,

@@ -282,7 +282,7 @@ unsigned int KX7CharSetConverterUTF32::toUTF8(unsigned char* dest, void const* s
     }
     if (static_cast<size_t>(out - dest) <= room)
         *out = 0;
-    return static_cast<unsigned int>(out - dest);
+    return kx7::saturated(static_cast<size_t>(out - dest));  // the last character may take it beyond the room
 }
 
 unsigned int KX7CharSetConverterUTF32::getNumUnits(void const* source, unsigned int byteCount)

@@ -558,7 +558,7 @@ unsigned int encodeTerminated(Encoder const& encoder, unsigned short const* sour
     auto* const out = static_cast<unsigned char*>(dest);
     size_t const bytes = encodeText(encoder, {source, nullptr}, out, room, op, illegal).written;
     memset(out + bytes, 0, encoder.CODE_SIZE);
-    return static_cast<unsigned int>(bytes);
+    return saturated(bytes);  // escapes may take it beyond the room
 }
 
 /** The published toUTF16 of the classes that report and to which a source limit of 0 or below is none. */
@@ -584,6 +584,7 @@ unsigned int encodePublished(Encoder const& encoder, unsigned short const* sourc
 /**
  * The published getNumBytes: what encoding with ILLCHAR_REPLACE writes. Kept on purpose: a high surrogate at the end
  * adds nothing, although encoding writes a substitute for it.
+ * @return saturated
  */
 template <class Encoder>
 unsigned int countBytes(Encoder const& encoder, unsigned short const* source, unsigned int unitCount)
@@ -591,14 +592,14 @@ unsigned int countBytes(Encoder const& encoder, unsigned short const* source, un
     unsigned short const* in = source;
     unsigned short const* const last = endOf(in, unitCount == UNTIL_TERMINATOR ? SIZE_MAX : unitCount);
     unsigned short const* end = in;  // what is known to be text
-    unsigned int bytes = 0;
+    uint64_t bytes = 0;
     for (;;) {
         if (in == end) {
             end += unitLength(in, std::min(PIECE, static_cast<size_t>(last - in)));
             if (in == end)
                 break;
         }
-        bytes += static_cast<unsigned int>(encoder.countRun(in, end));
+        bytes += encoder.countRun(in, end);
         if (in == end)
             continue;
         EncodedChar c = encoder.step(in, end);
@@ -609,7 +610,7 @@ unsigned int countBytes(Encoder const& encoder, unsigned short const* source, un
         bytes += c.found == Found::CHARACTER ? c.length : encoder.CODE_SIZE;
         in += c.consumed;
     }
-    return bytes;
+    return saturated(bytes);
 }
 
 }  // namespace kx7

@@ -44,7 +44,7 @@ size_t wideLength(unsigned char const* text, size_t most)
     return n;
 }
 
-/** Whole values of text up to its 0 value, at most `byteCount` bytes unless that is UNTIL_TERMINATOR. */
+/** Whole values of text up to its 0 value, at most `byteCount` bytes unless that is UNTIL_TERMINATOR; saturated. */
 template <class T>
 unsigned int countWide(void const* source, unsigned int byteCount)
 {

@@ -167,8 +167,13 @@ KX7UString::KX7UString(char const* s, KX7CharSet cs) : KX7UString()
 
 KX7UString::KX7UString(char const* s, unsigned int n, KX7CharSet cs) : KX7UString()
 {
-    if (s)
-        storeBytes(s, n, cs, -1);
+    if (!s)
+        return;
+    // To a converter that count means "up to the terminator", and it would read on where there is none. As a count it
+    // is more than a string can hold.
+    if (n == kx7::UNTIL_TERMINATOR && kx7::countedLength(kx7::converterOf(cs), s, n) == n)
+        kx7::checkedLength(n);
+    storeBytes(s, n, cs, -1);
 }
 
 KX7UString::KX7UString(int i) : KX7UString()

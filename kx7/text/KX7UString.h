@@ -95,7 +95,10 @@ public:
      */
     KX7UString(char const* s, KX7CharSet cs = KX7CS_OS_DEFAULT);
 
-    /** The same for `n` bytes, or up to a zero byte before; nothing behind them is read. */
+    /**
+     * The same for `n` bytes, or up to a terminator within them; nothing after either is read. Where there is none in
+     * 0xFFFFFFFF bytes: std::length_error.
+     */
     KX7UString(char const* s, unsigned int n, KX7CharSet cs = KX7CS_OS_DEFAULT);
 
     /** The decimal text of `i`. */
