@@ -9,6 +9,7 @@
 #define KX7_CONVERT_KX7USTRINGSTD_H
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <string>
 
@@ -33,7 +34,9 @@ namespace kx7 {
  */
 inline KX7UString toKX7UString(char16_t const* units, std::size_t length)
 {
-    return length == 0 ? KX7UString() : KX7UString(units, units + length);
+    // No object is longer than this. It is too long for the constructor, which throws; a larger sum would wrap.
+    constexpr std::size_t MOST = PTRDIFF_MAX / sizeof *units;
+    return length == 0 ? KX7UString() : KX7UString(units, units + (length < MOST ? length : MOST));
 }
 
 /** All units of `text`. */

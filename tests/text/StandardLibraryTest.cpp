@@ -1,6 +1,8 @@
 // kx7text tests - KX7UString and the standard library.
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <stdexcept>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -22,6 +24,14 @@ TEST(StandardLibrary, UnitsThereAndBack)
     EXPECT_TRUE(kx7::toU16String(KX7UString()).empty());
     std::u16string const longText(100000, u'\x4E00');
     EXPECT_EQ(kx7::toU16String(kx7::toKX7UString(longText)), longText);
+}
+
+TEST(StandardLibrary, LengthsThatNoStringHasThrow)
+{
+    // Twice these lengths is 0 and more in as many bits as a pointer has.
+    constexpr size_t HALF = SIZE_MAX / 2 + 1;
+    for (size_t const length : {HALF / 2, HALF, HALF + 1, SIZE_MAX - 1, SIZE_MAX})
+        EXPECT_THROW(kx7::toKX7UString(WITH_ZERO.data(), length), std::length_error) << length;
 }
 
 TEST(StandardLibrary, Bytes)
