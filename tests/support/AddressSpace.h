@@ -46,7 +46,9 @@ public:
     PlacedMemory(Place place, size_t bytes)
         : m_page(static_cast<size_t>(sysconf(_SC_PAGESIZE))), m_size((bytes + m_page - 1) / m_page * m_page + m_page)
     {
-        m_map = place == Place::ANYWHERE ? static_cast<char*>(map(nullptr, 0)) : search(place);
+        m_map = place == Place::ANYWHERE ? nullptr : search(place);
+        if (!m_map)  // or this machine's addresses end elsewhere
+            m_map = static_cast<char*>(map(nullptr, 0));
         if (!m_map || mprotect(m_map + m_size - m_page, m_page, PROT_NONE) != 0)
             abort();
     }

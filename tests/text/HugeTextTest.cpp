@@ -17,7 +17,7 @@ constexpr unsigned int MOST = 0xFFFFFFFF;
 
 #define SKIP_WITHOUT(huge)                                                                                             \
     if (!(huge).data())                                                                                                \
-    GTEST_SKIP() << "this machine does not give a process so many addresses"
+    GTEST_SKIP() << "this machine gives no text so many addresses, or is too slow for it"
 
 template <class Call>
 std::string lengthErrorOf(Call call)
