@@ -7,7 +7,7 @@
 
 #include <iosfwd>
 
-#include "kx7/text/KX7UString.h"
+#include "kx7/text/KX7UStringClass.h"
 
 /** As KX7UString::compare. Byte text is in KX7CS_OS_DEFAULT; a null pointer is the empty text. */
 ///@{
