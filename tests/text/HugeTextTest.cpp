@@ -5,6 +5,7 @@
 #include <stdexcept>
 
 #include "kx7/charset/Converters.h"
+#include "kx7/charset/KX7CharSet.h"
 #include "kx7/text/KX7UString.h"
 #include "tests/support/HugeText.h"
 
