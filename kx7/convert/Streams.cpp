@@ -68,9 +68,9 @@ size_t wellFormedLength(unsigned short const* units, unsigned short const* end)
     unsigned short const* unit = units;
     while (unit != end) {
         if (end - unit >= BLOCK) {
-            unsigned int surrogates = 0;
+            unsigned short surrogates = 0;  // as wide as a unit, which is what makes the loop fast
             for (ptrdiff_t i = 0; i < BLOCK; ++i)
-                surrogates |= isSurrogate(unit[i]) ? 1U : 0U;
+                surrogates = static_cast<unsigned short>(surrogates | ((unit[i] & 0xF800) == 0xD800));
             if (surrogates == 0) {
                 unit += BLOCK;
                 continue;
@@ -168,6 +168,17 @@ struct Room {
     size_t left() const { return static_cast<size_t>(end - out); }
     size_t written() const { return static_cast<size_t>(out - begin); }
     void append(T const* from, size_t count) { out = std::copy_n(from, count, out); }
+
+    /** How often `count` elements fit. */
+    size_t fits(size_t count) const { return count == 0 ? SIZE_MAX : left() / count; }
+    void appendTimes(T const* from, size_t count, size_t times)
+    {
+        if (count == 1)
+            out = std::fill_n(out, times, *from);
+        else if (count != 0)
+            for (; times != 0; --times)
+                append(from, count);
+    }
 };
 
 std::optional<size_t> product(size_t a, size_t b)
@@ -268,6 +279,30 @@ struct Streams {
         decoder.m_bytePosition += count;
     }
 
+    /** Passes over the malformed sequences at `bytes`, within `range`, at most `most`. Counts and returns them. */
+    static size_t passIllegal(StreamErrors& stream, Decoder& decoder, ByteFeed& feed, ByteFeed::Range const& range,
+                              unsigned char const* bytes, size_t most)
+    {
+        ErrorRun const run = decoder.m_engine->illegalRun(*decoder.m_converter, bytes, range.end, range.last, most);
+        stream.m_count += run.count;
+        pass(decoder, feed, run.length);
+        return run.count;
+    }
+
+    /**
+     * How many units are looked at before they are converted. After an error that ended a call at most twice as many as
+     * have been converted since: then what is looked at again after the next error is in proportion to that, too.
+     * @param position of `stream`, in units
+     */
+    static size_t lookAhead(StreamErrors const& stream, ErrorPolicy errors, unsigned long long position)
+    {
+        constexpr unsigned long long LEAST = 64;
+        if (errors != ErrorPolicy::STRICT || stream.m_count == 0)
+            return PIECE;
+        unsigned long long const since = position - stream.m_last.unitOffset;
+        return static_cast<size_t>(std::clamp<unsigned long long>(2 * since, LEAST, PIECE));
+    }
+
     /** MISSING_BOM, which is an error however often it is asked for. */
     static Status missing(StreamErrors& stream, Error const& error)
     {
@@ -301,18 +336,22 @@ struct Streams {
                 bool const isReplaced = substitutes(decoder.m_options.errors);
                 bool const fits = !isReplaced || room.left() >= substitute.count;
                 decoder.m_bytePosition += progress.consumed;
-                if (fits)
+                bool const isStopped = decoder.m_options.errors == ErrorPolicy::STRICT;
+                if (fits && (isStopped || decoder.m_count == 0))
                     record(decoder, invalidBytes(decoder, bytes, progress.length));
+                else if (fits)
+                    ++decoder.m_count;
                 feed.advance(progress.consumed);
                 if (!fits)
                     return Status::OUTPUT_FULL;
                 pass(decoder, feed, progress.length);
-                if (isReplaced) {
-                    room.append(substitute.units, substitute.count);
-                    decoder.m_unitPosition += substitute.count;
-                }
-                if (decoder.m_options.errors == ErrorPolicy::STRICT)
+                if (isStopped)
                     return Status::INVALID;
+                size_t const size = isReplaced ? substitute.count : 0;
+                size_t const count =
+                    1 + passIllegal(decoder, decoder, feed, range, bytes + progress.length, room.fits(size) - 1);
+                room.appendTimes(substitute.units, size, count);
+                decoder.m_unitPosition += size * count;
                 continue;
             }
             pass(decoder, feed, progress.consumed);
@@ -324,6 +363,29 @@ struct Streams {
             }
         }
     }
+
+    /** How far the units of a piece are known to be well-formed, so that none is looked at again after an error. */
+    struct WellFormed {
+        unsigned short const* end = nullptr;
+        unsigned short const* pieceEnd = nullptr;
+        bool goesOn = false;  ///< units after `end` have not been looked at, or are half of a pair
+
+        /** The end of the well-formed units at the front of a range; at least `most` of it are looked at if none is
+         * known. */
+        unsigned short const* endIn(UnitFeed::Range const& range, size_t most)
+        {
+            bool const isKnown = pieceEnd == range.end && end > range.begin;
+            if (!isKnown) {
+                auto const inRange = static_cast<size_t>(range.end - range.begin);
+                size_t const seen = std::min(inRange, most);
+                size_t const length = wellFormedLength(range.begin, range.begin + seen);
+                end = range.begin + length;
+                pieceEnd = range.end;
+                goesOn = seen < inRange && length + 1 >= seen && length != 0;
+            }
+            return end;
+        }
+    };
 
     /** Encodes well-formed units; a pair is not torn, also where the target takes each half for a character. */
     static Progress encodeWhole(Encoder const& encoder, unsigned short const* units, unsigned short const* end,
@@ -390,6 +452,54 @@ struct Streams {
         return result;
     }
 
+    /** Surrogates without their partners at the front of a range, at most `most`. */
+    static ErrorRun loneSurrogates(UnitFeed::Range const& range, unsigned short const* units, size_t most)
+    {
+        unsigned short const* unit = units;
+        while (unit != range.end && static_cast<size_t>(unit - units) != most && isSurrogate(*unit) &&
+               !isPair(unit, range.end) && (range.last || unit + 1 != range.end || isLowSurrogate(*unit)))
+            ++unit;
+        auto const count = static_cast<size_t>(unit - units);
+        return {count, count};
+    }
+
+    /**
+     * Writes what stands for the errors at `units`, as many as fit, and returns them.
+     * @param errors the run of errors at a unit, of a number at most
+     * @param like   what stands for an error before them
+     */
+    template <class Errors>
+    static ErrorRun substituteRun(Encoder const& encoder, Room<unsigned char>& room, unsigned short const* units,
+                                  Errors const& errors, Substitute const& like)
+    {
+        if (encoder.m_options.errors != ErrorPolicy::ESCAPE) {
+            ErrorRun const run = errors(units, room.fits(like.size));
+            room.appendTimes(like.bytes, like.size, run.count);
+            return run;
+        }
+        // Many with one call of the engine.
+        constexpr size_t CHARACTERS = 16;
+        size_t const escapeSize = ESCAPE_LENGTH * encoder.m_converter->getMinUnitSize();
+        ErrorRun total = {0, 0};
+        while (like.size >= escapeSize) {
+            size_t const most = std::min(CHARACTERS, room.fits(2 * escapeSize));
+            ErrorRun const run = errors(units + total.length, most);
+            unsigned char ascii[2 * ESCAPE_LENGTH * CHARACTERS];
+            unsigned char* asciiEnd = ascii;
+            for (size_t i = 0; i < run.length; ++i)
+                asciiEnd = writeEscape(asciiEnd, units[total.length + i]);
+            unsigned short escapes[2 * ESCAPE_LENGTH * CHARACTERS];
+            unsigned short* const escapesEnd = std::copy(ascii, asciiEnd, escapes);
+            room.out +=
+                encoder.m_engine->encode(*encoder.m_converter, escapes, escapesEnd, room.out, room.end, true).written;
+            total.length += run.length;
+            total.count += run.count;
+            if (run.count < CHARACTERS)
+                break;
+        }
+        return total;
+    }
+
     static Error badUnits(Encoder const& encoder, unsigned short const* units, size_t count)
     {
         Error error = {};
@@ -423,6 +533,8 @@ struct Streams {
 
     static Status encode(Encoder& encoder, UnitFeed& feed, Room<unsigned char>& room, bool last)
     {
+        bool const isStopped = encoder.m_options.errors == ErrorPolicy::STRICT;  // by the first error
+        WellFormed known;
         for (;;) {
             if (encoder.m_atStart && (last || feed.range().begin != feed.range().end)) {
                 switch (start(encoder, feed, room)) {
@@ -441,27 +553,24 @@ struct Streams {
             if (range.begin == range.end)
                 return Status::DONE;
 
-            // The engines differ in what they make of unpaired surrogates, so they see none.
-            auto const inRange = static_cast<size_t>(range.end - range.begin);
-            size_t const whole = wellFormedLength(range.begin, range.begin + std::min(inRange, PIECE));
-            Progress progress = {};
-            if (whole != 0) {
-                progress = encodeWhole(encoder, range.begin, range.begin + whole, room);
+            // The engines differ in what they make of unpaired surrogates, so they see none. A unit becomes a byte at
+            // least, so that more units than the room has bytes would be looked at in vain.
+            unsigned short const* const wellFormedEnd =
+                known.endIn(range, std::min(lookAhead(encoder, encoder.m_options.errors, encoder.m_unitPosition),
+                                            std::max<size_t>(room.left(), 2)));
+            unsigned short const* unit = range.begin;
+            if (unit != wellFormedEnd) {
+                Progress const progress = encodeWhole(encoder, unit, wellFormedEnd, room);
+                unit += progress.consumed;
                 room.out += progress.written;
                 encoder.m_bytePosition += progress.written;
-                encoder.m_unitPosition += progress.consumed;
-                if (progress.stop == Stop::DESTINATION_FULL) {
-                    feed.advance(progress.consumed);
+                pass(encoder, feed, progress.consumed);
+                if (progress.stop == Stop::DESTINATION_FULL)
                     return Status::OUTPUT_FULL;
-                }
-                if (progress.consumed == inRange || (progress.consumed == whole && whole >= PIECE - 1)) {
-                    feed.advance(progress.consumed);
+                if (unit == range.end || (unit == wellFormedEnd && known.goesOn))
                     continue;
-                }
             }
-            unsigned short const* const unit = range.begin + progress.consumed;
             if (unit + 1 == range.end && isHighSurrogate(*unit) && !range.last) {
-                feed.advance(progress.consumed);
                 if (!range.reachesEnd)
                     continue;
                 feed.hold();
@@ -469,18 +578,28 @@ struct Streams {
             }
             size_t const length = isPair(unit, range.end) ? 2 : 1;
             Substitute const substitute = substituteFor(encoder, unit, length);
-            bool const fits = room.left() >= substitute.size;
-            if (fits)
-                record(encoder, badUnits(encoder, unit, length));
-            feed.advance(progress.consumed);
-            if (!fits)
+            if (room.left() < substitute.size)
                 return Status::OUTPUT_FULL;
-            Status const status = encoder.m_last.status;
-            pass(encoder, feed, length);
+            if (isStopped || encoder.m_count == 0)
+                record(encoder, badUnits(encoder, unit, length));
+            else
+                ++encoder.m_count;
+            unsigned char const* const before = room.out;
             room.append(substitute.bytes, substitute.size);
-            encoder.m_bytePosition += substitute.size;
-            if (encoder.m_options.errors == ErrorPolicy::STRICT)
-                return status;
+            pass(encoder, feed, length);
+            if (isStopped)
+                return encoder.m_last.status;
+            ErrorRun const run = substituteRun(
+                encoder, room, unit + length,
+                [&](unsigned short const* units, size_t most) {
+                    return unit == wellFormedEnd
+                               ? loneSurrogates(range, units, most)
+                               : encoder.m_engine->unmappableRun(*encoder.m_converter, units, wellFormedEnd, most);
+                },
+                substitute);
+            encoder.m_count += run.count;
+            pass(encoder, feed, run.length);
+            encoder.m_bytePosition += static_cast<size_t>(room.out - before);
         }
     }
 
@@ -539,19 +658,30 @@ struct Streams {
                 Error error = badUnits(encoder, unit, length);
                 error.status = Status::UNREPRESENTABLE;
                 size_t const before = bytesOf(transcoder.m_decoder, run, done);
+                size_t const after = bytesOf(transcoder.m_decoder, run, done + length);
                 error.byteOffset = transcoder.m_decoder.m_bytePosition + before;
                 error.unitOffset = transcoder.m_decoder.m_unitPosition + done;
                 error.lineFeeds = transcoder.m_lineFeeds + countLineFeeds(run.units, unit);
-                error.length = static_cast<unsigned char>(bytesOf(transcoder.m_decoder, run, done + length) - before);
+                error.length = static_cast<unsigned char>(after - before);
                 record(transcoder, error);
+                if (isStrict) {
+                    passUnits(transcoder, feed, run, done + length, after);
+                    return Status::UNREPRESENTABLE;
+                }
             }
             else {
                 ++transcoder.m_count;
             }
             room.append(substitute.bytes, substitute.size);
             unit += length;
-            if (isStrict)
-                return stop(Status::UNREPRESENTABLE);
+            ErrorRun const more = substituteRun(
+                encoder, room, unit,
+                [&](unsigned short const* units, size_t most) {
+                    return encoder.m_engine->unmappableRun(*encoder.m_converter, units, end, most);
+                },
+                substitute);
+            transcoder.m_count += more.count;
+            unit += more.length;
         }
         return Status::DONE;
     }
@@ -574,7 +704,8 @@ struct Streams {
             if (run.source.begin == run.source.end)
                 return Status::DONE;
             // A unit becomes a byte at least, so that more units than the room has bytes would be decoded in vain.
-            size_t const most = std::min(std::max<size_t>(room.left(), 2), PIECE);
+            size_t const most = std::min(std::max<size_t>(room.left(), 2),
+                                         lookAhead(transcoder, encoder.m_options.errors, decoder.m_unitPosition));
             Progress const progress = decoder.m_engine->decodeStrict(
                 *decoder.m_converter, run.source.begin, run.source.end, units, units + most, run.source.last);
             Status const encoded = encodeRun(transcoder, feed, room, run, progress.written);
@@ -587,7 +718,11 @@ struct Streams {
             transcoder.m_lineFeeds += countLineFeeds(units, units + progress.written);
             decoder.m_unitPosition += progress.written;
             decoder.m_bytePosition += progress.consumed;
-            if (isIllegal && fits) {
+            bool const isStopped = decoder.m_options.errors == ErrorPolicy::STRICT;
+            if (isIllegal && fits && !isStopped && transcoder.m_count != 0) {
+                ++transcoder.m_count;
+            }
+            else if (isIllegal && fits) {
                 Error error = invalidBytes(decoder, bad, progress.length);
                 error.lineFeeds = transcoder.m_lineFeeds;
                 record(transcoder, error);
@@ -597,12 +732,13 @@ struct Streams {
                 return Status::OUTPUT_FULL;
             if (isIllegal) {
                 pass(decoder, feed, progress.length);
-                if (isReplaced) {
-                    room.append(encoder.m_substitute, substituteSize(encoder));
-                    decoder.m_unitPosition += substituteOf(decoder.m_options).count;
-                }
-                if (decoder.m_options.errors == ErrorPolicy::STRICT)
+                if (isStopped)
                     return Status::INVALID;
+                size_t const size = isReplaced ? substituteSize(encoder) : 0;
+                size_t const count =
+                    1 + passIllegal(transcoder, decoder, feed, run.source, bad + progress.length, room.fits(size) - 1);
+                room.appendTimes(encoder.m_substitute, size, count);
+                decoder.m_unitPosition += isReplaced ? substituteOf(decoder.m_options).count * count : 0;
             }
             else if (progress.stop != Stop::DESTINATION_FULL && run.source.reachesEnd) {
                 feed.hold();

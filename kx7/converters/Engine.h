@@ -30,6 +30,12 @@ struct Progress {
     unsigned int length;  ///< ILLEGAL, UNMAPPABLE: bytes or units of the character that stopped it; else 0
 };
 
+/** Errors one after another at the front of a range. */
+struct ErrorRun {
+    size_t length;  ///< bytes or units of all of them
+    size_t count;
+};
+
 /** Bytes up to a zero terminator or, where `end` is not null, up to `end` if that comes first. */
 struct ByteText {
     unsigned char const* begin;
@@ -72,9 +78,17 @@ struct Engine {
     Progress (*decodeStrict)(KX7CharSetConverter& converter, unsigned char const* source,
                              unsigned char const* sourceEnd, unsigned short* dest, unsigned short* destEnd, bool last);
 
+    /** The sequences that decodeStrict refuses at the front of a range, at most `most`. */
+    ErrorRun (*illegalRun)(KX7CharSetConverter& converter, unsigned char const* source, unsigned char const* sourceEnd,
+                           bool last, size_t most);
+
     /** Encodes a range; a 0 unit is a character like any other. `last` as above. */
     Progress (*encode)(KX7CharSetConverter& converter, unsigned short const* source, unsigned short const* sourceEnd,
                        unsigned char* dest, unsigned char* destEnd, bool last);
+
+    /** The characters that encode refuses at the front of well-formed units, at most `most`. */
+    ErrorRun (*unmappableRun)(KX7CharSetConverter& converter, unsigned short const* source,
+                              unsigned short const* sourceEnd, size_t most);
 
     /**
      * Decodes with ILLCHAR_REPLACE and no source limit, as the published operation, without its terminator. A room of
@@ -123,13 +137,20 @@ inline KX7CharSetConverter& converterOf(KX7CharSet charSet)
 /** Engine functions of one converter class; instantiated beside the class (EngineOf.h). */
 template <class Converter>
 struct EngineOf {
+    /** The decoder of decodeStrict: the lenient one, unless a class has a specialisation. */
+    static auto strictDecoder(KX7CharSetConverter& converter);
+
     static Progress decode(KX7CharSetConverter& converter, unsigned char const* source, unsigned char const* sourceEnd,
                            unsigned short* dest, unsigned short* destEnd, bool last);
     static Progress decodeStrict(KX7CharSetConverter& converter, unsigned char const* source,
                                  unsigned char const* sourceEnd, unsigned short* dest, unsigned short* destEnd,
                                  bool last);
+    static ErrorRun illegalRun(KX7CharSetConverter& converter, unsigned char const* source,
+                               unsigned char const* sourceEnd, bool last, size_t most);
     static Progress encode(KX7CharSetConverter& converter, unsigned short const* source,
                            unsigned short const* sourceEnd, unsigned char* dest, unsigned char* destEnd, bool last);
+    static ErrorRun unmappableRun(KX7CharSetConverter& converter, unsigned short const* source,
+                                  unsigned short const* sourceEnd, size_t most);
     static TextProgress decodeText(KX7CharSetConverter& converter, ByteText const& source, unsigned short* dest,
                                    unsigned int room);
     static TextProgress encodeText(KX7CharSetConverter& converter, UnitText const& source, unsigned char* dest,

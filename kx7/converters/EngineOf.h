@@ -10,6 +10,12 @@
 namespace kx7 {
 
 template <class Converter>
+auto EngineOf<Converter>::strictDecoder(KX7CharSetConverter& converter)
+{
+    return static_cast<Converter&>(converter).decoder();
+}
+
+template <class Converter>
 Progress EngineOf<Converter>::decode(KX7CharSetConverter& converter, unsigned char const* source,
                                      unsigned char const* sourceEnd, unsigned short* dest, unsigned short* destEnd,
                                      bool last)
@@ -22,7 +28,14 @@ Progress EngineOf<Converter>::decodeStrict(KX7CharSetConverter& converter, unsig
                                            unsigned char const* sourceEnd, unsigned short* dest,
                                            unsigned short* destEnd, bool last)
 {
-    return decode(converter, source, sourceEnd, dest, destEnd, last);
+    return decodeRange(strictDecoder(converter), source, sourceEnd, dest, destEnd, last);
+}
+
+template <class Converter>
+ErrorRun EngineOf<Converter>::illegalRun(KX7CharSetConverter& converter, unsigned char const* source,
+                                         unsigned char const* sourceEnd, bool last, size_t most)
+{
+    return kx7::illegalRun(strictDecoder(converter), source, sourceEnd, last, most);
 }
 
 template <class Converter>
@@ -31,6 +44,13 @@ Progress EngineOf<Converter>::encode(KX7CharSetConverter& converter, unsigned sh
                                      bool last)
 {
     return encodeRange(static_cast<Converter&>(converter).encoder(), source, sourceEnd, dest, destEnd, last);
+}
+
+template <class Converter>
+ErrorRun EngineOf<Converter>::unmappableRun(KX7CharSetConverter& converter, unsigned short const* source,
+                                            unsigned short const* sourceEnd, size_t most)
+{
+    return kx7::unmappableRun(static_cast<Converter&>(converter).encoder(), source, sourceEnd, most);
 }
 
 template <class Converter>
@@ -93,8 +113,9 @@ constexpr StraightConversion* EngineOf<Converter>::fromUTF8()
 
 template <class Converter>
 Engine const EngineOf<Converter>::ENGINE = {
-    &EngineOf::decode,       &EngineOf::decodeStrict, &EngineOf::encode,  &EngineOf::decodeText, &EngineOf::encodeText,
-    EngineOf::runFromUTF8(), &EngineOf::toUTF16,      EngineOf::toUTF8(), EngineOf::fromUTF8(),
+    &EngineOf::decode,        &EngineOf::decodeStrict, &EngineOf::illegalRun, &EngineOf::encode,
+    &EngineOf::unmappableRun, &EngineOf::decodeText,   &EngineOf::encodeText, EngineOf::runFromUTF8(),
+    &EngineOf::toUTF16,       EngineOf::toUTF8(),      EngineOf::fromUTF8(),
 };
 
 }  // namespace kx7

@@ -143,13 +143,9 @@ struct KX7CharSetConverterEUC_JP::StrictDecoder : Decoder {
 
 namespace kx7 {
 template <>
-Progress EngineOf<KX7CharSetConverterEUC_JP>::decodeStrict(KX7CharSetConverter& converter, unsigned char const* source,
-                                                           unsigned char const* sourceEnd, unsigned short* dest,
-                                                           unsigned short* destEnd, bool last)
+auto EngineOf<KX7CharSetConverterEUC_JP>::strictDecoder(KX7CharSetConverter& converter)
 {
-    KX7CharSetConverterEUC_JP::StrictDecoder const decoder(
-        static_cast<KX7CharSetConverterEUC_JP&>(converter).decoder());
-    return decodeRange(decoder, source, sourceEnd, dest, destEnd, last);
+    return KX7CharSetConverterEUC_JP::StrictDecoder(static_cast<KX7CharSetConverterEUC_JP&>(converter).decoder());
 }
 
 template struct EngineOf<KX7CharSetConverterEUC_JP>;

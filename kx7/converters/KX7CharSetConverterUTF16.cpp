@@ -91,11 +91,9 @@ struct KX7CharSetConverterUTF16::Encoder : kx7::EncoderBase {
 
 namespace kx7 {
 template <>
-Progress EngineOf<KX7CharSetConverterUTF16>::decodeStrict(KX7CharSetConverter&, unsigned char const* source,
-                                                          unsigned char const* sourceEnd, unsigned short* dest,
-                                                          unsigned short* destEnd, bool last)
+auto EngineOf<KX7CharSetConverterUTF16>::strictDecoder(KX7CharSetConverter& /*converter*/)
 {
-    return decodeRange(StrictDecoder(), source, sourceEnd, dest, destEnd, last);
+    return StrictDecoder();
 }
 
 /** Kept on purpose: without a source limit this converter decodes nothing. */

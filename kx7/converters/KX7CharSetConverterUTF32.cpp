@@ -190,11 +190,9 @@ struct KX7CharSetConverterUTF32::Encoder : kx7::EncoderBase {
 
 namespace kx7 {
 template <>
-Progress EngineOf<KX7CharSetConverterUTF32>::decodeStrict(KX7CharSetConverter&, unsigned char const* source,
-                                                          unsigned char const* sourceEnd, unsigned short* dest,
-                                                          unsigned short* destEnd, bool last)
+auto EngineOf<KX7CharSetConverterUTF32>::strictDecoder(KX7CharSetConverter& /*converter*/)
 {
-    return decodeRange(StrictDecoder(), source, sourceEnd, dest, destEnd, last);
+    return StrictDecoder();
 }
 
 template struct EngineOf<KX7CharSetConverterUTF32>;

@@ -290,6 +290,46 @@ KX7_INLINE Progress encodeRange(Encoder const& encoder, unsigned short const* so
     }
 }
 
+/**
+ * Counts what a strict decoder refuses, one after another at the front of a range, at most `most`: where there is one
+ * malformed sequence there are often more, and a call for each would cost many times what a character does.
+ */
+template <class Decoder>
+KX7_INLINE ErrorRun illegalRun(Decoder const& decoder, unsigned char const* source, unsigned char const* sourceEnd,
+                               bool last, size_t most)
+{
+    unsigned char const* in = source;
+    size_t count = 0;
+    for (; in != sourceEnd && count != most; ++count) {
+        DecodedChar c = decoder.step(in, sourceEnd);
+        if (c.found == Found::CUT) {
+            if (!last)
+                break;
+            c = decoder.cutOff(in, sourceEnd);
+            c.consumed = static_cast<unsigned int>(sourceEnd - in);
+        }
+        if (c.found == Found::CHARACTER)
+            break;
+        in += c.consumed;
+    }
+    return {static_cast<size_t>(in - source), count};
+}
+
+/** The same for characters that an encoder lacks, in well-formed units. */
+template <class Encoder>
+KX7_INLINE ErrorRun unmappableRun(Encoder const& encoder, unsigned short const* source, unsigned short const* sourceEnd,
+                                  size_t most)
+{
+    unsigned short const* in = source;
+    size_t count = 0;
+    for (; in != sourceEnd && count != most; ++count) {
+        if (encoder.step(in, sourceEnd).found == Found::CHARACTER)
+            break;
+        in += isHighSurrogate(*in) && sourceEnd - in > 1 ? 2 : 1;
+    }
+    return {static_cast<size_t>(in - source), count};
+}
+
 /** What decodeText did before it went on in decodeTextOn. */
 struct DecodeFront {
     unsigned char const* in;   ///< converted up to here
