@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "kx7/charset/Converters.h"
+#include "tests/support/SingleByteSets.h"
 
 namespace {
 
