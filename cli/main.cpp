@@ -86,7 +86,7 @@ int guessAll(Options const& options)
         try {
             if (!files.next(file))
                 break;
-            Input input(file.path);
+            Input input(file);
             std::vector<kx7::CharSetInfo const*> const charSets = guess(input);
             std::string text;
             for (kx7::CharSetInfo const* const charSet : charSets)

@@ -52,9 +52,9 @@ int fsync(int file)
     return fails("fsync") ? -1 : static_cast<int>(syscall(SYS_fsync, file));
 }
 
-int rename(char const* from, char const* to) noexcept
+int renameat(int fromFolder, char const* from, int toFolder, char const* to) noexcept
 {
-    return fails("rename") ? -1 : static_cast<int>(syscall(SYS_renameat2, AT_FDCWD, from, AT_FDCWD, to, 0));
+    return fails("rename") ? -1 : static_cast<int>(syscall(SYS_renameat2, fromFolder, from, toFolder, to, 0));
 }
 
 int close(int file)
