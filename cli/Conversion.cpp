@@ -242,7 +242,8 @@ std::shared_ptr<Output> Conversion::openOutput(File const& file, Job& job)
     }
     try {
         auto output = std::make_shared<Output>(target);
-        output->limitPermissions(job.input->mostPermissions());
+        if (!m_options.inPlace)
+            output->limitPermissions(job.input->mostPermissions());
         output->write(m_mark.data(), m_mark.size());
         return output;
     }

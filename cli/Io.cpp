@@ -206,33 +206,29 @@ void Output::finish()
         replaceTarget();
 }
 
-/** Whether a file is to be replaced, and which: in place only the one that was read. */
-bool Output::isThere(struct stat& status) const
+/** Refuses to replace anything but a regular file and, in place, any but the one that was read. */
+void Output::checkOld(struct stat const* old) const
 {
-    bool const isThere = m_folder->entryStatus(m_target, status);
-    if (!isThere && errno != ENOENT)
-        fail();
-    if (isThere ? !S_ISREG(status.st_mode) || (m_isInPlace && FileId(status) != m_file) : m_isInPlace)
+    if (old ? !S_ISREG(old->st_mode) || (m_isInPlace && FileId(*old) != m_file) : m_isInPlace)
         fail(FileError::REPLACED);
-    return isThere;
 }
 
 /** The rights of the file that is replaced by now; without one, of a new file. */
 void Output::setRights()
 {
     struct stat status;
-    if (!isThere(status)) {
-        if (fstat(m_descriptor.get(), &status) == -1 ||
-            ((status.st_mode & 0777) != m_mode && fchmod(m_descriptor.get(), m_mode) == -1))
+    Descriptor const old(m_folder->openEntry(m_target, O_PATH));
+    if (old.get() == -1 && errno != ENOENT)
+        fail();
+    m_replaces = old.get() != -1;
+    if (fstat(m_replaces ? old.get() : m_descriptor.get(), &status) == -1)
+        fail();
+    checkOld(m_replaces ? &status : nullptr);
+    if (!m_replaces) {
+        if ((status.st_mode & 0777) != m_mode && fchmod(m_descriptor.get(), m_mode) == -1)
             fail();
         return;
     }
-    Descriptor const old(m_folder->openEntry(m_target, O_PATH));
-    FileId const seen(status);
-    if (old.get() == -1 || fstat(old.get(), &status) == -1)
-        fail();
-    if (FileId(status) != seen)
-        fail(FileError::REPLACED);
     if (m_isInPlace) {
         // Reading has changed the time of the last access.
         status.st_atim = m_status.st_atim;
@@ -249,12 +245,9 @@ void Output::setRights()
 void Output::giveName()
 {
     std::string const file = procPath(m_descriptor.get());
-    struct stat status;
-    if (!isThere(status) && linkat(AT_FDCWD, file.c_str(), m_folder->get(), m_target.c_str(), AT_SYMLINK_FOLLOW) == 0) {
-        m_temporary = m_target;
-        return;
-    }
-    m_temporary = link(file);
+    bool const isNew =
+        !m_replaces && linkat(AT_FDCWD, file.c_str(), m_folder->get(), m_target.c_str(), AT_SYMLINK_FOLLOW) == 0;
+    m_temporary = isNew ? m_target : link(file);
 }
 
 /** Gives a file, by a path or a name in the folder, a new name there, and returns that. */
@@ -303,8 +296,9 @@ void Output::replaceTarget()
 {
     if (m_temporary != m_target) {
         struct stat status;
-        bool const replaces = isThere(status);
-        if (replaces && !m_backupSuffix.empty())
+        bool const isThere = m_folder->entryStatus(m_target, status);
+        checkOld(isThere ? &status : nullptr);
+        if (!m_backupSuffix.empty())
             keepBackup();
         if (renameat(m_folder->get(), m_temporary.c_str(), m_folder->get(), m_target.c_str()) == -1)
             fail();

@@ -117,7 +117,7 @@ private:
     void giveName();
     void keepBackup();
     void replaceTarget();
-    bool isThere(struct stat& status) const;
+    void checkOld(struct stat const* old) const;
     std::string link(std::string const& from) const;
 
     Descriptor m_descriptor;
@@ -127,6 +127,7 @@ private:
     std::string m_temporary;  ///< the name of the unfinished file; empty while it has none
     std::string m_backupSuffix;
     bool m_isInPlace = false;  ///< only the file that was there at first is replaced
+    bool m_replaces = false;   ///< there is a file under the name of the target
     bool m_hasFile = false;
     FileId m_file;
     struct stat m_status;  ///< of the file when it was opened

@@ -153,11 +153,12 @@ bool copyRights(int from, struct stat const& status, int to, bool keepsTimes, st
     if (fstat(to, &now) == -1)
         return false;
     // Not root's files only: a group that one belongs to may be given.
-    if ((now.st_uid != status.st_uid || now.st_gid != status.st_gid) &&
-        fchown(to, status.st_uid, status.st_gid) == -1 && now.st_gid != status.st_gid)
-        static_cast<void>(fchown(to, static_cast<uid_t>(-1), status.st_gid) == 0);
-    if (fstat(to, &now) == -1)
-        return false;
+    if (now.st_uid != status.st_uid || now.st_gid != status.st_gid) {
+        if (fchown(to, status.st_uid, status.st_gid) == -1)
+            static_cast<void>(fchown(to, static_cast<uid_t>(-1), status.st_gid) == 0);
+        if (fstat(to, &now) == -1)
+            return false;
+    }
     bool const ownerKept = now.st_uid == status.st_uid;
     bool const groupKept = now.st_gid == status.st_gid;
     if (!ownerKept)
@@ -165,17 +166,18 @@ bool copyRights(int from, struct stat const& status, int to, bool keepsTimes, st
     if (!groupKept)
         add(lost, "group");
     // Attributes take permission to write.
-    if ((now.st_mode & S_IWUSR) == 0 && fchmod(to, S_IRUSR | S_IWUSR) == -1)
-        return false;
+    if ((now.st_mode & S_IWUSR) == 0) {
+        now.st_mode = S_IRUSR | S_IWUSR;
+        if (fchmod(to, now.st_mode) == -1)
+            return false;
+    }
 
     std::string const source = procPath(from);
     std::string const target = procPath(to);
     std::vector<std::string> names;
     std::vector<std::string> inherited;
-    bool const isListed = listAttributes(source, names);
+    bool const isListed = listAttributes(source, names) && listAttributes(target, inherited);
     if (!isListed)
-        add(lost, "extended attributes");
-    if (!listAttributes(target, inherited) && isListed && !names.empty())
         add(lost, "extended attributes");
 
     // What the folder gives to new files would be added to the old file's rights.
@@ -222,7 +224,8 @@ bool copyRights(int from, struct stat const& status, int to, bool keepsTimes, st
         add(lost, "access control list");
         mode = withAll(mode, 0);
     }
-    if (fchmod(to, mode) == -1)
+    bool const isSet = names.empty() && inherited.empty() && (now.st_mode & PERMISSIONS) == mode;
+    if (!isSet && fchmod(to, mode) == -1)
         return false;
     if (keepsTimes) {
         timespec const times[] = {status.st_atim, status.st_mtim};
