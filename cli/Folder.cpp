@@ -80,7 +80,7 @@ FolderPointer Folder::open(int at, std::string const& path, int flags)
     if (folder->get() == -1 && errno == EACCES) {
         // Without permission to read, names in it can still be used.
         folder->m_isReadable = false;
-        folder->m_descriptor.reset(openat(at, path.c_str(), flags | O_PATH));
+        folder->m_descriptor.reset(uninterrupted([&] { return openat(at, path.c_str(), flags | O_PATH); }));
     }
     if (folder->get() == -1 || fstat(folder->get(), &folder->m_status) == -1)
         return nullptr;

@@ -48,7 +48,7 @@ bool Targets::isInput(FileId const& file) const
 
 void Targets::check(Output const* shared, Place const& place)
 {
-    bool const isToFile = shared && shared->file();
+    bool const isToFile = shared && (shared->isFile() || shared->file());
     if (!isToFile && m_options.backupSuffix.empty() && m_options.outputFolder.empty())
         return;
     std::vector<std::string> inputs = m_options.files;
@@ -85,7 +85,7 @@ void Targets::checkTrees(Output const& shared, Place const& place) const
         FolderPointer const above = Folder::open(folder->get(), "..", 0);
         folder = above && above->id() != folder->id() ? above : nullptr;
     }
-    if (shared.links() < 2)
+    if (!shared.file() || shared.links() < 2)
         return;
     Options options = m_options;
     options.namesFrom.clear();
@@ -119,20 +119,6 @@ void Targets::checkBackups() const
     }
 }
 
-/** The backup of an input when its turn has come: other inputs may not be known yet. */
-void Targets::checkBackup(File const& file, Place const& place) const
-{
-    std::string const& suffix = m_options.backupSuffix;
-    struct stat status;
-    if (!suffix.empty() && (m_options.recursive || !m_options.namesFrom.empty()) &&
-        place.folder->entryStatus(place.name + suffix, status))
-        throw UsageError(file.path + ": the name of its backup is taken, perhaps by another input");
-    size_t const size = place.name.size();
-    if (!suffix.empty() && size > suffix.size() && place.name.compare(size - suffix.size(), size, suffix) == 0 &&
-        m_targets.contains(place.folder->id(), place.name.substr(0, size - suffix.size())))
-        throw UsageError(file.path + ": has the name of another input's backup");
-}
-
 void Targets::resolveInput(File& file) const
 {
     if (!m_options.inPlace || file.folder || file.path == "-")
@@ -144,6 +130,11 @@ void Targets::resolveInput(File& file) const
         throw UsageError(file.path + ": not a regular file, which -i needs");
     file.folder = place.folder;
     file.name = place.name;
+    std::string const& suffix = m_options.backupSuffix;
+    size_t const size = file.name.size();
+    if (!suffix.empty() && size > suffix.size() && file.name.compare(size - suffix.size(), size, suffix) == 0 &&
+        m_targets.contains(place.folder->id(), file.name.substr(0, size - suffix.size())))
+        throw UsageError(file.path + ": has the name of another input's backup");
 }
 
 void Targets::checkInput(File const& file, Input const& input, Output const& shared) const
@@ -181,7 +172,10 @@ Output::Target Targets::target(File const& file, Input const& input)
     if (!m_options.inPlace && place.folder->entryStatus(place.name, status) &&
         FileId(status) != FileId(input.status()) && isInput(FileId(status)))
         throw UsageError(name + ": its output is another input");
-    checkBackup(file, place);
+    // Other inputs may not be known yet.
+    if (!m_options.backupSuffix.empty() && (m_options.recursive || !m_options.namesFrom.empty()) &&
+        place.folder->entryStatus(place.name + m_options.backupSuffix, status))
+        throw UsageError(name + ": the name of its backup is taken, perhaps by another input");
     if (m_repeats)
         m_targets.insert(place.folder->id(), place.name);
     return target;

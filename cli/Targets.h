@@ -24,7 +24,8 @@ public:
      */
     void check(Output const* shared, Place const& place);
 
-    /** In place: resolves an input that is named. Throws InputError and UsageError. */
+    /** In place: resolves an input that is named, which must not be another one's backup. Throws InputError and
+     * UsageError. */
     void resolveInput(File& file) const;
 
     /** Throws UsageError for an input that is the output of all. */
@@ -36,7 +37,6 @@ public:
 private:
     bool isInput(FileId const& file) const;
     void checkBackups() const;
-    void checkBackup(File const& file, Place const& place) const;
     void checkTrees(Output const& shared, Place const& place) const;
     FolderPointer folderFor(File const& file);
     FolderPointer makeFolders(File const& file, std::string const& path);

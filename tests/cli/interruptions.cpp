@@ -71,6 +71,17 @@ int openat64(int folder, char const* path, int flags, ...)
     return openInterrupted(folder, path, flags | O_LARGEFILE, mode);
 }
 
+/** What a hardened build calls where the flags are not constant. */
+int __openat_2(int folder, char const* path, int flags)
+{
+    return openInterrupted(folder, path, flags);
+}
+
+int __openat64_2(int folder, char const* path, int flags)
+{
+    return openInterrupted(folder, path, flags | O_LARGEFILE);
+}
+
 ssize_t read(int file, void* buffer, size_t count)
 {
     return isInterrupted() ? -1 : syscall(SYS_read, file, buffer, few(count));

@@ -1,7 +1,7 @@
 // kx7text - preloaded into kx7conv by its tests: right before the N-th call of a system call the program of
-// KX7CONV_SWAP is run by the shell, as somebody else would who renames files meanwhile; "openat 3 rm x" is "rm x" before
-// the third openat. KX7CONV_NO_TMPFILE: the file system has no files without a name. KX7CONV_NO_ACL: setting an access
-// control list fails. KX7CONV_RANDOM: the bytes of getrandom are this for so many calls.
+// KX7CONV_SWAP is run by the shell, as somebody else would who renames files meanwhile; "openat 3 rm x" is "rm x"
+// before the third openat. KX7CONV_NO_TMPFILE: the file system has no files without a name. KX7CONV_NO_ACL: setting an
+// access control list fails. KX7CONV_RANDOM: the bytes of getrandom are this for so many calls.
 //
 // A hardened build gives inline bodies to the functions that are replaced here.
 #undef _FORTIFY_SOURCE
@@ -66,6 +66,17 @@ int openat64(int folder, char const* path, int flags, ...)
     mode_t const mode = (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(arguments, mode_t) : 0;
     va_end(arguments);
     return openSwapped(folder, path, flags | O_LARGEFILE, mode);
+}
+
+/** What a hardened build calls where the flags are not constant. */
+int __openat_2(int folder, char const* path, int flags)
+{
+    return openSwapped(folder, path, flags, 0);
+}
+
+int __openat64_2(int folder, char const* path, int flags)
+{
+    return openSwapped(folder, path, flags | O_LARGEFILE, 0);
 }
 
 int fsync(int file)

@@ -35,7 +35,7 @@ class Swaps(Places):
         """At every point: what is outside is neither read nor written."""
         for arguments in (["-i"], ["--output-dir", "out"], ["--check"], []):
             outcomes = set()
-            for n in range(1, 16):
+            for n in range(1, 12):
                 self.make(d__a=b"a", d__sub__x=b"x", secret__x=b"secret")
                 swap = f"openat {n} mv d/sub d/moved && ln -s ../secret d/sub"
                 status, output, messages = run("-f", "1253", "-r", *arguments, "d", cwd=self.folder,
@@ -223,9 +223,8 @@ class Backups(Places):
             self.assertEqual([self.read(f"d/{name}") for name in self.entries("d")], [SOURCE, b"two", RESULT, SOURCE])
             (self.folder / "d/y").write_bytes(SOURCE)
             (self.folder / "d/y.bak").unlink()
-            status, _, messages = run("-f", "1253", "-i.bak", "-j", jobs, "--files-from", "list", cwd=self.folder)
-            self.assertEqual(status, IO, messages)
-            self.assertTrue(messages.startswith(taken))
+            self.convert("-i.bak", "-j", jobs, "--errors", "skip", "--files-from", "list", status=USAGE,
+                         messages=taken + "kx7conv: d/y.bak: has the name of another input's backup\n")
             self.assertEqual((self.read("d/x"), self.read("d/x.bak.bak"), self.read("d/y"), self.read("d/y.bak")),
                              (SOURCE, b"two", RESULT, SOURCE))
             subprocess.run("rm -r *", shell=True, cwd=self.folder, check=True)
