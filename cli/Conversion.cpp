@@ -40,12 +40,10 @@ std::string counted(uint64_t count)
     return std::to_string(count) + (count == 1 ? " error" : " errors");
 }
 
-/** One name for each file: the path of the folder without links, and the name. */
-std::string canonical(std::string const& path)
+/** The message about what a file has not got from the one that it replaced. */
+std::string notKept(std::string const& name, Output const& output)
 {
-    std::string const target = followLinks(path);
-    std::unique_ptr<char, void (*)(void*)> const folder(realpath(folderOf(target).c_str(), nullptr), free);
-    return (folder ? folder.get() : folderOf(target)) + "/" + target.substr(target.rfind('/') + 1);
+    return name + ": not kept: " + output.lost();
 }
 
 }  // namespace
@@ -56,7 +54,7 @@ Conversion::Conversion(Options const& options, Codec const& from, Codec const& t
       // A line or a literal text is continued by its next block only.
       m_threads(options.literal || options.lineBuffered ? 1 : options.jobs),
       m_blockSize(std::clamp(ALL_BLOCKS / m_threads, SMALLEST_BLOCK, BLOCK_SIZE)), m_openFiles(m_threads),
-      m_files(options), m_messages(options.progress)
+      m_files(options), m_targets(options), m_messages(options.progress)
 {
     if (options.byteOrderMark == ByteOrderMark::ADD && m_mark.empty())
         throw UsageError(std::string("--bom add: ") + to.name + " has no byte order mark");
@@ -83,11 +81,11 @@ std::unique_ptr<BlockConverter> Conversion::makeConverter() const
 void Conversion::run()
 {
     bool const isShared = !m_options.check && !m_options.inPlace && m_options.outputFolder.empty();
-    if (isShared) {
-        m_sharedOutput = m_options.output.empty() ? std::make_shared<Output>()
-                                                  : std::make_shared<Output>(m_options.output, std::string());
+    if (isShared)
+        openSharedOutput();
+    m_targets.check(m_sharedOutput.get(), m_sharedPlace);
+    if (isShared)
         m_sharedOutput->write(m_mark.data(), m_mark.size());
-    }
     std::vector<std::thread> threads;
     try {
         while (threads.size() + 1 < m_threads)
@@ -107,11 +105,26 @@ void Conversion::run()
         m_totals.bytesWritten += m_sharedOutput->written();
         if (m_options.output.empty() || m_status == EXIT_FINE)
             m_sharedOutput->finish();
-        if (!m_options.output.empty() && m_status == EXIT_FINE)
-            m_folders.insert(folderOf(followLinks(m_options.output)));
+        if (!m_sharedOutput->lost().empty())
+            report(notKept(m_options.output, *m_sharedOutput));
+        if (m_sharedOutput->isFile() && m_status == EXIT_FINE && !m_sharedPlace.folder->sync())
+            throw OutputError(errno, std::generic_category(), m_options.output);
     }
-    for (std::string const& folder : m_folders)
-        syncFolder(folder);
+    m_folders.finish();
+}
+
+void Conversion::openSharedOutput()
+{
+    if (m_options.output.empty()) {
+        m_sharedOutput = std::make_shared<Output>();
+        return;
+    }
+    if (!resolve(m_options.output, m_sharedPlace))
+        throw OutputError(errno, std::generic_category(), m_options.output);
+    Output::Target target;
+    target.name = m_options.output;
+    target.place = m_sharedPlace;
+    m_sharedOutput = std::make_shared<Output>(target);
 }
 
 /** What each thread does. */
@@ -195,7 +208,8 @@ bool Conversion::openNext(Block& block)
         if (!m_files.next(file))
             return false;
         job->name = inputName(file.path);
-        job->input = std::make_unique<Input>(file.path);
+        m_targets.resolveInput(file);
+        job->input = std::make_unique<Input>(file);
         m_files.check(*job->input);
         job->output = openOutput(file, *job);
         m_current = job;
@@ -213,34 +227,33 @@ std::shared_ptr<Output> Conversion::openOutput(File const& file, Job& job)
 {
     if (m_options.check)
         return nullptr;
-    std::string target;
-    if (m_options.inPlace) {
-        // Reading tells what is wrong with a folder.
-        mode_t const mode = job.input->status().st_mode;
-        if (file.path == "-" || (!S_ISREG(mode) && !S_ISDIR(mode)))
-            throw UsageError(job.name + ": not a regular file, which -i needs");
-        if (S_ISDIR(mode))
-            return nullptr;
-        target = file.path;
-    }
-    else if (!m_options.outputFolder.empty()) {
-        if (file.path == "-")
-            throw UsageError(job.name + ": has no name, which --output-dir needs");
-        target = m_options.outputFolder + "/" + file.relative;
-        std::string const folder = folderOf(target);
-        if (folder != m_madeFolder)
-            makeFolders(folder);
-        m_madeFolder = folder;
-    }
-    else {
+    if (m_sharedOutput) {
+        m_targets.checkInput(file, *job.input, *m_sharedOutput);
+        m_sharedOutput->limitPermissions(job.input->mostPermissions());
         return m_sharedOutput;
     }
-    if (!m_targets.insert(canonical(target)).second)
-        throw UsageError(job.name + ": " + (m_options.inPlace ? "given twice" : "another input has the same output"));
-    auto output = std::make_shared<Output>(target, m_options.backupSuffix);
-    output->write(m_mark.data(), m_mark.size());
-    job.folder = folderOf(followLinks(target));
-    return output;
+    // Reading tells what is wrong with a folder.
+    if (m_options.inPlace && S_ISDIR(job.input->status().st_mode))
+        return nullptr;
+    Output::Target target = m_targets.target(file, *job.input);
+    std::string failure;
+    job.folder = m_folders.enter(target.place.folder, folderOf(target.name), failure);
+    target.place.folder = job.folder;
+    if (!failure.empty()) {
+        raise(EXIT_IO);
+        m_messages.post(job.number, failure);
+    }
+    try {
+        auto output = std::make_shared<Output>(target);
+        if (!m_options.inPlace)
+            output->limitPermissions(job.input->mostPermissions());
+        output->write(m_mark.data(), m_mark.size());
+        return output;
+    }
+    catch (...) {
+        m_folders.leave(job.folder, false);
+        throw;
+    }
 }
 
 /** The input of the block ends, and this is why. */
@@ -366,11 +379,13 @@ void Conversion::commit(Job& job, BlockConverter const& converter)
 void Conversion::conclude(Job& job)
 {
     if (job.output && job.output != m_sharedOutput && !m_aborted) {
+        bool isChanged = false;
         try {
             if (!job.isFailed) {
                 job.output->finish();
-                std::lock_guard<std::mutex> const lock(m_folderMutex);
-                m_folders.insert(job.folder);
+                isChanged = true;
+                if (!job.output->lost().empty())
+                    m_messages.post(job.number, notKept(job.name, *job.output));
             }
         }
         catch (OutputError const& error) {
@@ -378,6 +393,7 @@ void Conversion::conclude(Job& job)
             m_messages.post(job.number, error.what());
         }
         job.output.reset();
+        m_folders.leave(job.folder, isChanged);
     }
     // The block keeps the job until it is used again.
     job.input.reset();

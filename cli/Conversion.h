@@ -8,14 +8,14 @@
 #include <memory>
 #include <mutex>
 #include <optional>
-#include <set>
-#include <unordered_set>
 
+#include "ChangedFolders.h"
 #include "Files.h"
 #include "Io.h"
 #include "Messages.h"
 #include "OpenFiles.h"
 #include "Options.h"
+#include "Targets.h"
 #include "Transcoder.h"
 
 namespace kx7conv {
@@ -62,7 +62,7 @@ private:
         std::optional<OpenFiles::Place> place;
         std::unique_ptr<Input> input;
         std::shared_ptr<Output> output;  ///< null: nothing is written
-        std::string folder;              ///< that the output appears in
+        FolderPointer folder;            ///< that the output appears in
         uint64_t bytesTaken = 0;         ///< by the thread that reads
 
         uint64_t offset = 0;  ///< bytes converted
@@ -89,6 +89,7 @@ private:
     void work();
     bool take(Block& block);
     bool openNext(Block& block);
+    void openSharedOutput();
     std::shared_ptr<Output> openOutput(File const& file, Job& job);
     void fail(Block& block, std::string const& reason, int status);
     void process(Block& block, BlockConverter& converter);
@@ -109,22 +110,21 @@ private:
     size_t const m_blockSize;
 
     OpenFiles m_openFiles;
-    std::mutex m_readMutex;  ///< guards the next five
+    std::mutex m_readMutex;  ///< guards the next six
     Files m_files;
     std::shared_ptr<Job> m_current;
     std::vector<unsigned char> m_held;  ///< bytes of the current input, the beginning of a character
     uint64_t m_tickets = 0;
-    std::unordered_set<std::string> m_targets;  ///< a file is written once in a run
+    Targets m_targets;
     uint64_t m_jobs = 0;
-    std::string m_madeFolder;
 
     std::mutex m_turnMutex;
     std::condition_variable m_turnEnded;
     uint64_t m_turn = 0;
 
     std::shared_ptr<Output> m_sharedOutput;
-    std::mutex m_folderMutex;
-    std::set<std::string> m_folders;  ///< in which files appeared
+    Place m_sharedPlace;  ///< unless that is standard output
+    ChangedFolders m_folders;
     Messages m_messages;
     Totals m_totals;  ///< changed by the thread whose turn it is
     std::atomic<bool> m_aborted{false};

@@ -1,9 +1,9 @@
 // kx7text - kx7conv: the inputs one after another, out of arguments, lists of names and folders.
 #include "Files.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <dirent.h>
+#include <fcntl.h>
 
 namespace kx7conv {
 
@@ -22,11 +22,11 @@ std::string joined(std::string const& folder, std::string const& name)
     return folder.empty() || folder.back() == '/' ? folder + name : folder + "/" + name;
 }
 
-bool isFolder(std::string const& path)
-{
-    struct stat status;
-    return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
-}
+/** Folders of a path that are open at once. */
+constexpr size_t OPEN_LEVELS = 4;
+
+/** Memory for names of all folders of a path; more are read again. */
+constexpr size_t NAMES_SIZE = 3 * 1024 * 1024;
 
 }  // namespace
 
@@ -50,9 +50,16 @@ bool Files::next(File& file)
         if (!nextName(file.path))
             return false;
         file.relative = baseName(file.path);
-        if (!m_options.recursive || file.path == "-" || !isFolder(file.path))
+        file.folder.reset();
+        file.isFound = false;
+        if (!m_options.recursive || file.path == "-")
             return true;
-        enter({file.path, std::string()});
+        FolderPointer const folder = Folder::open(AT_FDCWD, file.path, 0);
+        if (!folder)
+            return true;
+        m_path = file.path;
+        m_relative.clear();
+        enter(folder);
     }
 }
 
@@ -68,47 +75,112 @@ bool Files::nextName(std::string& name)
 
 bool Files::nextInFolder(File& file)
 {
-    while (!m_folders.empty()) {
-        Folder& folder = m_folders.back();
-        if (folder.next == folder.names.size()) {
-            m_folders.pop_back();
+    while (!m_levels.empty()) {
+        Level& level = m_levels.back();
+        unsigned char type = DT_UNKNOWN;
+        char const* const next = level.names.next(type);
+        if (!next && level.names.hasMore()) {
+            if (!level.names.read(*level.folder)) {
+                InputError const error(errno, std::generic_category(), m_path);
+                leave();
+                throw error;
+            }
+            for (size_t size = 0, i = m_levels.size(); i-- != 0;)
+                if ((size += m_levels[i].names.size()) > NAMES_SIZE && i + 1 != m_levels.size())
+                    m_levels[i].names.forget();
             continue;
         }
-        std::string const& name = folder.names[folder.next++];
-        file = {joined(folder.file.path, name), joined(folder.file.relative, name)};
+        if (!next) {
+            leave();
+            continue;
+        }
+        std::string const name = next;
         struct stat status;
-        if (lstat(file.path.c_str(), &status) == -1)
-            throw InputError(errno, std::generic_category(), file.path);
-        if (S_ISDIR(status.st_mode))
-            enter(file);
-        else if (S_ISREG(status.st_mode))
+        if (type == DT_UNKNOWN) {
+            if (!level.folder->entryStatus(name, status))
+                throw InputError(errno, std::generic_category(), joined(m_path, name));
+            type = S_ISDIR(status.st_mode) ? DT_DIR : S_ISREG(status.st_mode) ? DT_REG : DT_UNKNOWN;
+        }
+        if (type == DT_DIR) {
+            FolderPointer const folder = Folder::open(level.folder->get(), name, O_NOFOLLOW);
+            if (!folder && (errno == ELOOP || errno == ENOTDIR))
+                throw InputError(FileError::REPLACED, joined(m_path, name));
+            if (!folder)
+                throw InputError(errno, std::generic_category(), joined(m_path, name));
+            m_path = joined(m_path, name);
+            m_relative = joined(m_relative, name);
+            enter(folder);
+        }
+        else if (type == DT_REG && !isTemporaryName(name.c_str()) && !isBackup(name)) {
+            describe(name, file);
             return true;
+        }
     }
     return false;
 }
 
-void Files::enter(File const& folder)
+void Files::describe(std::string const& name, File& file) const
 {
-    struct stat here;
+    file.path = joined(m_path, name);
+    file.relative = joined(m_relative, name);
+    file.folder = m_levels.back().folder;
+    file.name = name;
+    file.isFound = true;
+    file.modes.clear();
+    if (!m_options.outputFolder.empty())
+        for (Level const& level : m_levels)
+            file.modes.push_back(level.mode);
+}
+
+/** Whether a name is that of another file's backup, which may have been made only now. */
+bool Files::isBackup(std::string const& name) const
+{
+    std::string const& suffix = m_options.backupSuffix;
+    if (!m_options.inPlace || suffix.empty() || name.size() <= suffix.size() ||
+        name.compare(name.size() - suffix.size(), suffix.size(), suffix) != 0)
+        return false;
+    struct stat status;
+    return m_levels.back().folder->entryStatus(name.substr(0, name.size() - suffix.size()), status) &&
+           S_ISREG(status.st_mode);
+}
+
+/** Begins with a folder, that m_path names; its names are read when they are asked for. */
+void Files::enter(FolderPointer const& folder)
+{
+    Level level;
+    level.folder = folder;
+    level.id = folder->id();
+    level.mode = folder->mode();
+    level.pathLength = m_path.size();
+    level.relativeLength = m_relative.size();
+    m_levels.push_back(std::move(level));
     struct stat output;
     if (!m_options.outputFolder.empty() && stat(m_options.outputFolder.c_str(), &output) == 0 &&
-        stat(folder.path.c_str(), &here) == 0 && here.st_dev == output.st_dev && here.st_ino == output.st_ino)
-        return;  // what is written there is no input
-    std::unique_ptr<DIR, int (*)(DIR*)> const entries(opendir(folder.path.c_str()), closedir);
-    if (!entries)
-        throw InputError(errno, std::generic_category(), folder.path);
-    Folder level = {folder, {}, 0};
-    errno = 0;
-    while (dirent const* const entry = readdir(entries.get())) {
-        std::string const name = entry->d_name;
-        if (name != "." && name != "..")
-            level.names.push_back(name);
-        errno = 0;
-    }
-    if (errno != 0)
-        throw InputError(errno, std::generic_category(), folder.path);
-    std::sort(level.names.begin(), level.names.end());
-    m_folders.push_back(std::move(level));
+        FileId(output) == folder->id())
+        leave();  // what is written there is no input
+    else if (m_levels.size() > OPEN_LEVELS)
+        m_levels[m_levels.size() - 1 - OPEN_LEVELS].folder.reset();
+}
+
+/** Goes on with the folder above. Throws InputError if that cannot be found again. */
+void Files::leave()
+{
+    FolderPointer const below = m_levels.back().folder;
+    m_levels.pop_back();
+    if (m_levels.empty())
+        return;
+    Level& level = m_levels.back();
+    m_path.resize(level.pathLength);
+    m_relative.resize(level.relativeLength);
+    if (level.folder)
+        return;
+    level.folder = Folder::open(below->get(), "..", 0);
+    if (level.folder && level.folder->id() == level.id)
+        return;
+    std::error_code const reason =
+        level.folder ? std::error_code(FileError::REPLACED) : std::error_code(errno, std::generic_category());
+    m_levels.clear();
+    throw InputError(reason, m_path);
 }
 
 }  // namespace kx7conv

@@ -7,16 +7,11 @@
 #include <vector>
 
 #include "Io.h"
+#include "NameBatch.h"
 #include "NameList.h"
 #include "Options.h"
 
 namespace kx7conv {
-
-/** An input. */
-struct File {
-    std::string path;      ///< "-": standard input
-    std::string relative;  ///< where it belongs below --output-dir
-};
 
 /** Finds the inputs while they are asked for: names in a list take no memory. */
 class Files {
@@ -34,20 +29,28 @@ public:
 
 private:
     /** A folder whose entries are visited, in the order of the bytes of their names. */
-    struct Folder {
-        File file;
-        std::vector<std::string> names;
-        size_t next;
+    struct Level {
+        FolderPointer folder;  ///< null: closed, since there are so many below it
+        FileId id;
+        mode_t mode = 0;
+        NameBatch names;
+        size_t pathLength = 0;      ///< the beginning of m_path that names it
+        size_t relativeLength = 0;  ///< the same of m_relative
     };
 
     bool nextName(std::string& name);
     bool nextInFolder(File& file);
-    void enter(File const& folder);
+    void enter(FolderPointer const& folder);
+    void leave();
+    bool isBackup(std::string const& name) const;
+    void describe(std::string const& name, File& file) const;
 
     Options const& m_options;
     size_t m_nextArgument = 0;
     std::unique_ptr<NameList> m_list;  ///< null: there is none
-    std::vector<Folder> m_folders;
+    std::vector<Level> m_levels;
+    std::string m_path;      ///< of the folder that is visited
+    std::string m_relative;  ///< the same below --output-dir
 };
 
 }  // namespace kx7conv

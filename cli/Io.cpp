@@ -1,50 +1,18 @@
 // kx7text - kx7conv: inputs, outputs and messages, straight on the system calls.
 #include "Io.h"
 
-#include <atomic>
 #include <cerrno>
-#include <climits>
-#include <cstdio>
-#include <cstdlib>
 #include <fcntl.h>
 #include <unistd.h>
 
 #include "Quoting.h"
+#include "Rights.h"
 #include "Transfer.h"
+#include "Uninterrupted.h"
 
 namespace kx7conv {
 
 namespace {
-
-/** Runs a system call until no signal interrupts it. */
-template <class Call>
-auto uninterrupted(Call call)
-{
-    auto result = call();
-    while (result == -1 && errno == EINTR)
-        result = call();
-    return result;
-}
-
-constexpr mode_t PERMISSIONS = 07777;
-
-/** The permissions of a new file. */
-mode_t newFileMode()
-{
-    static mode_t const mode = [] {
-        mode_t const mask = umask(0);
-        umask(mask);
-        return static_cast<mode_t>(0666 & ~mask);
-    }();
-    return mode;
-}
-
-/** Unfinished files are new every time, also in a folder that several processes share. */
-std::string uniqueSuffix()
-{
-    static std::atomic<unsigned int> s_count{0};
-    return std::to_string(getpid()) + "-" + std::to_string(s_count++);
-}
 
 std::string procPath(int file)
 {
@@ -52,21 +20,6 @@ std::string procPath(int file)
 }
 
 }  // namespace
-
-void Descriptor::reset(int file)
-{
-    if (m_file != -1)
-        ::close(m_file);
-    m_file = file;
-}
-
-bool Descriptor::close()
-{
-    int const file = m_file;
-    m_file = -1;
-    // Not tried again after EINTR: the descriptor is closed by then.
-    return ::close(file) == 0 || errno == EINTR;
-}
 
 std::string inputName(std::string const& path)
 {
@@ -78,16 +31,38 @@ std::string outputName(std::string const& path)
     return path.empty() ? "(stdout)" : quoted(path);
 }
 
-Input::Input(std::string const& path) : m_path(path), m_file(STDIN_FILENO), m_status()
+Input::Input(std::string const& path) : Input(File{path, {}, nullptr, {}, false, {}})
 {
-    if (path != "-") {
-        m_file = uninterrupted([&] { return open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY); });
-        if (m_file == -1)
-            throw InputError(errno, std::generic_category(), m_path);
-    }
+}
+
+Input::Input(File const& file) : m_path(file.path), m_file(STDIN_FILENO), m_status()
+{
+    if (file.path != "-")
+        open(file);
     if (fstat(m_file, &m_status) == -1)
         m_status.st_mode = 0;
+    if (file.isFound && !S_ISREG(m_status.st_mode)) {
+        close(m_file);
+        throw InputError(FileError::REPLACED, m_path);
+    }
     posix_fadvise(m_file, 0, 0, POSIX_FADV_SEQUENTIAL);
+}
+
+void Input::open(File const& file)
+{
+    // A pipe is waited for only where it is named.
+    m_file = file.folder ? file.folder->openEntry(file.name, O_RDONLY | O_NONBLOCK)
+                         : uninterrupted([&] { return ::open(file.path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY); });
+    if (m_file != -1)
+        return;
+    if (file.folder && errno == ELOOP)
+        throw InputError(FileError::REPLACED, m_path);
+    throw InputError(errno, std::generic_category(), m_path);
+}
+
+mode_t Input::mostPermissions() const
+{
+    return kx7conv::mostPermissions(m_file, m_status);
 }
 
 Input::~Input()
@@ -106,28 +81,39 @@ size_t Input::read(unsigned char* buffer, size_t size)
 
 Output::Output() : m_descriptor(STDOUT_FILENO)
 {
+    m_hasFile = fstat(STDOUT_FILENO, &m_status) == 0 && S_ISREG(m_status.st_mode);
+    m_file = FileId(m_status);
 }
 
-Output::Output(std::string const& path, std::string const& backupSuffix) : m_name(path), m_backupSuffix(backupSuffix)
+Output::Output(Target const& target)
+    : m_name(target.name), m_target(target.place.name), m_backupSuffix(target.backupSuffix),
+      m_isInPlace(target.source != nullptr)
 {
-    struct stat old;
-    m_replaces = stat(path.c_str(), &old) == 0;
-    if (!m_replaces && errno != ENOENT)
+    Place const& place = target.place;
+    m_hasFile = place.folder->entryStatus(place.name, m_status);
+    if (!m_hasFile && errno != ENOENT)
         fail();
-    if (m_replaces && !S_ISREG(old.st_mode)) {
-        m_descriptor.reset(uninterrupted([&] { return open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY); }));
-        if (m_descriptor.get() == -1)
+    if (m_hasFile && (place.isMagic || !S_ISREG(m_status.st_mode))) {
+        if (S_ISDIR(m_status.st_mode)) {
+            errno = EISDIR;
             fail();
+        }
+        if (target.filesOnly)
+            fail(FileError::NOT_REGULAR);
+        openAsItIs(place);
         return;
     }
-    m_target = followLinks(path);
-    openTemporary(m_replaces ? &old : nullptr);
+    m_file = FileId(m_status);
+    if (target.source && (!m_hasFile || m_file != FileId(target.source->status())))
+        fail(FileError::REPLACED);
+    m_folder = place.folder;
+    openTemporary();
 }
 
 Output::~Output()
 {
     if (!m_temporary.empty())
-        unlink(m_temporary.c_str());
+        unlinkat(m_folder->get(), m_temporary.c_str(), 0);
 }
 
 void Output::fail() const
@@ -135,38 +121,62 @@ void Output::fail() const
     throw OutputError(errno, std::generic_category(), m_name);
 }
 
-std::string Output::temporaryName() const
+void Output::fail(FileError error) const
 {
-    return folderOf(m_target) + "/.kx7conv-" + uniqueSuffix();
+    throw OutputError(error, m_name);
 }
 
-/** Opens a file in the folder of the target: one without a name where possible, so that a program killed leaves none.
- */
-void Output::openTemporary(struct stat const* old)
+/** Opens what is no regular file, or gets on with what is open. */
+void Output::openAsItIs(Place const& place)
 {
-    std::string const folder = folderOf(m_target);
-    m_descriptor.reset(uninterrupted([&] { return open(folder.c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, 0600); }));
-    if (m_descriptor.get() == -1 && (errno == EOPNOTSUPP || errno == EISDIR || errno == EINVAL)) {
-        std::string const name = temporaryName();
-        m_descriptor.reset(
-            uninterrupted([&] { return open(name.c_str(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, 0600); }));
-        if (m_descriptor.get() != -1)
-            m_temporary = name;
-    }
-    if (m_descriptor.get() == -1)
+    struct stat status;
+    if (place.openFile != -1)
+        m_descriptor.reset(fcntl(place.openFile, F_DUPFD_CLOEXEC, 0));
+    else if (place.isMagic)
+        m_descriptor.reset(uninterrupted(
+            [&] { return openat(place.folder->get(), place.name.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY); }));
+    else
+        m_descriptor.reset(place.folder->openEntry(place.name, O_WRONLY));
+    if (m_descriptor.get() == -1 && errno == ELOOP)
+        fail(FileError::REPLACED);
+    if (m_descriptor.get() == -1 || fstat(m_descriptor.get(), &status) == -1)
         fail();
+    if (place.isMagic ? place.openFile == -1 && S_ISREG(status.st_mode) : FileId(status) != FileId(m_status))
+        fail(place.isMagic ? FileError::NOT_REGULAR : FileError::REPLACED);
+    m_hasFile = S_ISREG(status.st_mode);
+    m_file = FileId(status);
+}
 
-    mode_t mode = newFileMode();
-    if (old) {
-        mode = old->st_mode & PERMISSIONS;
-        // Not root's files only: a group that one belongs to may be given. Else no right may pass to another owner.
-        if (fchown(m_descriptor.get(), old->st_uid, old->st_gid) == -1) {
-            bool const groupKept = fchown(m_descriptor.get(), static_cast<uid_t>(-1), old->st_gid) == 0;
-            mode &= ~static_cast<mode_t>(groupKept ? S_ISUID : S_ISUID | S_ISGID);
-        }
+/**
+ * Opens a file in the folder of the target: one without a name where possible, so that a program killed leaves none.
+ * What open() would permit there, by the umask or the folder's access control list, shows in a file made by it.
+ */
+void Output::openTemporary()
+{
+    struct stat status;
+    m_descriptor.reset(
+        uninterrupted([&] { return openat(m_folder->get(), ".", O_TMPFILE | O_WRONLY | O_CLOEXEC, m_mode); }));
+    if (m_descriptor.get() == -1 && (errno == EOPNOTSUPP || errno == EISDIR || errno == EINVAL)) {
+        auto const create = [&](mode_t mode) {
+            do {
+                m_temporary = temporaryName();
+                m_descriptor.reset(m_folder->openEntry(m_temporary, O_CREAT | O_EXCL | O_WRONLY, mode));
+            } while (m_descriptor.get() == -1 && errno == EEXIST);
+            if (m_descriptor.get() == -1) {
+                m_temporary.clear();
+                fail();
+            }
+        };
+        create(m_mode);
+        if (fstat(m_descriptor.get(), &status) == -1 || unlinkat(m_folder->get(), m_temporary.c_str(), 0) == -1)
+            fail();
+        m_mode = status.st_mode & 0777;
+        create(S_IRUSR | S_IWUSR);
+        return;
     }
-    if (fchmod(m_descriptor.get(), mode) == -1)
+    if (m_descriptor.get() == -1 || fstat(m_descriptor.get(), &status) == -1)
         fail();
+    m_mode = status.st_mode & 0777;
 }
 
 void Output::write(void const* data, size_t size)
@@ -184,7 +194,8 @@ void Output::write(void const* data, size_t size)
 
 void Output::finish()
 {
-    if (!m_target.empty()) {
+    if (isFile()) {
+        setRights();
         if (uninterrupted([&] { return fsync(m_descriptor.get()); }) == -1)
             fail();
         if (m_temporary.empty())
@@ -198,8 +209,40 @@ void Output::finish()
     // Ahead of the renaming: some file systems refuse late.
     if (!m_descriptor.close())
         fail();
-    if (!m_target.empty())
+    if (isFile())
         replaceTarget();
+}
+
+/** Refuses to replace anything but a regular file and, in place, any but the one that was read. */
+void Output::checkOld(struct stat const* old) const
+{
+    if (old ? !S_ISREG(old->st_mode) || (m_isInPlace && FileId(*old) != m_file) : m_isInPlace)
+        fail(FileError::REPLACED);
+}
+
+/** The rights of the file that is replaced by now; without one, of a new file. */
+void Output::setRights()
+{
+    struct stat status;
+    Descriptor const old(m_folder->openEntry(m_target, O_PATH));
+    if (old.get() == -1 && errno != ENOENT)
+        fail();
+    m_replaces = old.get() != -1;
+    if (fstat(m_replaces ? old.get() : m_descriptor.get(), &status) == -1)
+        fail();
+    checkOld(m_replaces ? &status : nullptr);
+    if (!m_replaces) {
+        if ((status.st_mode & 0777) != m_mode && fchmod(m_descriptor.get(), m_mode) == -1)
+            fail();
+        return;
+    }
+    if (m_isInPlace) {
+        // Reading has changed the time of the last access.
+        status.st_atim = m_status.st_atim;
+        status.st_mtim = m_status.st_mtim;
+    }
+    if (!copyRights(old.get(), status, m_descriptor.get(), m_isInPlace, m_lost))
+        fail();
 }
 
 /**
@@ -209,70 +252,65 @@ void Output::finish()
 void Output::giveName()
 {
     std::string const file = procPath(m_descriptor.get());
-    auto const link = [&file](std::string const& name) {
-        return linkat(AT_FDCWD, file.c_str(), AT_FDCWD, name.c_str(), AT_SYMLINK_FOLLOW) == 0;
-    };
-    std::string name = m_target;
-    if (m_replaces || !link(name)) {
+    bool const isNew =
+        !m_replaces && linkat(AT_FDCWD, file.c_str(), m_folder->get(), m_target.c_str(), AT_SYMLINK_FOLLOW) == 0;
+    m_temporary = isNew ? m_target : link(file);
+}
+
+/** Gives a file, by a path or a name in the folder, a new name there, and returns that. */
+std::string Output::link(std::string const& from) const
+{
+    std::string name;
+    do {
         name = temporaryName();
-        if (!link(name))
+        if (linkat(m_folder->get(), from.c_str(), m_folder->get(), name.c_str(),
+                   from[0] == '/' ? AT_SYMLINK_FOLLOW : 0) == 0)
+            return name;
+    } while (errno == EEXIST);
+    fail();
+}
+
+/**
+ * Gives the old file a second name, so that at no time there is no file under the first. An older backup goes only when
+ * there is the new one.
+ */
+void Output::keepBackup()
+{
+    int const folder = m_folder->get();
+    std::string const backup = m_target + m_backupSuffix;
+    std::string name = backup;
+    if (linkat(folder, m_target.c_str(), folder, name.c_str(), 0) == -1) {
+        if (errno != EEXIST)
             fail();
+        name = link(m_target);
     }
-    m_temporary = name;
+    struct stat status;
+    bool const isOld = m_folder->entryStatus(name, status) && FileId(status) == m_file;
+    if (!isOld || (name != backup && renameat(folder, name.c_str(), folder, backup.c_str()) == -1)) {
+        int const reason = errno;
+        unlinkat(folder, name.c_str(), 0);
+        if (!isOld)
+            fail(FileError::REPLACED);
+        errno = reason;
+        fail();
+    }
+    // Where the backup was the old file already, renaming leaves both names.
+    if (name != backup)
+        unlinkat(folder, name.c_str(), 0);
 }
 
 void Output::replaceTarget()
 {
-    if (m_replaces && !m_backupSuffix.empty()) {
-        // A second name, so that at no time there is no file under the first.
-        std::string const backup = m_target + m_backupSuffix;
-        if (unlink(backup.c_str()) == -1 && errno != ENOENT)
-            fail();
-        if (link(m_target.c_str(), backup.c_str()) == -1)
+    if (m_temporary != m_target) {
+        struct stat status;
+        bool const isThere = m_folder->entryStatus(m_target, status);
+        checkOld(isThere ? &status : nullptr);
+        if (!m_backupSuffix.empty())
+            keepBackup();
+        if (renameat(m_folder->get(), m_temporary.c_str(), m_folder->get(), m_target.c_str()) == -1)
             fail();
     }
-    if (m_temporary != m_target && rename(m_temporary.c_str(), m_target.c_str()) == -1)
-        fail();
     m_temporary.clear();
-}
-
-std::string folderOf(std::string const& path)
-{
-    size_t const slash = path.rfind('/');
-    return slash == std::string::npos ? "." : slash == 0 ? "/" : path.substr(0, slash);
-}
-
-std::string followLinks(std::string path)
-{
-    int const most = 40;  // as many as the kernel follows
-    for (int i = 0; i < most; ++i) {
-        char text[PATH_MAX];
-        ssize_t const length = readlink(path.c_str(), text, sizeof text);
-        if (length == -1 || static_cast<size_t>(length) == sizeof text)
-            break;
-        std::string const link(text, static_cast<size_t>(length));
-        path = link[0] == '/' ? link : folderOf(path) + "/" + link;
-    }
-    return path;
-}
-
-void makeFolders(std::string const& path)
-{
-    for (size_t slash = path.find('/', 1);; slash = path.find('/', slash + 1)) {
-        std::string const folder = path.substr(0, slash);
-        if (mkdir(folder.c_str(), 0777) == -1 && errno != EEXIST)
-            throw OutputError(errno, std::generic_category(), folder);
-        if (slash == std::string::npos)
-            return;
-    }
-}
-
-void syncFolder(std::string const& path)
-{
-    Descriptor const folder(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    // EINVAL: the file system cannot, and needs it not.
-    if (folder.get() == -1 || (fsync(folder.get()) == -1 && errno != EINVAL))
-        throw OutputError(errno, std::generic_category(), path);
 }
 
 std::string messageLine(std::string const& message)

@@ -8,6 +8,8 @@
 #include <sys/stat.h>
 #include <system_error>
 
+#include "Folder.h"
+
 namespace kx7conv {
 
 /** The name of an input in messages, quoted. `path`: "-": standard input. */
@@ -18,35 +20,20 @@ std::string outputName(std::string const& path);
 
 /** An input that cannot be opened or read; what() is "name: reason". */
 struct InputError : std::system_error {
+    InputError(std::error_code error, std::string const& path) : system_error(error, inputName(path)) {}
     InputError(int error, std::error_category const& category, std::string const& path)
-        : system_error(error, category, inputName(path))
+        : InputError(std::error_code(error, category), path)
     {
     }
 };
 
 /** An output that cannot be opened, written or closed; what() is "name: reason". */
 struct OutputError : std::system_error {
+    OutputError(std::error_code error, std::string const& path) : system_error(error, outputName(path)) {}
     OutputError(int error, std::error_category const& category, std::string const& path)
-        : system_error(error, category, outputName(path))
+        : OutputError(std::error_code(error, category), path)
     {
     }
-};
-
-/** A descriptor that is closed when its owner ends. */
-class Descriptor {
-public:
-    explicit Descriptor(int file = -1) : m_file(file) {}
-    ~Descriptor() { reset(); }
-    Descriptor(Descriptor const&) = delete;
-    Descriptor& operator=(Descriptor const&) = delete;
-
-    int get() const { return m_file; }
-    void reset(int file = -1);
-    /** Closes it and says whether that went well; errno says why not. */
-    bool close();
-
-private:
-    int m_file;
 };
 
 /** A file, or standard input. */
@@ -54,6 +41,8 @@ class Input {
 public:
     /** Opens `path`; "-" is standard input. Throws InputError. */
     explicit Input(std::string const& path);
+    /** Opens a file. Throws InputError. */
+    explicit Input(File const& file);
     ~Input();
 
     Input(Input const&) = delete;
@@ -68,7 +57,12 @@ public:
     /** What the file is; st_mode is 0 where that cannot be told. */
     struct stat const& status() const { return m_status; }
 
+    /** What a new file for its text may permit at most. */
+    mode_t mostPermissions() const;
+
 private:
+    void open(File const& file);
+
     std::string m_path;
     int m_file;
     struct stat m_status;
@@ -80,14 +74,22 @@ public:
     /** Standard output. */
     Output();
 
+    /** Where an output goes, and how. */
+    struct Target {
+        std::string name;  ///< the path in messages
+        Place place;
+        bool filesOnly = false;         ///< what is no regular file is refused, not written to
+        Input const* source = nullptr;  ///< the file that is replaced, which has to be this one still
+        std::string backupSuffix;       ///< not empty: the old file gets its name and that
+    };
+
     /**
-     * A file that appears under `path`, whole, when finish() is called, and not at all otherwise. What is there keeps
-     * its mode and, where that is allowed, its owner; a new file gets `modeLike` as the umask leaves it. A link is
-     * followed. What is no regular file, a device or a pipe, is written to as it is.
-     * `backupSuffix`: not empty: the old file gets its name and that.
-     * Throws OutputError.
+     * A file that appears under its name, whole, when finish() is called, and not at all otherwise. It gets the rights
+     * and attributes of the file that it replaces (copyRights()); a new one is as open() would make it there, and
+     * permits no more than limitPermissions() said. What is no regular file, a device, a pipe or a descriptor of this
+     * process, is written to as it is. Throws OutputError.
      */
-    Output(std::string const& path, std::string const& backupSuffix);
+    explicit Output(Target const& target);
     ~Output();
 
     Output(Output const&) = delete;
@@ -96,39 +98,54 @@ public:
     /** Writes all of `data`. Throws OutputError. */
     void write(void const* data, size_t size);
 
+    /** A new file permits no more than this. */
+    void limitPermissions(mode_t most) { m_mode &= most; }
+
     /** Closes it; a file is brought to the disk and takes its place. What is refused late shows here. Throws
      * OutputError. */
     void finish();
 
     uint64_t written() const { return m_written; }
 
+    /** Whether it replaces a file or makes a new one; else it is written to as it is. */
+    bool isFile() const { return m_folder != nullptr; }
+
+    /** What is written to or is to be replaced. Null: there is none yet. */
+    FileId const* file() const { return m_hasFile ? &m_file : nullptr; }
+
+    /** The number of names that file has. */
+    nlink_t links() const { return m_status.st_nlink; }
+
+    /** What the file that was replaced had and this one has not; empty: nothing. */
+    std::string const& lost() const { return m_lost; }
+
 private:
     [[noreturn]] void fail() const;
-    void openTemporary(struct stat const* old);
+    [[noreturn]] void fail(FileError error) const;
+    void openAsItIs(Place const& place);
+    void openTemporary();
+    void setRights();
     void giveName();
+    void keepBackup();
     void replaceTarget();
-    std::string temporaryName() const;
+    void checkOld(struct stat const* old) const;
+    std::string link(std::string const& from) const;
 
     Descriptor m_descriptor;
     std::string m_name;
-    std::string m_target;     ///< empty: written to as it is
+    FolderPointer m_folder;   ///< null: written to as it is
+    std::string m_target;     ///< the name in the folder
     std::string m_temporary;  ///< the name of the unfinished file; empty while it has none
     std::string m_backupSuffix;
-    bool m_replaces = false;  ///< there is a file under the name of the target
+    bool m_isInPlace = false;  ///< only the file that was there at first is replaced
+    bool m_replaces = false;   ///< there is a file under the name of the target
+    bool m_hasFile = false;
+    FileId m_file;
+    struct stat m_status;  ///< of the file when it was opened
+    mode_t m_mode = 0666;  ///< what a new file permits
+    std::string m_lost;
     uint64_t m_written = 0;
 };
-
-/** The folder of a path, "." where it names none. */
-std::string folderOf(std::string const& path);
-
-/** The path of what `path` names once links are followed; it need not exist. */
-std::string followLinks(std::string path);
-
-/** Makes a folder and those above it. Throws OutputError. */
-void makeFolders(std::string const& path);
-
-/** Brings the entries of a folder to the disk. Throws OutputError. */
-void syncFolder(std::string const& path);
 
 /** The line of a message: "kx7conv: ", the message with what must not reach a terminal escaped, and a line feed. */
 std::string messageLine(std::string const& message);

@@ -8,11 +8,11 @@ namespace kx7conv {
 
 namespace {
 
-/** Of an input: itself, its output, and what is opened to put that into its place. */
-constexpr unsigned int DESCRIPTORS_PER_INPUT = 4;
+/** Of an input: itself, its output, their folders, and what is opened to put the output into its place. */
+constexpr unsigned int DESCRIPTORS_PER_INPUT = 5;
 
-/** A list of names, the folder being read, an output that all share. */
-constexpr unsigned int OTHER_DESCRIPTORS = 4;
+/** A list of names, the folders on the way to the one that is read, changed folders, an output that all share. */
+constexpr unsigned int OTHER_DESCRIPTORS = 12;
 
 /** The descriptors that can still be opened, but no more than `most`. */
 unsigned int freeDescriptors(unsigned int most)

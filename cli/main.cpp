@@ -87,7 +87,7 @@ int guessAll(Options const& options)
         try {
             if (!files.next(file))
                 break;
-            Input input(file.path);
+            Input input(file);
             files.check(input);
             std::vector<kx7::CharSetInfo const*> const charSets = guess(input);
             std::string text;

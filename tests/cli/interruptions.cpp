@@ -29,9 +29,14 @@ size_t few(size_t count)
     return std::min(count, size_t{1} + calls / 2 % 7);
 }
 
-int openInterrupted(char const* path, int flags)
+int openInterrupted(int folder, char const* path, int flags, mode_t mode = 0)
 {
-    return isInterrupted() ? -1 : static_cast<int>(syscall(SYS_openat, AT_FDCWD, path, flags, 0));
+    return isInterrupted() ? -1 : static_cast<int>(syscall(SYS_openat, folder, path, flags, mode));
+}
+
+mode_t modeOf(int flags, va_list arguments)
+{
+    return (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(arguments, mode_t) : 0;
 }
 
 }  // namespace
@@ -40,12 +45,41 @@ extern "C" {
 
 int open(char const* path, int flags, ...)
 {
-    return openInterrupted(path, flags);
+    return openInterrupted(AT_FDCWD, path, flags);
 }
 
 int open64(char const* path, int flags, ...)
 {
-    return openInterrupted(path, flags | O_LARGEFILE);
+    return openInterrupted(AT_FDCWD, path, flags | O_LARGEFILE);
+}
+
+int openat(int folder, char const* path, int flags, ...)
+{
+    va_list arguments;
+    va_start(arguments, flags);
+    mode_t const mode = modeOf(flags, arguments);
+    va_end(arguments);
+    return openInterrupted(folder, path, flags, mode);
+}
+
+int openat64(int folder, char const* path, int flags, ...)
+{
+    va_list arguments;
+    va_start(arguments, flags);
+    mode_t const mode = modeOf(flags, arguments);
+    va_end(arguments);
+    return openInterrupted(folder, path, flags | O_LARGEFILE, mode);
+}
+
+/** What a hardened build calls where the flags are not constant. */
+int __openat_2(int folder, char const* path, int flags)
+{
+    return openInterrupted(folder, path, flags);
+}
+
+int __openat64_2(int folder, char const* path, int flags)
+{
+    return openInterrupted(folder, path, flags | O_LARGEFILE);
 }
 
 ssize_t read(int file, void* buffer, size_t count)

@@ -30,8 +30,10 @@ def listed():
 
 
 class Test(unittest.TestCase):
+    base = None  # the folder that the tests' own one is in
+
     def setUp(self):
-        folder = tempfile.TemporaryDirectory()
+        folder = tempfile.TemporaryDirectory(dir=self.base)
         self.addCleanup(folder.cleanup)
         self.folder = pathlib.Path(folder.name)
 
@@ -52,3 +54,22 @@ class Test(unittest.TestCase):
 def preloaded(library, **variables):
     """The environment with a library in front of the C library."""
     return os.environ | {"LD_PRELOAD": os.environ[library], "ASAN_OPTIONS": "verify_asan_link_order=0"} | variables
+
+
+def inMemory(test):
+    """The same tests where files are in memory."""
+    if not os.access("/dev/shm", os.W_OK):
+        return None
+    return type(test.__name__ + "InMemory", (test,), {"base": "/dev/shm"})
+
+
+def asUser(user, *groups):
+    """The options of run() for an ordinary user, whose group has the same number."""
+    def become():
+        os.setgroups(groups)
+        os.setgid(user)
+        os.setuid(user)
+    return {"preexec_fn": become}
+
+
+needsRoot = unittest.skipUnless(os.getuid() == 0, "takes root to become other users")

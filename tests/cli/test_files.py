@@ -19,7 +19,7 @@ def leftover(test):
     names = sorted(set(os.listdir(test.folder)) - {"a"})
     test.assertLessEqual(len(names), 1)
     for name in names:
-        test.assertRegex(name, r"\A\.kx7conv-\d+-\d+\Z")
+        test.assertRegex(name, r"\A\.kx7conv-[0-9a-f]{16}\Z")
         text = (test.folder / name).read_bytes()
         (test.folder / name).unlink()
         return text

@@ -1,0 +1,169 @@
+// kx7text - kx7conv: open folders, and the files in them by name.
+#include "Folder.h"
+
+#include <atomic>
+#include <climits>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <linux/magic.h>
+#include <sys/random.h>
+#include <sys/vfs.h>
+#include <unistd.h>
+
+#include "Uninterrupted.h"
+
+namespace kx7conv {
+
+namespace {
+
+char const TEMPORARY_PREFIX[] = ".kx7conv-";
+constexpr size_t TEMPORARY_DIGITS = 16;
+
+class FileErrorCategory : public std::error_category {
+public:
+    char const* name() const noexcept override { return "kx7conv"; }
+    std::string message(int code) const override
+    {
+        return code == static_cast<int>(FileError::REPLACED) ? "another file has taken its place"
+                                                             : "Not a regular file";
+    }
+};
+
+bool isProcfs(Folder const& folder)
+{
+    struct statfs status;
+    return fstatfs(folder.get(), &status) == 0 && status.f_type == PROC_SUPER_MAGIC;
+}
+
+/** The number that a name in the folder of this process's descriptors is; -1: it is not there. */
+int ownDescriptor(Folder const& folder, std::string const& name)
+{
+    for (char const* const own : {"/proc/self/fd", "/proc/thread-self/fd"}) {
+        struct stat status;
+        if (stat(own, &status) == 0 && FileId(status) == folder.id())
+            return atoi(name.c_str());
+    }
+    return -1;
+}
+
+}  // namespace
+
+void Descriptor::reset(int file)
+{
+    if (m_file != -1)
+        ::close(m_file);
+    m_file = file;
+}
+
+bool Descriptor::close()
+{
+    int const file = m_file;
+    m_file = -1;
+    // Not tried again after EINTR: the descriptor is closed by then.
+    return ::close(file) == 0 || errno == EINTR;
+}
+
+std::error_code make_error_code(FileError error)
+{
+    static FileErrorCategory const s_category;
+    return {static_cast<int>(error), s_category};
+}
+
+FolderPointer Folder::open(int at, std::string const& path, int flags)
+{
+    std::shared_ptr<Folder> const folder(new Folder);
+    flags |= O_DIRECTORY | O_CLOEXEC;
+    folder->m_descriptor.reset(uninterrupted([&] { return openat(at, path.c_str(), flags | O_RDONLY); }));
+    if (folder->get() == -1 && errno == EACCES) {
+        // Without permission to read, names in it can still be used.
+        folder->m_isReadable = false;
+        folder->m_descriptor.reset(uninterrupted([&] { return openat(at, path.c_str(), flags | O_PATH); }));
+    }
+    if (folder->get() == -1 || fstat(folder->get(), &folder->m_status) == -1)
+        return nullptr;
+    return folder;
+}
+
+bool Folder::entryStatus(std::string const& name, struct stat& status) const
+{
+    return fstatat(get(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0;
+}
+
+int Folder::openEntry(std::string const& name, int flags, mode_t mode) const
+{
+    flags |= O_NOFOLLOW | O_NOCTTY | O_CLOEXEC;
+    return uninterrupted([&] { return openat(get(), name.c_str(), flags, mode); });
+}
+
+bool Folder::sync() const
+{
+    // EINVAL: the file system cannot, and needs it not.
+    return !m_isReadable || fsync(get()) == 0 || errno == EINVAL;
+}
+
+bool resolve(std::string path, Place& place)
+{
+    if (path.empty()) {
+        errno = ENOENT;
+        return false;
+    }
+    int const most = 40;  // as many as the kernel follows
+    for (int i = 0; i <= most; ++i) {
+        FolderPointer const folder = Folder::open(place.folder ? place.folder->get() : AT_FDCWD, folderOf(path), 0);
+        if (!folder)
+            return false;
+        place.folder = folder;
+        place.name = path.substr(path.rfind('/') + 1);
+        if (place.name.empty())
+            place.name = ".";
+        char text[PATH_MAX];
+        ssize_t const length = readlinkat(folder->get(), place.name.c_str(), text, sizeof text);
+        if (length == -1)
+            return errno == EINVAL || errno == ENOENT;
+        if (isProcfs(*folder)) {
+            place.isMagic = true;
+            place.openFile = ownDescriptor(*folder, place.name);
+            return true;
+        }
+        if (static_cast<size_t>(length) == sizeof text) {
+            errno = ENAMETOOLONG;
+            return false;
+        }
+        path.assign(text, static_cast<size_t>(length));
+    }
+    errno = ELOOP;
+    return false;
+}
+
+std::string folderOf(std::string const& path)
+{
+    size_t const slash = path.rfind('/');
+    return slash == std::string::npos ? "." : slash == 0 ? "/" : path.substr(0, slash);
+}
+
+std::string temporaryName()
+{
+    uint64_t number = 0;
+    if (getrandom(&number, sizeof number, 0) != sizeof number) {
+        // Taken names are tried again, so any will do.
+        static std::atomic<uint32_t> s_count{0};
+        number = static_cast<uint64_t>(getpid()) << 32 | s_count++;
+    }
+    char digits[TEMPORARY_DIGITS + 1];
+    snprintf(digits, sizeof digits, "%016llx", static_cast<unsigned long long>(number));
+    return std::string(TEMPORARY_PREFIX) + digits;
+}
+
+bool isTemporaryName(char const* name)
+{
+    size_t const length = sizeof TEMPORARY_PREFIX - 1;
+    if (strncmp(name, TEMPORARY_PREFIX, length) != 0)
+        return false;
+    name += length;
+    return strspn(name, "0123456789abcdef") == TEMPORARY_DIGITS && name[TEMPORARY_DIGITS] == 0;
+}
+
+}  // namespace kx7conv
