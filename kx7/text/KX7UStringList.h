@@ -32,9 +32,9 @@ public:
      * The parts of `s` between separators. Empty parts count, but for one behind the last separator: "a;" gives one
      * element, ";a" two, the empty string none. A separator of 0 gives the whole string as the one element.
      *
-     * Each element takes the memory of a KX7UString, 576 bytes in 64-bit code, however short it is: a million separators
-     * take 576 MB. Where others choose the text, go from separator to separator with find() and mid(), which hold one
-     * part at a time.
+     * Each element takes the memory of a KX7UString, 576 bytes in 64-bit code, however short it is: a million
+     * separators take 576 MB. Where others choose the text, go from separator to separator with find() and mid(), which
+     * hold one part at a time.
      */
     KX7UStringList(KX7UString const& s, unsigned short sep);
 
