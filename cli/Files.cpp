@@ -55,8 +55,10 @@ bool Files::next(File& file)
         if (!m_options.recursive || file.path == "-")
             return true;
         FolderPointer const folder = Folder::open(AT_FDCWD, file.path, 0);
-        if (!folder)
+        if (!folder && errno == ENOTDIR)
             return true;
+        if (!folder)
+            throw InputError(errno, std::generic_category(), file.path);
         m_path = file.path;
         m_relative.clear();
         enter(folder);

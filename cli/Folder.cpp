@@ -101,7 +101,7 @@ int Folder::openEntry(std::string const& name, int flags, mode_t mode) const
 bool Folder::sync() const
 {
     // EINVAL: the file system cannot, and needs it not.
-    return !m_isReadable || fsync(get()) == 0 || errno == EINVAL;
+    return !m_isReadable || uninterrupted([&] { return fsync(get()); }) == 0 || errno == EINVAL;
 }
 
 bool resolve(std::string path, Place& place)

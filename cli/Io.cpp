@@ -40,19 +40,19 @@ Input::Input(File const& file) : m_path(file.path), m_file(STDIN_FILENO), m_stat
     if (file.path != "-")
         open(file);
     if (fstat(m_file, &m_status) == -1)
-        m_status.st_mode = 0;
-    if (file.isFound && !S_ISREG(m_status.st_mode)) {
-        close(m_file);
+        throw InputError(errno, std::generic_category(), m_path);
+    if (file.isFound && !S_ISREG(m_status.st_mode))
         throw InputError(FileError::REPLACED, m_path);
-    }
     posix_fadvise(m_file, 0, 0, POSIX_FADV_SEQUENTIAL);
 }
 
 void Input::open(File const& file)
 {
     // A pipe is waited for only where it is named.
-    m_file = file.folder ? file.folder->openEntry(file.name, O_RDONLY | O_NONBLOCK)
-                         : uninterrupted([&] { return ::open(file.path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY); });
+    m_opened.reset(file.folder ? file.folder->openEntry(file.name, O_RDONLY | O_NONBLOCK) : uninterrupted([&] {
+        return ::open(file.path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY);
+    }));
+    m_file = m_opened.get();
     if (m_file != -1)
         return;
     if (file.folder && errno == ELOOP)
@@ -63,12 +63,6 @@ void Input::open(File const& file)
 mode_t Input::mostPermissions() const
 {
     return kx7conv::mostPermissions(m_file, m_status);
-}
-
-Input::~Input()
-{
-    if (m_file != STDIN_FILENO)
-        close(m_file);
 }
 
 size_t Input::read(unsigned char* buffer, size_t size)
@@ -107,13 +101,14 @@ Output::Output(Target const& target)
     if (target.source && (!m_hasFile || m_file != FileId(target.source->status())))
         fail(FileError::REPLACED);
     m_folder = place.folder;
+    m_temporary.folder = place.folder;
     openTemporary();
 }
 
-Output::~Output()
+Output::Temporary::~Temporary()
 {
-    if (!m_temporary.empty())
-        unlinkat(m_folder->get(), m_temporary.c_str(), 0);
+    if (!name.empty())
+        unlinkat(folder->get(), name.c_str(), 0);
 }
 
 void Output::fail() const
@@ -159,16 +154,16 @@ void Output::openTemporary()
     if (m_descriptor.get() == -1 && (errno == EOPNOTSUPP || errno == EISDIR || errno == EINVAL)) {
         auto const create = [&](mode_t mode) {
             do {
-                m_temporary = temporaryName();
-                m_descriptor.reset(m_folder->openEntry(m_temporary, O_CREAT | O_EXCL | O_WRONLY, mode));
+                m_temporary.name = temporaryName();
+                m_descriptor.reset(m_folder->openEntry(m_temporary.name, O_CREAT | O_EXCL | O_WRONLY, mode));
             } while (m_descriptor.get() == -1 && errno == EEXIST);
             if (m_descriptor.get() == -1) {
-                m_temporary.clear();
+                m_temporary.name.clear();
                 fail();
             }
         };
         create(m_mode);
-        if (fstat(m_descriptor.get(), &status) == -1 || unlinkat(m_folder->get(), m_temporary.c_str(), 0) == -1)
+        if (fstat(m_descriptor.get(), &status) == -1 || unlinkat(m_folder->get(), m_temporary.name.c_str(), 0) == -1)
             fail();
         m_mode = status.st_mode & 0777;
         create(S_IRUSR | S_IWUSR);
@@ -198,7 +193,7 @@ void Output::finish()
         setRights();
         if (uninterrupted([&] { return fsync(m_descriptor.get()); }) == -1)
             fail();
-        if (m_temporary.empty())
+        if (m_temporary.name.empty())
             giveName();
     }
     // Standard output that was closed, even if there was nothing to write.
@@ -254,7 +249,7 @@ void Output::giveName()
     std::string const file = procPath(m_descriptor.get());
     bool const isNew =
         !m_replaces && linkat(AT_FDCWD, file.c_str(), m_folder->get(), m_target.c_str(), AT_SYMLINK_FOLLOW) == 0;
-    m_temporary = isNew ? m_target : link(file);
+    m_temporary.name = isNew ? m_target : link(file);
 }
 
 /** Gives a file, by a path or a name in the folder, a new name there, and returns that. */
@@ -301,16 +296,16 @@ void Output::keepBackup()
 
 void Output::replaceTarget()
 {
-    if (m_temporary != m_target) {
+    if (m_temporary.name != m_target) {
         struct stat status;
         bool const isThere = m_folder->entryStatus(m_target, status);
         checkOld(isThere ? &status : nullptr);
         if (!m_backupSuffix.empty())
             keepBackup();
-        if (renameat(m_folder->get(), m_temporary.c_str(), m_folder->get(), m_target.c_str()) == -1)
+        if (renameat(m_folder->get(), m_temporary.name.c_str(), m_folder->get(), m_target.c_str()) == -1)
             fail();
     }
-    m_temporary.clear();
+    m_temporary.name.clear();
 }
 
 std::string messageLine(std::string const& message)

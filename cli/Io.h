@@ -43,10 +43,6 @@ public:
     explicit Input(std::string const& path);
     /** Opens a file. Throws InputError. */
     explicit Input(File const& file);
-    ~Input();
-
-    Input(Input const&) = delete;
-    Input& operator=(Input const&) = delete;
 
     /** Reads what is there, waiting only while there is nothing. Returns 0 at the end. Throws InputError. */
     size_t read(unsigned char* buffer, size_t size);
@@ -54,7 +50,7 @@ public:
     /** The name in messages. */
     std::string name() const { return inputName(m_path); }
 
-    /** What the file is; st_mode is 0 where that cannot be told. */
+    /** What the file is. */
     struct stat const& status() const { return m_status; }
 
     /** What a new file for its text may permit at most. */
@@ -64,6 +60,7 @@ private:
     void open(File const& file);
 
     std::string m_path;
+    Descriptor m_opened;  ///< none: standard input
     int m_file;
     struct stat m_status;
 };
@@ -90,10 +87,6 @@ public:
      * process, is written to as it is. Throws OutputError.
      */
     explicit Output(Target const& target);
-    ~Output();
-
-    Output(Output const&) = delete;
-    Output& operator=(Output const&) = delete;
 
     /** Writes all of `data`. Throws OutputError. */
     void write(void const* data, size_t size);
@@ -120,6 +113,17 @@ public:
     std::string const& lost() const { return m_lost; }
 
 private:
+    /** The name of the unfinished file, which is removed with its owner. */
+    struct Temporary {
+        Temporary() = default;
+        ~Temporary();
+        Temporary(Temporary const&) = delete;
+        Temporary& operator=(Temporary const&) = delete;
+
+        FolderPointer folder;
+        std::string name;  ///< empty: it has none, or not any more
+    };
+
     [[noreturn]] void fail() const;
     [[noreturn]] void fail(FileError error) const;
     void openAsItIs(Place const& place);
@@ -133,9 +137,9 @@ private:
 
     Descriptor m_descriptor;
     std::string m_name;
-    FolderPointer m_folder;   ///< null: written to as it is
-    std::string m_target;     ///< the name in the folder
-    std::string m_temporary;  ///< the name of the unfinished file; empty while it has none
+    FolderPointer m_folder;  ///< null: written to as it is
+    std::string m_target;    ///< the name in the folder
+    Temporary m_temporary;
     std::string m_backupSuffix;
     bool m_isInPlace = false;  ///< only the file that was there at first is replaced
     bool m_replaces = false;   ///< there is a file under the name of the target

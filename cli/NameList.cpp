@@ -17,7 +17,7 @@ constexpr size_t LONGEST_NAME = PATH_MAX - 1;  // the system counts the terminat
 bool isSameStream(struct stat const& a, struct stat const& b)
 {
     // What is opened again under another name is read from its beginning if it is a file, else from where the first is.
-    return !S_ISREG(a.st_mode) && a.st_mode != 0 && a.st_dev == b.st_dev && a.st_ino == b.st_ino;
+    return !S_ISREG(a.st_mode) && a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
 
 }  // namespace

@@ -124,7 +124,7 @@ class Messages(Test):
             (["--check", inFolder], BAD_DATA, bad + f"\nkx7conv: {quotedInFolder}: 1 error"),
             (["-c", "-i", inFolder, f"./{inFolder}"], USAGE, "'./" + quotedInFolder[1:] + ": given twice"),
             (["-o", inFolder + "/x", "folder"], IO, quotedInFolder + "'/x': Not a directory"),
-            (["--output-dir", inFolder, "folder/../" + inFolder], IO, f"{quotedInFolder}'/a b{quotedName[4:]}: Not a directory"),
+            (["--output-dir", inFolder, "folder/../" + inFolder], IO, f"{quotedInFolder}: Not a directory"),
         ]
         for arguments, status, message in rows:
             self.expectNamed(arguments, status, message)
