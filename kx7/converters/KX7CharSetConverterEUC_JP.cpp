@@ -130,6 +130,9 @@ struct KX7CharSetConverterEUC_JP::StrictDecoder : Decoder {
     /** Pairs in the range of the standard, and the two that the encoder writes beside them. */
     kx7::DecodedChar step(unsigned char const* p, unsigned char const* end) const
     {
+        // 0xFF leads no sequence, so it costs no lookup.
+        if (p[0] == 0xFF && p + 1 != end)
+            return kx7::DecodedChar::illegal(1, kx7::LimitCheck::CHECK);
         kx7::DecodedChar const c = Decoder::step(p, end);
         if (c.found != kx7::Found::CHARACTER || c.consumed == 1 || p[0] == SINGLE_SHIFT_2)
             return c;
