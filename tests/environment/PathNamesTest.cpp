@@ -311,7 +311,7 @@ TEST(PathNames, AreConvertedInOneBufferAsInTwo)
     std::string const elements[] = {"\xE9",         "U+00E9a",           "\xC3\xA9",
                                     "\xE4\xB8\xAD", "\xF0\x9F\x98\x80x", "\xED\xA0\x80y"};
     for (std::string const& element : elements)
-        for (size_t const length : {100, 2047, 2048, 2077, 5000, 100000}) {
+        for (size_t const length : {100U, 2047U, 2048U, 2077U, 5000U, 100000U}) {
             std::string name;
             while (name.size() < length)
                 name += element;
