@@ -242,36 +242,56 @@ Worst worstOf(Floor const& floor, char const* size, std::vector<Result> const& r
 
 }  // namespace
 
-void writeFloors(std::ostream& out, std::vector<Result> const& results, std::vector<KernelSet> const& sets)
+std::vector<FloorResult> judged(std::vector<Result> const& results, std::vector<KernelSet> const& sets)
 {
+    std::vector<FloorResult> all;
     for (KernelSet const& set : sets) {
+        for (Floor const& floor : FLOORS) {
+            double const bound = set.name == "avx512" ? floor.avx512 : set.name == "avx2" ? floor.avx2 : 0;
+            Worst const worst = worstOf(floor, floor.size, results, set.contender());
+            Worst const below = floor.size == LARGE ? worstOf(floor, BELOW, results, set.contender()) : Worst();
+            FloorResult result;
+            result.title = floor.title;
+            result.kernels = set;
+            result.bound = bound;
+            result.worst = worst.result ? formatted("%.3g", worst.value) : "";
+            result.where = worst.result ? worst.result->name.row() : "";
+            result.missing = worst.missing;
+            result.below = below.result ? formatted("%.3g", below.value) : "";
+            bool const reached = floor.measure == Measure::MICROSECONDS ? worst.value <= bound : worst.value >= bound;
+            result.isMet = worst.result && worst.missing.empty() && reached;
+            all.push_back(result);
+        }
+    }
+    return all;
+}
+
+void writeFloors(std::ostream& out, std::vector<FloorResult> const& floors)
+{
+    for (size_t i = 0; i != floors.size();) {
+        KernelSet const& set = floors[i].kernels;
         int judged = 0;
         int met = 0;
         int left = 0;
         std::ostringstream rows;
         rows << "| case | floor | worst | where | met | worst at 4 KiB |\n|---|---|---|---|---|---|\n";
-        for (Floor const& floor : FLOORS) {
-            double const bound = set.name == "avx512" ? floor.avx512 : set.name == "avx2" ? floor.avx2 : 0;
-            Worst const worst = worstOf(floor, floor.size, results, set.contender());
-            if (!worst.result && worst.missing.empty()) {
-                left += bound > 0;
+        for (; i != floors.size() && floors[i].kernels.name == set.name; ++i) {
+            FloorResult const& floor = floors[i];
+            bool const isJudged = floor.bound > 0;
+            if (floor.worst.empty() && floor.missing.empty()) {
+                left += isJudged;
                 continue;
             }
-            bool const reached = floor.measure == Measure::MICROSECONDS ? worst.value <= bound : worst.value >= bound;
-            rows << "| " << floor.title << " | " << (bound > 0 ? formatted("%g", bound) : "") << " | "
-                 << (worst.result ? formatted("%.3g", worst.value) + " | " + worst.result->name.row() : " | ")
-                 << (worst.missing.empty() ? "" : " (**missing**: " + worst.missing + ")") << " | ";
-            bool const isMet = bound > 0 && worst.missing.empty() && reached;
-            if (bound > 0)
-                rows << (isMet ? "yes" : worst.missing.empty() ? "**no**" : "**missing**");
-            rows << " | ";
-            Worst below;
-            if (floor.size == LARGE)
-                below = worstOf(floor, BELOW, results, set.contender());
-            rows << (below.result ? formatted("%.3g", below.value) : "")
-                 << (below.missing.empty() ? "" : " **missing**") << " |\n";
-            judged += bound > 0;
-            met += isMet;
+            rows << "| " << floor.title << " | " << (isJudged ? formatted("%g", floor.bound) : "") << " | "
+                 << floor.worst << " | " << floor.where
+                 << (floor.missing.empty() ? "" : " (**missing**: " + floor.missing + ")") << " | "
+                 << (!isJudged               ? ""
+                     : floor.isMet           ? "yes"
+                     : floor.missing.empty() ? "**no**"
+                                             : "**missing**")
+                 << " | " << floor.below << " |\n";
+            judged += isJudged;
+            met += isJudged && floor.isMet;
         }
         if (judged == 0)
             continue;
@@ -280,6 +300,16 @@ void writeFloors(std::ostream& out, std::vector<Result> const& results, std::vec
             out << "; " << left << " have no case in this run";
         out << ".\n";
     }
+}
+
+void writeFloorFile(std::ostream& out, std::vector<FloorResult> const& floors)
+{
+    out << "case,kernels,floor,worst,where,met,worst at 4 KiB\n";
+    for (FloorResult const& floor : floors)
+        if (floor.bound > 0)
+            out << '"' << floor.title << "\"," << floor.kernels.title << ',' << formatted("%g", floor.bound) << ','
+                << floor.worst << ',' << floor.where << ',' << (floor.isMet ? "yes" : "no") << ',' << floor.below
+                << '\n';
 }
 
 }  // namespace kx7bench

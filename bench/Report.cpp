@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <limits>
+#include <set>
 
 namespace kx7bench {
 
@@ -219,6 +220,27 @@ void Report::writeDetails(std::ostream& out, std::vector<KernelSet> const& sets)
             writeSpeeds(out, results, sets);
         else
             writeTimes(out, results, sets);
+    }
+}
+
+void Report::writeFile(std::ostream& out) const
+{
+    std::set<std::string> contenders;
+    for (Result const& result : m_results)
+        for (auto const& entry : result.seconds)
+            contenders.insert(entry.first);
+    out << "operation,set,script,form,size,bytes,page faults";
+    for (std::string const& contender : contenders)
+        out << ',' << contender;
+    out << '\n';
+    for (Result const& result : m_results) {
+        CaseName const& name = result.name;
+        for (std::string const& part : {name.operation, name.set, name.script, name.form, name.size})
+            out << part << ',';
+        out << result.bytes << ',' << (result.pageFaults != 0 ? formatted("%.0f", result.pageFaults) : "");
+        for (std::string const& contender : contenders)
+            out << ',' << (result.has(contender) ? formatted("%.4g", result.seconds.at(contender) * 1e9) : "");
+        out << '\n';
     }
 }
 

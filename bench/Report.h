@@ -57,6 +57,9 @@ public:
     /** A table an operation, as Markdown. */
     void writeDetails(std::ostream& out, std::vector<KernelSet> const& sets) const;
 
+    /** All cases as comma-separated values: the parts of the name, bytes of source, nanoseconds of each contender. */
+    void writeFile(std::ostream& out) const;
+
 private:
     void beginRounds();
 

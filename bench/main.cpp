@@ -1,7 +1,8 @@
 // kx7text benchmarks - the library beside ICU and glibc iconv, in one process and one run.
 //
 //     kx7_bench                          every case; prints the tables
-//     kx7_bench --write FILE             the same, and writes them to FILE with the machine and bench/notes.md
+//     kx7_bench --write FOLDER           the same, and writes machine.txt, cases.csv and floors.csv, of which page.py
+//                                        makes docs/performance.md
 //     kx7_bench --check                  compares the results of all, with every kernel set, without timing; fails
 //     where
 //                                        two differ, or none was compared
@@ -173,21 +174,20 @@ std::string machine()
 {
     utsname system = {};
     uname(&system);
-    return "Machine: " + lineOf("/proc/cpuinfo", "model name") + ", family " + lineOf("/proc/cpuinfo", "cpu family") +
-           " model " + lineOf("/proc/cpuinfo", "model\t") + ", cache " + lineOf("/proc/cpuinfo", "cache size") + "; " +
+    return lineOf("/proc/cpuinfo", "model name") + ", family " + lineOf("/proc/cpuinfo", "cpu family") + " model " +
+           lineOf("/proc/cpuinfo", "model\t") + ", cache " + lineOf("/proc/cpuinfo", "cache size") + "; " +
            system.sysname + ' ' + system.machine + "; g++ " + __VERSION__ + "; ICU " + U_ICU_VERSION + ", glibc " +
-           gnu_get_libc_version() + ".\n";
+           gnu_get_libc_version() + "\n";
 }
 
-void write(std::ostream& out, Report const& report, std::vector<Kernels> const& kernels)
+void write(std::ostream& out, Report const& report, std::vector<KernelSet> const& sets)
 {
-    std::vector<KernelSet> const sets(kernels.begin(), kernels.end());
     out << "\n## Floors\n\n"
            "The speed of the library divided by that of the faster of ICU and iconv: of all the cases that a floor is "
            "for, the\nworst. Texts have 1 MiB where nothing else is said; the last column is the worst at 4 KiB. Where "
            "it is "
            "microseconds\nthat count, less is better, and the worst is the slowest.\n";
-    writeFloors(out, report.results(), sets);
+    writeFloors(out, judged(report.results(), sets));
     out << "\n## All cases\n\n"
            "GB of source a second, of the library, of the fastest peer and of memcpy with the same bytes; then the "
            "speed of the\nlibrary divided by that of the fastest peer, at each size.";
@@ -197,29 +197,29 @@ void write(std::ostream& out, Report const& report, std::vector<Kernels> const& 
     report.writeDetails(out, sets);
 }
 
-void writeFile(char const* file, std::string const& command, Report const& report, std::vector<Kernels> const& kernels)
+template <class Write>
+void writeFile(std::string const& file, Write const& write)
 {
     std::ofstream out(file);
-    out << "# Performance\n\nThe library beside ICU and glibc iconv, in one process and one run: medians of "
-           "interleaved rounds. Generated texts,\nnone of them a short text repeated: dense, and as markup of which "
-           "two thirds are ASCII.\n\n    "
-        << command << "\n\n"
-        << machine();
-    std::ifstream notes(KX7_BENCH_NOTES);
-    out << '\n' << notes.rdbuf();
-    write(out, report, kernels);
+    write(out);
     if (!out) {
         std::cerr << "kx7_bench: cannot write " << file << '\n';
         exit(2);
     }
 }
 
+void writeFiles(std::string const& folder, Report const& report, std::vector<KernelSet> const& sets)
+{
+    writeFile(folder + "/machine.txt", [](std::ostream& out) { out << machine(); });
+    writeFile(folder + "/cases.csv", [&](std::ostream& out) { report.writeFile(out); });
+    writeFile(folder + "/floors.csv", [&](std::ostream& out) { writeFloorFile(out, judged(report.results(), sets)); });
+}
+
 }  // namespace
 
 int main(int argc, char** argv)
 {
-    char const* file = nullptr;
-    std::string command = "./dev bench";
+    char const* folder = nullptr;
     std::vector<Kernels> sets = defaultKernelSets();
     std::vector<char*> arguments = {argv[0]};
     static char interleave[] = "--benchmark_enable_random_interleaving=true";
@@ -228,20 +228,14 @@ int main(int argc, char** argv)
     for (char* option : {interleave, rounds, time})
         arguments.push_back(option);
     for (int i = 1; i < argc; ++i) {
-        command += std::string(" ") + argv[i];
         if (strcmp(argv[i], "--check") == 0)
             return check();
-        if (strcmp(argv[i], "--write") == 0 && i + 1 < argc) {
-            file = argv[++i];
-            command += std::string(" ") + file;
-        }
-        else if (strcmp(argv[i], "--kernels") == 0 && i + 1 < argc) {
+        if (strcmp(argv[i], "--write") == 0 && i + 1 < argc)
+            folder = argv[++i];
+        else if (strcmp(argv[i], "--kernels") == 0 && i + 1 < argc)
             sets = kernelSets(argv[++i]);
-            command += std::string(" ") + argv[i];
-        }
-        else {
+        else
             arguments.push_back(argv[i]);
-        }
     }
     int count = static_cast<int>(arguments.size());
     benchmark::Initialize(&count, arguments.data());
@@ -249,9 +243,10 @@ int main(int argc, char** argv)
         return 2;
     Report report;
     measure(report, sets);
-    write(std::cout, report, sets);
-    if (file)
-        writeFile(file, command, report, sets);
+    std::vector<KernelSet> const named(sets.begin(), sets.end());
+    write(std::cout, report, named);
+    if (folder)
+        writeFiles(folder, report, named);
     benchmark::Shutdown();
     return 0;
 }
