@@ -90,7 +90,7 @@ void useConverters()
               dynamic_cast<KX7CharSetConverterSBCS*>(converter) != nullptr,
           "type of a converter");
 #endif
-    check(converter->toUTF16(utf16, "\xC1", 7, ILLCHAR_STOP, &isIllegal, -1) == 1 && utf16[0] == 0x430, "toUTF16");
+    check(converter->toUTF16(utf16, "\xE0", 7, ILLCHAR_STOP, &isIllegal, -1) == 1 && utf16[0] == 0x430, "toUTF16");
 
     static LowerCase lowerCase;
     g_oCnvtMgr.insert(static_cast<KX7CharSet>(70000), &lowerCase, true);
