@@ -83,9 +83,10 @@ bool Files::nextInFolder(File& file)
         char const* const next = level.names.next(type);
         if (!next && level.names.hasMore()) {
             if (!level.names.read(*level.folder)) {
-                InputError const error(errno, std::generic_category(), m_path);
+                int const reason = errno;
+                std::string const path = m_path;
                 leave();
-                throw error;
+                throw InputError(reason, std::generic_category(), path);
             }
             for (size_t size = 0, i = m_levels.size(); i-- != 0;)
                 if ((size += m_levels[i].names.size()) > NAMES_SIZE && i + 1 != m_levels.size())

@@ -78,7 +78,7 @@ struct HelpFormatter : CLI::Formatter {
 
     std::string make_option_name(CLI::Option const* option, bool) const override
     {
-        std::string const shortName = option->get_snames().empty() ? "  " : "-" + option->get_snames()[0];
+        std::string shortName = option->get_snames().empty() ? "  " : "-" + option->get_snames()[0];
         if (option->get_lnames().empty())
             return shortName;
         return shortName + (option->get_snames().empty() ? "  --" : ", --") + option->get_lnames()[0];

@@ -27,7 +27,7 @@ FolderPointer folderOfOpenFile(int file, FileId const& id)
     if (length <= 0 || text[0] != '/')
         return nullptr;
     std::string const path(text, static_cast<size_t>(length));
-    FolderPointer const folder = Folder::open(AT_FDCWD, folderOf(path), 0);
+    FolderPointer folder = Folder::open(AT_FDCWD, folderOf(path), 0);
     struct stat status;
     if (!folder || !folder->entryStatus(path.substr(path.rfind('/') + 1), status) || FileId(status) != id)
         return nullptr;
@@ -228,7 +228,7 @@ FolderPointer Targets::makeOutputFolder()
         if (isLast)
             break;
     }
-    FolderPointer const folder = Folder::open(AT_FDCWD, path, 0);
+    FolderPointer folder = Folder::open(AT_FDCWD, path, 0);
     if (!folder)
         throw OutputError(errno, std::generic_category(), path);
     return folder;
