@@ -258,7 +258,8 @@ inline bool writesOverSource(Passage const& passage, size_t& room)
     constexpr size_t LONGEST_TERMINATOR = sizeof(char32_t);
     auto const source = reinterpret_cast<uintptr_t>(passage.source);
     auto const dest = reinterpret_cast<uintptr_t>(passage.dest);
-    bool const endsBefore = dest + LONGEST_TERMINATOR <= source && room <= source - dest - LONGEST_TERMINATOR;
+    bool const endsBefore =
+        dest < source && source - dest >= LONGEST_TERMINATOR && room <= source - dest - LONGEST_TERMINATOR;
     return !endsBefore && findsOverlap(passage, room);
 }
 
