@@ -1,5 +1,7 @@
 // kx7text tests - the two-step conversions where source and destination overlap: the result is that of separate memory.
 #include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstring>
@@ -266,6 +268,27 @@ TEST(Overlap, OfTheEntryPoints)
             }
         }
     }
+}
+
+// Where the source begins before the destination, the byte before that may tell that they are apart.
+TEST(Overlap, NothingOfThePageBeforeTheDestinationIsRead)
+{
+    size_t const page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
+    char* const memory =
+        static_cast<char*>(mmap(nullptr, 3 * page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
+    ASSERT_NE(static_cast<void*>(memory), MAP_FAILED);
+    ASSERT_EQ(mprotect(memory + page, page, PROT_NONE), 0);
+    for (Conversion const& c : conversions()) {
+        std::string const text = textOf(c, page / 8);
+        std::string const expected = apart(c, text, page);
+        std::string const whole = terminated(c, text);
+        memcpy(memory + page - whole.size(), whole.data(), whole.size());
+        ASSERT_EQ(convert(c, memory + 2 * page, memory + page - whole.size(), static_cast<unsigned int>(page)),
+                  expected.size() - c.to.getNullCharSize())
+            << c.name;
+        ASSERT_EQ(memcmp(memory + 2 * page, expected.data(), expected.size()), 0) << c.name;
+    }
+    munmap(memory, 3 * page);
 }
 
 // Such a converter is given the whole text, which is on the heap then in any case.
