@@ -22,25 +22,27 @@ extern "C" {
 #endif
 
 /**
- * Converts byte text of `cs` into UTF-8; what `cs` does not map becomes U+FFFD.
+ * Converts byte text of `cs` into UTF-8; what `cs` does not map becomes U+FFFD. `dst` and `src` may overlap.
  * @param dstBytes capacity of `dst` in bytes, the closing zero byte included; a negative value counts as unlimited
- * @return bytes written, the closing zero not counted. 0 for a null pointer or a capacity of 0, and when the source
- *         converts to nothing; `dst` is untouched then. An empty source stores the zero byte and returns 0.
- * Output that does not fit ends after the last whole character.
+ * @return bytes written, the closing zero not counted. 0 for a null pointer or a capacity of 0, when the source
+ * converts to nothing, and when there is no memory to copy a source that would be written over; `dst` is untouched
+ * then. An empty source stores the zero byte and returns 0. Output that does not fit ends after the last whole
+ * character.
  */
 KX7_API unsigned int LocalToUTF8(unsigned char* dst, char const* src, int dstBytes, KX7CharSet cs);
 
 /**
- * Converts UTF-8 into byte text of `cs`; what `cs` cannot represent becomes "?".
+ * Converts UTF-8 into byte text of `cs`; what `cs` cannot represent becomes "?". `dst` and `src` may overlap.
  * @param dstBytes capacity of `dst` in bytes, the terminator of GetNullCharSize(cs) bytes included; a negative value
  *                 counts as unlimited
- * @return bytes written, terminator not counted. 0 for a null pointer or a capacity below the terminator's size, and
- *         when the source converts to nothing; `dst` is untouched then. An empty source stores the terminator alone.
+ * @return bytes written, terminator not counted. 0 for a null pointer or a capacity below the terminator's size, when
+ *         the source converts to nothing, and when there is no memory to copy a source that would be written over;
+ *         `dst` is untouched then. An empty source stores the terminator alone.
  */
 KX7_API unsigned int UTF8ToLocal(char* dst, unsigned char const* src, int dstBytes, KX7CharSet cs);
 
 /**
- * Converts byte text of `cs` into UTF-16.
+ * Converts byte text of `cs` into UTF-16. `dst` and `src` must not overlap.
  * @param dstUnits capacity of `dst` in code units, the closing 0 unit included
  * @return units written, the closing 0 not counted; 0 for a null pointer or a capacity below 1
  * With KX7CS_UTF16 nothing is converted: that converter needs a source limit, which this function does not give.
@@ -48,7 +50,7 @@ KX7_API unsigned int UTF8ToLocal(char* dst, unsigned char const* src, int dstByt
 KX7_API unsigned int LocalToUTF16(unsigned short* dst, char const* src, int dstUnits, KX7CharSet cs);
 
 /**
- * Converts UTF-16 into byte text of `cs`; what `cs` cannot represent becomes "?".
+ * Converts UTF-16 into byte text of `cs`; what `cs` cannot represent becomes "?". `dst` and `src` must not overlap.
  * @param dstBytes capacity of `dst` in bytes, the terminator of GetNullCharSize(cs) bytes included; a negative value
  *                 counts as unlimited
  * @return bytes written, terminator not counted; 0 for a null pointer or a capacity below the terminator's size
@@ -56,14 +58,15 @@ KX7_API unsigned int LocalToUTF16(unsigned short* dst, char const* src, int dstU
 KX7_API unsigned int UTF16ToLocal(char* dst, unsigned short const* src, int dstBytes, KX7CharSet cs);
 
 /**
- * Converts UTF-8 into UTF-16. Malformed sequences become U+FFFD, stray continuation bytes vanish.
+ * Converts UTF-8 into UTF-16. Malformed sequences become U+FFFD, stray continuation bytes vanish. `dst` and `src` must
+ * not overlap.
  * @param dstUnits capacity of `dst` in code units, the closing 0 unit included
  * @return units written, the closing 0 not counted; 0 for a null pointer or a capacity of 0
  */
 KX7_API unsigned int UTF8ToUTF16(unsigned short* dst, unsigned char const* src, unsigned int dstUnits);
 
 /**
- * Converts UTF-16 into UTF-8; an unpaired high surrogate becomes "?".
+ * Converts UTF-16 into UTF-8; an unpaired high surrogate becomes "?". `dst` and `src` must not overlap.
  * @param dstBytes capacity of `dst` in bytes, the closing zero byte included
  * @return bytes written, the closing zero not counted; 0 for a null pointer or a capacity of 0
  */
@@ -71,7 +74,8 @@ KX7_API unsigned int UTF16ToUTF8(unsigned char* dst, unsigned short const* src, 
 
 /**
  * Converts a file name of the operating system (in KX7CS_OS_DEFAULT) into UTF-8. Each "U+" with four upper-case
- * hexadecimal digits becomes the code unit that it names, also where it was literally part of the name.
+ * hexadecimal digits becomes the code unit that it names, also where it was literally part of the name. `dst` and `src`
+ * may overlap.
  * @param dstBytes capacity of `dst` in bytes, the closing zero byte included
  * @return as LocalToUTF8
  */
@@ -79,7 +83,8 @@ KX7_API unsigned int LocalPathToUTF8(unsigned char* dst, char const* src, int ds
 
 /**
  * Converts UTF-8 into a file name of the operating system (in KX7CS_OS_DEFAULT). A code unit that cannot be represented
- * is written as "U+" and four upper-case hexadecimal digits, which LocalPathToUTF8 reads back.
+ * is written as "U+" and four upper-case hexadecimal digits, which LocalPathToUTF8 reads back. `dst` and `src` may
+ * overlap.
  * @param dstBytes capacity of `dst` in bytes, the terminator included; a name that does not fit ends before the first
  *                 character that does not fit
  * @return as UTF8ToLocal

@@ -27,7 +27,8 @@ enum ILLCHAR_OPTYPE : int32_t {
  * Converters are static objects of the library (kx7/charset/Converters.h); getConverter finds them by character set.
  * Every operation may be called from any thread at once. Nothing throws; nothing allocates, but that a table-driven
  * converter builds its tables on first use. A null destination or source yields 0 and writes nothing, not even a
- * terminator; it is not a size query. Nothing is written behind the terminator, whatever the room is.
+ * terminator; it is not a size query. Nothing is written behind the terminator, whatever the room is. Source and
+ * destination must not overlap.
  */
 class KX7_API KX7CharSetConverter {
 public:

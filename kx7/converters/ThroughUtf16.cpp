@@ -79,7 +79,9 @@ unsigned int convertWhole(KX7CharSetConverter& from, char const* source, KX7Char
                           unsigned int room, Transit transit)
 {
     size_t const most = strlen(source);
-    std::unique_ptr<unsigned short[]> const text(new (std::nothrow) unsigned short[most + 1]);
+    // Some compilers throw, even here, for an array larger than any object.
+    bool const isObject = most < PTRDIFF_MAX / sizeof(unsigned short) - 1;
+    std::unique_ptr<unsigned short[]> const text(isObject ? new (std::nothrow) unsigned short[most + 1] : nullptr);
     if (!text)
         return 0;
     size_t units = from.toUTF16(text.get(), source, saturated(most), ILLCHAR_REPLACE, nullptr, -1);
@@ -256,7 +258,8 @@ inline bool writesOverSource(Passage const& passage, size_t& room)
     constexpr size_t LONGEST_TERMINATOR = sizeof(char32_t);
     auto const source = reinterpret_cast<uintptr_t>(passage.source);
     auto const dest = reinterpret_cast<uintptr_t>(passage.dest);
-    bool const endsBefore = dest + LONGEST_TERMINATOR <= source && room <= source - dest - LONGEST_TERMINATOR;
+    bool const endsBefore =
+        dest < source && source - dest >= LONGEST_TERMINATOR && room <= source - dest - LONGEST_TERMINATOR;
     return !endsBefore && findsOverlap(passage, room);
 }
 

@@ -94,9 +94,10 @@ KX7_INLINE_AVX2 unsigned char* writeLoosely(unsigned char* out, Block const& blo
     for (int half = 0; half < 2; ++half, kept >>= 16) {
         __m128i const bytes =
             half == 0 ? _mm256_castsi256_si128(block.bytes) : _mm256_extracti128_si256(block.bytes, 1);
-        __m128d const moved = _mm_castsi128_pd(movedOf(bytes, kept));
-        _mm_storel_pd(reinterpret_cast<double*>(out), moved);
-        _mm_storeh_pd(reinterpret_cast<double*>(out + __builtin_popcount(kept & 0xFF)), moved);
+        __m128 const moved = _mm_castsi128_ps(movedOf(bytes, kept));
+        // Not the stores of doubles, whose pointers have to be aligned.
+        _mm_storel_pi(reinterpret_cast<__m64*>(out), moved);
+        _mm_storeh_pi(reinterpret_cast<__m64*>(out + __builtin_popcount(kept & 0xFF)), moved);
         out += __builtin_popcount(kept & 0xFFFF);
     }
     return out;

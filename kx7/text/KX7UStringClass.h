@@ -323,7 +323,7 @@ public:
     /** Replaces the units from `first` to `last`, which point into data(), by `s`. */
     KX7UString& replace(unsigned short const* first, unsigned short const* last, KX7UString const& s);
 
-    /** The parts between separators; see the constructors of KX7UStringList. */
+    /** The parts between separators, each with the memory of a string however short; see KX7UStringList. */
     ///@{
     KX7UStringList split(unsigned short sep) const;
     KX7UStringList split(KX7UString const& sep) const;

@@ -15,28 +15,19 @@ constexpr unsigned int PASCAL_CAPACITY = 255;
 // Bytes behind the cached text, for the widest terminator and more.
 constexpr size_t CACHE_MARGIN = 8;
 
-/** What the converter of `cs` counts for `n` units, also where that is more than its 32 bits hold. */
-uint64_t encodedLength(KX7CharSet cs, unsigned short const* units, unsigned int n)
+/** Characters of at least one unit, as the UTF-32 converter counts them, also where 32 bits do not hold their bytes. */
+unsigned int countCharacters(unsigned short const* units, unsigned int length)
 {
-    KX7CharSetConverter& converter = kx7::converterOf(cs);
-    unsigned int const part = 0xFFFFFFFF / 8;  // at most six bytes a unit
-    uint64_t bytes = 0;
-    unsigned int counted = 0;
-    do {
-        // Counted from the beginning each time: only the converter knows where its count ends before the text does.
-        counted += std::min(n - counted, part);
-        bytes += converter.getNumBytes(units, counted) - static_cast<unsigned int>(bytes);
-    } while (counted != n);
-    return bytes;
+    size_t const n = kx7::unitLength(units, length);
+    size_t pairs = 0;
+    for (size_t i = 0; i + 1 < n; ++i)
+        pairs += kx7::isHighSurrogate(units[i]) && kx7::isLowSurrogate(units[i + 1]);
+    bool const endsInHighSurrogate = kx7::isHighSurrogate(units[n - 1]);
+    return static_cast<unsigned int>(n - pairs - endsInHighSurrogate);
 }
 
-/** A number of bytes that can be allocated with the cache's margin; throws where it cannot. */
-unsigned int checkedBytes(uint64_t bytes)
-{
-    if (bytes > kx7::MAX_STRING_LENGTH || bytes > PTRDIFF_MAX - CACHE_MARGIN)
-        throw std::length_error("exceed maximum string length");
-    return static_cast<unsigned int>(bytes);
-}
+/** The count of a converter for which 32 bits were not enough. */
+constexpr unsigned int TOO_MANY_BYTES = 0xFFFFFFFF;
 
 }  // namespace
 
@@ -44,15 +35,18 @@ unsigned int KX7UString::length(KX7CharSet cs) const
 {
     if (empty())
         return 0;
-    return checkedBytes(encodedLength(cs, space->buffer, space->length));
+    unsigned int const bytes = kx7::converterOf(cs).getNumBytes(space->buffer, space->length);
+    if (bytes == TOO_MANY_BYTES || bytes > PTRDIFF_MAX - CACHE_MARGIN)
+        throw std::length_error("exceed maximum string length");
+    return bytes;
 }
 
 unsigned int KX7UString::numChars() const
 {
     bool const counted = space->narrowCache && space->narrowCacheCharSet == KX7CS_UTF32;
-    uint64_t const bytes =
-        counted ? space->narrowCacheLength : encodedLength(KX7CS_UTF32, space->buffer, space->length);
-    return static_cast<unsigned int>(bytes / 4);
+    unsigned int const bytes =
+        counted ? space->narrowCacheLength : kx7::converterOf(KX7CS_UTF32).getNumBytes(space->buffer, space->length);
+    return bytes == TOO_MANY_BYTES ? countCharacters(space->buffer, space->length) : bytes / 4;
 }
 
 char const* KX7UString::c_str(KX7CharSet cs)

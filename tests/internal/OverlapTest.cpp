@@ -1,8 +1,11 @@
 // kx7text tests - the two-step conversions where source and destination overlap: the result is that of separate memory.
 #include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstring>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -57,11 +60,14 @@ std::vector<Conversion> const& conversions()
         {"UTF-8 to UTF-16", g_oConverterUTF8, g_oConverterUTF16, {"a", "\xC3\xA9"}, PLAIN},
         {"UTF-8 to UTF-32", g_oConverterUTF8, g_oConverterUTF32, {"a", "\xF0\x9F\x98\x80"}, PLAIN},
         {"UTF-8 to escapes", g_oConverterUTF8, g_oConverterUTF16Esc, {"\xC3\xA9", "a"}, PLAIN},
+        // Text without zero bytes: it ends after as many units as it has bytes before the first of them.
+        {"UTF-32 to UTF-8, shorter", g_oConverterUTF32, g_oConverterUTF8, {"\x61\xE9\x10\x7F", "zzzz"}, PLAIN},
+        {"UTF-32 to UTF-32", g_oConverterUTF32, g_oConverterUTF32, {"\x61\xE9\x10\x7F"}, PLAIN},
     };
     return all;
 }
 
-/** `length` bytes, or a few less so as to end with a character. */
+/** `length` bytes, or a few less so as to end with a character, without their terminator. */
 std::string textOf(Conversion const& c, size_t length)
 {
     std::string text;
@@ -71,6 +77,11 @@ std::string textOf(Conversion const& c, size_t length)
             return text;
         text += character;
     }
+}
+
+std::string terminated(Conversion const& c, std::string const& text)
+{
+    return text + std::string(c.from.getNullCharSize(), '\0');
 }
 
 unsigned int convert(Conversion const& c, void* dest, void const* source, unsigned int capacity)
@@ -83,7 +94,7 @@ unsigned int convert(Conversion const& c, void* dest, void const* source, unsign
 std::string apart(Conversion const& c, std::string const& text, size_t capacity)
 {
     std::string result(capacity, '\0');
-    result.resize(convert(c, result.data(), text.c_str(), static_cast<unsigned int>(capacity)) +
+    result.resize(convert(c, result.data(), terminated(c, text).c_str(), static_cast<unsigned int>(capacity)) +
                   c.to.getNullCharSize());
     return result;
 }
@@ -98,14 +109,15 @@ testing::AssertionResult isAsApart(Conversion const& c, std::string const& text,
     constexpr size_t FENCE = 64;
     size_t const before = distance < 0 ? static_cast<size_t>(-distance) : 0;
     size_t const after = distance > 0 ? static_cast<size_t>(distance) : 0;
-    std::string buffer(FENCE + before + after + text.size() + 1 + expected.size() + FENCE, '\x7F');
+    std::string const whole = terminated(c, text);
+    std::string buffer(FENCE + before + after + whole.size() + expected.size() + FENCE, '\x7F');
     size_t const source = FENCE + before;
     size_t const dest = FENCE + after;
-    std::copy_n(text.c_str(), text.size() + 1, buffer.begin() + static_cast<ptrdiff_t>(source));
+    buffer.replace(source, whole.size(), whole);
     std::string const original = buffer;
     std::string converted = buffer;
     converted.replace(dest, expected.size(), expected);
-    bool const overlap = source < dest + expected.size() && dest <= source + text.size();
+    bool const overlap = source < dest + expected.size() && dest < source + whole.size();
 
     Allocations::Watch watch;
     if (!hasMemory)
@@ -130,13 +142,13 @@ testing::AssertionResult isAsApart(Conversion const& c, std::string const& text,
     return buffer == converted ? testing::AssertionSuccess() : failed("another result, or something else is changed");
 }
 
-/** Distances at which the ranges begin to touch, and some between. */
+/** Distances at which the ranges begin to touch, and some between; of texts of so many bytes without terminators. */
 std::vector<ptrdiff_t> distances(size_t length, size_t written)
 {
     auto const n = static_cast<ptrdiff_t>(length);
     auto const w = static_cast<ptrdiff_t>(written);
-    std::vector<ptrdiff_t> all = {-w - 1, -w,    -w + 1, -w / 2, -n, -2048, -64,    -1,       0,    1,
-                                  7,      n / 3, n / 2,  n - 1,  n,  n + 1, n + 40, n + 7000, 2048, 6200};
+    std::vector<ptrdiff_t> all = {-w - 1, -w,    -w + 1, -w / 2, -n,    -2048, -64,   -1,     0,        1,    7,
+                                  n / 3,  n / 2, n - 1,  n,      n + 1, n + 3, n + 4, n + 40, n + 7000, 2048, 6200};
     std::sort(all.begin(), all.end());
     all.erase(std::unique(all.begin(), all.end()), all.end());
     return all;
@@ -185,6 +197,43 @@ TEST(Overlap, WhereTheResultIsTruncated)
         }
 }
 
+TEST(Overlap, AtRandomDistancesAndCapacities)
+{
+    std::mt19937 random(7);
+    for (int round = 0; round < 4000; ++round) {
+        Conversion const& c = conversions()[random() % conversions().size()];
+        size_t const length = random() % 4 == 0 ? random() % 9000 : random() % 300;
+        std::string const text = textOf(c, length);
+        if (text.empty())
+            continue;
+        auto const most = static_cast<unsigned int>(6 * text.size() + 8);
+        unsigned int const capacity = random() % 3 == 0 ? 8 + static_cast<unsigned int>(random() % most) : most;
+        std::string const expected = apart(c, text, capacity);
+        size_t const span = text.size() + expected.size() + 8;
+        ptrdiff_t const distance =
+            static_cast<ptrdiff_t>(random() % span) - static_cast<ptrdiff_t>(expected.size() + 4);
+        ASSERT_TRUE(isAsApart(c, text, expected, distance, capacity, random() % 4 != 0)) << "round " << round;
+    }
+}
+
+/** The same conversion by an entry point, with source and destination at any distance in one buffer. */
+template <class Function>
+void expectTheSame(Function const& function, std::string const& text, std::string const& what)
+{
+    std::vector<char> expected(6 * text.size() + 8);
+    unsigned int const written = function(expected.data(), text.c_str(), static_cast<int>(expected.size()));
+    for (ptrdiff_t const distance : distances(text.size(), written + size_t{1})) {
+        size_t const source = distance < 0 ? static_cast<size_t>(-distance) : 0;
+        size_t const dest = distance > 0 ? static_cast<size_t>(distance) : 0;
+        std::vector<char> buffer(source + dest + expected.size());
+        memcpy(buffer.data() + source, text.c_str(), text.size() + 1);
+        ASSERT_EQ(function(buffer.data() + dest, buffer.data() + source, 0x7FFFFFFF), written)
+            << what << ", " << text.size() << " bytes, destination at " << distance;
+        ASSERT_EQ(memcmp(buffer.data() + dest, expected.data(), written + size_t{1}), 0)
+            << what << ", " << text.size() << " bytes, destination at " << distance;
+    }
+}
+
 // The entry points themselves, which try short texts without UTF-16 first.
 TEST(Overlap, OfTheEntryPoints)
 {
@@ -201,24 +250,45 @@ TEST(Overlap, OfTheEntryPoints)
                 std::string text;
                 for (size_t i = 0; text.size() < length; ++i)
                     text += row.byteFragments[i % row.byteFragments.size()].c_str();
-                std::vector<unsigned char> expected(6 * text.size() + 8);
-                unsigned int const written =
-                    LocalToUTF8(expected.data(), text.c_str(), static_cast<int>(expected.size()), charSet);
-                for (ptrdiff_t const distance : distances(text.size(), written + size_t{1})) {
-                    size_t const source = distance < 0 ? static_cast<size_t>(-distance) : 0;
-                    size_t const dest = distance > 0 ? static_cast<size_t>(distance) : 0;
-                    std::vector<unsigned char> buffer(source + dest + expected.size());
-                    memcpy(buffer.data() + source, text.c_str(), text.size() + 1);
-                    ASSERT_EQ(LocalToUTF8(buffer.data() + dest, reinterpret_cast<char*>(buffer.data() + source),
-                                          0x7FFFFFFF, charSet),
-                              written)
-                        << row.name << ", " << text.size() << " bytes, destination at " << distance;
-                    ASSERT_EQ(memcmp(buffer.data() + dest, expected.data(), written + size_t{1}), 0)
-                        << row.name << ", " << text.size() << " bytes, destination at " << distance;
-                }
+                std::vector<unsigned char> utf8(6 * text.size() + 8);
+                LocalToUTF8(utf8.data(), text.c_str(), static_cast<int>(utf8.size()), charSet);
+                std::string const what = std::string(row.name) + " with " + nameOf(set);
+                expectTheSame(
+                    [charSet](char* dst, char const* src, int bytes) {
+                        return LocalToUTF8(reinterpret_cast<unsigned char*>(dst), src, bytes, charSet);
+                    },
+                    text, what + " to UTF-8");
+                expectTheSame(
+                    [charSet](char* dst, char const* src, int bytes) {
+                        return UTF8ToLocal(dst, reinterpret_cast<unsigned char const*>(src), bytes, charSet);
+                    },
+                    reinterpret_cast<char const*>(utf8.data()), what + " from UTF-8");
+                if (HasFatalFailure())
+                    return;
             }
         }
     }
+}
+
+// Where the source begins before the destination, the byte before that may tell that they are apart.
+TEST(Overlap, NothingOfThePageBeforeTheDestinationIsRead)
+{
+    size_t const page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
+    char* const memory =
+        static_cast<char*>(mmap(nullptr, 3 * page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
+    ASSERT_NE(static_cast<void*>(memory), MAP_FAILED);
+    ASSERT_EQ(mprotect(memory + page, page, PROT_NONE), 0);
+    for (Conversion const& c : conversions()) {
+        std::string const text = textOf(c, page / 8);
+        std::string const expected = apart(c, text, page);
+        std::string const whole = terminated(c, text);
+        memcpy(memory + page - whole.size(), whole.data(), whole.size());
+        ASSERT_EQ(convert(c, memory + 2 * page, memory + page - whole.size(), static_cast<unsigned int>(page)),
+                  expected.size() - c.to.getNullCharSize())
+            << c.name;
+        ASSERT_EQ(memcmp(memory + 2 * page, expected.data(), expected.size()), 0) << c.name;
+    }
+    munmap(memory, 3 * page);
 }
 
 // Such a converter is given the whole text, which is on the heap then in any case.

@@ -5,6 +5,7 @@
 #include "tests/internal/Foreign.h"
 #include "tests/model/Utf8Model.h"
 #include "tests/support/Hex.h"
+#include "tests/support/HugeText.h"
 #include "tests/support/Memory.h"
 #include "tests/support/Texts.h"
 
@@ -220,4 +221,21 @@ TEST(ThroughUTF16, DerivedAndForeignConvertersTakePart)
     EXPECT_EQ(kx7::convertThroughUTF16(g_oConverterUTF8, "A\xC3\xA9", wide, units, 12, PLAIN), 8u);
     unsigned char const expected[] = {'A', 0, 0, 0, 0xE9, 0, 0, 0, 0, 0, 0, 0};
     EXPECT_EQ(memcmp(units, expected, sizeof expected), 0);
+}
+
+// A converter of a caller is given the whole text, for which 32-bit code has no memory from 1 GiB on: twice its bytes
+// and two are then more than an object can have, and may be more than a size can say.
+TEST(ThroughUTF16, ATextThatNoMemoryHoldsConvertsToNothingWithAForeignConverter)
+{
+    if (sizeof(size_t) > 4)
+        GTEST_SKIP() << "there is memory for such a text";
+    for (size_t const length : {size_t{1} << 30, size_t{0x7FC00000}}) {
+        HugeText text(length, "a");
+        if (!text.terminate(1).data())
+            GTEST_SKIP() << "this machine gives no text so many addresses, or is too slow for it";
+        DerivedUtf8 derived;
+        char dest[] = "unchanged";
+        EXPECT_EQ(kx7::convertThroughUTF16(derived, text.data(), g_oConverterUTF8, dest, sizeof dest - 1, PLAIN), 0u);
+        EXPECT_STREQ(dest, "unchanged");
+    }
 }

@@ -37,6 +37,11 @@ library_folder=$(sed -n 's/^CMAKE_INSTALL_LIBDIR:PATH=//p' "$build/CMakeCache.tx
 echo "-- protections"
 tests/package/hardening.sh "$build/libkx7text.a" "$build/libkx7text.so" "$build/cli/kx7conv"
 [ -z "${2-}" ] || tests/package/hardening.sh "$2/libkx7text.a" "$2/libkx7text.so"
+for folder in "$build" ${2:+"$2"}; do
+    # What the third level finds does not show in a built file.
+    unchecked=$(grep '"command": .* -c .*/\(kx7\|cli\)/' "$folder/compile_commands.json" | grep -vc -e '-D_FORTIFY_SOURCE=3') || true
+    [ "$unchecked" -eq 0 ] || fail "$folder: $unchecked files are compiled without the third level of checked calls"
+done
 quietly cmake -B "$work/default" -DKX7_BUILD_TESTS=OFF
 grep -qx 'CMAKE_BUILD_TYPE:.*=Release' "$work/default/CMakeCache.txt" || fail "what is built by default is not optimised"
 

@@ -3,7 +3,8 @@
 #
 # Read-only relocations, binding at load, a stack that cannot be executed, position independence; and in the code
 # itself stack protection and checked calls of the C library. On x86 the targets of indirect jumps are marked: that is
-# said by the objects of the archive, as a linked file says it only where all of the C library's objects do.
+# said by the objects of the archive, as a linked file says it only where all of the C library's objects do. There, too,
+# a frame larger than a page touches each page that it takes, so that none steps over the guard page.
 set -eu
 export LC_ALL=C
 
@@ -24,6 +25,7 @@ if readelf -h "$file" | grep -Eq 'Machine: .*(X86-64|80386)'; then
         echo "hardening.sh: $file: $marked of $objects objects mark the targets of indirect jumps" >&2
         failed=1
     fi
+    need "probes of large frames" "$(objdump -d --no-show-raw-insn "$file")" '[[:space:]]or[ql] +\$0x0,(0x[0-9a-f]+)?\(%[er]sp\)'
 fi
 
 for file in "$@"; do
