@@ -35,10 +35,10 @@ unsigned int KX7UString::length(KX7CharSet cs) const
 {
     if (empty())
         return 0;
-    unsigned int const bytes = kx7::converterOf(cs).getNumBytes(space->buffer, space->length);
+    size_t const bytes = kx7::converterOf(cs).getNumBytes(space->buffer, space->length);
     if (bytes == TOO_MANY_BYTES || bytes > PTRDIFF_MAX - CACHE_MARGIN)
         throw std::length_error("exceed maximum string length");
-    return bytes;
+    return static_cast<unsigned int>(bytes);
 }
 
 unsigned int KX7UString::numChars() const
