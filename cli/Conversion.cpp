@@ -8,6 +8,8 @@
 #include <cstdlib>
 #include <thread>
 
+#include "kx7/convert.h"
+
 namespace kx7conv {
 
 namespace {
@@ -177,7 +179,8 @@ bool Conversion::take(Block& block)
             size_t whole = block.size;
             if (m_threads > 1 && !block.isLast) {
                 // The rest stays in the block too: that a sequence is illegal may show behind it only.
-                whole = m_from.wholeCharacters(block.bytes.data(), block.size);
+                char const* const bytes = reinterpret_cast<char const*>(block.bytes.data());
+                whole = kx7::wholeCharacters({bytes, block.size}, m_from.number).size();
                 m_held.assign(block.bytes.data() + whole, block.bytes.data() + block.size);
             }
             isEmpty = whole == 0;

@@ -70,11 +70,6 @@ std::string unrepresentable(unsigned short const* units, unsigned short const* u
     return "U+" + hex(codePoint, 4) + " not in " + target.name;
 }
 
-bool isContinuation(unsigned char byte)
-{
-    return (byte & 0xC0) == 0x80;
-}
-
 }  // namespace
 
 Codec::Codec(KX7CharSet charSet)
@@ -92,50 +87,11 @@ std::string Codec::encoded(std::u16string const& text) const
     return std::string(reinterpret_cast<char const*>(bytes), progress.stop == Stop::SOURCE_USED ? progress.written : 0);
 }
 
-size_t Codec::wholeCharacters(unsigned char const* bytes, size_t size) const
-{
-    unsigned char const* in = bytes + restart(bytes, size);
-    unsigned char const* const end = bytes + size;
-    unsigned short units[512];
-    while (in != end) {
-        Progress const decoded = engine.decodeStrict(converter, in, end, units, std::end(units), false);
-        in += decoded.consumed + decoded.length;
-        if (decoded.stop == Stop::SOURCE_CUT)
-            break;
-    }
-    return static_cast<size_t>(in - bytes);
-}
-
-/** A place near the end where the strict decoder is between characters, whatever comes before it. */
-size_t Codec::restart(unsigned char const* bytes, size_t size) const
-{
-    size_t const codeSize = converter.getNullCharSize();
-    if (codeSize > 1)
-        return size < codeSize ? 0 : size / codeSize * codeSize - codeSize;
-    if (converter.getMaxUnitSize() == 1)
-        return size;
-    size_t at = size;
-    if (number == KX7CS_UTF8) {
-        // Only what is no continuation byte begins a character; three of them are the most that one has.
-        size_t const most = 4;
-        while (at != 0 && size - at < most)
-            if (!isContinuation(bytes[--at]))
-                return at;
-        return size < most ? 0 : size;
-    }
-    // No character but itself holds a space or a control character; a lead byte before it stands alone. The decoder
-    // sees that a byte or two later at the most.
-    at -= std::min(at, LONGEST_CHARACTER);
-    while (at != 0 && bytes[at - 1] > ' ')
-        --at;
-    return at;
-}
-
 Transcoder::Transcoder(Codec const& from, Codec const& to, Rules const& rules, size_t outputSize)
     : BlockConverter(outputSize), m_from(from), m_to(to), m_rules(rules),
       m_byteOrderMark(rules.dropsByteOrderMark ? from.encoded(u"\uFEFF") : std::string()),
-      m_lineFeedsAreBytes(from.converter.getNullCharSize() == 1 && from.number != KX7CS_UTF16ESC), m_block(nullptr),
-      m_lineFeeds(0), m_described(0), m_drain(nullptr)
+      m_lineFeedsAreBytes(lineFeedsAreBytes(from.number)), m_block(nullptr), m_lineFeeds(0), m_described(0),
+      m_drain(nullptr)
 {
 }
 

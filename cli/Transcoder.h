@@ -22,16 +22,10 @@ struct Codec {
     /** The bytes of a text that the set can represent; empty where it cannot. */
     std::string encoded(std::u16string const& text) const;
 
-    /** How many of the bytes are whole characters; the rest may go on behind them. */
-    size_t wholeCharacters(unsigned char const* bytes, size_t size) const;
-
     char const* name;
     KX7CharSet number;  ///< never KX7CS_OS_DEFAULT
     KX7CharSetConverter& converter;
     kx7::Engine const& engine;
-
-private:
-    size_t restart(unsigned char const* bytes, size_t size) const;
 };
 
 /** The offset of a fault whose place is not known. */

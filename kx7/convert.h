@@ -31,6 +31,7 @@
 
 #include "kx7/base/Export.h"
 #include "kx7/charset/KX7CharSet.h"
+#include "kx7/convert/Boundaries.h"
 
 class KX7CharSetConverter;
 
