@@ -51,11 +51,6 @@ unsigned short const* endOfLine(unsigned short const* units, unsigned short cons
     return lineFeed == unitsEnd ? unitsEnd : lineFeed + 1;
 }
 
-bool isPair(unsigned short const* units, unsigned short const* unitsEnd)
-{
-    return unitsEnd - units >= 2 && isHighSurrogate(units[0]) && isLowSurrogate(units[1]);
-}
-
 std::string hexBytes(unsigned char const* bytes, size_t count)
 {
     std::string text;

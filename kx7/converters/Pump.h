@@ -16,9 +16,11 @@ namespace kx7 {
  *     source.passError(sink)    the piece ends before an error: what stands for it is written
  *     sink.goesOnWhenFull(source)    the piece ends where the place for it does
  *     source.carry()            the piece ends with what the source was given: an incomplete character is kept
+ *
+ * Inline, since many texts are short and one piece: then source and sink are values in registers.
  */
 template <class Source, class Sink>
-void pump(Source& source, Sink& sink)
+[[gnu::always_inline]] inline void pump(Source& source, Sink& sink)
 {
     bool goesOn = true;
     while (goesOn && source.read(sink) && sink.write(source))
