@@ -84,7 +84,7 @@ public:
     {
         unsigned char const* const bytes = m_range.begin + m_progress.consumed;
         ErrorPolicy const errors = m_decoder.m_options.errors;
-        Substitute<typename Sink::Element> const substitute = sink.forMalformed();
+        Substitute<typename Sink::Element> const substitute = sink.forMalformed(m_decoder.m_options);
         if (sink.room().left() < substitute.size)
             return end(Status::OUTPUT_FULL);
         record(m_errors, errors, [&] { return malformed(bytes); });

@@ -7,24 +7,33 @@
 
 namespace kx7 {
 
+/** Writes a character in the target of an encoder and returns its bytes; 0 where the target lacks it. */
+unsigned char Streams::encodeChar(Encoder const& encoder, CharUnits const& c, unsigned char (&bytes)[MOST_BYTES])
+{
+    Progress const progress =
+        encoder.m_engine->encode(*encoder.m_converter, c.units, c.units + c.count, bytes, std::end(bytes), true);
+    return static_cast<unsigned char>(progress.stop == Stop::SOURCE_USED ? progress.written : 0);
+}
+
 /** Without memory for its tables the target cannot say; then "?", one byte in every set that has tables, stands for
  * what is lost until it can. */
+unsigned char Streams::encodeSubstitute(Encoder const& encoder, Options const& options,
+                                        unsigned char (&bytes)[MOST_BYTES])
+{
+    unsigned char size = encodeChar(encoder, substituteOf(options), bytes);
+    if (size == 0)
+        size = encodeChar(encoder, CharUnits(U'?'), bytes);
+    if (size == 0)
+        bytes[0] = '?';
+    return size;
+}
+
 void Streams::askTarget(Encoder& encoder)
 {
-    // Bytes of a character in the target; 0 where it lacks it.
-    auto const encode = [&encoder](CharUnits const& c, auto& bytes) {
-        Progress const progress =
-            encoder.m_engine->encode(*encoder.m_converter, c.units, c.units + c.count, bytes, std::end(bytes), true);
-        return static_cast<unsigned char>(progress.stop == Stop::SOURCE_USED ? progress.written : 0);
-    };
-    if (encode(CharUnits(U'?'), encoder.m_substitute) == 0) {
-        encoder.m_substitute[0] = '?';
-        return;
-    }
-    encoder.m_bomSize = encode(CharUnits(BYTE_ORDER_MARK), encoder.m_bom);
-    encoder.m_substituteSize = encode(substituteOf(encoder.m_options), encoder.m_substitute);
-    if (encoder.m_substituteSize == 0)
-        encoder.m_substituteSize = encode(CharUnits(U'?'), encoder.m_substitute);
+    unsigned char mark[MOST_BYTES];
+    encoder.m_substituteSize = encodeSubstitute(encoder, encoder.m_options, encoder.m_substitute);
+    encoder.m_bomSize = encodeChar(encoder, CharUnits(BYTE_ORDER_MARK), mark);
+    std::copy_n(mark, encoder.m_bomSize, encoder.m_bom);
 }
 
 Encoder::Encoder(KX7CharSet to, Options const& options) noexcept

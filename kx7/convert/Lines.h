@@ -7,20 +7,19 @@
 
 namespace kx7 {
 
-/** Line feeds among bytes or code units. Counted in as many bits as an element has, which fills vectors. */
+/** Line feeds among bytes or code units. Sums as narrow as what is counted, in blocks of one length, fill vectors. */
 template <class T>
 size_t countLineFeeds(T const* text, T const* end)
 {
-    constexpr ptrdiff_t BLOCK = sizeof(T) == 1 ? 240 : 2048;  // a T holds their sum
+    constexpr ptrdiff_t BLOCK = 240;  // a byte holds their sum
     size_t total = 0;
-    while (text != end) {
-        T const* const blockEnd = text + std::min(end - text, BLOCK);
+    for (; end - text >= BLOCK; text += BLOCK) {
         T count = 0;
-        for (; text != blockEnd; ++text)
-            count = static_cast<T>(count + (*text == '\n' ? 1 : 0));
+        for (ptrdiff_t i = 0; i < BLOCK; ++i)
+            count = static_cast<T>(count + (text[i] == '\n' ? 1 : 0));
         total += count;
     }
-    return total;
+    return total + static_cast<size_t>(std::count(text, end, '\n'));
 }
 
 /** Bytes and the code units that they became. */
@@ -45,6 +44,14 @@ struct LinesOfUnits {
 
     /** Line feeds before a place, where `text` is what is converted but not yet counted. */
     unsigned long long before(Converted const& text) const { return total + countLineFeeds(text.units, text.unitsEnd); }
+};
+
+/** Lines are counted in the bytes. */
+struct LinesOfBytes {
+    unsigned long long& total;
+
+    void add(Converted const& text) { total += countLineFeeds(text.bytes, text.bytesEnd); }
+    unsigned long long before(Converted const& text) const { return total + countLineFeeds(text.bytes, text.bytesEnd); }
 };
 
 }  // namespace kx7

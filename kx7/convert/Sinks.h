@@ -44,9 +44,9 @@ public:
         return true;
     }
 
-    Substitute<unsigned short> forMalformed() const
+    Substitute<unsigned short> forMalformed(Options const& options) const
     {
-        return {m_substitute.units, substitutes(m_decoder.m_options.errors) ? m_substitute.count : 0};
+        return {m_substitute.units, substitutes(options.errors) ? m_substitute.count : 0};
     }
 
 private:
@@ -141,9 +141,16 @@ public:
         return true;
     }
 
-    Substitute<unsigned char> forMalformed() const
+    /** @param options of the decoder, whose substitute may be another than the encoder's */
+    Substitute<unsigned char> forMalformed(Options const& options)
     {
-        return {m_encoder.m_substitute, substitutes(policy()) ? substituteSize(m_encoder) : 0};
+        if (!substitutes(policy()))
+            return {m_malformed, 0};
+        if (options.substitute == m_encoder.m_options.substitute)
+            return {m_encoder.m_substitute, substituteSize(m_encoder)};
+        if (m_malformedSize == 0)
+            m_malformedSize = std::max<size_t>(encodeSubstitute(m_encoder, options, m_malformed), 1);
+        return {m_malformed, m_malformedSize};
     }
 
     /**
@@ -231,6 +238,8 @@ private:
     StreamErrors& m_errors;
     Destination<unsigned char> m_room;
     Place<unsigned short> m_buffer;
+    size_t m_malformedSize = 0;  ///< bytes of m_malformed; 0: it has not been needed
+    unsigned char m_malformed[MOST_BYTES];
 };
 
 /** Encodes well-formed units; a pair stays whole, also where the target takes each half for a character. */

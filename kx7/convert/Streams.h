@@ -95,6 +95,16 @@ struct Streams {
             askTarget(encoder);
     }
     static void askTarget(Encoder& encoder);
+
+    /** Bytes of the longest character: two escapes of UTF-16. */
+    static constexpr size_t MOST_BYTES = 12;
+
+    static unsigned char encodeChar(Encoder const& encoder, CharUnits const& c, unsigned char (&bytes)[MOST_BYTES]);
+
+    /** Writes the substitute of `options` in the target of an encoder and returns its bytes; 0, and "?", without
+     * memory. */
+    static unsigned char encodeSubstitute(Encoder const& encoder, Options const& options,
+                                          unsigned char (&bytes)[MOST_BYTES]);
     static bool hasMalformedByte(Decoder const& decoder);
     static size_t substituteSize(Encoder const& encoder) { return std::max<size_t>(encoder.m_substituteSize, 1); }
 

@@ -21,14 +21,33 @@ Transcoder::Transcoder(KX7CharSet from, KX7CharSet to, Options const& options) n
 
 StreamResult Transcoder::convert(Span<char const> source, Span<char> dest, bool last) noexcept
 {
+    TranscoderCall call;
+    call.last = last;
+    return convert(source, dest, call);
+}
+
+StreamResult Transcoder::convert(Span<char const> source, Span<char> dest, TranscoderCall const& call) noexcept
+{
     if (!m_decoder.m_engine || !m_encoder.m_engine)
         return {0, 0, Status::NO_CONVERTER};
     Streams::assureAsked(m_encoder);
-    unsigned short buffer[Streams::ByteSink::PIECE];
-    Streams::ByteSource<LinesOfUnits> bytes(m_decoder, *this, source, last, {m_lineFeeds});
-    Streams::ByteSink result(m_encoder, *this, dest, {std::begin(buffer), std::end(buffer)});
-    pump(bytes, result);
-    return {bytes.consumed(), result.room().written(), bytes.status()};
+    unsigned short ownBuffer[Streams::ByteSink::PIECE];
+    Place<unsigned short> buffer = {std::begin(ownBuffer), std::end(ownBuffer)};
+    if (call.buffer.size() >= Decoder::MINIMUM_ROOM)
+        buffer = {reinterpret_cast<unsigned short*>(call.buffer.begin()),
+                  reinterpret_cast<unsigned short*>(call.buffer.end())};
+    auto const run = [&](auto lines) {
+        Streams::ByteSource<decltype(lines)> bytes(m_decoder, *this, source, call.last, lines);
+        Streams::ByteSink result(m_encoder, *this, dest, buffer);
+        pump(bytes, result);
+        return StreamResult{bytes.consumed(), result.room().written(), bytes.status()};
+    };
+    switch (call.lineFeeds) {
+        case LineFeeds::NONE: return run(NoLines());
+        case LineFeeds::IN_BYTES: return run(LinesOfBytes{m_lineFeeds});
+        case LineFeeds::IN_TEXT: break;
+    }
+    return run(LinesOfUnits{m_lineFeeds});
 }
 
 void Transcoder::reset() noexcept
@@ -43,6 +62,15 @@ void Transcoder::setErrors(ErrorPolicy errors) noexcept
 {
     m_decoder.setErrors(errors);
     m_encoder.setErrors(errors);
+}
+
+void Transcoder::setSubstitutes(char32_t malformed, char32_t lacking) noexcept
+{
+    m_decoder.m_options.substitute = malformed;
+    m_encoder.m_options.substitute = lacking;
+    m_encoder.m_substituteSize = 0;
+    if (m_encoder.m_engine)
+        Streams::askTarget(m_encoder);
 }
 
 std::optional<size_t> Transcoder::maxBytes(size_t byteCount) const noexcept
