@@ -8,6 +8,10 @@
 #include <cstdlib>
 #include <thread>
 
+#include "LiteralTranscoder.h"
+#include "Transcoder.h"
+#include "kx7/convert.h"
+
 namespace kx7conv {
 
 namespace {
@@ -48,7 +52,7 @@ std::string notKept(std::string const& name, Output const& output)
 
 }  // namespace
 
-Conversion::Conversion(Options const& options, Codec const& from, Codec const& to, std::atomic<int>& status)
+Conversion::Conversion(Options const& options, CharSet const& from, CharSet const& to, std::atomic<int>& status)
     : m_options(options), m_from(from), m_to(to), m_status(status),
       m_mark(options.byteOrderMark == ByteOrderMark::ADD ? to.encoded(u"\uFEFF") : std::string()),
       // A line or a literal text is continued by its next block only.
@@ -69,7 +73,7 @@ std::unique_ptr<BlockConverter> Conversion::makeConverter() const
         return std::make_unique<LiteralTranscoder>(m_from, m_to, m_options.onError, outputSize);
     Rules rules;
     rules.onError = m_options.check ? OnError::SKIP : m_options.onError;
-    rules.substitute = utf16(m_options.substitute);
+    rules.substitute = m_options.substitute;
     rules.faultsWanted = m_options.check ? m_options.maxErrors : rules.onError == OnError::STOP || m_options.failOnLoss;
     rules.countsLines = rules.faultsWanted != 0;
     rules.dropsByteOrderMark = m_options.byteOrderMark != ByteOrderMark::KEEP;
@@ -177,7 +181,8 @@ bool Conversion::take(Block& block)
             size_t whole = block.size;
             if (m_threads > 1 && !block.isLast) {
                 // The rest stays in the block too: that a sequence is illegal may show behind it only.
-                whole = m_from.wholeCharacters(block.bytes.data(), block.size);
+                char const* const bytes = reinterpret_cast<char const*>(block.bytes.data());
+                whole = kx7::wholeCharacters({bytes, block.size}, m_from.number).size();
                 m_held.assign(block.bytes.data() + whole, block.bytes.data() + block.size);
             }
             isEmpty = whole == 0;

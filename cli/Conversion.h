@@ -9,14 +9,15 @@
 #include <mutex>
 #include <optional>
 
+#include "BlockConverter.h"
 #include "ChangedFolders.h"
+#include "CharSet.h"
 #include "Files.h"
 #include "Io.h"
 #include "Messages.h"
 #include "OpenFiles.h"
 #include "Options.h"
 #include "Targets.h"
-#include "Transcoder.h"
 
 namespace kx7conv {
 
@@ -47,7 +48,7 @@ struct Totals {
 class Conversion {
 public:
     /** `status` is that of the inputs so far, at any time. */
-    Conversion(Options const& options, Codec const& from, Codec const& to, std::atomic<int>& status);
+    Conversion(Options const& options, CharSet const& from, CharSet const& to, std::atomic<int>& status);
 
     /** Throws OutputError for an output that all inputs share. */
     void run();
@@ -102,8 +103,8 @@ private:
     std::unique_ptr<BlockConverter> makeConverter() const;
 
     Options const& m_options;
-    Codec const m_from;
-    Codec const m_to;
+    CharSet const m_from;
+    CharSet const m_to;
     std::atomic<int>& m_status;
     std::string const m_mark;  ///< the byte order mark that outputs begin with
     unsigned int const m_threads;

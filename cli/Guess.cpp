@@ -6,13 +6,10 @@
 #include "Guess.h"
 
 #include <algorithm>
-#include <cstring>
 #include <list>
 #include <string_view>
 
-#include "Transcoder.h"
-#include "kx7/base/Utf16.h"
-#include "kx7/converters/KX7CharSetConverter.h"
+#include "kx7/convert.h"
 
 namespace kx7conv {
 
@@ -110,11 +107,11 @@ bool isCommon(unsigned short unit, Script script)
     return std::any_of(std::begin(LEVELS), std::end(LEVELS), [&](Level const& level) {
         if (level.script != script)
             return false;
-        KX7CharSetConverter& converter = kx7::converterOf(level.charSet);
-        unsigned char bytes[4];
-        kx7::Progress const encoded =
-            kx7::engineOf(converter)->encode(converter, &unit, &unit + 1, bytes, std::end(bytes), true);
-        unsigned int const code = encoded.written == 2 ? bytes[0] * 256U + bytes[1] : 0;
+        unsigned short const text[] = {unit, 0};
+        char bytes[4];
+        bool const isPair = UTF16ToLocal(bytes, text, sizeof bytes, level.charSet) == 2;
+        unsigned int const code =
+            isPair ? static_cast<unsigned char>(bytes[0]) * 256U + static_cast<unsigned char>(bytes[1]) : 0;
         return code >= level.first && code <= level.last;
     });
 }
@@ -128,7 +125,7 @@ bool isCapital(unsigned int unit)
 /** A set, and how the input reads in it so far. */
 class Candidate {
 public:
-    Candidate(kx7::CharSetInfo const& name, size_t rank) : m_name(&name), m_codec(name.charSet), m_rank(rank)
+    Candidate(kx7::CharSetInfo const& name, size_t rank) : m_name(&name), m_decoder(name.charSet), m_rank(rank)
     {
         auto const* const own = std::find_if(std::begin(LETTERS), std::end(LETTERS), [&](Letters const& candidate) {
             return candidate.charSet == name.charSet;
@@ -141,22 +138,17 @@ public:
     }
 
     /** The next bytes of the input. False: they are not clean. */
-    bool read(unsigned char const* bytes, size_t size, bool isLast, bool isSample)
+    bool read(std::string_view bytes, bool isLast, bool isSample)
     {
-        memcpy(m_bytes, m_held, m_heldSize);
-        size_t const joined = std::min(size, sizeof m_bytes - m_heldSize);
-        memcpy(m_bytes + m_heldSize, bytes, joined);
-        // What is held and a few bytes behind it first, then the rest in its place.
-        size_t const front = m_heldSize + joined;
-        bool const isAll = joined == size;
-        size_t const used = decode(m_bytes, front, isLast && isAll, isSample);
-        if (used == FAILED)
-            return false;
-        if (isAll)
-            return hold(m_bytes + used, front - used);
-        size_t const begin = used - m_heldSize;
-        size_t const rest = decode(bytes + begin, size - begin, isLast, isSample);
-        return rest != FAILED && hold(bytes + begin + rest, size - begin - rest);
+        char16_t units[2048];
+        for (;;) {
+            kx7::StreamResult const result = m_decoder.convert(bytes, {units, std::size(units)}, isLast);
+            bytes.remove_prefix(result.consumed);
+            if (isSample)
+                std::for_each(units, units + result.written, [this](char16_t unit) { add(unit); });
+            if (result.status != kx7::Status::OUTPUT_FULL)
+                return result.status == kx7::Status::DONE;
+        }
     }
 
     bool operator<(Candidate const& other) const
@@ -167,33 +159,6 @@ public:
     kx7::CharSetInfo const* name() const { return m_name; }
 
 private:
-    static constexpr size_t FAILED = SIZE_MAX;
-
-    /** Decodes whole characters. Returns how many bytes they are. */
-    size_t decode(unsigned char const* bytes, size_t size, bool isLast, bool isSample)
-    {
-        unsigned char const* in = bytes;
-        unsigned short units[2048];
-        for (;;) {
-            kx7::Progress const decoded =
-                m_codec.engine.decodeStrict(m_codec.converter, in, bytes + size, units, std::end(units), isLast);
-            if (decoded.stop == kx7::Stop::ILLEGAL)
-                return FAILED;
-            in += decoded.consumed;
-            if (isSample)
-                std::for_each(units, units + decoded.written, [this](unsigned short unit) { add(unit); });
-            if (decoded.stop != kx7::Stop::DESTINATION_FULL)
-                return static_cast<size_t>(in - bytes);
-        }
-    }
-
-    bool hold(unsigned char const* bytes, size_t size)
-    {
-        memcpy(m_held, bytes, size);
-        m_heldSize = size;
-        return true;
-    }
-
     void add(unsigned short unit)
     {
         Script script = Script::NONE;
@@ -245,16 +210,13 @@ private:
     }
 
     kx7::CharSetInfo const* m_name;
-    Codec m_codec;
+    kx7::Decoder m_decoder;
     size_t m_rank;
     std::u16string_view m_letters;
     bool m_isForeignToKana;
     uint64_t m_cost = 0;
     Script m_script = Script::NONE;  ///< of the last character
     unsigned int m_unit = 0;
-    unsigned char m_held[16];
-    size_t m_heldSize = 0;
-    unsigned char m_bytes[32];
 };
 
 std::list<Candidate> candidates()
@@ -281,8 +243,8 @@ std::vector<kx7::CharSetInfo const*> guess(Input& input)
     while (!isLast && !left.empty()) {
         size_t const got = input.read(block.data(), block.size());
         isLast = got == 0;
-        left.remove_if(
-            [&](Candidate& candidate) { return !candidate.read(block.data(), got, isLast, read < SAMPLE_SIZE); });
+        std::string_view const bytes(reinterpret_cast<char const*>(block.data()), got);
+        left.remove_if([&](Candidate& candidate) { return !candidate.read(bytes, isLast, read < SAMPLE_SIZE); });
         read += got;
     }
     left.sort();

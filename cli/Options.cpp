@@ -9,7 +9,6 @@
 #include <thread>
 
 #include "Quoting.h"
-#include "kx7/base/Utf16.h"
 
 namespace kx7conv {
 
@@ -37,7 +36,8 @@ unsigned int codePointOfText(char const* option, std::string const& value)
     bool const isHex = !digits.empty() && digits.size() <= 6 &&
                        digits.find_first_not_of("0123456789ABCDEFabcdef") == std::string::npos;
     auto const codePoint = isHex ? static_cast<unsigned int>(std::stoul(digits, nullptr, 16)) : 0;
-    if (codePoint == 0 || codePoint > kx7::LAST_CODE_POINT || kx7::isSurrogate(codePoint))
+    bool const isSurrogate = codePoint >= 0xD800 && codePoint <= 0xDFFF;
+    if (codePoint == 0 || codePoint > 0x10FFFF || isSurrogate)
         refuse(option, value, "a character U+0001 to U+10FFFF");
     return codePoint;
 }

@@ -130,8 +130,8 @@ void convertAll(Options const& options, std::atomic<int>& status)
 {
     if (options.from.empty())
         throw UsageError("--from is required");
-    Codec const from(charSetOf(options.from));
-    Codec const to(charSetOf(options.to));
+    CharSet const from(charSetOf(options.from));
+    CharSet const to(charSetOf(options.to));
     auto const began = std::chrono::steady_clock::now();
     Conversion conversion(options, from, to, status);
     conversion.run();

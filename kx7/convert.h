@@ -31,6 +31,7 @@
 
 #include "kx7/base/Export.h"
 #include "kx7/charset/KX7CharSet.h"
+#include "kx7/convert/Boundaries.h"
 
 class KX7CharSetConverter;
 
@@ -135,6 +136,27 @@ struct StreamResult {
     std::size_t consumed;  ///< bytes or units of the source, those that are kept for the next call included
     std::size_t written;   ///< units or bytes of the destination
     Status status;         ///< why the call returned
+};
+
+/** What a Transcoder counts as lines. */
+enum class LineFeeds : unsigned char {
+    IN_TEXT,   ///< U+000A in the UTF-16 between: right for every character set
+    IN_BYTES,  ///< bytes 0x0A of the source outside malformed sequences: faster; the same where lineFeedsAreBytes says
+               ///< so
+    NONE       ///< nothing: Transcoder::lineFeeds stays as it is, Error::lineFeeds is 0
+};
+
+/** How a call of Transcoder::convert works; the same text may be converted by calls of different kinds. */
+struct TranscoderCall {
+    bool last = false;                         ///< the text ends with the piece
+    LineFeeds lineFeeds = LineFeeds::IN_TEXT;  ///< what is counted
+
+    /**
+     * Where the UTF-16 between is put, which the call overwrites; the caller's, and not needed after it. With 8,192
+     * units long texts take some percent less time than with the 2,048 that are on the stack where this has fewer than
+     * two.
+     */
+    Span<char16_t> buffer = {};
 };
 
 /** What streams have in common: the first error, the last one, how many there were. */
@@ -268,7 +290,8 @@ private:
 
 /**
  * Bytes to bytes of another character set, in pieces of any size; as Decoder. Memory beside the object: 4 KiB of stack.
- * Malformed bytes are replaced by the substitute of the target, as characters that it lacks are.
+ * Malformed bytes are replaced by the substitute of the target, as characters that it lacks are, unless setSubstitutes
+ * tells them apart.
  */
 class KX7_API Transcoder : public StreamErrors {
 public:
@@ -284,11 +307,22 @@ public:
      */
     StreamResult convert(Span<char const> source, Span<char> dest, bool last) noexcept;
 
+    /** Converts the next piece, as `call` says. */
+    StreamResult convert(Span<char const> source, Span<char> dest, TranscoderCall const& call) noexcept;
+
     /** Begins a new text: forgets what is kept, the position and the errors. */
     void reset() noexcept;
 
     /** What is done with errors from now on. */
     void setErrors(ErrorPolicy errors) noexcept;
+
+    /**
+     * What REPLACE writes from now on, each as Options::substitute: Unicode characters, or 0 for U+FFFD, and "?" where
+     * the target lacks it.
+     * @param malformed for a malformed sequence, also with ESCAPE
+     * @param lacking   for a character that the target lacks
+     */
+    void setSubstitutes(char32_t malformed, char32_t lacking) noexcept;
 
     /** Bytes of the source so far, what is kept for the next call not counted. */
     unsigned long long bytePosition() const noexcept { return m_decoder.m_bytePosition; }

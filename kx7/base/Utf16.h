@@ -24,6 +24,12 @@ constexpr bool isSurrogate(unsigned int unit)
     return unit >= 0xD800 && unit <= 0xDFFF;  // also of code points
 }
 
+/** The text at `units`, which goes to `end`, begins with a surrogate pair. */
+constexpr bool isPair(unsigned short const* units, unsigned short const* end)
+{
+    return end - units >= 2 && isHighSurrogate(units[0]) && isLowSurrogate(units[1]);
+}
+
 constexpr unsigned int codePointOf(unsigned int high, unsigned int low)
 {
     return (high << 10) + low - 0x35FDC00;

@@ -3,28 +3,48 @@
 #include <cstring>
 
 #include "kx7/convert.h"
-#include "kx7/converters/Engine.h"
+#include "kx7/converters/Pump.h"
 
 namespace kx7 {
 
 namespace {
 
+/** A text up to the first malformed sequence. */
+struct WellFormed {
+    KX7CharSetConverter& converter;
+    Engine const& engine;
+    unsigned char const* in;
+    unsigned char const* end;
+    Progress progress = {};
+
+    template <size_t SIZE>
+    bool read(NoSink<SIZE>& sink)
+    {
+        if (in == end)
+            return false;
+        progress = engine.decodeStrict(converter, in, end, std::begin(sink.units), std::end(sink.units), true);
+        in += progress.consumed;
+        return true;
+    }
+    Stop stop() const { return progress.stop; }
+
+    template <class Sink>
+    static bool passError(Sink const& /*sink*/)
+    {
+        return false;
+    }
+    static bool carry() { return false; }
+};
+
 /** What the strict decoder of a set says; in units of `unitSize` bytes. */
 Validity validate(KX7CharSet charSet, void const* text, size_t byteCount, size_t unitSize)
 {
     KX7CharSetConverter& converter = converterOf(charSet);
-    Engine const* const engine = engineOf(converter);
     auto const* const begin = static_cast<unsigned char const*>(text);
-    unsigned char const* const end = begin + byteCount;
-    unsigned char const* in = begin;
-    unsigned short units[2048];
-    while (in != end) {
-        Progress const progress = engine->decodeStrict(converter, in, end, std::begin(units), std::end(units), true);
-        in += progress.consumed;
-        if (progress.stop == Stop::ILLEGAL)
-            return {static_cast<size_t>(in - begin) / unitSize, progress.length / unitSize};
-    }
-    return {byteCount / unitSize, 0};
+    WellFormed wellFormed = {converter, *engineOf(converter), begin, begin + byteCount};
+    NoSink<> nowhere;
+    pump(wellFormed, nowhere);
+    return {static_cast<size_t>(wellFormed.in - begin) / unitSize, wellFormed.progress.length / unitSize};
 }
 
 }  // namespace

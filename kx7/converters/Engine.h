@@ -56,6 +56,20 @@ struct TextProgress {
     bool cut;   ///< encoding what is not the last of the source: it ended before a character that the end cuts off
 };
 
+/** Where a text in an encoding can be cut, so that what follows is decoded as it would be in the whole text. */
+enum class Boundary : unsigned char {
+    ANYWHERE,           ///< every byte is a character
+    AFTER_CODE,         ///< after a multiple of the size of a code, but not within a surrogate pair
+    BEFORE_LEAD_BYTE,   ///< before a byte that is no continuation byte of UTF-8
+    AFTER_CONTROL_BYTE  ///< after a byte up to 0x20, which no character of several bytes contains
+};
+
+/** What an encoding is like, for callers that look at its bytes. */
+struct Encoding {
+    Boundary boundary;
+    bool lineFeedIsByte;  ///< strict decoding makes U+000A of the byte 0x0A and of nothing else, if of that
+};
+
 /** What Engine::toUTF8 and fromUTF8 return for a text that they do not take. */
 constexpr size_t NOT_STRAIGHT = SIZE_MAX;
 
@@ -67,6 +81,11 @@ using RunFromUTF8 = void(KX7CharSetConverter& converter, unsigned char const*& i
 
 /** The operations of one converter class. The converter loads its tables if need be; nothing here throws. */
 struct Engine {
+    Encoding encoding;
+
+    /** The most bytes that a code unit of a text becomes. */
+    unsigned int (*maxBytesPerUnit)(KX7CharSetConverter const& converter);
+
     /**
      * Decodes a range; a zero byte is a character like any other. Stops at what is illegal and consumes none of it.
      * `last`: no more source follows, so that a character which the range cuts off is illegal, not SOURCE_CUT.
@@ -139,6 +158,12 @@ template <class Converter>
 struct EngineOf {
     /** The decoder of decodeStrict: the lenient one, unless a class has a specialisation. */
     static auto strictDecoder(KX7CharSetConverter& converter);
+
+    /** That of the encodings of one byte or several, unless a class has a specialisation. */
+    static constexpr Encoding encoding();
+
+    /** What getMaxUnitSize says, unless a class has a specialisation. */
+    static unsigned int maxBytesPerUnit(KX7CharSetConverter const& converter);
 
     static Progress decode(KX7CharSetConverter& converter, unsigned char const* source, unsigned char const* sourceEnd,
                            unsigned short* dest, unsigned short* destEnd, bool last);

@@ -16,6 +16,18 @@ auto EngineOf<Converter>::strictDecoder(KX7CharSetConverter& converter)
 }
 
 template <class Converter>
+constexpr Encoding EngineOf<Converter>::encoding()
+{
+    return {Boundary::AFTER_CONTROL_BYTE, true};
+}
+
+template <class Converter>
+unsigned int EngineOf<Converter>::maxBytesPerUnit(KX7CharSetConverter const& converter)
+{
+    return converter.getMaxUnitSize();
+}
+
+template <class Converter>
 Progress EngineOf<Converter>::decode(KX7CharSetConverter& converter, unsigned char const* source,
                                      unsigned char const* sourceEnd, unsigned short* dest, unsigned short* destEnd,
                                      bool last)
@@ -113,9 +125,10 @@ constexpr StraightConversion* EngineOf<Converter>::fromUTF8()
 
 template <class Converter>
 Engine const EngineOf<Converter>::ENGINE = {
-    &EngineOf::decode,        &EngineOf::decodeStrict, &EngineOf::illegalRun, &EngineOf::encode,
-    &EngineOf::unmappableRun, &EngineOf::decodeText,   &EngineOf::encodeText, EngineOf::runFromUTF8(),
-    &EngineOf::toUTF16,       EngineOf::toUTF8(),      EngineOf::fromUTF8(),
+    EngineOf::encoding(),  &EngineOf::maxBytesPerUnit, &EngineOf::decode,        &EngineOf::decodeStrict,
+    &EngineOf::illegalRun, &EngineOf::encode,          &EngineOf::unmappableRun, &EngineOf::decodeText,
+    &EngineOf::encodeText, EngineOf::runFromUTF8(),    &EngineOf::toUTF16,       EngineOf::toUTF8(),
+    EngineOf::fromUTF8(),
 };
 
 }  // namespace kx7

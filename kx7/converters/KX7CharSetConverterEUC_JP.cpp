@@ -151,6 +151,14 @@ auto EngineOf<KX7CharSetConverterEUC_JP>::strictDecoder(KX7CharSetConverter& con
     return KX7CharSetConverterEUC_JP::StrictDecoder(static_cast<KX7CharSetConverterEUC_JP&>(converter).decoder());
 }
 
+/** Three with a list of JIS X 0212 only. */
+template <>
+unsigned int EngineOf<KX7CharSetConverterEUC_JP>::maxBytesPerUnit(KX7CharSetConverter const& converter)
+{
+    unsigned short const* const list = static_cast<KX7CharSetConverterEUC_JP const&>(converter).m_pMap0212;
+    return list && (list[0] != 0 || list[1] != 0) ? 3 : 2;
+}
+
 template struct EngineOf<KX7CharSetConverterEUC_JP>;
 }  // namespace kx7
 

@@ -118,6 +118,12 @@ private:
 };
 
 namespace kx7 {
+template <>
+constexpr Encoding EngineOf<KX7CharSetConverterSBCS>::encoding()
+{
+    return {Boundary::ANYWHERE, true};
+}
+
 template struct EngineOf<KX7CharSetConverterSBCS>;
 }  // namespace kx7
 

@@ -91,6 +91,12 @@ struct KX7CharSetConverterUTF16::Encoder : kx7::EncoderBase {
 
 namespace kx7 {
 template <>
+constexpr Encoding EngineOf<KX7CharSetConverterUTF16>::encoding()
+{
+    return {Boundary::AFTER_CODE, false};
+}
+
+template <>
 auto EngineOf<KX7CharSetConverterUTF16>::strictDecoder(KX7CharSetConverter& /*converter*/)
 {
     return StrictDecoder();

@@ -190,6 +190,12 @@ struct KX7CharSetConverterUTF32::Encoder : kx7::EncoderBase {
 
 namespace kx7 {
 template <>
+constexpr Encoding EngineOf<KX7CharSetConverterUTF32>::encoding()
+{
+    return {Boundary::AFTER_CODE, false};
+}
+
+template <>
 auto EngineOf<KX7CharSetConverterUTF32>::strictDecoder(KX7CharSetConverter& /*converter*/)
 {
     return StrictDecoder();

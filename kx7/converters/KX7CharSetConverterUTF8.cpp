@@ -155,6 +155,12 @@ struct KX7CharSetConverterUTF8::Encoder : kx7::EncoderBase {
 
 namespace kx7 {
 template <>
+constexpr Encoding EngineOf<KX7CharSetConverterUTF8>::encoding()
+{
+    return {Boundary::BEFORE_LEAD_BYTE, true};
+}
+
+template <>
 auto EngineOf<KX7CharSetConverterUTF8>::strictDecoder(KX7CharSetConverter& /*converter*/)
 {
     return StrictDecoder();

@@ -6,6 +6,7 @@
 
 #include "kx7/converters/Engine.h"
 #include "kx7/converters/KX7CharSetConverterUTF8.h"
+#include "kx7/converters/Pump.h"
 #include "kx7/converters/Walk.h"
 
 namespace kx7 {
@@ -108,7 +109,10 @@ struct Passage {
     size_t room;  ///< bytes, the terminator not counted
 };
 
-/** A passage a piece at a time; `SIZE` units are between the two converters. */
+/**
+ * The text of a passage as the source of a pump; `SIZE` units are between the two converters. Substitutes are written
+ * by these, so that no error is left to decide about.
+ */
 template <size_t SIZE>
 class Pieces {
 public:
@@ -121,20 +125,16 @@ public:
     /** Some of the source may be left after this piece. */
     bool more() const { return m_more; }
 
-    /** Converts without UTF-16 as far as the target's kernel from UTF-8 comes. False: that was all. */
-    KX7_INLINE bool runFromUTF8(unsigned char*& out, unsigned char* outEnd)
-    {
-        if (m_held != 0)
-            return true;
-        unsigned char const* const before = out;
-        m_passage.toEngine.runFromUTF8(m_passage.to, m_in, out, outEnd);
-        m_isEmpty = m_isEmpty && out == before;
-        return *m_in != 0 || m_isEmpty;
-    }
+    /** Nothing has been converted. */
+    bool isEmpty() const { return m_isEmpty; }
 
-    /** Decodes a piece. False: the source converts to nothing. */
-    KX7_INLINE bool decode()
+    /** Decodes a piece after what the sink takes without UTF-16. False: that was all, or the text converts to nothing.
+     */
+    template <class Sink>
+    KX7_INLINE bool read(Sink& sink)
     {
+        if (m_held == 0 && !sink.takeDirectly(*this))
+            return false;
         size_t const want = std::min(SIZE - m_held, m_unitsLeft);
         TextProgress const decoded = m_passage.fromEngine.decodeText(m_passage.from, {m_in, nullptr}, m_piece + m_held,
                                                                      static_cast<unsigned int>(want));
@@ -142,13 +142,29 @@ public:
         m_unitsLeft -= decoded.written;
         m_more = decoded.full && decoded.written != 0 && m_unitsLeft != 0;
         m_count = m_held + decoded.written;
-        if (m_count == 0 && m_isEmpty)
-            return false;
-        m_isEmpty = false;
-        return true;
+        m_isEmpty = m_isEmpty && m_count == 0;
+        return !m_isEmpty;
     }
 
-    /** Encodes it and returns the bytes written. */
+    Stop stop() const { return m_more ? Stop::DESTINATION_FULL : Stop::SOURCE_USED; }
+
+    template <class Sink>
+    static bool passError(Sink const& /*sink*/)
+    {
+        return false;
+    }
+    static bool carry() { return false; }
+
+    /** Converts without UTF-16 as far as the target's kernel from UTF-8 comes. False: that was all. */
+    KX7_INLINE bool runFromUTF8(unsigned char*& out, unsigned char* outEnd)
+    {
+        unsigned char const* const before = out;
+        m_passage.toEngine.runFromUTF8(m_passage.to, m_in, out, outEnd);
+        m_isEmpty = m_isEmpty && out == before;
+        return *m_in != 0 || m_isEmpty;
+    }
+
+    /** Encodes the piece, keeps what must be seen together with what follows, and returns the bytes written. */
     KX7_INLINE size_t encode(unsigned char* dest, size_t room)
     {
         size_t units = m_count;
@@ -176,8 +192,32 @@ private:
     size_t m_count;  ///< units in the piece
     size_t m_held;   ///< units at its front that must be seen together with what follows
     bool m_more;
-    bool m_isEmpty;  ///< nothing has been converted
+    bool m_isEmpty;
     unsigned short m_piece[SIZE];
+};
+
+/** A sink that counts the bytes that would be written, until there are more than some number. */
+class Counter {
+public:
+    static constexpr size_t UNITS = 256;
+
+    Counter(Passage const& passage, size_t most) : m_passage(passage), m_most(most), m_written(0) {}
+
+    bool isMore() const { return m_written > m_most; }
+
+    static bool takeDirectly(Pieces<UNITS> const& /*pieces*/) { return true; }
+    bool write(Pieces<UNITS>& pieces)
+    {
+        m_written += pieces.encode(m_piece, std::min(sizeof m_piece, m_passage.room - m_written));
+        return !isMore();
+    }
+    static bool goesOnWhenFull(Pieces<UNITS> const& /*pieces*/) { return true; }
+
+private:
+    Passage const& m_passage;
+    size_t m_most;
+    size_t m_written;
+    unsigned char m_piece[UNITS * ESCAPE_LENGTH * sizeof(char32_t)];
 };
 
 /** Codes of the source before its terminator, at most `most`. */
@@ -201,16 +241,10 @@ KX7_NOINLINE bool writesMoreThan(Passage const& passage, size_t most)
     if (strnlen(reinterpret_cast<char const*>(passage.source), most / ofUnit + 1) <= most / ofUnit)
         return false;
 
-    constexpr size_t UNITS = 256;
-    Pieces<UNITS> pieces(passage);
-    unsigned char piece[UNITS * ESCAPE_LENGTH * sizeof(char32_t)];
-    size_t written = 0;
-    while (written <= most && pieces.more()) {
-        if (!pieces.decode())
-            return false;
-        written += pieces.encode(piece, std::min(sizeof piece, passage.room - written));
-    }
-    return written > most;
+    Pieces<Counter::UNITS> pieces(passage);
+    Counter counter(passage, most);
+    pump(pieces, counter);
+    return counter.isMore();
 }
 
 /**
@@ -263,35 +297,71 @@ inline bool writesOverSource(Passage const& passage, size_t& room)
     return !endsBefore && findsOverlap(passage, room);
 }
 
+/** The destination of a passage as the sink of a pump. */
+class Writer {
+public:
+    /** @param isApart what is written lies nowhere over the source; else that is found out where it matters */
+    KX7_INLINE Writer(Passage const& passage, bool isApart)
+        : m_passage(passage), m_room(passage.room), m_isApart(isApart), m_overlaps(false),
+          m_isDirect(passage.toEngine.runFromUTF8 && !passage.transit.unescape &&
+                     &passage.fromEngine == &EngineOf<KX7CharSetConverterUTF8>::ENGINE)
+    {
+        if (m_isDirect && !m_isApart)
+            m_isApart = !writesOverSource(m_passage, m_room);
+        m_out = passage.dest;
+        m_outEnd = endOf(passage.dest, m_room);
+    }
+
+    /** The conversion has ended before anything was written, since the source would be written over. */
+    bool overlaps() const { return m_overlaps; }
+
+    unsigned char* out() const { return m_out; }
+
+    KX7_INLINE bool takeDirectly(Pieces<PIECE>& pieces)
+    {
+        return !m_isDirect || !m_isApart || pieces.runFromUTF8(m_out, m_outEnd);
+    }
+
+    KX7_INLINE bool write(Pieces<PIECE>& pieces)
+    {
+        // Nothing is written yet, and a source that is all in the piece may be written over.
+        if (!m_isApart && pieces.more()) {
+            m_overlaps = writesOverSource(m_passage, m_room);
+            if (m_overlaps)
+                return false;
+            m_isApart = true;
+            m_outEnd = endOf(m_passage.dest, m_room);
+        }
+        m_out += pieces.encode(m_out, static_cast<size_t>(m_outEnd - m_out));
+        return true;
+    }
+
+    static bool goesOnWhenFull(Pieces<PIECE> const& /*pieces*/) { return true; }
+
+private:
+    Passage const& m_passage;
+    size_t m_room;
+    bool m_isApart;
+    bool m_overlaps;
+    bool m_isDirect;
+    unsigned char* m_out;
+    unsigned char* m_outEnd;
+};
+
 KX7_NOINLINE unsigned int convertCopy(Passage passage);
 
-/** @param isApart what is written lies nowhere over the source; else that is found out where it matters */
+/** @param isApart as of a Writer */
 KX7_INLINE unsigned int convertInPieces(Passage const& passage, bool isApart)
 {
-    bool const isDirect = passage.toEngine.runFromUTF8 && !passage.transit.unescape &&
-                          &passage.fromEngine == &EngineOf<KX7CharSetConverterUTF8>::ENGINE;
-    size_t room = passage.room;
-    if (isDirect && !isApart)
-        isApart = !writesOverSource(passage, room);
     Pieces<PIECE> pieces(passage);
-    unsigned char* out = passage.dest;
-    unsigned char* outEnd = endOf(passage.dest, room);
-    do {
-        if (isDirect && isApart && !pieces.runFromUTF8(out, outEnd))
-            break;
-        if (!pieces.decode())
-            return 0;
-        // Nothing is written yet, and a source that is all in the piece may be written over.
-        if (!isApart && pieces.more()) {
-            if (writesOverSource(passage, room))
-                return convertCopy(passage);
-            isApart = true;
-            outEnd = endOf(passage.dest, room);
-        }
-        out += pieces.encode(out, static_cast<size_t>(outEnd - out));
-    } while (pieces.more());
-    memset(out, 0, passage.to.getNullCharSize());
-    return static_cast<unsigned int>(out - passage.dest);
+    Writer writer(passage, isApart);
+    pump(pieces, writer);
+    if (writer.overlaps())
+        return convertCopy(passage);
+    if (pieces.isEmpty())
+        return 0;
+    memset(writer.out(), 0, passage.to.getNullCharSize());
+    return static_cast<unsigned int>(writer.out() - passage.dest);
 }
 
 /** Converts a copy of the source; without memory for it, nothing. */

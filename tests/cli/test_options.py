@@ -225,6 +225,12 @@ class Stats(Test):
         _, _, messages = run("-f", "utf8", "--stats", "a", cwd=self.folder)
         self.assertRegex(messages, r"\Akx7conv: 1 files, 0 failed; 7 bytes read, 7 written; 0 errors; \d+\.\d{3} s\n\Z")
 
+    def testBytesBeforeACharacterThatTheTargetLacksAreRead(self):
+        for data in ("aé".encode() + "€".encode(), "aé".encode() + b"\xff"):
+            _, output, messages = run("-f", "utf8", "-t", "28591", "--stats=json", data=data)
+            self.assertEqual(output, b"a\xe9")
+            self.assertEqual(json.loads(messages.splitlines()[1])["bytesRead"], 3)
+
 
 class Streams(Test):
     def testLinesAreWrittenOneByOne(self):
