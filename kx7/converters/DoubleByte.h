@@ -2,6 +2,7 @@
 #ifndef KX7_CONVERTERS_DOUBLEBYTE_H
 #define KX7_CONVERTERS_DOUBLEBYTE_H
 
+#include "kx7/base/TablePages.h"
 #include "kx7/converters/Walk.h"
 #include "kx7/kernels/PairUnits.h"
 #include "kx7/kernels/ShortText.h"
@@ -73,7 +74,7 @@ struct DoubleByteDecoder : PairDecoder {
                 pairs.put(high, oneUnit(toUnicode.get(high)));
                 continue;
             }
-            auto const* const values = toUnicode.page(high);
+            auto const* const values = TablePages::page(toUnicode, high);
             unsigned short* const units = pairs.row(high);
             for (unsigned int low = 0; low < 256; ++low) {
                 // A code that ends so is never looked up by the step: it need not stay in the table.

@@ -12,7 +12,7 @@ namespace kx7 {
 class DoubleByteEncoder : public EncoderBase {
 public:
     /**
-     * @param codes as of UnitCodes.h; may be null
+     * @param codes MultibyteTables::unitCodes, or null
      * @param pairs may be null
      */
     DoubleByteEncoder(unsigned short const* codes, PairUnits const* pairs)

@@ -5,7 +5,7 @@
 #include "kx7/converters/DoubleByte.h"
 #include "kx7/converters/DoubleByteEncoder.h"
 #include "kx7/converters/EngineOf.h"
-#include "kx7/converters/LookupTables.h"
+#include "kx7/converters/MultibyteTables.h"
 
 struct KX7CharSetConverterDBCS::Decoder : kx7::DoubleByteDecoder<LookupTable<unsigned short>> {
     using DoubleByteDecoder::DoubleByteDecoder;
@@ -43,25 +43,30 @@ KX7CharSetConverterDBCS::~KX7CharSetConverterDBCS() = default;
 
 void KX7CharSetConverterDBCS::load()
 {
-    KX7CharSetConverterMBCS::load();
     kx7::LoadLock const lock(m_oLoadMutex);
-    if (tablesBuilt() && Decoder::canFill(m_pTypeTable))
-        kx7::makePairUnits(m_pPairs, m_pFlat ? m_pFlat->toUnicode.data() : nullptr, unitCodes(),
-                           [this](kx7::PairUnits& pairs) { Decoder::fill(pairs, m_pTypeTable, toUnicode()); });
+    LookupTable<unsigned short>* const toUnicode = buildTables();
+    if (!toUnicode)
+        return;
+    kx7::MultibyteTables* const tables = kx7::multibyteTables(m_pKernelTables);
+    if (tables && Decoder::canFill(m_pTypeTable))
+        kx7::makePairUnits(*tables, tables->toUnicodePages.get(),
+                           [&](kx7::PairUnits& pairs) { Decoder::fill(pairs, m_pTypeTable, *toUnicode); });
+    m_pToUnicode.store(toUnicode, std::memory_order_release);
 }
 
 KX7CharSetConverterDBCS::Decoder KX7CharSetConverterDBCS::decoder()
 {
     if (!tablesBuilt())
         load();
-    return {m_pTypeTable, toUnicode(), m_pPairs.load(std::memory_order_acquire)};
+    return {m_pTypeTable, toUnicode(), kx7::pairsOf(kernelTables())};
 }
 
 KX7CharSetConverterDBCS::Encoder KX7CharSetConverterDBCS::encoder()
 {
     if (!tablesBuilt())
         load();
-    return {fromUnicode(), unitCodes(), m_pPairs.load(std::memory_order_acquire)};
+    kx7::MultibyteTables const* const tables = kernelTables();
+    return {fromUnicode(), kx7::unitCodesOf(tables), kx7::pairsOf(tables)};
 }
 
 unsigned int KX7CharSetConverterDBCS::getNumUnits(void const* source, unsigned int byteCount)

@@ -7,6 +7,7 @@
 #include "kx7/converters/DoubleByte.h"
 #include "kx7/converters/DoubleByteEncoder.h"
 #include "kx7/converters/EngineOf.h"
+#include "kx7/converters/MultibyteTables.h"
 
 struct KX7CharSetConverterDBCSEx::Decoder : kx7::DoubleByteDecoder<LookupTable<unsigned int>> {
     using DoubleByteDecoder::DoubleByteDecoder;
@@ -66,25 +67,30 @@ KX7CharSetConverterDBCSEx::~KX7CharSetConverterDBCSEx() = default;
 
 void KX7CharSetConverterDBCSEx::load()
 {
-    KX7CharSetConverterMBCSEx::load();
     kx7::LoadLock const lock(m_oLoadMutex);
-    if (tablesBuilt() && Decoder::canFill(m_pTypeTable))
-        kx7::makePairUnits(m_pPairs, nullptr, unitCodes(),
-                           [this](kx7::PairUnits& pairs) { Decoder::fill(pairs, m_pTypeTable, toUnicode()); });
+    LookupTable<unsigned int>* const toUnicode = buildTables();
+    if (!toUnicode)
+        return;
+    kx7::MultibyteTables* const tables = kx7::multibyteTables(m_pKernelTables);
+    if (tables && Decoder::canFill(m_pTypeTable))
+        kx7::makePairUnits(*tables, nullptr,
+                           [&](kx7::PairUnits& pairs) { Decoder::fill(pairs, m_pTypeTable, *toUnicode); });
+    m_pToUnicode.store(toUnicode, std::memory_order_release);
 }
 
 KX7CharSetConverterDBCSEx::Decoder KX7CharSetConverterDBCSEx::decoder()
 {
     if (!tablesBuilt())
         load();
-    return {m_pTypeTable, toUnicode(), m_pPairs.load(std::memory_order_acquire)};
+    return {m_pTypeTable, toUnicode(), kx7::pairsOf(kernelTables())};
 }
 
 KX7CharSetConverterDBCSEx::Encoder KX7CharSetConverterDBCSEx::encoder()
 {
     if (!tablesBuilt())
         load();
-    return {fromUnicode(), unitCodes(), m_pPairs.load(std::memory_order_acquire)};
+    kx7::MultibyteTables const* const tables = kernelTables();
+    return {fromUnicode(), kx7::unitCodesOf(tables), kx7::pairsOf(tables)};
 }
 
 unsigned int KX7CharSetConverterDBCSEx::getNumUnits(void const* source, unsigned int byteCount)

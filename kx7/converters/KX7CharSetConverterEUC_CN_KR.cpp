@@ -6,17 +6,9 @@
 #include "kx7/converters/DoubleByteEncoder.h"
 #include "kx7/converters/EngineOf.h"
 #include "kx7/converters/Euc.h"
-#include "kx7/converters/UnitCodes.h"
+#include "kx7/converters/MultibyteTables.h"
 
 namespace {
-
-unsigned short* makeUnitCodes(unsigned short const* listed, unsigned short const* pairs)
-{
-    kx7::UnitCodes codes = kx7::makeUnitCodes();
-    if (codes)
-        kx7::fillUnitCodes(codes.get(), listed, pairs, kx7::eucWritten);
-    return codes.release();
-}
 
 /** A byte-type table. */
 struct Types {
@@ -85,38 +77,41 @@ template struct kx7::EngineOf<KX7CharSetConverterEUC_CN_KR>;
 KX7CharSetConverterEUC_CN_KR::KX7CharSetConverterEUC_CN_KR(unsigned short const* map, KX7CharSet charSet)
     : KX7CharSetConverterMBCS(map, charSet)
 {
-    m_pMakeUnitCodes = makeUnitCodes;
 }
 
 KX7CharSetConverterEUC_CN_KR::KX7CharSetConverterEUC_CN_KR(char const* name, KX7CharSet charSet)
     : KX7CharSetConverterMBCS(name, charSet)
 {
-    m_pMakeUnitCodes = makeUnitCodes;
 }
 
 KX7CharSetConverterEUC_CN_KR::~KX7CharSetConverterEUC_CN_KR() = default;
 
 void KX7CharSetConverterEUC_CN_KR::load()
 {
-    KX7CharSetConverterMBCS::load();
     kx7::LoadLock const lock(m_oLoadMutex);
-    if (tablesBuilt())
-        kx7::makePairUnits(m_pPairs, nullptr, unitCodes(),
-                           [this](kx7::PairUnits& pairs) { kx7::fillEuc(pairs, toUnicode()); });
+    LookupTable<unsigned short>* const toUnicode = buildTables();
+    if (!toUnicode)
+        return;
+    if (kx7::MultibyteTables* const tables = kx7::multibyteTables(m_pKernelTables)) {
+        kx7::makeOwnUnitCodes(*tables, m_pMap, kx7::eucWritten);
+        kx7::makePairUnits(*tables, nullptr, [&](kx7::PairUnits& pairs) { kx7::fillEuc(pairs, *toUnicode); });
+    }
+    m_pToUnicode.store(toUnicode, std::memory_order_release);
 }
 
 KX7CharSetConverterEUC_CN_KR::Decoder KX7CharSetConverterEUC_CN_KR::decoder()
 {
     if (!tablesBuilt())
         load();
-    return {toUnicode(), m_pPairs.load(std::memory_order_acquire)};
+    return {toUnicode(), kx7::pairsOf(kernelTables())};
 }
 
 KX7CharSetConverterEUC_CN_KR::Encoder KX7CharSetConverterEUC_CN_KR::encoder()
 {
     if (!tablesBuilt())
         load();
-    return {fromUnicode(), unitCodes(), m_pPairs.load(std::memory_order_acquire)};
+    kx7::MultibyteTables const* const tables = kernelTables();
+    return {fromUnicode(), kx7::unitCodesOf(tables), kx7::pairsOf(tables)};
 }
 
 unsigned int KX7CharSetConverterEUC_CN_KR::getNumUnits(void const* source, unsigned int byteCount)

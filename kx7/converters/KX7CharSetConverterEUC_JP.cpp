@@ -11,8 +11,7 @@
 #include "kx7/converters/DoubleByteEncoder.h"
 #include "kx7/converters/EngineOf.h"
 #include "kx7/converters/Euc.h"
-#include "kx7/converters/LookupTables.h"
-#include "kx7/converters/UnitCodes.h"
+#include "kx7/converters/MultibyteTables.h"
 
 constexpr char KX7CharSetConverterEUC_JP::m_cSS2;
 constexpr char KX7CharSetConverterEUC_JP::m_cSS3;
@@ -37,14 +36,6 @@ constexpr bool isKatakana(unsigned int code)
 constexpr unsigned int written(unsigned int unit, unsigned int code)
 {
     return unit >= 0x7F && isKatakana(code) ? SINGLE_SHIFT_2 << 8 | code : kx7::eucWritten(unit, code);
-}
-
-unsigned short* makeUnitCodes(unsigned short const* listed, unsigned short const* pairs)
-{
-    kx7::UnitCodes codes = kx7::makeUnitCodes();
-    if (codes)
-        kx7::fillUnitCodes(codes.get(), listed, pairs, written);
-    return codes.release();
 }
 
 }  // namespace
@@ -156,7 +147,6 @@ KX7CharSetConverterEUC_JP::KX7CharSetConverterEUC_JP(unsigned short const* map02
     : KX7CharSetConverterMBCS(map0208, charSet), m_pszName0201(nullptr), m_pszName0212(nullptr),
       m_pToUnicode0212(nullptr), m_pFromUnicode0212(nullptr), m_pMap0201(map0201), m_pMap0212(map0212)
 {
-    m_pMakeUnitCodes = makeUnitCodes;
     pthread_mutex_init(&m_oLoadMutex0212, nullptr);
 }
 
@@ -165,7 +155,6 @@ KX7CharSetConverterEUC_JP::KX7CharSetConverterEUC_JP(char const* name0208, char 
     : KX7CharSetConverterMBCS(name0208, charSet), m_pszName0201(name0201), m_pszName0212(name0212),
       m_pToUnicode0212(nullptr), m_pFromUnicode0212(nullptr), m_pMap0201(nullptr), m_pMap0212(nullptr)
 {
-    m_pMakeUnitCodes = makeUnitCodes;
     pthread_mutex_init(&m_oLoadMutex0212, nullptr);
 }
 
@@ -178,7 +167,7 @@ KX7CharSetConverterEUC_JP::~KX7CharSetConverterEUC_JP()
 
 void KX7CharSetConverterEUC_JP::load()
 {
-    KX7CharSetConverterMBCS::load();
+    loadBase();
     kx7::LoadLock const lock(m_oLoadMutex0212);
     if (m_pToUnicode0212.load(std::memory_order_relaxed) || !m_pMap0212)
         return;
@@ -192,20 +181,35 @@ void KX7CharSetConverterEUC_JP::load()
         return;
     kx7::putPairs(*toUnicode0212, *fromUnicode0212, m_pMap0212);
     // No conversion reads the tables of the base before the JIS X 0212 table is published, so they may still change.
+    Table* const toUnicode = m_pToUnicode.load(std::memory_order_relaxed);
+    kx7::MultibyteTables* const tables = hasBase ? kx7::multibyteTables(m_pKernelTables) : nullptr;
     if (m_pMap0201 && hasBase) {
-        kx7::putPairs(*m_pToUnicode.load(std::memory_order_relaxed), *m_pFromUnicode, m_pMap0201);
-        if (m_pUnitCodes)  // then the pages of the table lie in one array
-            kx7::fillUnitCodes(m_pUnitCodes, m_pFromUnicode->page(0), m_pMap0201, written);
+        kx7::putPairs(*toUnicode, *m_pFromUnicode, m_pMap0201);
+        if (tables && tables->ownUnitCodes)
+            kx7::fillUnitCodes(tables->ownUnitCodes.get(), tables->fromUnicodePages.get(), m_pMap0201, written);
     }
     m_pFromUnicode0212 = fromUnicode0212.release();
-    kx7::makePairUnits(m_pPairs, nullptr, unitCodes(), [this](kx7::PairUnits& pairs) {
-        kx7::fillEuc(pairs, toUnicode());
-        unsigned short* const behindShift = pairs.row(SINGLE_SHIFT_2);
-        for (unsigned char byte = 0xA1; isKatakana(byte); ++byte)
-            behindShift[byte] = toUnicode().get(byte);
-        pairs.findSureTrails();
-    });
+    if (tables)
+        kx7::makePairUnits(*tables, nullptr, [toUnicode](kx7::PairUnits& pairs) {
+            kx7::fillEuc(pairs, *toUnicode);
+            unsigned short* const afterShift = pairs.row(SINGLE_SHIFT_2);
+            for (unsigned char byte = 0xA1; isKatakana(byte); ++byte)
+                afterShift[byte] = toUnicode->get(byte);
+            pairs.findSureTrails();
+        });
     m_pToUnicode0212.store(toUnicode0212.release(), std::memory_order_release);
+}
+
+/** Builds the tables of the base: JIS X 0208. */
+void KX7CharSetConverterEUC_JP::loadBase()
+{
+    kx7::LoadLock const lock(m_oLoadMutex);
+    Table* const toUnicode = buildTables();
+    if (!toUnicode)
+        return;
+    if (kx7::MultibyteTables* const tables = kx7::multibyteTables(m_pKernelTables))
+        kx7::makeOwnUnitCodes(*tables, m_pMap, written);
+    m_pToUnicode.store(toUnicode, std::memory_order_release);
 }
 
 /** All tables can be read. Without a JIS X 0212 list that never comes, and those of the base are all there is. */
@@ -221,17 +225,20 @@ KX7CharSetConverterEUC_JP::Decoder KX7CharSetConverterEUC_JP::decoder()
 {
     Table const& none = kx7::tableOrEmpty<Table>(nullptr);
     if (assureLoaded())
-        return {toUnicode(), *m_pToUnicode0212.load(std::memory_order_acquire),
-                m_pPairs.load(std::memory_order_acquire)};
+        return {toUnicode(), *m_pToUnicode0212.load(std::memory_order_acquire), kx7::pairsOf(kernelTables())};
     return {m_pMap0212 ? none : toUnicode(), none, nullptr};
 }
 
 KX7CharSetConverterEUC_JP::Encoder KX7CharSetConverterEUC_JP::encoder()
 {
     Table const& none = kx7::tableOrEmpty<Table>(nullptr);
-    if (assureLoaded())
-        return {fromUnicode(), *m_pFromUnicode0212, unitCodes(), m_pPairs.load(std::memory_order_acquire)};
-    return m_pMap0212 ? Encoder(none, none, nullptr, nullptr) : Encoder(fromUnicode(), none, unitCodes(), nullptr);
+    bool const isLoaded = assureLoaded();
+    kx7::MultibyteTables const* const tables = kernelTables();
+    if (isLoaded)
+        return {fromUnicode(), *m_pFromUnicode0212, kx7::unitCodesOf(tables), kx7::pairsOf(tables)};
+    if (m_pMap0212)
+        return {none, none, nullptr, nullptr};
+    return {fromUnicode(), none, kx7::unitCodesOf(tables), nullptr};
 }
 
 unsigned int KX7CharSetConverterEUC_JP::getNumUnits(void const* source, unsigned int byteCount)

@@ -11,8 +11,7 @@
 #include "kx7/base/LoadLock.h"
 #include "kx7/converters/DoubleByte.h"
 #include "kx7/converters/EngineOf.h"
-#include "kx7/converters/LookupTables.h"
-#include "kx7/converters/UnitCodes.h"
+#include "kx7/converters/MultibyteTables.h"
 #include "kx7/tables/GB18030Ranges.h"
 
 namespace {
@@ -109,6 +108,20 @@ void fillFourByteCodes(unsigned short* indexes, GB18030Range const** runs, unsig
     }
 }
 
+/** Gives `tables` the four-byte sequences of all units; none without memory. */
+void makeFourByteCodes(kx7::MultibyteTables& tables)
+{
+    if (!tables.unitCodes || kx7::mapsHighSurrogates(tables.unitCodes))
+        return;
+    kx7::KeyArray indexes = kx7::makeKeyArray();
+    std::unique_ptr<GB18030Range const*[]> runs(new (std::nothrow) GB18030Range const*[UNIT_BLOCKS]());
+    if (!indexes || !runs)
+        return;
+    fillFourByteCodes(indexes.get(), runs.get(), tables.unitCodes);
+    tables.fourByteCodes = std::move(indexes);
+    tables.fourByteRuns = std::move(runs);
+}
+
 }  // namespace
 
 struct KX7CharSetConverterGB18030::Decoder : kx7::PairDecoder {
@@ -158,7 +171,7 @@ struct KX7CharSetConverterGB18030::Decoder : kx7::PairDecoder {
                 pairs.put(high, high == 0xFF ? 0 : toUnicode.get(high));
                 continue;
             }
-            unsigned short const* const values = toUnicode.page(high);
+            unsigned short const* const values = kx7::TablePages::page(toUnicode, high);
             unsigned short* const units = pairs.row(high);
             for (unsigned int low = 0; low < 256; ++low) {
                 unsigned short const unit = isTrail(static_cast<unsigned char>(low)) ? values[low] : 0;
@@ -328,15 +341,13 @@ private:
 template struct kx7::EngineOf<KX7CharSetConverterGB18030>;
 
 KX7CharSetConverterGB18030::KX7CharSetConverterGB18030(unsigned short const* gbkMap, KX7CharSet charSet)
-    : KX7CharSetConverterMBCS(gbkMap, charSet), m_pGB2UniIndex(nullptr), m_pUni2GBIndex(nullptr),
-      m_pFourByteCodes(nullptr), m_pFourByteRuns(nullptr)
+    : KX7CharSetConverterMBCS(gbkMap, charSet), m_pGB2UniIndex(nullptr), m_pUni2GBIndex(nullptr)
 {
     pthread_mutex_init(&m_oIndexMutex, nullptr);
 }
 
 KX7CharSetConverterGB18030::KX7CharSetConverterGB18030(char const* name, KX7CharSet charSet)
-    : KX7CharSetConverterMBCS(name, charSet), m_pGB2UniIndex(nullptr), m_pUni2GBIndex(nullptr),
-      m_pFourByteCodes(nullptr), m_pFourByteRuns(nullptr)
+    : KX7CharSetConverterMBCS(name, charSet), m_pGB2UniIndex(nullptr), m_pUni2GBIndex(nullptr)
 {
     pthread_mutex_init(&m_oIndexMutex, nullptr);
 }
@@ -345,8 +356,6 @@ KX7CharSetConverterGB18030::~KX7CharSetConverterGB18030()
 {
     delete[] m_pGB2UniIndex;
     delete[] m_pUni2GBIndex.load(std::memory_order_relaxed);
-    free(m_pFourByteCodes);
-    delete[] m_pFourByteRuns;
     pthread_mutex_destroy(&m_oIndexMutex);
 }
 
@@ -363,21 +372,15 @@ void KX7CharSetConverterGB18030::load()
     fillIndex(gb2Uni.get(), GB_BLOCKS, oGB2UniRange, FIRST_INDEXED_CODE, GB_BLOCK_SHIFT);
     fillIndex(uni2GB.get(), UNIT_BLOCKS, oUni2GBRange, 0, UNIT_BLOCK_SHIFT);
     // No conversion reads the tables of the base before the index is published, so they may still change.
-    if (LookupTable<unsigned short>* const toUnicode = m_pToUnicode.load(std::memory_order_relaxed))
+    if (LookupTable<unsigned short>* const toUnicode = m_pToUnicode.load(std::memory_order_acquire)) {
         for (GB18030Range const* range = oGB2UniRange; range->first < FIRST_FOUR_BYTE_CODE; ++range)
             for (unsigned int code = range->first; code <= range->last; ++code)
                 toUnicode->put(static_cast<unsigned short>(code),
                                static_cast<unsigned short>(code - range->first + range->value));
-    if (tablesBuilt())
-        kx7::makePairUnits(m_pPairs, m_pFlat ? m_pFlat->toUnicode.data() : nullptr, unitCodes(),
-                           [this](kx7::PairUnits& pairs) { Decoder::fill(pairs, toUnicode()); });
-    if (unitCodes() && !kx7::mapsHighSurrogates(unitCodes())) {
-        kx7::UnitCodes fourByteCodes = kx7::makeUnitCodes();
-        std::unique_ptr<GB18030Range const*[]> runs(new (std::nothrow) GB18030Range const*[UNIT_BLOCKS]());
-        if (fourByteCodes && runs) {
-            fillFourByteCodes(fourByteCodes.get(), runs.get(), unitCodes());
-            m_pFourByteCodes = fourByteCodes.release();
-            m_pFourByteRuns = runs.release();
+        if (kx7::MultibyteTables* const tables = kx7::multibyteTables(m_pKernelTables)) {
+            kx7::makePairUnits(*tables, tables->toUnicodePages.get(),
+                               [toUnicode](kx7::PairUnits& pairs) { Decoder::fill(pairs, *toUnicode); });
+            makeFourByteCodes(*tables);
         }
     }
     m_pGB2UniIndex = gb2Uni.release();
@@ -408,7 +411,7 @@ GB18030Range const* KX7CharSetConverterGB18030::getUni2GBRange(unsigned int unit
 KX7CharSetConverterGB18030::Decoder KX7CharSetConverterGB18030::decoder()
 {
     if (assureLoaded())
-        return {toUnicode(), *this, m_pPairs.load(std::memory_order_acquire)};
+        return {toUnicode(), *this, kx7::pairsOf(kernelTables())};
     return {kx7::tableOrEmpty<LookupTable<unsigned short>>(nullptr), *this, nullptr};
 }
 
@@ -416,10 +419,11 @@ KX7CharSetConverterGB18030::Encoder KX7CharSetConverterGB18030::encoder()
 {
     if (!assureLoaded())
         return {kx7::tableOrEmpty<LookupTable<unsigned short>>(nullptr), *this, {}, nullptr};
-    return {fromUnicode(),
-            *this,
-            {m_pFourByteCodes ? unitCodes() : nullptr, m_pFourByteCodes, m_pFourByteRuns},
-            m_pPairs.load(std::memory_order_acquire)};
+    kx7::MultibyteTables const* const tables = kernelTables();
+    kx7::GB18030Codes codes = {};
+    if (tables && tables->fourByteCodes)
+        codes = {tables->unitCodes, tables->fourByteCodes.get(), tables->fourByteRuns.get()};
+    return {fromUnicode(), *this, codes, kx7::pairsOf(tables)};
 }
 
 unsigned int KX7CharSetConverterGB18030::getNumUnits(void const* source, unsigned int byteCount)

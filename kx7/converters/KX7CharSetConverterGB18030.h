@@ -65,8 +65,6 @@ private:
 
     kx7::GB18030Range const** m_pGB2UniIndex;               ///< 287 entries
     std::atomic<kx7::GB18030Range const**> m_pUni2GBIndex;  ///< 512 entries; published last
-    unsigned short* m_pFourByteCodes;                       ///< for the kernels; null without memory
-    kx7::GB18030Range const** m_pFourByteRuns;              ///< the same; 512 entries
     pthread_mutex_t m_oIndexMutex;
 };
 

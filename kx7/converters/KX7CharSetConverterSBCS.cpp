@@ -122,32 +122,35 @@ template struct EngineOf<KX7CharSetConverterSBCS>;
 }  // namespace kx7
 
 KX7CharSetConverterSBCS::KX7CharSetConverterSBCS(unsigned short const* map, KX7CharSet charSet)
-    : KX7CharSetConverter(charSet), m_pszName(nullptr), m_pToUnicode(nullptr), m_pFromUnicode(nullptr), m_pMap(map)
+    : KX7CharSetConverter(charSet), m_pszName(nullptr), m_pToUnicode(nullptr), m_pFromUnicode(nullptr), m_pMap(map),
+      m_pKernelTables(nullptr)
 {
     pthread_mutex_init(&m_oLoadMutex, nullptr);
 }
 
 KX7CharSetConverterSBCS::KX7CharSetConverterSBCS(char const* name, KX7CharSet charSet)
-    : KX7CharSetConverter(charSet), m_pszName(name), m_pToUnicode(nullptr), m_pFromUnicode(nullptr), m_pMap(nullptr)
+    : KX7CharSetConverter(charSet), m_pszName(name), m_pToUnicode(nullptr), m_pFromUnicode(nullptr), m_pMap(nullptr),
+      m_pKernelTables(nullptr)
 {
     pthread_mutex_init(&m_oLoadMutex, nullptr);
 }
 
 KX7CharSetConverterSBCS::~KX7CharSetConverterSBCS()
 {
-    delete static_cast<kx7::SingleByteTables*>(m_pFromUnicode);
+    delete static_cast<kx7::SingleByteTables*>(m_pKernelTables);
     pthread_mutex_destroy(&m_oLoadMutex);
 }
 
 void KX7CharSetConverterSBCS::load()
 {
     kx7::LoadLock const lock(m_oLoadMutex);
-    if (m_pFromUnicode || !m_pMap)
+    if (m_pKernelTables || !m_pMap)
         return;
     // Without memory the converter stays unloaded, its codes unmapped, and the next conversion tries again.
     auto* const tables = new (std::nothrow) kx7::SingleByteTables(m_pMap);
     if (!tables)
         return;
+    m_pKernelTables = tables;
     m_pFromUnicode = tables;
     m_pToUnicode.store(tables->toUnicode, std::memory_order_release);
 }
@@ -159,7 +162,7 @@ inline kx7::SingleByteTables const& KX7CharSetConverterSBCS::tables()
         load();
         isLoaded = m_pToUnicode.load(std::memory_order_acquire) != nullptr;
     }
-    return isLoaded ? static_cast<kx7::SingleByteTables const&>(*m_pFromUnicode) : emptyTables();
+    return isLoaded ? *static_cast<kx7::SingleByteTables const*>(m_pKernelTables) : emptyTables();
 }
 
 inline KX7CharSetConverterSBCS::Decoder KX7CharSetConverterSBCS::decoder()

@@ -39,7 +39,7 @@ struct GB18030Range;
 
 /** What GB 18030 writes units as: two tables over all units, of which the second is asked where the first has a 0. */
 struct GB18030Codes {
-    unsigned short const* oneOrTwo;   ///< as of UnitCodes.h; 0 for high surrogates
+    unsigned short const* oneOrTwo;   ///< MultibyteTables::unitCodes; 0 for high surrogates
     unsigned short const* fourByte;   ///< the index of the four-byte sequence, plus 1; 0 where the first has any
     GB18030Range const* const* runs;  ///< for each 128 units a run whose sequences follow each other; may be null
 };
@@ -137,7 +137,7 @@ struct Kernels {
     /** Units of GB 18030, one for what is malformed or unmapped. */
     size_t (*countUnitsOfGB18030)(unsigned char const*& in, unsigned char const* end) = Nothing();
 
-    /** Units for which `codes` (UnitCodes.h) has one or two bytes. */
+    /** Units for which `codes` (MultibyteTables::unitCodes) has one or two bytes. */
     void (*encodeDoubleByte)(unsigned short const* codes, unsigned short const*& in, unsigned short const* end,
                              unsigned char*& out, unsigned char* outEnd) = Nothing();
 

@@ -2,10 +2,7 @@
 #ifndef KX7_KERNELS_PAIRUNITS_H
 #define KX7_KERNELS_PAIRUNITS_H
 
-#include <atomic>
 #include <cstdlib>
-#include <memory>
-#include <new>
 
 #include "kx7/kernels/Same.h"
 
@@ -35,9 +32,7 @@ public:
     /** Enters a byte that is a character. */
     void put(unsigned char byte, unsigned int unit)
     {
-        // Others may already read what is shared.
-        if (m_units[byte] != unit)
-            m_units[byte] = static_cast<unsigned short>(unit);
+        m_units[byte] = static_cast<unsigned short>(unit);
         if (byte < 0x80 && byte != 0 && unit == byte) {
             m_isSame[byte] = 0xFF;
             m_sameBits[byte & 0xF] = static_cast<unsigned char>(m_sameBits[byte & 0xF] | 1 << (byte >> 4));
@@ -84,7 +79,7 @@ public:
         }
     }
 
-    /** Finds out which ASCII stands for itself. @param codes as of UnitCodes.h; may be null */
+    /** Finds out which ASCII stands for itself. @param codes MultibyteTables::unitCodes, or null */
     void findSame(unsigned short const* codes)
     {
         m_sameBytes = sameOf([this](unsigned int byte) { return unsigned{m_units[byte]}; });
@@ -107,24 +102,6 @@ private:
     Same m_sameBytes = Same::NONE;
     Same m_sameUnits = Same::NONE;
 };
-
-/**
- * Makes the PairUnits of a converter by `fill` unless it has them; the caller holds its mutex. Without memory there are
- * none, and the steps alone convert.
- * @param codes what units are written as (UnitCodes.h), which may be null
- */
-template <class Fill>
-void makePairUnits(std::atomic<PairUnits const*>& pairs, unsigned short* shared, unsigned short const* codes, Fill fill)
-{
-    if (pairs.load(std::memory_order_relaxed))
-        return;
-    std::unique_ptr<PairUnits> fresh(new (std::nothrow) PairUnits(shared));
-    if (!fresh || !fresh->complete())
-        return;
-    fill(*fresh);
-    fresh->findSame(codes);
-    pairs.store(fresh.release(), std::memory_order_release);
-}
 
 }  // namespace kx7
 
