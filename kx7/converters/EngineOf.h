@@ -57,9 +57,7 @@ template <class Converter>
 TextProgress EngineOf<Converter>::decodeText(KX7CharSetConverter& converter, ByteText const& source,
                                              unsigned short* dest, unsigned int room)
 {
-    // Where a character has several bytes, each look for the terminator fills a part of what is left of the room: the
-    // last and smallest parts of a piece are not worth it.
-    size_t const spare = room + ESCAPE_LENGTH >= PIECE ? PIECE / 8 : 0;
+    size_t const spare = room + ESCAPE_LENGTH >= PIECE ? UNUSED_OF_PIECE : 0;
     return kx7::decodeText(static_cast<Converter&>(converter).decoder(), source, dest, room, ILLCHAR_REPLACE, nullptr,
                            NO_LIMIT, spare);
 }

@@ -23,9 +23,6 @@ using Table = LookupTable<unsigned short>;
 constexpr unsigned char SINGLE_SHIFT_2 = 0x8E;
 constexpr unsigned char SINGLE_SHIFT_3 = 0x8F;
 
-/** Enough for the decoding kernels to be at their speed. */
-constexpr size_t COUNTED_AT_ONCE = 1024;
-
 /** JIS X 0201 half-width katakana, as the byte behind single shift 2 and as a code. */
 constexpr bool isKatakana(unsigned int code)
 {
@@ -195,7 +192,7 @@ void KX7CharSetConverterEUC_JP::load()
             unsigned short* const afterShift = pairs.row(SINGLE_SHIFT_2);
             for (unsigned char byte = 0xA1; isKatakana(byte); ++byte)
                 afterShift[byte] = toUnicode->get(byte);
-            pairs.findSureTrails();
+            pairs.findMappedTrails();
         });
     m_pToUnicode0212.store(toUnicode0212.release(), std::memory_order_release);
 }
@@ -254,14 +251,14 @@ unsigned int KX7CharSetConverterEUC_JP::getNumUnits(void const* source, unsigned
         unsigned char const* const begin = in;
         count += characters.countRun(in, textEnd);
         // What else can be decoded is counted as it is decoded.
-        unsigned short units[COUNTED_AT_ONCE];
+        unsigned short units[kx7::COUNTED_AT_ONCE];
         unsigned short* unitsEnd = units;
-        characters.run(in, textEnd, unitsEnd, units + COUNTED_AT_ONCE);
+        characters.run(in, textEnd, unitsEnd, units + kx7::COUNTED_AT_ONCE);
         count += static_cast<size_t>(unitsEnd - units);
         left -= static_cast<size_t>(in - begin);
         if (left == 0 || *in == 0)
             break;
-        if (unitsEnd == units + COUNTED_AT_ONCE)
+        if (unitsEnd == units + kx7::COUNTED_AT_ONCE)
             continue;
         // Kept on purpose: a shift or lead byte ends the count where its sequence would not fit, mapped or not.
         size_t const needed = *in < 0x7F ? 1 : *in == SINGLE_SHIFT_3 ? 3 : 2;

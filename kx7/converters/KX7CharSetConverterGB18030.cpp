@@ -202,7 +202,6 @@ private:
     bool runOfFourBytes(unsigned char const*& inOut, unsigned char const* end, unsigned short*& outOut,
                         unsigned short* outEnd) const
     {
-        constexpr unsigned int FEW = 8;
         unsigned char const* in = inOut;
         unsigned short* out = outOut;
         GB18030Range const* range = oGB2UniRange;  // text of one script stays in one
@@ -210,7 +209,7 @@ private:
         while (end - in >= 4 && outEnd - out >= 2) {
             if (in[0] < 0x80) {
                 unsigned short const unit = m_toUnicode.get(in[0]);
-                if (unit == 0 || in == inOut || ++singles > FEW)
+                if (unit == 0 || in == inOut || ++singles > kx7::SINGLES_AMONG_FOUR_BYTES)
                     break;
                 *out++ = unit;
                 ++in;
@@ -235,7 +234,7 @@ private:
                 *out++ = static_cast<unsigned short>(code - range->first + range->value);
             }
             in += 4;
-            if (end - in >= KERNEL_BYTES && pairs())
+            if (end - in >= kx7::FOUR_BYTES_MINIMUM && pairs())
                 kx7::kernels().decodeFourBytes(*pairs(), runOf(*range), in, end, out, outEnd);
         }
         bool const any = in != inOut;
@@ -252,9 +251,6 @@ private:
             return {0, 0, 0, supplementary};
         return {range.first - first, range.last - range.first + 1, range.value, supplementary};
     }
-
-    /** The fewest for which a kernel is called. */
-    static constexpr std::ptrdiff_t KERNEL_BYTES = 48;
 
     static kx7::DecodedChar found(unsigned int codePoint, unsigned int length)
     {
@@ -317,8 +313,7 @@ struct KX7CharSetConverterGB18030::Encoder : kx7::EncoderBase {
 
     static constexpr bool IS_STRAIGHT = true;
     static constexpr bool IS_SINGLE = false;
-    // As measured; near enough for every instruction set.
-    static std::ptrdiff_t mostStraight() { return 48; }
+    static std::ptrdiff_t mostStraight() { return kx7::DIRECT_TO_GB18030; }
     kx7::Same same() const { return m_same; }
     unsigned int codeOf(unsigned short unit) const
     {

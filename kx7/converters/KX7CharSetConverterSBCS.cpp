@@ -11,12 +11,6 @@
 
 namespace {
 
-/**
- * Kernels leave zero bytes, which bounded ranges may be full of: where one ends, so many characters are converted one
- * by one before it is called again.
- */
-constexpr int BETWEEN_KERNELS = 16;
-
 kx7::SingleByteTables const& emptyTables()
 {
     static kx7::SingleByteTables const empty;
@@ -37,7 +31,7 @@ struct KX7CharSetConverterSBCS::Decoder : kx7::DecoderBase {
         do {
             if (end - in >= kx7::SHORT_KERNEL_MINIMUM)
                 kx7::kernels().decodeSingleByte(m_tables, in, end, out, outEnd);
-            for (int i = 0; i < BETWEEN_KERNELS && in != end && out != outEnd; ++i) {
+            for (int i = 0; i < kx7::BETWEEN_KERNELS && in != end && out != outEnd; ++i) {
                 unsigned short const unit = m_tables.toUnicode[*in];
                 if (unit == 0 && *in != 0)
                     return;
@@ -75,7 +69,7 @@ struct KX7CharSetConverterSBCS::Encoder : kx7::EncoderBase {
         do {
             if (end - in >= kx7::SHORT_KERNEL_MINIMUM)
                 kx7::kernels().encodeSingleByte(m_tables, in, end, out, outEnd);
-            for (int i = 0; i < BETWEEN_KERNELS && in != end && out != outEnd; ++i) {
+            for (int i = 0; i < kx7::BETWEEN_KERNELS && in != end && out != outEnd; ++i) {
                 unsigned char const byte = m_tables.get(*in);
                 if (byte == 0 && *in != 0)
                     return;

@@ -271,27 +271,21 @@ KX7_INLINE void encodeStraight(Encoder const encoder, unsigned char const*& inOu
     outOut = out;
 }
 
-/** The longest text that is short here, in bytes: three times SHORT_TEXT, so that of UTF-8 as much is taken. */
-constexpr size_t LONGEST_STRAIGHT = 3 * SHORT_TEXT;
-
-/** What is left of a text of a set goes through the kernels where it is longer than this, in bytes. */
-constexpr std::ptrdiff_t ONE_BY_ONE = 16;
-
 /** Decodes a short text into UTF-8, up to its zero byte. Returns the bytes written, or NOT_STRAIGHT. */
 template <class Decoder>
 KX7_INLINE size_t shortToUTF8(Decoder const& decoder, unsigned char const* in, unsigned char* dest, size_t room)
 {
-    size_t const length = textLengthUpTo(in, LONGEST_STRAIGHT + 1);
-    if (length > LONGEST_STRAIGHT || meet(in, length, dest, std::min(room, 3 * length)))
+    size_t const length = textLengthUpTo(in, LONGEST_DIRECT + 1);
+    if (length > LONGEST_DIRECT || meet(in, length, dest, std::min(room, 3 * length)))
         return NOT_STRAIGHT;
     unsigned char const* const end = in + length;
     unsigned char* out = dest;
     unsigned char* const outEnd = endOf(dest, room);
     copyShort(decoder.same(), in, end, out, outEnd);
     if (end - in > ONE_BY_ONE) {
-        unsigned short units[LONGEST_STRAIGHT];
+        unsigned short units[LONGEST_DIRECT];
         unsigned short* unitsEnd = units;
-        decoder.run(in, end, unitsEnd, units + LONGEST_STRAIGHT);
+        decoder.run(in, end, unitsEnd, units + LONGEST_DIRECT);
         unsigned short const* unit = units;
         kernels().encodeUTF8(unit, unitsEnd, out, outEnd);
         for (; unit != unitsEnd; ++unit)
@@ -324,9 +318,9 @@ KX7_NOINLINE size_t restFromUTF8(Encoder const& encoder, unsigned char const* in
     bool const isZeroFree = encoder.codeOf(0) == 0;
     if constexpr (!Encoder::IS_SINGLE) {
         if (end - in > encoder.mostStraight() && isZeroFree) {
-            unsigned short units[LONGEST_STRAIGHT];
+            unsigned short units[LONGEST_DIRECT];
             unsigned short* unitsEnd = units;
-            kernels().decodeUTF8(in, end, unitsEnd, units + LONGEST_STRAIGHT);
+            kernels().decodeUTF8(in, end, unitsEnd, units + LONGEST_DIRECT);
             unsigned short const* unit = units;
             encoder.runKernel(unit, unitsEnd, out, outEnd);
             for (; unit != unitsEnd; ++unit)
@@ -351,8 +345,8 @@ KX7_NOINLINE size_t restFromUTF8(Encoder const& encoder, unsigned char const* in
 template <class Encoder>
 KX7_INLINE size_t shortFromUTF8(Encoder const& encoder, unsigned char const* in, unsigned char* dest, size_t room)
 {
-    size_t const length = textLengthUpTo(in, LONGEST_STRAIGHT + 1);
-    if (length > LONGEST_STRAIGHT || meet(in, length, dest, std::min(room, 4 * length)))
+    size_t const length = textLengthUpTo(in, LONGEST_DIRECT + 1);
+    if (length > LONGEST_DIRECT || meet(in, length, dest, std::min(room, 4 * length)))
         return NOT_STRAIGHT;
     unsigned char const* const end = in + length;
     unsigned char* out = dest;

@@ -94,9 +94,6 @@ constexpr size_t positiveLimit(int sourceLimit, size_t codeSize = 1)
     return codes <= SIZE_MAX / codeSize ? codes * codeSize : SIZE_MAX;
 }
 
-/** Units looked at in one go: small enough to stay in the first-level cache between two passes. */
-constexpr size_t PIECE = 2048;
-
 /**
  * Whether what is written, up to `written` bytes and one more, could lie over text of which `read` bytes and one more
  * are still to be read.

@@ -13,9 +13,7 @@
 #include "kx7/kernels/Kernels.h"
 #include "kx7/tables/GB18030Ranges.h"
 
-#ifdef KX7_X86_KERNELS
-#include "kx7/kernels/Avx2.h"
-#endif
+#include "kx7/kernels/vector/Avx2.h"
 
 namespace kx7 {
 

@@ -47,10 +47,10 @@ public:
         return m_units + lead * size_t{256};
     }
 
-    /** The unit of a byte, or of lead byte * 256 + trail byte; 0 where a step has to decide. */
+    /** The unit of a byte, or of lead byte * 256 + trail byte; 0 where the decoder has to decide. */
     unsigned short const* units() const { return m_units; }
 
-    /** 0xFF for the bytes from 0x80 that begin a pair: their other meanings are left to the steps. */
+    /** 0xFF for the bytes from 0x80 that begin a pair: their other meanings are left to the converters. */
     unsigned char const* isLead() const { return m_isLead; }
     /** 0xFF for the bytes below 0x80, 0 not among them, that are their own unit. */
     unsigned char const* isSame() const { return m_isSame; }
@@ -59,15 +59,12 @@ public:
     unsigned char const* leadBits() const { return m_leadBits; }
     unsigned char const* sameBits() const { return m_sameBits; }
 
-    /**
-     * Of the pairs that begin with a byte from 0x80, by its low seven bits: so many trail bytes from FIRST_TRAIL on
-     * have a unit each.
-     */
-    unsigned char const* sureTrails() const { return m_sureTrails; }
+    /** mappedTrails()[lead & 0x7F]: length of the run of mapped trail bytes that starts at FIRST_TRAIL. */
+    unsigned char const* mappedTrails() const { return m_mappedTrails; }
     static constexpr unsigned char FIRST_TRAIL = 0xA1;
 
-    /** Finds these out, which are 0 before. */
-    void findSureTrails()
+    /** Fills mappedTrails, of zeros before. */
+    void findMappedTrails()
     {
         for (unsigned int lead = 0x80; lead < 0x100; ++lead) {
             if (!m_isLead[lead & 0x7F])
@@ -75,7 +72,7 @@ public:
             unsigned char count = 0;
             while (FIRST_TRAIL + count < 0x100 && m_units[lead << 8 | (FIRST_TRAIL + count)] != 0)
                 ++count;
-            m_sureTrails[lead & 0x7F] = count;
+            m_mappedTrails[lead & 0x7F] = count;
         }
     }
 
@@ -96,7 +93,7 @@ private:
     unsigned short* m_units;
     unsigned char m_isLead[128] = {};
     unsigned char m_isSame[128] = {};
-    unsigned char m_sureTrails[128] = {};
+    unsigned char m_mappedTrails[128] = {};
     unsigned char m_leadBits[16] = {};
     unsigned char m_sameBits[16] = {};
     Same m_sameBytes = Same::NONE;
