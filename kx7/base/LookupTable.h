@@ -1,7 +1,7 @@
 // kx7text - sparse two-level tables from character codes to small integers.
 //
 // Most of a code space is empty, so a table is an array of pointers to pages of 256 values, and every slot without a
-// page of its own points at one shared page of zeros: a look-up is two indexed loads without a check. 0 means that
+// page of its own points at one shared page of zeros: a lookup is two indexed loads without a check. 0 means that
 // there is no mapping, so 0 cannot be stored as one.
 #ifndef KX7_BASE_LOOKUPTABLE_H
 #define KX7_BASE_LOOKUPTABLE_H
@@ -13,8 +13,7 @@
 
 namespace kx7 {
 
-template <class T>
-class FlatValues;
+struct TablePages;
 
 /** The page store that both table templates are made of: PAGE_COUNT pages of 256 values of T. */
 template <class T, size_t PAGE_COUNT>
@@ -31,9 +30,6 @@ public:
 
     /** The value stored at `key`. */
     T get(unsigned int key) const { return m_pages[key >> 8][key & 0xFF]; }
-
-    /** The 256 values of the keys that begin with `high`. */
-    T const* page(unsigned int high) const { return m_pages[high]; }
 
     /** Stores `value`, on a page of its own; dropped when that cannot be allocated. */
     void put(unsigned int key, T value, T const* nullPage)
@@ -56,21 +52,8 @@ public:
                 delete[] m_pages[i];
     }
 
-    /** Makes pages of the first slots from `values`, which this table neither owns nor outlives. */
-    void borrow(T* values, size_t count)
-    {
-        for (size_t i = 0; i < count / 256; ++i)
-            m_pages[i] = values + 256 * i;
-    }
-
-    /** Makes the first slots empty again. */
-    void giveBack(size_t count, T const* nullPage)
-    {
-        for (size_t i = 0; i < count / 256; ++i)
-            m_pages[i] = const_cast<T*>(nullPage);
-    }
-
 private:
+    friend struct TablePages;
     T* m_pages[PAGE_COUNT];
 };
 
@@ -95,15 +78,11 @@ public:
     /** The value stored at `key`, 0 when there is none. */
     T get(unsigned short key) const { return m_pages.get(key); }
 
-    /** The 256 values of the keys whose high byte is `high`. */
-    T const* page(unsigned char high) const { return m_pages.page(high); }
-
     /** The page of zeros that all empty slots share; never written, never freed. */
     static T const m_gNullTable[256];
 
 private:
-    template <class V>
-    friend class kx7::FlatValues;
+    friend struct kx7::TablePages;
     kx7::PagedTable<T, 256> m_pages;
 };
 
@@ -127,8 +106,7 @@ public:
     static T const m_gNullTable[256];
 
 private:
-    template <class V>
-    friend class kx7::FlatValues;
+    friend struct kx7::TablePages;
     kx7::PagedTable<T, size_t{17} * 256> m_pages;
 };
 

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "kx7/base/LookupTable.h"
+#include "kx7/base/TablePages.h"
 #include "kx7/kernels/PairUnits.h"
 
 namespace kx7 {
@@ -39,7 +39,7 @@ inline void fillEuc(PairUnits& pairs, LookupTable<unsigned short> const& toUnico
     for (unsigned char byte = 1; byte < 0x7F; ++byte)
         pairs.put(byte, byte);
     for (unsigned char row = 0xA1; row <= 0xFE; ++row) {
-        unsigned short const* const units = toUnicode.page(row & 0x7F);
+        unsigned short const* const units = TablePages::page(toUnicode, row & 0x7FU);
         std::copy(units + 0x21, units + 0x7F, pairs.row(row) + 0xA1);
     }
 }

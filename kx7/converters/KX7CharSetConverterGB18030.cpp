@@ -1,7 +1,7 @@
 // kx7text - GB 18030: GBK in one or two bytes, the rest of the Basic Multilingual Plane and all planes above in four.
 //
 // Sequences are reduced to a GB code: the byte, the two bytes as a number, or 0x10000 plus the index of the four-byte
-// sequence. Two-byte codes that GBK maps otherwise are laid over its forward table, so that one look-up serves;
+// sequence. Two-byte codes that GBK maps otherwise are laid over its forward table, so that one lookup serves;
 // encoding asks the GBK table first, then the ranges.
 #include "kx7/converters/KX7CharSetConverterGB18030.h"
 
@@ -11,8 +11,7 @@
 #include "kx7/base/LoadLock.h"
 #include "kx7/converters/DoubleByte.h"
 #include "kx7/converters/EngineOf.h"
-#include "kx7/converters/LookupTables.h"
-#include "kx7/converters/UnitCodes.h"
+#include "kx7/converters/MultibyteTables.h"
 #include "kx7/tables/GB18030Ranges.h"
 
 namespace {
@@ -109,6 +108,20 @@ void fillFourByteCodes(unsigned short* indexes, GB18030Range const** runs, unsig
     }
 }
 
+/** Gives `tables` the four-byte sequences of all units; none without memory. */
+void makeFourByteCodes(kx7::MultibyteTables& tables)
+{
+    if (!tables.unitCodes || kx7::mapsHighSurrogates(tables.unitCodes))
+        return;
+    kx7::KeyArray indexes = kx7::makeKeyArray();
+    std::unique_ptr<GB18030Range const*[]> runs(new (std::nothrow) GB18030Range const*[UNIT_BLOCKS]());
+    if (!indexes || !runs)
+        return;
+    fillFourByteCodes(indexes.get(), runs.get(), tables.unitCodes);
+    tables.fourByteCodes = std::move(indexes);
+    tables.fourByteRuns = std::move(runs);
+}
+
 }  // namespace
 
 struct KX7CharSetConverterGB18030::Decoder : kx7::PairDecoder {
@@ -118,7 +131,7 @@ struct KX7CharSetConverterGB18030::Decoder : kx7::PairDecoder {
     {
     }
 
-    kx7::DecodedChar step(unsigned char const* p, unsigned char const* end) const
+    kx7::DecodedChar decodeOne(unsigned char const* p, unsigned char const* end) const
     {
         if (!isLead(p[0])) {
             unsigned int const unit = p[0] == 0xFF ? 0 : m_toUnicode.get(p[0]);
@@ -127,18 +140,18 @@ struct KX7CharSetConverterGB18030::Decoder : kx7::PairDecoder {
             return kx7::DecodedChar::one(unit, 1);
         }
         if (p + 1 == end)
-            return kx7::DecodedChar::cut();
+            return kx7::DecodedChar::truncated();
         if (isTrail(p[1])) {
             unsigned int const code = kx7::doubleByteCode(p);
             unsigned int const unit = m_toUnicode.get(static_cast<unsigned short>(code));
             return found(unit != 0 ? unit : search(m_converter.getGB2UniRange(code), code), 2);
         }
-        // Kept on purpose: after a sequence that is illegal or unmapped the limit waits for the character behind it.
+        // Kept on purpose: after a sequence that is illegal or unmapped the limit waits for the character after it.
         if (!isDigit(p[1]))
             return kx7::DecodedChar::illegal(1, kx7::LimitCheck::SKIP);
         for (unsigned int i = 2; i < 4; ++i) {
             if (p + i == end)
-                return kx7::DecodedChar::cut();
+                return kx7::DecodedChar::truncated();
             if (i == 2 ? !isLead(p[i]) : !isDigit(p[i]))
                 return kx7::DecodedChar::illegal(1, kx7::LimitCheck::SKIP);
         }
@@ -149,7 +162,7 @@ struct KX7CharSetConverterGB18030::Decoder : kx7::PairDecoder {
         return found(codePoint <= kx7::LAST_CODE_POINT ? codePoint : 0, 4);
     }
 
-    /** What the step finds in one byte or two. `pairs` may share the values of `toUnicode`. */
+    /** What the decoder finds in one byte or two. `pairs` may share the values of `toUnicode`. */
     static void fill(kx7::PairUnits& pairs, LookupTable<unsigned short> const& toUnicode)
     {
         for (unsigned int byte = 0; byte < 256; ++byte) {
@@ -158,7 +171,7 @@ struct KX7CharSetConverterGB18030::Decoder : kx7::PairDecoder {
                 pairs.put(high, high == 0xFF ? 0 : toUnicode.get(high));
                 continue;
             }
-            unsigned short const* const values = toUnicode.page(high);
+            unsigned short const* const values = kx7::TablePages::page(toUnicode, high);
             unsigned short* const units = pairs.row(high);
             for (unsigned int low = 0; low < 256; ++low) {
                 unsigned short const unit = isTrail(static_cast<unsigned char>(low)) ? values[low] : 0;
@@ -168,18 +181,19 @@ struct KX7CharSetConverterGB18030::Decoder : kx7::PairDecoder {
         }
     }
 
-    void run(unsigned char const*& in, unsigned char const* end, unsigned short*& out, unsigned short* outEnd) const
+    void convertFast(unsigned char const*& in, unsigned char const* end, unsigned short*& out,
+                     unsigned short* outEnd) const
     {
-        // Without kernels the steps stand alone.
+        // Without kernels the converters stand alone.
         if (!kx7::kernels().areAny)
             return;
         do
-            PairDecoder::run(in, end, out, outEnd);
+            PairDecoder::convertFast(in, end, out, outEnd);
         while (runOfFourBytes(in, end, out, outEnd));
     }
 
     /** As any other malformed sequence. */
-    static kx7::DecodedChar cutOff(unsigned char const* /*text*/, unsigned char const* /*end*/)
+    static kx7::DecodedChar atEnd(unsigned char const* /*text*/, unsigned char const* /*end*/)
     {
         return kx7::DecodedChar::illegal(1, kx7::LimitCheck::SKIP);
     }
@@ -189,7 +203,6 @@ private:
     bool runOfFourBytes(unsigned char const*& inOut, unsigned char const* end, unsigned short*& outOut,
                         unsigned short* outEnd) const
     {
-        constexpr unsigned int FEW = 8;
         unsigned char const* in = inOut;
         unsigned short* out = outOut;
         GB18030Range const* range = oGB2UniRange;  // text of one script stays in one
@@ -197,7 +210,7 @@ private:
         while (end - in >= 4 && outEnd - out >= 2) {
             if (in[0] < 0x80) {
                 unsigned short const unit = m_toUnicode.get(in[0]);
-                if (unit == 0 || in == inOut || ++singles > FEW)
+                if (unit == 0 || in == inOut || ++singles > kx7::SINGLES_AMONG_FOUR_BYTES)
                     break;
                 *out++ = unit;
                 ++in;
@@ -222,7 +235,7 @@ private:
                 *out++ = static_cast<unsigned short>(code - range->first + range->value);
             }
             in += 4;
-            if (end - in >= KERNEL_BYTES && pairs())
+            if (end - in >= kx7::FOUR_BYTES_MINIMUM && pairs())
                 kx7::kernels().decodeFourBytes(*pairs(), runOf(*range), in, end, out, outEnd);
         }
         bool const any = in != inOut;
@@ -240,9 +253,6 @@ private:
         return {range.first - first, range.last - range.first + 1, range.value, supplementary};
     }
 
-    /** The fewest for which a kernel is called. */
-    static constexpr std::ptrdiff_t KERNEL_BYTES = 48;
-
     static kx7::DecodedChar found(unsigned int codePoint, unsigned int length)
     {
         if (codePoint == 0)
@@ -255,6 +265,8 @@ private:
 };
 
 struct KX7CharSetConverterGB18030::Encoder : kx7::EncoderBase {
+    static constexpr unsigned int MOST_BYTES = 4;
+
     Encoder(LookupTable<unsigned short> const& fromUnicode, KX7CharSetConverterGB18030 const& converter,
             kx7::GB18030Codes const& codes, kx7::PairUnits const* pairs)
         : m_fromUnicode(fromUnicode), m_converter(converter), m_codes(codes),
@@ -262,7 +274,8 @@ struct KX7CharSetConverterGB18030::Encoder : kx7::EncoderBase {
     {
     }
 
-    void run(unsigned short const*& in, unsigned short const* end, unsigned char*& out, unsigned char* outEnd) const
+    void convertFast(unsigned short const*& in, unsigned short const* end, unsigned char*& out,
+                     unsigned char* outEnd) const
     {
         kx7::copyShort(m_same, in, end, out, outEnd);
         if (in != end)
@@ -277,16 +290,16 @@ struct KX7CharSetConverterGB18030::Encoder : kx7::EncoderBase {
             kx7::kernels().encodeGB18030(m_codes, in, end, out, outEnd);
     }
 
-    size_t countRun(unsigned short const*& in, unsigned short const* end) const
+    size_t countFast(unsigned short const*& in, unsigned short const* end) const
     {
         return m_codes.oneOrTwo ? kx7::kernels().countGB18030(m_codes, in, end) : 0;
     }
 
-    kx7::EncodedChar step(unsigned short const* p, unsigned short const* end) const
+    kx7::EncodedChar encodeOne(unsigned short const* p, unsigned short const* end) const
     {
         if (kx7::isHighSurrogate(p[0])) {
             if (p + 1 == end)
-                return kx7::EncodedChar::cut();
+                return kx7::EncodedChar::truncated();
             // Kept on purpose: a high surrogate without its partner ends the text, the flag stays clear.
             if (!kx7::isLowSurrogate(p[1]))
                 return kx7::EncodedChar::end();
@@ -300,12 +313,11 @@ struct KX7CharSetConverterGB18030::Encoder : kx7::EncoderBase {
         return kx7::EncodedChar::oneOrTwo(code, p[0], 1);
     }
 
-    static kx7::EncodedChar cutOff() { return kx7::EncodedChar::end(); }
+    static kx7::EncodedChar atEnd() { return kx7::EncodedChar::end(); }
 
-    static constexpr bool IS_STRAIGHT = true;
+    static constexpr bool IS_DIRECT = true;
     static constexpr bool IS_SINGLE = false;
-    // As measured; near enough for every instruction set.
-    static std::ptrdiff_t mostStraight() { return 48; }
+    static std::ptrdiff_t mostDirect() { return kx7::DIRECT_TO_GB18030; }
     kx7::Same same() const { return m_same; }
     unsigned int codeOf(unsigned short unit) const
     {
@@ -328,15 +340,13 @@ private:
 template struct kx7::EngineOf<KX7CharSetConverterGB18030>;
 
 KX7CharSetConverterGB18030::KX7CharSetConverterGB18030(unsigned short const* gbkMap, KX7CharSet charSet)
-    : KX7CharSetConverterMBCS(gbkMap, charSet), m_pGB2UniIndex(nullptr), m_pUni2GBIndex(nullptr),
-      m_pFourByteCodes(nullptr), m_pFourByteRuns(nullptr)
+    : KX7CharSetConverterMBCS(gbkMap, charSet), m_pGB2UniIndex(nullptr), m_pUni2GBIndex(nullptr)
 {
     pthread_mutex_init(&m_oIndexMutex, nullptr);
 }
 
 KX7CharSetConverterGB18030::KX7CharSetConverterGB18030(char const* name, KX7CharSet charSet)
-    : KX7CharSetConverterMBCS(name, charSet), m_pGB2UniIndex(nullptr), m_pUni2GBIndex(nullptr),
-      m_pFourByteCodes(nullptr), m_pFourByteRuns(nullptr)
+    : KX7CharSetConverterMBCS(name, charSet), m_pGB2UniIndex(nullptr), m_pUni2GBIndex(nullptr)
 {
     pthread_mutex_init(&m_oIndexMutex, nullptr);
 }
@@ -345,8 +355,6 @@ KX7CharSetConverterGB18030::~KX7CharSetConverterGB18030()
 {
     delete[] m_pGB2UniIndex;
     delete[] m_pUni2GBIndex.load(std::memory_order_relaxed);
-    free(m_pFourByteCodes);
-    delete[] m_pFourByteRuns;
     pthread_mutex_destroy(&m_oIndexMutex);
 }
 
@@ -363,21 +371,15 @@ void KX7CharSetConverterGB18030::load()
     fillIndex(gb2Uni.get(), GB_BLOCKS, oGB2UniRange, FIRST_INDEXED_CODE, GB_BLOCK_SHIFT);
     fillIndex(uni2GB.get(), UNIT_BLOCKS, oUni2GBRange, 0, UNIT_BLOCK_SHIFT);
     // No conversion reads the tables of the base before the index is published, so they may still change.
-    if (LookupTable<unsigned short>* const toUnicode = m_pToUnicode.load(std::memory_order_relaxed))
+    if (LookupTable<unsigned short>* const toUnicode = m_pToUnicode.load(std::memory_order_acquire)) {
         for (GB18030Range const* range = oGB2UniRange; range->first < FIRST_FOUR_BYTE_CODE; ++range)
             for (unsigned int code = range->first; code <= range->last; ++code)
                 toUnicode->put(static_cast<unsigned short>(code),
                                static_cast<unsigned short>(code - range->first + range->value));
-    if (tablesBuilt())
-        kx7::makePairUnits(m_pPairs, m_pFlat ? m_pFlat->toUnicode.data() : nullptr, unitCodes(),
-                           [this](kx7::PairUnits& pairs) { Decoder::fill(pairs, toUnicode()); });
-    if (unitCodes() && !kx7::mapsHighSurrogates(unitCodes())) {
-        kx7::UnitCodes fourByteCodes = kx7::makeUnitCodes();
-        std::unique_ptr<GB18030Range const*[]> runs(new (std::nothrow) GB18030Range const*[UNIT_BLOCKS]());
-        if (fourByteCodes && runs) {
-            fillFourByteCodes(fourByteCodes.get(), runs.get(), unitCodes());
-            m_pFourByteCodes = fourByteCodes.release();
-            m_pFourByteRuns = runs.release();
+        if (kx7::MultibyteTables* const tables = kx7::multibyteTables(m_pKernelTables)) {
+            kx7::makePairUnits(*tables, tables->toUnicodePages.get(),
+                               [toUnicode](kx7::PairUnits& pairs) { Decoder::fill(pairs, *toUnicode); });
+            makeFourByteCodes(*tables);
         }
     }
     m_pGB2UniIndex = gb2Uni.release();
@@ -408,18 +410,19 @@ GB18030Range const* KX7CharSetConverterGB18030::getUni2GBRange(unsigned int unit
 KX7CharSetConverterGB18030::Decoder KX7CharSetConverterGB18030::decoder()
 {
     if (assureLoaded())
-        return {toUnicode(), *this, m_pPairs.load(std::memory_order_acquire)};
-    return {kx7::tableOrEmpty<LookupTable<unsigned short>>(nullptr), *this, nullptr};
+        return {toUnicode(), *this, kx7::pairsOf(kernelTables())};
+    return {kx7::emptyTable<LookupTable<unsigned short>>(), *this, nullptr};
 }
 
 KX7CharSetConverterGB18030::Encoder KX7CharSetConverterGB18030::encoder()
 {
     if (!assureLoaded())
-        return {kx7::tableOrEmpty<LookupTable<unsigned short>>(nullptr), *this, {}, nullptr};
-    return {fromUnicode(),
-            *this,
-            {m_pFourByteCodes ? unitCodes() : nullptr, m_pFourByteCodes, m_pFourByteRuns},
-            m_pPairs.load(std::memory_order_acquire)};
+        return {kx7::emptyTable<LookupTable<unsigned short>>(), *this, {}, nullptr};
+    kx7::MultibyteTables const* const tables = kernelTables();
+    kx7::GB18030Codes codes = {};
+    if (tables && tables->fourByteCodes)
+        codes = {tables->unitCodes, tables->fourByteCodes.get(), tables->fourByteRuns.get()};
+    return {fromUnicode(), *this, codes, kx7::pairsOf(tables)};
 }
 
 unsigned int KX7CharSetConverterGB18030::getNumUnits(void const* source, unsigned int byteCount)
@@ -431,52 +434,12 @@ unsigned int KX7CharSetConverterGB18030::getNumUnits(void const* source, unsigne
     unsigned char const* const end = in + kx7::terminatedLength(source, byteCount);
     size_t count = end - in >= kx7::KERNEL_MINIMUM ? kx7::kernels().countUnitsOfGB18030(in, end) : 0;
     while (in != end) {
-        kx7::DecodedChar const c = characters.step(in, end);
+        kx7::DecodedChar const c = characters.decodeOne(in, end);
         count += c.found == kx7::Found::CHARACTER ? c.units : 1;
-        in += c.found == kx7::Found::CUT ? 1 : c.consumed;
+        in += c.found == kx7::Found::TRUNCATED ? 1 : c.consumed;
     }
     return kx7::saturated(count);
 }
 
-unsigned int KX7CharSetConverterGB18030::toUTF16Within(unsigned short* dest, kx7::ByteText const& source,
-                                                       unsigned int room, ILLCHAR_OPTYPE op, bool* illegal,
-                                                       int sourceLimit)
-{
-    return kx7::decodePublished(decoder(), source, dest, room, op, illegal, sourceLimit);
-}
-
-unsigned int KX7CharSetConverterGB18030::toUTF16(unsigned short* dest, void const* source, unsigned int room,
-                                                 ILLCHAR_OPTYPE op, bool* illegal, int sourceLimit)
-{
-    if (!dest || !source)
-        return 0;
-    return toUTF16Within(dest, kx7::terminatedText(source), room, op, illegal, sourceLimit);
-}
-
-unsigned int KX7CharSetConverterGB18030::getNumBytes(unsigned short const* source, unsigned int unitCount)
-{
-    return source ? kx7::countBytes(encoder(), source, unitCount) : 0;
-}
-
-unsigned int KX7CharSetConverterGB18030::fromUTF16(void* dest, unsigned short const* source, unsigned int room,
-                                                   ILLCHAR_OPTYPE op, bool* illegal)
-{
-    if (!dest || !source)
-        return 0;
-    return kx7::encodePublished(encoder(), source, dest, room, op, illegal);
-}
-
-unsigned int KX7CharSetConverterGB18030::getMinUnitSize() const
-{
-    return 1;
-}
-
-unsigned int KX7CharSetConverterGB18030::getMaxUnitSize() const
-{
-    return 4;
-}
-
-unsigned int KX7CharSetConverterGB18030::getNullCharSize() const
-{
-    return 1;
-}
+#define KX7_CONVERTER KX7CharSetConverterGB18030
+#include "kx7/converters/PublishedOperations.inc"

@@ -59,14 +59,10 @@ private:
     struct Encoder;
     KX7_LOCAL Decoder decoder();
     KX7_LOCAL Encoder encoder();
-    KX7_LOCAL unsigned int toUTF16Within(unsigned short* dest, kx7::ByteText const& source, unsigned int room,
-                                         ILLCHAR_OPTYPE op, bool* illegal, int sourceLimit);
     KX7_LOCAL bool assureLoaded();
 
     kx7::GB18030Range const** m_pGB2UniIndex;               ///< 287 entries
     std::atomic<kx7::GB18030Range const**> m_pUni2GBIndex;  ///< 512 entries; published last
-    unsigned short* m_pFourByteCodes;                       ///< for the kernels; null without memory
-    kx7::GB18030Range const** m_pFourByteRuns;              ///< the same; 512 entries
     pthread_mutex_t m_oIndexMutex;
 };
 

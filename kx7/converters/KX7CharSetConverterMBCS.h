@@ -10,8 +10,8 @@
 #include "kx7/converters/KX7CharSetConverter.h"
 
 namespace kx7 {
-struct FlatTables;
-class PairUnits;
+struct KernelTables;
+struct MultibyteTables;
 }  // namespace kx7
 
 /**
@@ -40,25 +40,26 @@ protected:
     bool tablesBuilt() const { return m_pToUnicode.load(std::memory_order_acquire) != nullptr; }
 
     /** The table by code; an empty one where it is not built. Loads nothing. */
-    LookupTable<unsigned short> const& toUnicode() const;
+    KX7_LOCAL LookupTable<unsigned short> const& toUnicode() const;
 
     /** The table by character; an empty one where it is not built. Loads nothing. */
-    LookupTable<unsigned short> const& fromUnicode() const;
+    KX7_LOCAL LookupTable<unsigned short> const& fromUnicode() const;
 
-    /** What units are written as (UnitCodes.h); null where that is not known. Loads nothing. */
-    unsigned short const* unitCodes() const { return tablesBuilt() ? m_pUnitCodes : nullptr; }
+    /** What only kernels look up; null where there is nothing. Loads nothing. */
+    KX7_LOCAL kx7::MultibyteTables const* kernelTables() const;
+
+    /**
+     * Builds everything aside, but for the table by code, which is returned: storing it in m_pToUnicode publishes all.
+     * The caller holds m_oLoadMutex. Null where the tables exist, where there is no list, and without memory.
+     */
+    KX7_LOCAL LookupTable<unsigned short>* buildTables();
 
     char const* m_pszName;                                   ///< of a converter without a list; null otherwise
     std::atomic<LookupTable<unsigned short>*> m_pToUnicode;  ///< code to unit; published last
     LookupTable<unsigned short>* m_pFromUnicode;             ///< unit to code
     unsigned short const* m_pMap;                            ///< the mapping list, or null
     pthread_mutex_t m_oLoadMutex;                            ///< held while the tables are built
-    std::atomic<kx7::PairUnits const*> m_pPairs;             ///< what decoding kernels look up; null: nothing
-    kx7::FlatTables* m_pFlat;                                ///< the memory of both tables; null: they have their own
-    unsigned short* m_pUnitCodes;                            ///< unit to what is written; may be null
-
-    /** Makes m_pUnitCodes, in memory from malloc, of listed codes by unit and the list; null: they are written so. */
-    unsigned short* (*m_pMakeUnitCodes)(unsigned short const* listed, unsigned short const* pairs);
+    kx7::KernelTables* m_pKernelTables;                      ///< what only kernels look up; null: nothing
 };
 
 #endif

@@ -11,8 +11,8 @@
 #include "kx7/converters/KX7CharSetConverter.h"
 
 namespace kx7 {
-struct FlatTablesEx;
-class PairUnits;
+struct KernelTables;
+struct MultibyteTables;
 }  // namespace kx7
 
 /**
@@ -41,22 +41,26 @@ protected:
     bool tablesBuilt() const { return m_pToUnicode.load(std::memory_order_acquire) != nullptr; }
 
     /** The table by code; an empty one where it is not built. Loads nothing. */
-    LookupTable<unsigned int> const& toUnicode() const;
+    KX7_LOCAL LookupTable<unsigned int> const& toUnicode() const;
 
     /** The table by character; an empty one where it is not built. Loads nothing. */
-    LookupTableEx<unsigned short> const& fromUnicode() const;
+    KX7_LOCAL LookupTableEx<unsigned short> const& fromUnicode() const;
 
-    /** What units are written as (UnitCodes.h); null where that is not known. Loads nothing. */
-    unsigned short const* unitCodes() const { return tablesBuilt() ? m_pUnitCodes : nullptr; }
+    /** What only kernels look up; null where there is nothing. Loads nothing. */
+    KX7_LOCAL kx7::MultibyteTables const* kernelTables() const;
+
+    /**
+     * Builds everything aside, but for the table by code, which is returned: storing it in m_pToUnicode publishes all.
+     * The caller holds m_oLoadMutex. Null where the tables exist, where there is no list, and without memory.
+     */
+    KX7_LOCAL LookupTable<unsigned int>* buildTables();
 
     char const* m_pszName;                                 ///< of a converter without a list; null otherwise
     std::atomic<LookupTable<unsigned int>*> m_pToUnicode;  ///< code to code point; published last
     LookupTableEx<unsigned short>* m_pFromUnicode;         ///< code point to code
     sMBCSExTable const* m_pMap;                            ///< the mapping list, or null
     pthread_mutex_t m_oLoadMutex;                          ///< held while the tables are built
-    std::atomic<kx7::PairUnits const*> m_pPairs;           ///< what decoding kernels look up; null: nothing
-    kx7::FlatTablesEx* m_pFlat;                            ///< the memory of both tables; null: they have their own
-    unsigned short const* m_pUnitCodes;                    ///< unit to what is written; may be null
+    kx7::KernelTables* m_pKernelTables;                    ///< what only kernels look up; null: nothing
 };
 
 #endif

@@ -10,6 +10,7 @@
 #include "kx7/converters/KX7CharSetConverter.h"
 
 namespace kx7 {
+struct KernelTables;
 struct SingleByteTables;
 }  // namespace kx7
 
@@ -65,15 +66,14 @@ private:
     KX7_LOCAL Decoder decoder();
     KX7_LOCAL Encoder encoder();
     KX7_LOCAL kx7::SingleByteTables const& tables();
-    KX7_LOCAL unsigned int toUTF16Within(unsigned short* dest, kx7::ByteText const& source, unsigned int room,
-                                         ILLCHAR_OPTYPE op, bool* illegal, int sourceLimit);
 
 protected:
     char const* m_pszName;                       ///< of a converter without a list; null otherwise
-    std::atomic<unsigned short*> m_pToUnicode;   ///< byte to unit, 256 entries of the object below; published last
-    LookupTable<unsigned char>* m_pFromUnicode;  ///< unit to byte; a kx7::SingleByteTables
+    std::atomic<unsigned short*> m_pToUnicode;   ///< byte to unit, 256 entries of m_pKernelTables; published last
+    LookupTable<unsigned char>* m_pFromUnicode;  ///< unit to byte; part of m_pKernelTables
     unsigned short const* m_pMap;                ///< the mapping list, or null
     pthread_mutex_t m_oLoadMutex;                ///< held while the tables are built
+    kx7::KernelTables* m_pKernelTables;          ///< the memory of both tables, and what kernels look up; or null
 };
 
 #endif

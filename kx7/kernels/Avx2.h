@@ -1,15 +1,10 @@
-// kx7text - the kernels with AVX2, and how their functions are compiled (internal).
+// kx7text - the kernels with AVX2 (internal).
 #ifndef KX7_KERNELS_AVX2_H
 #define KX7_KERNELS_AVX2_H
 
 #include "kx7/kernels/Kernels.h"
 
 #ifdef KX7_X86_KERNELS
-
-#include <immintrin.h>
-
-// By function and not by file: an inline function of a header must not be compiled for a machine that is not there.
-#define KX7_AVX2 __attribute__((target("avx2,popcnt")))
 
 namespace kx7 {
 

@@ -1,7 +1,7 @@
 // kx7text - kernels for any machine: plain loops, with blocks of ASCII where the machine has SSE2.
 //
 // ASCII is found by the sign bits of 16 bytes, or by the high nine bits of 8 units, and widened or narrowed at once.
-// The loops behind that are those of the steps without what the steps have to decide.
+// The loops after that convert what needs no decision.
 #include "kx7/kernels/Baseline.h"
 
 #include <algorithm>
@@ -12,111 +12,11 @@
 
 #ifdef KX7_X86_KERNELS
 #include <emmintrin.h>
-
-#include "kx7/kernels/Units.h"
-
-// By function: 32-bit code is compiled for machines without it, which are found out when the library is loaded.
-#define KX7_SSE2 __attribute__((target("sse2")))
 #else
 #define KX7_SSE2
 #endif
 
 namespace kx7 {
-
-KX7_SSE2 KX7_READS_BEYOND size_t unitLengthBaseline(unsigned short const* text, size_t most)
-{
-#ifdef KX7_X86_KERNELS
-    constexpr size_t BLOCK = 8;
-    size_t const untilAligned = reinterpret_cast<uintptr_t>(text) % 16;
-    if (most >= 2 * BLOCK && untilAligned % 2 == 0) {
-        size_t const skipped = untilAligned / 2;
-        size_t n = 0;
-        __m128i const zero = _mm_setzero_si128();
-        auto const* block = reinterpret_cast<__m128i const*>(text - skipped);
-        auto zeros = static_cast<unsigned int>(_mm_movemask_epi8(_mm_cmpeq_epi16(_mm_load_si128(block), zero)));
-        zeros = zeros >> untilAligned << untilAligned;
-        while (zeros == 0) {
-            n += BLOCK;
-            if (n - skipped >= most)
-                return most;
-            zeros = static_cast<unsigned int>(_mm_movemask_epi8(_mm_cmpeq_epi16(_mm_load_si128(++block), zero)));
-        }
-        return std::min(most, n + static_cast<size_t>(__builtin_ctz(zeros)) / 2 - skipped);
-    }
-#endif
-    return unitLengthPlain(text, most);
-}
-
-#ifdef KX7_X86_KERNELS
-
-namespace {
-
-KX7_SSE2 __m128i loadUnits(unsigned short const* p)
-{
-    return _mm_loadu_si128(reinterpret_cast<__m128i const*>(p));
-}
-
-/** The bytes of the units that are the same in both. */
-KX7_SSE2 unsigned int equalUnits(__m128i a, __m128i b)
-{
-    return static_cast<unsigned int>(_mm_movemask_epi8(_mm_cmpeq_epi16(a, b)));
-}
-
-size_t firstUnitOf(unsigned int bytes)
-{
-    return static_cast<size_t>(__builtin_ctz(bytes)) / 2;
-}
-
-/** The bytes of the units that differ or are 0. */
-KX7_SSE2 KX7_READS_BEYOND unsigned int ends(unsigned short const* a, unsigned short const* b)
-{
-    // Not through a function that a sanitizer looks at.
-    __m128i const x = _mm_loadu_si128(reinterpret_cast<__m128i const*>(a));
-    __m128i const y = _mm_loadu_si128(reinterpret_cast<__m128i const*>(b));
-    // A unit of `a` where it is what stands in `b`, else 0: 0 ends the search either way.
-    return equalUnits(_mm_and_si128(_mm_cmpeq_epi16(x, y), x), _mm_setzero_si128());
-}
-
-}  // namespace
-
-#endif
-
-KX7_SSE2 size_t unitFindBaseline(unsigned short const* text, size_t count, unsigned short unit)
-{
-#ifdef KX7_X86_KERNELS
-    constexpr size_t BLOCK = 8;
-    if (count >= BLOCK) {
-        __m128i const wanted = _mm_set1_epi16(static_cast<short>(unit));
-        size_t n = 0;
-        for (; count - n >= BLOCK; n += BLOCK)
-            if (unsigned int const found = equalUnits(loadUnits(text + n), wanted))
-                return n + firstUnitOf(found);
-        unsigned int const found = equalUnits(loadUnits(text + count - BLOCK), wanted);
-        return found != 0 ? count - BLOCK + firstUnitOf(found) : count;
-    }
-#endif
-    return unitFindPlain(text, count, unit);
-}
-
-KX7_SSE2 KX7_READS_BEYOND size_t unitMatchBaseline(unsigned short const* a, unsigned short const* b, size_t most)
-{
-#ifdef KX7_X86_KERNELS
-    constexpr size_t BLOCK = 8;
-    size_t n = 0;
-    while (n != most) {
-        size_t const end = n + unitsInPage(a + n, b + n, most - n);
-        for (; end - n >= BLOCK; n += BLOCK)
-            if (unsigned int const found = ends(a + n, b + n))
-                return n + firstUnitOf(found);
-        n += unitMatchPlain(a + n, b + n, end - n);
-        if (n != end)
-            return n;
-    }
-    return most;
-#else
-    return unitMatchPlain(a, b, most);
-#endif
-}
 
 KX7_SSE2 void decodeUTF8Baseline(unsigned char const*& inOut, unsigned char const* end, unsigned short*& outOut,
                                  unsigned short* outEnd)
@@ -169,7 +69,7 @@ KX7_SSE2 void decodeUTF8Baseline(unsigned char const*& inOut, unsigned char cons
         unsigned int const fourth = in[3] ^ 0x80U;
         if ((second | third | fourth) >= 0x40)
             break;
-        // Four bits of the lead count, as in the step.
+        // Four bits of the lead count, as in the decoder.
         unsigned int const value = (lead & 0xF) << 18 | second << 12 | third << 6 | fourth;
         out[0] = highSurrogateOf(value);
         out[1] = lowSurrogateOf(value);

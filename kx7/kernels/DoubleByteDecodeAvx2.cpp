@@ -17,6 +17,7 @@
 #include "kx7/kernels/DoubleByteEncode.h"
 #include "kx7/kernels/KeepLanes.h"
 #include "kx7/kernels/MultibyteStructure.h"
+#include "kx7/kernels/vector/Avx2.h"
 
 namespace kx7 {
 
@@ -24,17 +25,6 @@ namespace {
 
 constexpr std::ptrdiff_t BLOCK = STRUCTURE_BLOCK;
 constexpr std::ptrdiff_t HALF = 32;
-
-/** 16 entries in both halves of the register. */
-KX7_AVX2 inline __m256i loadNibbles(unsigned char const* entries)
-{
-    return _mm256_broadcastsi128_si256(_mm_loadu_si128(reinterpret_cast<__m128i const*>(entries)));
-}
-
-KX7_AVX2 inline __m256i loadBytes(unsigned char const* p)
-{
-    return _mm256_loadu_si256(reinterpret_cast<__m256i const*>(p));
-}
 
 /** What the bytes of half a block are, as bit sets, and the code that would begin at each. */
 struct Half {
@@ -44,63 +34,50 @@ struct Half {
     __m256i odd;   ///< of the second and fourth
 };
 
-/** Moves the codes at the places of a set together. */
-KX7_AVX2 inline void appendEight(unsigned short*& out, __m128i codes, unsigned int places)
-{
-    __m128i const shuffle = _mm_load_si128(reinterpret_cast<__m128i const*>(KEEP_LANES.shuffles[places]));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(out), _mm_shuffle_epi8(codes, shuffle));
-    out += __builtin_popcount(places);
-}
-
 KX7_AVX2 inline void append(unsigned short*& out, Half const& half, uint32_t places)
 {
-    appendEight(out, _mm256_castsi256_si128(half.even), places & 0xFF);
-    appendEight(out, _mm256_castsi256_si128(half.odd), places >> 8 & 0xFF);
-    appendEight(out, _mm256_extracti128_si256(half.even, 1), places >> 16 & 0xFF);
-    appendEight(out, _mm256_extracti128_si256(half.odd, 1), places >> 24);
+    out = storeKept(out, _mm256_castsi256_si128(half.even), places & 0xFF);
+    out = storeKept(out, _mm256_castsi256_si128(half.odd), places >> 8 & 0xFF);
+    out = storeKept(out, _mm256_extracti128_si256(half.even, 1), places >> 16 & 0xFF);
+    out = storeKept(out, _mm256_extracti128_si256(half.odd, 1), places >> 24);
 }
 
 struct Tables {
     __m256i same;
     __m256i lead;
-    __m256i bits;  ///< a bit for each value of the three bits above the low four
 
     KX7_AVX2 explicit Tables(PairUnits const& set)
-        : same(loadNibbles(set.sameBits())), lead(loadNibbles(set.leadBits())),
-          bits(_mm256_set1_epi64x(static_cast<int64_t>(0x8040201008040201)))
+        : same(inBothHalves(set.sameBits())), lead(inBothHalves(set.leadBits()))
     {
     }
 
-    /** Looks at 32 bytes. A byte that may lead makes a code with the one behind it: none that trails is asked for. */
+    /** Looks at 32 bytes. A byte that may lead makes a code with the one after it: none that trails is asked for. */
     KX7_AVX2 Half look(unsigned char const* in) const
     {
-        __m256i const bytes = loadBytes(in);
-        __m256i const behind = loadBytes(in + 1);
-        __m256i const nibble = _mm256_set1_epi8(0xF);
-        __m256i const low = _mm256_and_si256(bytes, nibble);
-        __m256i const bit = _mm256_shuffle_epi8(bits, _mm256_and_si256(_mm256_srli_epi16(bytes, 4), nibble));
-        __m256i const isSame = _mm256_cmpeq_epi8(_mm256_and_si256(_mm256_shuffle_epi8(same, low), bit), bit);
-        __m256i const mayLead =
-            _mm256_and_si256(_mm256_cmpeq_epi8(_mm256_and_si256(_mm256_shuffle_epi8(lead, low), bit), bit),
-                             _mm256_cmpgt_epi8(_mm256_setzero_si256(), bytes));
+        __m256i const bytes = load256(in);
+        __m256i const next = load256(in + 1);
+        __m256i const low = _mm256_and_si256(bytes, _mm256_set1_epi8(0xF));
+        __m256i const bit = bitOfRow(highNibbles(bytes));
+        __m256i const isSame = hasBits(_mm256_shuffle_epi8(same, low), bit);
+        __m256i const mayLead = _mm256_and_si256(hasBits(_mm256_shuffle_epi8(lead, low), bit),
+                                                 _mm256_cmpgt_epi8(_mm256_setzero_si256(), bytes));
         __m256i const first = _mm256_and_si256(bytes, mayLead);
-        __m256i const second = _mm256_blendv_epi8(bytes, behind, mayLead);
-        auto const upper = static_cast<uint32_t>(_mm256_movemask_epi8(bytes));
-        return {static_cast<uint32_t>(_mm256_movemask_epi8(isSame)) & ~upper,
-                static_cast<uint32_t>(_mm256_movemask_epi8(mayLead)), _mm256_unpacklo_epi8(second, first),
+        __m256i const second = _mm256_blendv_epi8(bytes, next, mayLead);
+        auto const upper = signsOf(bytes);
+        return {signsOf(isSame) & ~upper, signsOf(mayLead), _mm256_unpacklo_epi8(second, first),
                 _mm256_unpackhi_epi8(second, first)};
     }
 };
 
 KX7_AVX2 inline void widen16(unsigned short* out, unsigned char const* in)
 {
-    __m128i const bytes = _mm_loadu_si128(reinterpret_cast<__m128i const*>(in));
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(out), _mm256_cvtepu8_epi16(bytes));
+    __m128i const bytes = load128(in);
+    store256(out, _mm256_cvtepu8_epi16(bytes));
 }
 
 /** The characters of a few blocks. */
 struct Batch {
-    static constexpr std::ptrdiff_t BLOCKS = 4;
+    static constexpr std::ptrdiff_t BLOCKS = BATCH_BLOCKS;
 
     /** Takes up to `most` blocks from `in` on, as long as they are not all ASCII. */
     KX7_AVX2 Batch(Tables const& tables, unsigned char const* in, std::ptrdiff_t most)
@@ -144,7 +121,7 @@ struct Batch {
 
 /**
  * Looks up `count` codes, at least 8.
- * @return the place of the first that has no unit, or `count`; what is written are the units in front of it
+ * @return the place of the first that has no unit, or `count`; what is written are the units before it
  */
 KX7_AVX2 inline std::ptrdiff_t lookUp(unsigned short const* units, unsigned short const* codes, std::ptrdiff_t count,
                                       unsigned short* out)
@@ -157,7 +134,7 @@ KX7_AVX2 inline std::ptrdiff_t lookUp(unsigned short const* units, unsigned shor
                 out[i] = units[codes[i]];
             return i;
         }
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(out + i), found);
+        store128(out + i, found);
         i += EIGHT;
         if (i == count)
             return count;
@@ -180,7 +157,7 @@ KX7_AVX2 void decodePairsAvx2(PairUnits const& set, unsigned char const*& inOut,
     }
     unsigned short const* const units = set.units();
     Tables const tables(set);
-    // One byte more, because the last one in the block is looked at with the one behind it.
+    // One byte more, because the last one in the block is looked at with the one after it.
     while (end - in > BLOCK && outEnd - out >= BLOCK) {
         std::ptrdiff_t const most = std::min((end - in - 1) / BLOCK, (outEnd - out) / BLOCK);
         Batch const batch(tables, in, std::min(most, Batch::BLOCKS));

@@ -2,14 +2,17 @@
 //
 // Takes up to 64 bytes at a time. Two byte permutations tell which bytes may lead and which are their own unit. A byte
 // that may lead and one that trails look alike, so which is which follows from the parity of its place in its run of
-// such bytes: an addition carries through a run and changes the bits of one parity. The codes to look up are squeezed
+// such bytes: an addition carries through a run and changes the bits of one parity. The codes to look up are compressed
 // together (vpcompressb), looked up by gathers, and spread again among the bytes that are their own unit, if any; the
-// lanes of trail bytes are squeezed out. A code without a unit, or with one that the steps have to judge, ends the run.
+// lanes of trail bytes are compressed out. A code without a unit, or with one that the converters have to judge, ends
+// the run.
 //
 // Loads and stores of the last block are masked: short texts are as quick as long ones.
 #include "kx7/kernels/Avx512.h"
 
 #ifdef KX7_X86_KERNELS
+
+#include "kx7/kernels/vector/Avx512.h"
 
 #include "kx7/kernels/Baseline.h"
 #include "kx7/kernels/DoubleByteEncode.h"
@@ -25,22 +28,6 @@ KX7_AVX512 inline __m512i words(__m256i bytes)
 {
     return _mm512_cvtepu8_epi16(bytes);
 }
-
-/** Bytes below 0x80 or above it, by the low seven bits. */
-struct HalfTable {
-    __m512i low;
-    __m512i high;
-
-    KX7_AVX512 explicit HalfTable(unsigned char const* entries)
-        : low(_mm512_loadu_si512(entries)), high(_mm512_loadu_si512(entries + BLOCK))
-    {
-    }
-
-    KX7_AVX512 uint64_t contains(__m512i bytes) const
-    {
-        return _mm512_movepi8_mask(_mm512_permutex2var_epi8(low, bytes, high));
-    }
-};
 
 /** The units of up to 32 codes, of which `first` has the high bytes and `second` the low ones. */
 KX7_AVX512 inline __m512i lookUp(unsigned short const* units, __m256i first, __m256i second, int count)
@@ -69,22 +56,22 @@ KX7_AVX512 void decodePairsAvx512(PairUnits const& set, unsigned char const*& in
         return;
     }
     unsigned short const* const table = set.units();
-    HalfTable const leadTable(set.isLead());
-    HalfTable const sameTable(set.isSame());
+    ByteTable const leadTable(set.isLead());
+    ByteTable const sameTable(set.isSame());
     constexpr uint64_t ODD = UINT64_C(0xAAAAAAAAAAAAAAAA);
     bool more = true;
     while (more && in != end) {
         __m512i bytes;
-        __m512i behind;
+        __m512i next;
         uint64_t valid = ~UINT64_C(0);
         if (end - in > BLOCK) {
             bytes = _mm512_loadu_si512(in);
-            behind = _mm512_loadu_si512(in + 1);
+            next = _mm512_loadu_si512(in + 1);
         }
         else {
             valid = lowLanes64(end - in);
             bytes = _mm512_maskz_loadu_epi8(valid, in);
-            behind = _mm512_maskz_loadu_epi8(valid >> 1, in + 1);
+            next = _mm512_maskz_loadu_epi8(valid >> 1, in + 1);
         }
         uint64_t const upper = _mm512_movepi8_mask(bytes);
         uint64_t const same = sameTable.contains(bytes) & ~upper;
@@ -106,8 +93,8 @@ KX7_AVX512 void decodePairsAvx512(PairUnits const& set, unsigned char const*& in
         uint64_t chars = valid & ~trails;
         uint64_t sought = chars & ~same;
         int const soughtCount = __builtin_popcountll(sought);
-        __m512i const first = squeezeBytes(sought, _mm512_maskz_mov_epi8(leads, bytes));
-        __m512i const second = squeezeBytes(sought, _mm512_mask_mov_epi8(bytes, leads, behind));
+        __m512i const first = compressBytes(sought, _mm512_maskz_mov_epi8(leads, bytes));
+        __m512i const second = compressBytes(sought, _mm512_mask_mov_epi8(bytes, leads, next));
         __m512i const units = lookUp(table, _mm512_castsi512_si256(first), _mm512_castsi512_si256(second), soughtCount);
         __m512i units2 = _mm512_setzero_si512();
         uint64_t missing = _mm512_testn_epi16_mask(units, units);

@@ -1,6 +1,6 @@
 // kx7text - what the kernels that encode sets of one and two bytes share (internal).
 //
-// All of them look units up in a table of 65,536 codes (UnitCodes.h), and this is what takes the time. None branches on
+// All of them look units up in a table of 65,536 codes, and this is what takes the time. None branches on
 // what it finds but to hand back: text that mixes one byte and two would be guessed wrong at every other unit.
 #ifndef KX7_KERNELS_DOUBLEBYTEENCODE_H
 #define KX7_KERNELS_DOUBLEBYTEENCODE_H
@@ -13,9 +13,7 @@
 #include "kx7/kernels/Kernels.h"
 #include "kx7/tables/GB18030Ranges.h"
 
-#ifdef KX7_X86_KERNELS
-#include "kx7/kernels/Avx2.h"
-#endif
+#include "kx7/kernels/vector/Avx2.h"
 
 namespace kx7 {
 

@@ -8,15 +8,14 @@
 
 #ifdef KX7_X86_KERNELS
 
-#include "kx7/kernels/DoubleByteEncode.h"
+#include "kx7/kernels/vector/Avx2.h"
+
+#define KX7_TARGET KX7_AVX2
+#include "kx7/kernels/DoubleByteEncodeLoops.h"
 
 namespace kx7 {
 
 namespace {
-
-constexpr std::ptrdiff_t BLOCK = 32;
-constexpr std::ptrdiff_t SMALL_BLOCK = 8;
-constexpr std::ptrdiff_t COLLECTED = 128;  // units whose bytes are copied from the buffer at once
 
 /** For each mask of 16-bit lanes the shuffle that takes high and low byte of those in it, the low byte of the others.
  */
@@ -39,22 +38,9 @@ struct PairShuffles {
 
 constexpr PairShuffles PAIR_SHUFFLES;
 
-/** From 0 on a shuffle that changes nothing, from `n` on one that moves the bytes down by `n`, up to 8. */
-alignas(16) constexpr unsigned char SHIFTS[24] = {0,  1,  2,  3,  4,    5,    6,    7,    8,    9,    10,   11,
-                                                  12, 13, 14, 15, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80};
-
 KX7_AVX2 inline __m128i inOrder(__m128i found, unsigned int pairs)
 {
-    return _mm_shuffle_epi8(found,
-                            _mm_load_si128(reinterpret_cast<__m128i const*>(PAIR_SHUFFLES.shuffles[pairs & 0xFF])));
-}
-
-/** Stores the first `count` bytes, of which there are 8 at least. */
-KX7_AVX2 inline void storeExactly(unsigned char* out, __m128i bytes, std::ptrdiff_t count)
-{
-    _mm_storel_epi64(reinterpret_cast<__m128i*>(out), bytes);
-    __m128i const shift = _mm_loadu_si128(reinterpret_cast<__m128i const*>(SHIFTS + count - 8));
-    _mm_storel_epi64(reinterpret_cast<__m128i*>(out + count - 8), _mm_shuffle_epi8(bytes, shift));
+    return shuffled(found, PAIR_SHUFFLES.shuffles[pairs & 0xFF]);
 }
 
 /** The codes of 16 units: a bit for each that is two bytes. */
@@ -80,7 +66,36 @@ struct Codes {
         return _mm_movemask_epi8(_mm_cmpeq_epi16(least, _mm_setzero_si128())) == 0;
     }
 
+    KX7_AVX2 size_t count() const { return static_cast<size_t>(CODES + __builtin_popcount(pairs())); }
+
+    KX7_AVX2 unsigned char* store(unsigned char* out) const
+    {
+        uint32_t const areTwo = pairs();
+        for (int i = 0; i < 3; ++i) {
+            uint32_t const mask = areTwo >> (8 * i) & 0xFF;
+            store128(out, inOrder(eights[i], mask));
+            out += FEW_CODES + __builtin_popcount(mask);
+        }
+        return storeExactly(out, {inOrder(eights[3], areTwo >> 24), FEW_CODES + __builtin_popcount(areTwo >> 24)});
+    }
+
+private:
     KX7_AVX2 uint32_t pairs() const { return pairsOf(eights[0], eights[1]) | pairsOf(eights[2], eights[3]) << 16; }
+};
+
+/** The codes of 8 units. */
+struct FewCodes {
+    __m128i found;
+
+    KX7_AVX2 FewCodes(unsigned short const* codes, unsigned short const* in) : found(codesOfEight(codes, in)) {}
+
+    KX7_AVX2 bool areComplete() const { return _mm_movemask_epi8(_mm_cmpeq_epi16(found, _mm_setzero_si128())) == 0; }
+
+    KX7_AVX2 unsigned char* store(unsigned char* out) const
+    {
+        uint32_t const areTwo = pairsOf(found, found) & 0xFF;
+        return storeExactly(out, {inOrder(found, areTwo), FEW_CODES + __builtin_popcount(areTwo)});
+    }
 };
 
 /** Whether, and for which units, ASCII is written as it is. Sets differ in some controls and in punctuation. */
@@ -91,10 +106,9 @@ public:
         for (int i = 0x20; i < 0x80; i += 16) {
             __m256i units = _mm256_setr_epi16(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15);
             units = _mm256_add_epi16(units, _mm256_set1_epi16(static_cast<short>(i)));
-            __m256i const same =
-                _mm256_cmpeq_epi16(units, _mm256_loadu_si256(reinterpret_cast<__m256i const*>(codes + i)));
+            __m256i const same = _mm256_cmpeq_epi16(units, load256(codes + i));
             // U+007F is none of those looked for.
-            auto const differ = ~static_cast<uint32_t>(_mm256_movemask_epi8(same));
+            auto const differ = ~signsOf(same);
             if ((i == 0x70 ? differ << 2 : differ) != 0)
                 m_isItself = false;
         }
@@ -105,11 +119,11 @@ public:
     /** The 32 units at `in` are such, and stored in `bytes`. */
     KX7_AVX2 bool find(unsigned short const* in, __m256i& bytes) const
     {
-        __m256i const first = _mm256_loadu_si256(reinterpret_cast<__m256i const*>(in));
-        __m256i const second = _mm256_loadu_si256(reinterpret_cast<__m256i const*>(in + 16));
+        __m256i const first = load256(in);
+        __m256i const second = load256(in + 16);
         if (!_mm256_testz_si256(_mm256_or_si256(first, second), _mm256_set1_epi16(static_cast<short>(0xFF80))))
             return false;
-        bytes = _mm256_permute4x64_epi64(_mm256_packus_epi16(first, second), 0xD8);
+        bytes = narrowed(first, second);
         __m256i const isGraphic = _mm256_and_si256(_mm256_cmpgt_epi8(bytes, _mm256_set1_epi8(0x1F)),
                                                    _mm256_cmpgt_epi8(_mm256_set1_epi8(0x7F), bytes));
         __m256i const isLineEnd = _mm256_or_si256(_mm256_cmpeq_epi8(bytes, _mm256_set1_epi8('\n')),
@@ -130,75 +144,6 @@ public:
 private:
     bool m_isItself;
 };
-
-/** Blocks of 32 units up to the first with one that the table lacks. */
-KX7_AVX2 inline void encodeBlocks(Ascii const& ascii, unsigned short const* codes, unsigned short const*& inOut,
-                                  unsigned short const* end, unsigned char*& outOut, unsigned char* outEnd)
-{
-    unsigned short const* in = inOut;
-    unsigned char* out = outOut;
-    while (end - in >= BLOCK && outEnd - out >= 2 * BLOCK) {
-        __m256i narrow;
-        if (ascii.find(in, narrow)) {
-            _mm256_storeu_si256(reinterpret_cast<__m256i*>(out), narrow);
-            in += BLOCK;
-            out += BLOCK;
-            continue;
-        }
-        Codes const found(codes, in);
-        if (!found.areComplete())
-            break;
-        uint32_t const pairs = found.pairs();
-        for (int i = 0; i < 3; ++i) {
-            uint32_t const mask = pairs >> (8 * i) & 0xFF;
-            _mm_storeu_si128(reinterpret_cast<__m128i*>(out), inOrder(found.eights[i], mask));
-            out += SMALL_BLOCK + __builtin_popcount(mask);
-        }
-        std::ptrdiff_t const last = SMALL_BLOCK + __builtin_popcount(pairs >> 24);
-        storeExactly(out, inOrder(found.eights[3], pairs >> 24), last);
-        out += last;
-        in += BLOCK;
-    }
-    inOut = in;
-    outOut = out;
-}
-
-/** The same of 8 units. */
-KX7_AVX2 inline void encodeSmallBlocks(unsigned short const* codes, unsigned short const*& in,
-                                       unsigned short const* end, unsigned char*& out, unsigned char* outEnd)
-{
-    while (end - in >= SMALL_BLOCK && outEnd - out >= 2 * SMALL_BLOCK) {
-        __m128i const found = codesOfEight(codes, in);
-        if (_mm_movemask_epi8(_mm_cmpeq_epi16(found, _mm_setzero_si128())) != 0)
-            break;
-        uint32_t const pairs = pairsOf(found, found) & 0xFF;
-        std::ptrdiff_t const count = SMALL_BLOCK + __builtin_popcount(pairs);
-        storeExactly(out, inOrder(found, pairs), count);
-        in += SMALL_BLOCK;
-        out += count;
-    }
-}
-
-/** The bytes of blocks of 32 units up to the first with one that the table lacks. */
-KX7_AVX2 inline size_t countBlocks(Ascii const& ascii, unsigned short const* codes, unsigned short const*& in,
-                                   unsigned short const* end)
-{
-    size_t bytes = 0;
-    while (end - in >= BLOCK) {
-        __m256i narrow;
-        if (ascii.find(in, narrow)) {
-            bytes += BLOCK;
-        }
-        else {
-            Codes const found(codes, in);
-            if (!found.areComplete())
-                break;
-            bytes += static_cast<size_t>(BLOCK + __builtin_popcount(found.pairs()));
-        }
-        in += BLOCK;
-    }
-    return bytes;
-}
 
 /**
  * For four 32-bit lanes the shuffle that keeps what is written: of lanes in the low four bits of the mask only the
@@ -245,34 +190,29 @@ KX7_AVX2 inline __m256i fourBytesOfLanes(__m256i index)
 struct LongBlock {
     __m256i bytes;         ///< of the high byte that a single byte lacks, 0
     uint32_t masks[2];     ///< of four lanes each, as of LANE_SHUFFLES
-    std::ptrdiff_t units;  ///< all but a last one whose partner is behind the block; 0: some are lacking
+    std::ptrdiff_t units;  ///< all but a last one whose partner is after the block; 0: some are lacking
+    bool isWhole;          ///< no unit is lacking
     bool hasLong;          ///< there are codes of four bytes
 
     size_t count() const { return size_t{LANE_SHUFFLES.lengths[masks[0]]} + LANE_SHUFFLES.lengths[masks[1]]; }
 };
-
-KX7_AVX2 inline uint32_t lanesOf(__m256i mask)
-{
-    return static_cast<uint32_t>(_mm256_movemask_ps(_mm256_castsi256_ps(mask)));
-}
 
 /** 8 units, and the surrogate pairs among them. */
 struct Lanes {
     __m256i units;
     __m256i isHigh;
     uint32_t highs;
-    uint32_t partners;  ///< the low surrogates behind these
+    uint32_t partners;  ///< the low surrogates after these
 
-    KX7_AVX2 explicit Lanes(unsigned short const* in)
-        : units(_mm256_cvtepu16_epi32(_mm_loadu_si128(reinterpret_cast<__m128i const*>(in))))
+    KX7_AVX2 explicit Lanes(unsigned short const* in) : units(_mm256_cvtepu16_epi32(load128(in)))
     {
         __m256i const kind = _mm256_and_si256(units, _mm256_set1_epi32(0xFC00));
         isHigh = _mm256_cmpeq_epi32(kind, _mm256_set1_epi32(0xD800));
-        highs = lanesOf(isHigh);
-        partners = highs << 1 & lanesOf(_mm256_cmpeq_epi32(kind, _mm256_set1_epi32(0xDC00)));
+        highs = signsOfLanes(isHigh);
+        partners = highs << 1 & signsOfLanes(_mm256_cmpeq_epi32(kind, _mm256_set1_epi32(0xDC00)));
     }
 
-    /** High surrogates that have no partner, but for one whose partner may be behind the block. */
+    /** High surrogates that have no partner, but for one whose partner may be after the block. */
     uint32_t unpaired() const { return highs & ~(partners >> 1) & 0x7F; }
 
     /** The block of these `bytes`, of which those in `isLong` are made of an index. */
@@ -287,21 +227,22 @@ struct Lanes {
         bytes = _mm256_blendv_epi8(bytes, fourBytesOfLanes(index), isLong);
         __m256i const isSingle =
             _mm256_cmpeq_epi32(_mm256_and_si256(bytes, _mm256_set1_epi32(0xFF)), _mm256_setzero_si256());
-        uint32_t const longs = lanesOf(isLong);
-        uint32_t const single = lanesOf(isSingle);
+        uint32_t const longs = signsOfLanes(isLong);
+        uint32_t const single = signsOfLanes(isSingle);
         uint32_t const taken = (0xFFU >> (highs >> 7)) & ~partners;
         uint32_t const ones = (single | longs) & taken;
         uint32_t const twos = ~single & taken;
         return {bytes,
                 {(ones & 0xF) | (twos & 0xF) << 4, ones >> 4 | (twos & 0xF0)},
                 8 - static_cast<std::ptrdiff_t>(highs >> 7),
+                true,
                 longs != 0};
     }
 };
 
-constexpr LongBlock LACKING = {{}, {0, 0}, 0, false};
+constexpr LongBlock LACKING = {{}, {0, 0}, 0, false, false};
 
-/** 8 units that are ASCII, of `run` or in pairs, without a look-up of their codes. */
+/** 8 units that are ASCII, of `run` or in pairs, without a lookup of their codes. */
 KX7_AVX2 inline LongBlock longBlockOf(UnitRun const& run, Ascii const& ascii, unsigned short const* in)
 {
     Lanes const lanes(in);
@@ -309,7 +250,7 @@ KX7_AVX2 inline LongBlock longBlockOf(UnitRun const& run, Ascii const& ascii, un
     __m256i const extent = _mm256_set1_epi32(static_cast<int>(run.extent));
     __m256i const isInRun = _mm256_cmpeq_epi32(_mm256_min_epu32(place, extent), place);
     __m256i const isLong = _mm256_or_si256(isInRun, lanes.isHigh);
-    uint32_t const known = lanesOf(_mm256_or_si256(isLong, ascii.lanesOf(lanes.units))) | lanes.partners;
+    uint32_t const known = signsOfLanes(_mm256_or_si256(isLong, ascii.lanesOf(lanes.units))) | lanes.partners;
     if (known != 0xFF || lanes.unpaired() != 0)
         return LACKING;
     return lanes.block(_mm256_slli_epi32(lanes.units, 8), isLong,
@@ -325,12 +266,12 @@ KX7_AVX2 inline LongBlock longBlock(GB18030Codes const& codes, unsigned short co
     // High byte first, as it is written.
     __m256i const bytes = _mm256_cvtepu16_epi32(_mm_or_si128(_mm_slli_epi16(found, 8), _mm_srli_epi16(found, 8)));
     __m256i const isMissing = _mm256_cmpeq_epi32(bytes, zero);
-    uint32_t const fourBytes = lanesOf(isMissing) & ~lanes.highs & ~lanes.partners;
+    uint32_t const fourBytes = signsOfLanes(isMissing) & ~lanes.highs & ~lanes.partners;
     uint32_t lacking = lanes.unpaired();
     __m256i index = zero;
     if (fourBytes != 0) {
         __m256i const indexes = _mm256_cvtepu16_epi32(codesOfEight(codes.fourByte, in));
-        lacking |= fourBytes & lanesOf(_mm256_cmpeq_epi32(indexes, zero));
+        lacking |= fourBytes & signsOfLanes(_mm256_cmpeq_epi32(indexes, zero));
         index = _mm256_sub_epi32(indexes, _mm256_set1_epi32(1));
         unsigned short const last = in[31 - __builtin_clz(fourBytes)];
         if (!run.has(last))
@@ -346,7 +287,7 @@ KX7_AVX2 inline bool allAsciiIsSingle(unsigned short const* codes)
 {
     __m256i all = _mm256_set1_epi16(1);
     for (int i = 0; i < 0x80; i += 16) {
-        __m256i const some = _mm256_loadu_si256(reinterpret_cast<__m256i const*>(codes + i));
+        __m256i const some = load256(codes + i);
         __m256i const shifted = _mm256_insert_epi16(some, static_cast<short>(i == 0 ? 1 : codes[i]), 0);
         // 0 becomes the greatest value.
         all = _mm256_max_epu16(all, _mm256_sub_epi16(shifted, _mm256_set1_epi16(1)));
@@ -362,7 +303,7 @@ struct KnownUnits {
 
     KX7_AVX2 KnownUnits(UnitRun const& run, bool isAsciiSingle, unsigned short const* in)
     {
-        __m256i const lanes = _mm256_loadu_si256(reinterpret_cast<__m256i const*>(in));
+        __m256i const lanes = load256(in);
         __m256i const kind = _mm256_and_si256(lanes, _mm256_set1_epi16(static_cast<short>(0xFC00)));
         __m256i const place = _mm256_sub_epi16(lanes, _mm256_set1_epi16(static_cast<short>(run.first)));
         uint32_t const isInRun = run.first <= 0xFFFF ? atMost(place, static_cast<unsigned short>(run.extent)) : 0;
@@ -371,7 +312,7 @@ struct KnownUnits {
         uint32_t const isHigh = equal(kind, 0xD800);
         uint32_t const isPartner = isHigh << 2 & equal(kind, 0xDC00);
         areAll = (isInRun | isAscii | isHigh | isPartner) == ~UINT32_C(0) && (isHigh << 2 & ~isPartner) == 0;
-        units = BLOCK / 2 - static_cast<std::ptrdiff_t>(isHigh >> 31);
+        units = CODES / 2 - static_cast<std::ptrdiff_t>(isHigh >> 31);
         bytes =
             static_cast<size_t>(__builtin_popcount(isAscii) + 4 * __builtin_popcount(isInRun | (isHigh & 0x3FFFFFFF))) /
             2;
@@ -391,7 +332,7 @@ private:
     }
 };
 
-/** Stores what is written, and up to 16 bytes behind; returns where it ends. */
+/** Stores what is written, and up to 16 bytes after; returns where it ends. */
 KX7_AVX2 inline unsigned char* store(unsigned char* to, LongBlock const& block)
 {
     for (int half = 0; half < 2; ++half) {
@@ -399,47 +340,58 @@ KX7_AVX2 inline unsigned char* store(unsigned char* to, LongBlock const& block)
             half == 0 ? _mm256_castsi256_si128(block.bytes) : _mm256_extracti128_si256(block.bytes, 1);
         uint32_t const mask = block.masks[half];
         __m128i const shuffle = _mm_load_si128(reinterpret_cast<__m128i const*>(LANE_SHUFFLES.shuffles[mask]));
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(to), _mm_shuffle_epi8(lanes, shuffle));
+        store128(to, _mm_shuffle_epi8(lanes, shuffle));
         to += LANE_SHUFFLES.lengths[mask];
     }
     return to;
 }
+
+/** As DoubleByteEncodeLoops.h has it. */
+struct DoubleByteAvx2 {
+    using Ascii = kx7::Ascii;
+    using Codes = kx7::Codes;
+    using FewCodes = kx7::FewCodes;
+    using Block = LongBlock;
+    using KnownUnits = kx7::KnownUnits;
+
+    KX7_AVX2 static bool isAsciiSingle(unsigned short const* codes) { return allAsciiIsSingle(codes); }
+    KX7_AVX2 static Block blockOf(GB18030Codes const& codes, unsigned short const* in, UnitRun& run)
+    {
+        return longBlock(codes, in, run);
+    }
+};
 
 }  // namespace
 
 KX7_AVX2 void encodeDoubleByteAvx2(unsigned short const* codes, unsigned short const*& in, unsigned short const* end,
                                    unsigned char*& out, unsigned char* outEnd)
 {
-    if (end - in >= BLOCK)
-        encodeBlocks(Ascii(codes), codes, in, end, out, outEnd);
-    encodeSmallBlocks(codes, in, end, out, outEnd);
-    encodeDoubleByteOneByOne(codes, in, end, out, outEnd);
+    encodeDoubleByteBy<DoubleByteAvx2>(codes, in, end, out, outEnd);
 }
 
 KX7_AVX2 size_t countDoubleByteAvx2(unsigned short const* codes, unsigned short const*& in, unsigned short const* end)
 {
-    size_t const bytes = end - in >= BLOCK ? countBlocks(Ascii(codes), codes, in, end) : 0;
-    return bytes + countDoubleByteOneByOne(codes, in, end);
+    return countDoubleByteBy<DoubleByteAvx2>(codes, in, end);
 }
 
 KX7_AVX2 void encodeGB18030Avx2(GB18030Codes const& codes, unsigned short const*& in, unsigned short const* end,
                                 unsigned char*& out, unsigned char* outEnd)
 {
     // Short texts seldom need more than this.
-    if (end - in < BLOCK)
-        encodeSmallBlocks(codes.oneOrTwo, in, end, out, outEnd);
-    if (end - in >= SMALL_BLOCK) {
+    if (end - in < CODES)
+        encodeFew<DoubleByteAvx2>(codes.oneOrTwo, in, end, out, outEnd);
+    if (end - in >= FEW_CODES) {
         Ascii const ascii(codes.oneOrTwo);
         UnitRun run;
         for (;;) {
-            encodeBlocks(ascii, codes.oneOrTwo, in, end, out, outEnd);
+            encodeBlocks<DoubleByteAvx2>(ascii, codes.oneOrTwo, in, end, out, outEnd);
             bool goesOn = true;
             bool hasLong = true;
             while (goesOn && hasLong) {
-                unsigned char buffer[4 * COLLECTED + 16];
+                unsigned char buffer[4 * COLLECTED_UNITS + 16];
                 unsigned char* to = buffer;
-                for (int i = 0; i < COLLECTED / SMALL_BLOCK; ++i) {
-                    goesOn = end - in >= SMALL_BLOCK && outEnd - out - (to - buffer) >= 4 * SMALL_BLOCK;
+                for (int i = 0; i < COLLECTED_UNITS / FEW_CODES; ++i) {
+                    goesOn = end - in >= FEW_CODES && outEnd - out - (to - buffer) >= 4 * FEW_CODES;
                     if (!goesOn)
                         break;
                     LongBlock block = longBlockOf(run, ascii, in);
@@ -464,31 +416,7 @@ KX7_AVX2 void encodeGB18030Avx2(GB18030Codes const& codes, unsigned short const*
 
 KX7_AVX2 size_t countGB18030Avx2(GB18030Codes const& codes, unsigned short const*& in, unsigned short const* end)
 {
-    size_t bytes = 0;
-    if (end - in >= BLOCK) {
-        bool const isAsciiSingle = allAsciiIsSingle(codes.oneOrTwo);
-        UnitRun run;
-        do {
-            KnownUnits const known(run, isAsciiSingle, in);
-            if (known.areAll) {
-                in += known.units;
-                bytes += known.bytes;
-                continue;
-            }
-            Codes const found(codes.oneOrTwo, in);
-            if (found.areComplete()) {
-                in += BLOCK;
-                bytes += static_cast<size_t>(BLOCK + __builtin_popcount(found.pairs()));
-                continue;
-            }
-            LongBlock const block = longBlock(codes, in, run);
-            if (block.units == 0)
-                break;
-            in += block.units;
-            bytes += block.count();
-        } while (end - in >= BLOCK);
-    }
-    return bytes + countGB18030OneByOne(codes, in, end);
+    return countGB18030By<DoubleByteAvx2>(codes, in, end);
 }
 
 }  // namespace kx7

@@ -1,36 +1,26 @@
 // kx7text - encoding of sets of one and two bytes, and GB 18030, with AVX-512 (VBMI, VBMI2).
 //
 // 32 units at a time: their codes are looked up one by one, which is faster than a gather, and collected in a register.
-// There the bytes of each code are swapped, and the high bytes that are zero are squeezed out. Blocks of ASCII are
+// There the bytes of each code are swapped, and the high bytes that are zero are compressed out. Blocks of ASCII are
 // looked up by permutation in the first 128 codes, as far as these are single bytes, so that it does not matter which
 // of them the set writes otherwise. What is shorter than a block is taken 8 units at a time, then one by one.
 #include "kx7/kernels/Avx512.h"
 
 #ifdef KX7_X86_KERNELS
 
-#include "kx7/kernels/DoubleByteEncode.h"
+#include "kx7/kernels/vector/Avx512.h"
+
+#define KX7_TARGET KX7_AVX512
+#include "kx7/kernels/DoubleByteEncodeLoops.h"
 
 namespace kx7 {
 
 namespace {
 
-constexpr std::ptrdiff_t BLOCK = 32;
-constexpr std::ptrdiff_t SMALL_BLOCK = 8;
-
-KX7_AVX512 inline __m512i codesOfBlock(unsigned short const* codes, unsigned short const* in)
-{
-    return _mm512_inserti64x4(_mm512_castsi256_si512(codesOfSixteen(codes, in)), codesOfSixteen(codes, in + 16), 1);
-}
-
 /** A shuffle that puts the high byte of each 16-bit lane first. */
 KX7_AVX512 inline __m512i swapInBlock()
 {
     return _mm512_set4_epi32(0x0E0F0C0D, 0x0A0B0809, 0x06070405, 0x02030001);
-}
-
-KX7_AVX512 inline int countOfPairs(__m512i found)
-{
-    return __builtin_popcount(_mm512_cmpgt_epu16_mask(found, _mm512_set1_epi16(0xFF)));
 }
 
 /** What ASCII is written as where that is one byte, else 0. */
@@ -75,76 +65,51 @@ private:
     }
 };
 
-/** Writes the 32 codes, none of which is 0; there is room for 64 bytes. Returns the bytes. */
-KX7_AVX512 inline std::ptrdiff_t storeBlock(unsigned char* out, __m512i found)
-{
-    std::ptrdiff_t const count = BLOCK + countOfPairs(found);
-    __m512i const bytes = _mm512_shuffle_epi8(found, swapInBlock());
-    __mmask64 const kept = _mm512_test_epi8_mask(bytes, bytes) | UINT64_C(0xAAAAAAAAAAAAAAAA);
-    _mm512_mask_storeu_epi8(out, ~UINT64_C(0) >> (2 * BLOCK - count), _mm512_maskz_compress_epi8(kept, bytes));
-    return count;
-}
+/** The codes of 32 units. */
+struct Codes {
+    __m512i found;
 
-/** Blocks of 32 units up to the first with one that the table lacks. */
-KX7_AVX512 inline void encodeBlocks(AsciiTable const& asciiTable, unsigned short const* codes,
-                                    unsigned short const*& in, unsigned short const* end, unsigned char*& out,
-                                    unsigned char* outEnd)
-{
-    while (end - in >= BLOCK && outEnd - out >= 2 * BLOCK) {
-        __m256i ascii;
-        if (asciiTable.find(in, ascii)) {
-            _mm256_storeu_si256(reinterpret_cast<__m256i*>(out), ascii);
-            out += BLOCK;
-        }
-        else {
-            __m512i const found = codesOfBlock(codes, in);
-            if (_mm512_testn_epi16_mask(found, found) != 0)
-                break;
-            out += storeBlock(out, found);
-        }
-        in += BLOCK;
+    KX7_AVX512 Codes(unsigned short const* codes, unsigned short const* in)
+        : found(
+              _mm512_inserti64x4(_mm512_castsi256_si512(codesOfSixteen(codes, in)), codesOfSixteen(codes, in + 16), 1))
+    {
     }
-}
 
-/** The same of 8 units. */
-KX7_AVX512 inline void encodeSmallBlocks(unsigned short const* codes, unsigned short const*& in,
-                                         unsigned short const* end, unsigned char*& out, unsigned char* outEnd)
-{
-    while (end - in >= SMALL_BLOCK && outEnd - out >= 2 * SMALL_BLOCK) {
-        __m128i const found = codesOfEight(codes, in);
-        if (_mm_testn_epi16_mask(found, found) != 0)
-            break;
-        std::ptrdiff_t const count =
-            SMALL_BLOCK + __builtin_popcount(_mm_cmpgt_epu16_mask(found, _mm_set1_epi16(0xFF)));
+    KX7_AVX512 bool areComplete() const { return _mm512_testn_epi16_mask(found, found) == 0; }
+
+    KX7_AVX512 size_t count() const
+    {
+        return static_cast<size_t>(CODES + __builtin_popcount(_mm512_cmpgt_epu16_mask(found, _mm512_set1_epi16(0xFF))));
+    }
+
+    KX7_AVX512 unsigned char* store(unsigned char* out) const
+    {
+        auto const length = static_cast<std::ptrdiff_t>(count());
+        __m512i const bytes = _mm512_shuffle_epi8(found, swapInBlock());
+        __mmask64 const kept = _mm512_test_epi8_mask(bytes, bytes) | UINT64_C(0xAAAAAAAAAAAAAAAA);
+        _mm512_mask_storeu_epi8(out, ~UINT64_C(0) >> (2 * CODES - length), _mm512_maskz_compress_epi8(kept, bytes));
+        return out + length;
+    }
+};
+
+/** The codes of 8 units. */
+struct FewCodes {
+    __m128i found;
+
+    KX7_AVX512 FewCodes(unsigned short const* codes, unsigned short const* in) : found(codesOfEight(codes, in)) {}
+
+    KX7_AVX512 bool areComplete() const { return _mm_testn_epi16_mask(found, found) == 0; }
+
+    KX7_AVX512 unsigned char* store(unsigned char* out) const
+    {
+        std::ptrdiff_t const length = FEW_CODES + __builtin_popcount(_mm_cmpgt_epu16_mask(found, _mm_set1_epi16(0xFF)));
         __m128i const bytes = _mm_shuffle_epi8(found, _mm512_castsi512_si128(swapInBlock()));
         auto const kept = static_cast<__mmask16>(_mm_test_epi8_mask(bytes, bytes) | 0xAAAA);
-        _mm_mask_storeu_epi8(out, static_cast<__mmask16>(0xFFFF >> (2 * SMALL_BLOCK - count)),
+        _mm_mask_storeu_epi8(out, static_cast<__mmask16>(0xFFFF >> (2 * FEW_CODES - length)),
                              _mm_maskz_compress_epi8(kept, bytes));
-        in += SMALL_BLOCK;
-        out += count;
+        return out + length;
     }
-}
-
-/** The bytes of blocks of 32 units up to the first with one that the table lacks. */
-KX7_AVX512 inline size_t countBlocks(AsciiTable const& asciiTable, unsigned short const* codes,
-                                     unsigned short const*& in, unsigned short const* end)
-{
-    size_t bytes = 0;
-    while (end - in >= BLOCK) {
-        __m256i ascii;
-        if (asciiTable.find(in, ascii)) {
-            bytes += BLOCK;
-        }
-        else {
-            __m512i const found = codesOfBlock(codes, in);
-            if (_mm512_testn_epi16_mask(found, found) != 0)
-                break;
-            bytes += static_cast<size_t>(BLOCK + countOfPairs(found));
-        }
-        in += BLOCK;
-    }
-    return bytes;
-}
+};
 
 /** GB 18030: four bytes a lane of 16 sequences. */
 KX7_AVX512 inline __m512i fourBytesOfLanes(__m512i index)
@@ -163,17 +128,17 @@ KX7_AVX512 inline __m512i fourBytesOfLanes(__m512i index)
 struct LongBlock {
     __m512i bytes;
     __mmask64 kept;
-    std::ptrdiff_t units;  ///< up to the first that the tables lack, or whose partner is behind the block
+    std::ptrdiff_t units;  ///< up to the first that the tables lack, or whose partner is after the block
     bool isWhole;          ///< no unit was lacking
     bool hasLong;          ///< there are codes of four bytes
 
-    std::ptrdiff_t count() const { return __builtin_popcountll(kept); }
+    size_t count() const { return static_cast<size_t>(__builtin_popcountll(kept)); }
 };
 
 /** The surrogate pairs among 16 units. */
 struct Pairs {
     uint32_t highs;
-    uint32_t partners;  ///< the low surrogates behind these
+    uint32_t partners;  ///< the low surrogates after these
 
     KX7_AVX512 explicit Pairs(__m256i units)
     {
@@ -182,10 +147,10 @@ struct Pairs {
         partners = highs << 1 & _mm256_cmpeq_epi16_mask(kind, _mm256_set1_epi16(static_cast<short>(0xDC00)));
     }
 
-    /** High surrogates that have no partner, but for one whose partner may be behind the block. */
+    /** High surrogates that have no partner, but for one whose partner may be after the block. */
     uint32_t unpaired() const { return highs & ~(partners >> 1) & 0x7FFF; }
 
-    /** All units but one whose partner may be behind the block. */
+    /** All units but one whose partner may be after the block. */
     std::ptrdiff_t whole() const { return 16 - static_cast<std::ptrdiff_t>(highs >> 15); }
 
     /** Puts the index of the four-byte sequence into the lanes of the high surrogates. */
@@ -199,7 +164,7 @@ struct Pairs {
     }
 };
 
-/** 16 units that are ASCII, of `run` or in pairs, without a look-up. `isWhole` is false, and all else void, if not. */
+/** 16 units that are ASCII, of `run` or in pairs, without a lookup. `isWhole` is false, and all else void, if not. */
 KX7_AVX512 inline LongBlock longBlockOf(UnitRun const& run, AsciiTable const& asciiTable, unsigned short const* in)
 {
     __m256i const narrow = _mm256_loadu_si256(reinterpret_cast<__m256i const*>(in));
@@ -241,7 +206,7 @@ struct KnownUnits {
         uint32_t const isLow = _mm512_cmpeq_epi16_mask(kind, _mm512_set1_epi16(static_cast<short>(0xDC00)));
         uint32_t const isPartner = isHigh << 1 & isLow;
         areAll = (isInRun | isAscii | isHigh | isPartner) == ~UINT32_C(0) && (isHigh << 1 & ~isPartner) == 0;
-        units = BLOCK - static_cast<std::ptrdiff_t>(isHigh >> 31);
+        units = CODES - static_cast<std::ptrdiff_t>(isHigh >> 31);
         bytes =
             static_cast<size_t>(__builtin_popcount(isAscii) + 4 * __builtin_popcount(isInRun | (isHigh & 0x7FFFFFFF)));
     }
@@ -287,22 +252,33 @@ KX7_AVX512 inline LongBlock longBlock(GB18030Codes const& codes, unsigned short 
     return {bytes, _mm512_test_epi8_mask(keep, keep), taken, lacking == 0, longs != 0};
 }
 
+/** As DoubleByteEncodeLoops.h has it. */
+struct DoubleByteAvx512 {
+    using Ascii = AsciiTable;
+    using Codes = kx7::Codes;
+    using FewCodes = kx7::FewCodes;
+    using Block = LongBlock;
+    using KnownUnits = kx7::KnownUnits;
+
+    KX7_AVX512 static bool isAsciiSingle(unsigned short const* codes) { return AsciiTable(codes).isComplete(); }
+    KX7_AVX512 static Block blockOf(GB18030Codes const& codes, unsigned short const* in, UnitRun& run)
+    {
+        return longBlock(codes, in, run);
+    }
+};
+
 }  // namespace
 
 KX7_AVX512 void encodeDoubleByteAvx512(unsigned short const* codes, unsigned short const*& in,
                                        unsigned short const* end, unsigned char*& out, unsigned char* outEnd)
 {
-    if (end - in >= BLOCK)
-        encodeBlocks(AsciiTable(codes), codes, in, end, out, outEnd);
-    encodeSmallBlocks(codes, in, end, out, outEnd);
-    encodeDoubleByteOneByOne(codes, in, end, out, outEnd);
+    encodeDoubleByteBy<DoubleByteAvx512>(codes, in, end, out, outEnd);
 }
 
 KX7_AVX512 size_t countDoubleByteAvx512(unsigned short const* codes, unsigned short const*& in,
                                         unsigned short const* end)
 {
-    size_t const bytes = end - in >= BLOCK ? countBlocks(AsciiTable(codes), codes, in, end) : 0;
-    return bytes + countDoubleByteOneByOne(codes, in, end);
+    return countDoubleByteBy<DoubleByteAvx512>(codes, in, end);
 }
 
 KX7_AVX512 void encodeGB18030Avx512(GB18030Codes const& codes, unsigned short const*& in, unsigned short const* end,
@@ -310,13 +286,13 @@ KX7_AVX512 void encodeGB18030Avx512(GB18030Codes const& codes, unsigned short co
 {
     constexpr std::ptrdiff_t LONG_BLOCK = 16;
     // Short texts seldom need more than this.
-    if (end - in < BLOCK)
-        encodeSmallBlocks(codes.oneOrTwo, in, end, out, outEnd);
+    if (end - in < CODES)
+        encodeFew<DoubleByteAvx512>(codes.oneOrTwo, in, end, out, outEnd);
     if (end - in >= LONG_BLOCK) {
         AsciiTable const asciiTable(codes.oneOrTwo);
         UnitRun run;
         for (;;) {
-            encodeBlocks(asciiTable, codes.oneOrTwo, in, end, out, outEnd);
+            encodeBlocks<DoubleByteAvx512>(asciiTable, codes.oneOrTwo, in, end, out, outEnd);
             bool hasLong;
             do {
                 if (end - in < LONG_BLOCK || outEnd - out < 4 * LONG_BLOCK)
@@ -326,7 +302,7 @@ KX7_AVX512 void encodeGB18030Avx512(GB18030Codes const& codes, unsigned short co
                     block = longBlock(codes, in, run);
                 if (block.units == 0)
                     return;
-                std::ptrdiff_t const count = block.count();
+                auto const count = static_cast<std::ptrdiff_t>(block.count());
                 _mm512_mask_storeu_epi8(out, ~UINT64_C(0) >> (4 * LONG_BLOCK - count),
                                         _mm512_maskz_compress_epi8(block.kept, block.bytes));
                 in += block.units;
@@ -338,37 +314,13 @@ KX7_AVX512 void encodeGB18030Avx512(GB18030Codes const& codes, unsigned short co
         }
     }
 rest:
-    encodeSmallBlocks(codes.oneOrTwo, in, end, out, outEnd);
+    encodeFew<DoubleByteAvx512>(codes.oneOrTwo, in, end, out, outEnd);
     encodeGB18030OneByOne(codes, in, end, out, outEnd);
 }
 
 KX7_AVX512 size_t countGB18030Avx512(GB18030Codes const& codes, unsigned short const*& in, unsigned short const* end)
 {
-    size_t bytes = 0;
-    if (end - in >= BLOCK) {
-        bool const isAsciiSingle = AsciiTable(codes.oneOrTwo).isComplete();
-        UnitRun run;
-        do {
-            KnownUnits const known(run, isAsciiSingle, in);
-            if (known.areAll) {
-                in += known.units;
-                bytes += known.bytes;
-                continue;
-            }
-            __m512i const found = codesOfBlock(codes.oneOrTwo, in);
-            if (_mm512_testn_epi16_mask(found, found) == 0) {
-                in += BLOCK;
-                bytes += static_cast<size_t>(BLOCK + countOfPairs(found));
-                continue;
-            }
-            LongBlock const block = longBlock(codes, in, run);
-            in += block.units;
-            bytes += static_cast<size_t>(block.count());
-            if (!block.isWhole)
-                return bytes;
-        } while (end - in >= BLOCK);
-    }
-    return bytes + countGB18030OneByOne(codes, in, end);
+    return countGB18030By<DoubleByteAvx512>(codes, in, end);
 }
 
 }  // namespace kx7

@@ -2,13 +2,15 @@
 //
 // Takes 64 bytes at a time. Where four bytes begin follows from which bytes are leads and digits, by arithmetic on bit
 // sets (MultibyteStructure.h). The unit of what would begin at each place is made in vectors, four bytes or ASCII, and
-// the characters are then walked bit by bit, so that nothing is branched on where words end: nobody can predict that.
+// the characters are then gone through bit by bit, so that nothing is branched on where words end: nobody can predict
+// that.
 #include "kx7/kernels/Avx2.h"
 
 #ifdef KX7_X86_KERNELS
 
 #include "kx7/base/Utf16.h"
 #include "kx7/kernels/MultibyteStructure.h"
+#include "kx7/kernels/vector/Avx2.h"
 
 namespace kx7 {
 
@@ -16,34 +18,12 @@ namespace {
 
 constexpr std::ptrdiff_t HALF = 32;
 
-KX7_AVX2 inline __m256i loadBytes(unsigned char const* p)
-{
-    return _mm256_loadu_si256(reinterpret_cast<__m256i const*>(p));
-}
-
-KX7_AVX2 inline uint64_t bitsOf(__m256i low, __m256i high)
-{
-    return static_cast<uint32_t>(_mm256_movemask_epi8(low)) |
-           static_cast<uint64_t>(static_cast<uint32_t>(_mm256_movemask_epi8(high))) << HALF;
-}
-
-KX7_AVX2 inline __m256i within(__m256i bytes, int first, int last)
-{
-    __m256i const distance = _mm256_sub_epi8(bytes, _mm256_set1_epi8(static_cast<char>(first)));
-    return _mm256_cmpeq_epi8(_mm256_min_epu8(distance, _mm256_set1_epi8(static_cast<char>(last - first))), distance);
-}
-
 /** Bytes that are their own units. */
 KX7_AVX2 inline __m256i isSame(__m256i bytes, __m256i sets)
 {
-    __m256i const nibble = _mm256_set1_epi8(0xF);
-    __m256i const bits = _mm256_set1_epi64x(static_cast<int64_t>(0x8040201008040201));
-    __m256i const bit = _mm256_shuffle_epi8(bits, _mm256_and_si256(_mm256_srli_epi16(bytes, 4), nibble));
     // A shuffle by a byte from 0x80 gives 0, in which no bit is found.
-    return _mm256_cmpeq_epi8(
-        _mm256_and_si256(_mm256_shuffle_epi8(sets, _mm256_and_si256(bytes, _mm256_set1_epi8(static_cast<char>(0x8F)))),
-                         bit),
-        bit);
+    __m256i const low = _mm256_and_si256(bytes, _mm256_set1_epi8(static_cast<char>(0x8F)));
+    return hasBits(_mm256_shuffle_epi8(sets, low), bitOfRow(highNibbles(bytes)));
 }
 
 /**
@@ -52,7 +32,7 @@ KX7_AVX2 inline __m256i isSame(__m256i bytes, __m256i sets)
  */
 KX7_AVX2 inline void storeUnits(unsigned int* units, unsigned char const* in, FourByteRun const& run)
 {
-    __m256i const bytes = loadBytes(in);
+    __m256i const bytes = load256(in);
     // From the first byte of a character: 0x81 to 0xFE, 0x30 to 0x39, and the same again.
     __m256i const digits = _mm256_sub_epi8(bytes, _mm256_set1_epi32(0x30813081));
     __m256i const inSpan = _mm256_cmpeq_epi8(_mm256_min_epu8(digits, _mm256_set1_epi32(0x097D097D)), digits);
@@ -66,7 +46,7 @@ KX7_AVX2 inline void storeUnits(unsigned int* units, unsigned char const* in, Fo
     __m256i const ofFour = _mm256_add_epi32(inRun, _mm256_set1_epi32(static_cast<int>(run.unit)));
     __m256i const firsts = _mm256_slli_epi32(bytes, 24);
     __m256i const ascii = _mm256_andnot_si256(_mm256_srai_epi32(firsts, 31), _mm256_srli_epi32(firsts, 24));
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(units), _mm256_blendv_epi8(ascii, ofFour, isInRun));
+    store256(units, _mm256_blendv_epi8(ascii, ofFour, isInRun));
 }
 
 }  // namespace
@@ -84,10 +64,10 @@ KX7_AVX2 void decodeFourBytesAvx2(PairUnits const& pairs, FourByteRun const& run
     unsigned int units[STRUCTURE_BLOCK];
     bool more = true;
     while (more && end - in >= STRUCTURE_BLOCK + 3 && outEnd - out >= STRUCTURE_BLOCK) {
-        __m256i const low = loadBytes(in);
-        __m256i const high = loadBytes(in + HALF);
-        GB18030Bytes const is = {bitsOf(within(low, 0x81, 0xFE), within(high, 0x81, 0xFE)),
-                                 bitsOf(within(low, '0', '9'), within(high, '0', '9'))};
+        __m256i const low = load256(in);
+        __m256i const high = load256(in + HALF);
+        GB18030Bytes const is = {signsOf(isWithin(low, 0x81, 0xFE), isWithin(high, 0x81, 0xFE)),
+                                 signsOf(isWithin(low, '0', '9'), isWithin(high, '0', '9'))};
         uint64_t const ofFour = beginsOfFour(is.candidatesOfFour());
         // Longer runs of ASCII are left to who is faster at them.
         if (ofFour == 0)
@@ -96,13 +76,13 @@ KX7_AVX2 void decodeFourBytesAvx2(PairUnits const& pairs, FourByteRun const& run
             storeUnits(units + i * QUARTER, in + i, run);
             storeUnits(units + i * QUARTER + QUARTER / 2, in + HALF + i, run);
         }
-        uint64_t const behind = ofFour << 1 | ofFour << 2 | ofFour << 3;
-        uint64_t const sure = ofFour | behind | bitsOf(isSame(low, same), isSame(high, same));
+        uint64_t const following = ofFour << 1 | ofFour << 2 | ofFour << 3;
+        uint64_t const sure = ofFour | following | signsOf(isSame(low, same), isSame(high, same));
         uint64_t const before = (~sure & (sure + 1)) - 1;
         if (before == 0)
             break;
         std::ptrdiff_t taken = __builtin_popcountll(before);
-        for (uint64_t begins = ~behind & before; begins != 0; begins &= begins - 1) {
+        for (uint64_t begins = ~following & before; begins != 0; begins &= begins - 1) {
             int const at = __builtin_ctzll(begins);
             unsigned int const unit = units[(at & 3) * QUARTER + (at >> 2)];
             if (unit == 0) {

@@ -9,6 +9,8 @@
 
 #ifdef KX7_X86_KERNELS
 
+#include "kx7/kernels/vector/Avx512.h"
+
 #include "kx7/kernels/MultibyteStructure.h"
 
 namespace kx7 {
@@ -49,22 +51,6 @@ KX7_AVX512 inline uint64_t gathered(uint64_t bits, uint64_t places)
 
 constexpr unsigned char FIRST_SUPPLEMENTARY_LEAD = 0x90;
 
-/** Bytes that are their own units. */
-struct SameTable {
-    __m512i low;
-    __m512i high;
-
-    KX7_AVX512 explicit SameTable(PairUnits const& pairs)
-        : low(_mm512_loadu_si512(pairs.isSame())), high(_mm512_loadu_si512(pairs.isSame() + 64))
-    {
-    }
-
-    KX7_AVX512 uint64_t contains(__m512i bytes) const
-    {
-        return _mm512_movepi8_mask(_mm512_permutex2var_epi8(low, bytes, high)) & ~_mm512_movepi8_mask(bytes);
-    }
-};
-
 /** The four bytes that begin at each of up to 16 `places` of `bytes`, which are the first lanes of a register. */
 KX7_AVX512 inline __m512i fourBytesAt(__m128i places, __m512i bytes)
 {
@@ -78,7 +64,7 @@ KX7_AVX512 inline __m512i fourBytesAt(__m128i places, __m512i bytes)
 /** Up to 16 characters of four bytes. */
 struct FourByteUnits {
     uint32_t found;  ///< those that have units
-    __m512i units;   ///< of all in front of the first that has none
+    __m512i units;   ///< of all before the first that has none
 
     KX7_AVX512 FourByteUnits(FourByteRun const& run, __m512i bytes)
     {
@@ -107,7 +93,7 @@ KX7_AVX512 void decodeFourBytesAvx512(PairUnits const& pairs, FourByteRun const&
     constexpr int MOST_UNITS = 32;  // a register
     unsigned char const* in = inOut;
     unsigned short* out = outOut;
-    SameTable const sameTable(pairs);
+    ByteTable const sameTable(pairs.isSame());
     __m512i const indexes =
         _mm512_set_epi64(0x3F3E3D3C3B3A3938, 0x3736353433323130, 0x2F2E2D2C2B2A2928, 0x2726252423222120,
                          0x1F1E1D1C1B1A1918, 0x1716151413121110, 0x0F0E0D0C0B0A0908, 0x0706050403020100);
@@ -122,21 +108,21 @@ KX7_AVX512 void decodeFourBytesAvx512(PairUnits const& pairs, FourByteRun const&
         // Longer runs of ASCII are left to who is faster at them.
         if (ofFour == 0)
             break;
-        uint64_t const same = sameTable.contains(bytes);
-        __m128i const places = _mm512_castsi512_si128(squeezeBytes(ofFour, indexes));
+        uint64_t const same = sameTable.contains(bytes) & ~_mm512_movepi8_mask(bytes);
+        __m128i const places = _mm512_castsi512_si128(compressBytes(ofFour, indexes));
         FourByteUnits const four(run, fourBytesAt(places, bytes));
         uint64_t const others = ~four.found & lowLanes64(__builtin_popcountll(ofFour));
         uint64_t found = ofFour;
         if (others != 0)
             found &= lowLanes64(__builtin_ctzll(spread(others, ofFour)));
-        uint64_t const behind = found << 1 | found << 2 | found << 3;
-        uint64_t const sure = found | behind | same;
+        uint64_t const following = found << 1 | found << 2 | found << 3;
+        uint64_t const sure = found | following | same;
         uint64_t before = (~sure & (sure + 1)) - 1;
         // As long as all have units, where the next block begins is known without these.
         uint64_t const above =
             _mm512_cmpge_epu8_mask(bytes, _mm512_set1_epi8(static_cast<char>(FIRST_SUPPLEMENTARY_LEAD)));
         uint64_t const seconds = (found & above) << 2;
-        uint64_t begins = (found | seconds | (same & ~behind)) & before;
+        uint64_t begins = (found | seconds | (same & ~following)) & before;
         int count = __builtin_popcountll(begins);
         if (count > MOST_UNITS) {
             uint64_t next = spread(UINT64_C(1) << MOST_UNITS, begins);
@@ -149,7 +135,7 @@ KX7_AVX512 void decodeFourBytesAvx512(PairUnits const& pairs, FourByteRun const&
         if (count == 0 || count > outEnd - out)
             break;
         auto const areFour = static_cast<__mmask32>(gathered(found | seconds, begins));
-        __m512i const singles = _mm512_cvtepu8_epi16(_mm512_castsi512_si256(squeezeBytes(begins, bytes)));
+        __m512i const singles = _mm512_cvtepu8_epi16(_mm512_castsi512_si256(compressBytes(begins, bytes)));
         _mm512_mask_storeu_epi16(out, static_cast<__mmask32>(lowLanes64(count)),
                                  _mm512_mask_expand_epi16(singles, areFour, four.units));
         in += __builtin_popcountll(before);

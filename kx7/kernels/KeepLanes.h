@@ -1,6 +1,10 @@
-// kx7text - moving the 16-bit lanes of a set to the front, where there is no instruction for it (internal).
+// kx7text - compressing 16-bit lanes with AVX2, which has no instruction for it (internal).
 #ifndef KX7_KERNELS_KEEPLANES_H
 #define KX7_KERNELS_KEEPLANES_H
+
+#include "kx7/kernels/vector/Avx2.h"
+
+#ifdef KX7_X86_KERNELS
 
 namespace kx7 {
 
@@ -24,6 +28,15 @@ struct KeepLanes {
 
 inline constexpr KeepLanes KEEP_LANES;
 
+/** Stores the lanes in `kept`, and up to eight values in all; returns where those end that count. */
+KX7_AVX2 inline unsigned short* storeKept(unsigned short* out, __m128i lanes, uint32_t kept)
+{
+    store128(out, shuffled(lanes, KEEP_LANES.shuffles[kept]));
+    return out + __builtin_popcount(kept);
+}
+
 }  // namespace kx7
+
+#endif
 
 #endif

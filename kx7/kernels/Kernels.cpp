@@ -17,9 +17,11 @@ constexpr Kernels PLAIN_KERNELS;
 constexpr Kernels BASELINE_KERNELS = [] {
     Kernels k = PLAIN_KERNELS;
     k.areAny = true;
+#ifdef KX7_X86_KERNELS
     k.unitLength = unitLengthBaseline;
     k.unitFind = unitFindBaseline;
     k.unitMatch = unitMatchBaseline;
+#endif
     k.decodeUTF8 = decodeUTF8Baseline;
     k.encodeUTF8 = encodeUTF8Baseline;
     k.decodeSingleByte = decodeSingleByteBaseline;
@@ -56,8 +58,8 @@ constexpr Kernels AVX2_KERNELS = [] {
     k.countDoubleByte = countDoubleByteAvx2;
     k.encodeGB18030 = encodeGB18030Avx2;
     k.countGB18030 = countGB18030Avx2;
-    k.mostDirectToSingleByte = 48;
-    k.mostDirectToDoubleByte = 112;
+    k.mostDirectToSingleByte = DIRECT_TO_SINGLE_BYTE_AVX2;
+    k.mostDirectToDoubleByte = DIRECT_TO_DOUBLE_BYTE_AVX2;
     return k;
 }();
 
@@ -83,8 +85,8 @@ constexpr Kernels AVX512_KERNELS = [] {
     k.encodeGB18030 = encodeGB18030Avx512;
     k.countGB18030 = countGB18030Avx512;
     // Bit masks come sooner out of the registers of AVX2, and counting GB 18030 waits for them: countUnitsOfGB18030.
-    k.mostDirectToSingleByte = 24;
-    k.mostDirectToDoubleByte = 64;
+    k.mostDirectToSingleByte = DIRECT_TO_SINGLE_BYTE_AVX512;
+    k.mostDirectToDoubleByte = DIRECT_TO_DOUBLE_BYTE_AVX512;
     return k;
 }();
 
@@ -134,7 +136,7 @@ bool useInstructionSet(InstructionSet set)
 
 namespace {
 
-// Early, so that conversions in static constructors have them too; before that the steps serve.
+// Early, so that conversions in static constructors have them too; before that the converters serve.
 __attribute__((constructor(101))) void chooseKernels()
 {
     useInstructionSet(detectInstructionSet());

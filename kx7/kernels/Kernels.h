@@ -1,9 +1,10 @@
 // kx7text - vector kernels: which there are, and which this machine runs (internal).
 //
-// A kernel converts a run that it is sure of and hands the rest back; the plain steps of the converters remain the one
-// statement of the rules. The kernels that convert have one shape: they move `in` and `out` over what they converted,
-// read only from `in` up to `end`, write only what they move `out` over, never beyond `outEnd`, and may do nothing. A
-// room is often larger than the destination, so nothing is written behind the text even where there is room.
+// A kernel converts a run that it is sure of and hands the rest back; the converters, character by character, remain
+// the one statement of the rules. The kernels that convert have one shape: they move `in` and `out` over what they
+// converted, read only from `in` up to `end`, write only what they move `out` over, never beyond `outEnd`, and may do
+// nothing. A capacity is often larger than the destination, so nothing is written after the text even where there is
+// capacity.
 #ifndef KX7_KERNELS_KERNELS_H
 #define KX7_KERNELS_KERNELS_H
 
@@ -13,15 +14,13 @@
 #include "kx7/kernels/PairUnits.h"
 #include "kx7/kernels/Plain.h"
 #include "kx7/kernels/SingleByte.h"
-
-// Reads whole aligned blocks, of which a part may lie beside the object: no page that is not there, but more than a
-// sanitizer allows.
-#define KX7_READS_BEYOND __attribute__((no_sanitize("address"), no_sanitize("thread")))
+#include "kx7/kernels/Tuning.h"
+#include "kx7/kernels/vector/Target.h"
 
 namespace kx7 {
 
 enum class InstructionSet {
-    PLAIN,     ///< no kernels: the steps alone
+    PLAIN,     ///< no kernels: the converters alone
     BASELINE,  ///< what every machine has, or nearly: on x86 SSE2
     AVX2,
     AVX512  ///< with VBMI and VBMI2
@@ -39,7 +38,7 @@ struct GB18030Range;
 
 /** What GB 18030 writes units as: two tables over all units, of which the second is asked where the first has a 0. */
 struct GB18030Codes {
-    unsigned short const* oneOrTwo;   ///< as of UnitCodes.h; 0 for high surrogates
+    unsigned short const* oneOrTwo;   ///< MultibyteTables::unitCodes; 0 for high surrogates
     unsigned short const* fourByte;   ///< the index of the four-byte sequence, plus 1; 0 where the first has any
     GB18030Range const* const* runs;  ///< for each 128 units a run whose sequences follow each other; may be null
 };
@@ -59,9 +58,6 @@ struct Nothing {
     }
 };
 
-/** Where nothing is faster than the loops: more than any text that is short. */
-constexpr ptrdiff_t ALL_DIRECT = 1000;
-
 /**
  * The kernels of an instruction set. Kernels.cpp has a table for each, which copies the one of the next lower set and
  * replaces by name what its own set does better.
@@ -71,7 +67,7 @@ struct Kernels {
     bool areAny = false;
 
     /**
-     * Units before the first 0 unit, at most `most`. Reads no unit behind that one or the bound in another aligned
+     * Units before the first 0 unit, at most `most`. Reads no unit after that one or the bound in another aligned
      * block of memory, so in no page that the text does not reach.
      */
     size_t (*unitLength)(unsigned short const* text, size_t most) = unitLengthPlain;
@@ -112,7 +108,7 @@ struct Kernels {
 
     /**
      * UTF-8 up to its zero byte, as bytes of a set that maps it. Reads on to the end of the page in which that byte is;
-     * may read so much in front of the text.
+     * may read so much before the text.
      */
     void (*singleByteFromUTF8)(SingleByteTables const& tables, unsigned char const*& in, unsigned char*& out,
                                unsigned char* outEnd) = Nothing();
@@ -137,7 +133,7 @@ struct Kernels {
     /** Units of GB 18030, one for what is malformed or unmapped. */
     size_t (*countUnitsOfGB18030)(unsigned char const*& in, unsigned char const* end) = Nothing();
 
-    /** Units for which `codes` (UnitCodes.h) has one or two bytes. */
+    /** Units for which `codes` (MultibyteTables::unitCodes) has one or two bytes. */
     void (*encodeDoubleByte)(unsigned short const* codes, unsigned short const*& in, unsigned short const* end,
                              unsigned char*& out, unsigned char* outEnd) = Nothing();
 
@@ -152,19 +148,10 @@ struct Kernels {
     /** The bytes of such units, moving `in` over them. */
     size_t (*countGB18030)(GB18030Codes const& codes, unsigned short const*& in, unsigned short const* end) = Nothing();
 
-    /**
-     * Bytes of UTF-8 that are encoded sooner character by character (StraightUtf8.h), into single-byte and into
-     * double-byte sets.
-     */
+    /** Bytes of UTF-8 that are encoded sooner character by character, into single-byte and into double-byte sets. */
     ptrdiff_t mostDirectToSingleByte = ALL_DIRECT;
     ptrdiff_t mostDirectToDoubleByte = ALL_DIRECT;
 };
-
-/** The fewest bytes or units for which a kernel is worth its call. */
-constexpr ptrdiff_t KERNEL_MINIMUM = 16;
-
-/** The same for the kernels that take short texts well. */
-constexpr ptrdiff_t SHORT_KERNEL_MINIMUM = 4;
 
 /** The best set that the machine has. */
 InstructionSet detectInstructionSet();
@@ -182,11 +169,6 @@ inline Kernels const& kernels()
 
 /** Makes all conversions use one set, for tests and benchmarks. False: the machine lacks it. */
 bool useInstructionSet(InstructionSet set);
-
-// KX7_WITHOUT_VECTORS: built as for a machine that nothing is known of.
-#if (defined __x86_64__ || defined __i386__) && !defined KX7_WITHOUT_VECTORS
-#define KX7_X86_KERNELS
-#endif
 
 }  // namespace kx7
 

@@ -9,9 +9,11 @@
 
 #include <cstring>
 
-#include "kx7/kernels/MultibyteStructure.h"
 #include "kx7/kernels/SingleByteAvx2.h"
 #include "kx7/tables/ByteTypeTables.h"
+
+#define KX7_TARGET KX7_AVX2
+#include "kx7/kernels/MultibyteCountLoops.h"
 
 namespace kx7 {
 
@@ -32,16 +34,10 @@ struct Block {
             memcpy(rest, in, static_cast<size_t>(left));
             in = rest;
         }
-        low = _mm256_loadu_si256(reinterpret_cast<__m256i const*>(in));
-        high = _mm256_loadu_si256(reinterpret_cast<__m256i const*>(in + HALF));
+        low = load256(in);
+        high = load256(in + HALF);
     }
 };
-
-KX7_AVX2 inline uint64_t bitsOf(__m256i low, __m256i high)
-{
-    return static_cast<uint32_t>(_mm256_movemask_epi8(low)) |
-           static_cast<uint64_t>(static_cast<uint32_t>(_mm256_movemask_epi8(high))) << HALF;
-}
 
 /** The bytes that have a type. */
 struct TypeSet {
@@ -53,7 +49,7 @@ struct TypeSet {
         __m128i const wanted = _mm_set1_epi8(static_cast<char>(type));
         __m128i sets[2] = {_mm_setzero_si128(), _mm_setzero_si128()};
         for (int row = 0; row < 16; ++row) {
-            __m128i const entries = _mm_loadu_si128(reinterpret_cast<__m128i const*>(types + 16 * row));
+            __m128i const entries = load128(types + 16 * row);
             __m128i const has = _mm_cmpeq_epi8(_mm_and_si128(entries, wanted), wanted);
             sets[row / 8] =
                 _mm_or_si128(sets[row / 8], _mm_and_si128(has, _mm_set1_epi8(static_cast<char>(1 << row % 8))));
@@ -88,80 +84,69 @@ struct Types {
     }
 };
 
-KX7_AVX2 inline __m256i within(__m256i bytes, int first, int last)
-{
-    __m256i const distance = _mm256_sub_epi8(bytes, _mm256_set1_epi8(static_cast<char>(first)));
-    return _mm256_cmpeq_epi8(_mm256_min_epu8(distance, _mm256_set1_epi8(static_cast<char>(last - first))), distance);
-}
-
 KX7_AVX2 inline uint64_t within(Block const& block, int first, int last)
 {
-    return bitsOf(within(block.low, first, last), within(block.high, first, last));
+    return signsOf(isWithin(block.low, first, last), isWithin(block.high, first, last));
 }
 
-/** Pairs that PairUnits::sureTrails does not have. */
-KX7_AVX2 inline __m256i isUnsure(PairUnits const& pairs, __m256i leads, __m256i trails)
-{
-    __m256i const codes = _mm256_and_si256(leads, _mm256_set1_epi8(0x7F));
-    __m256i const sure = lookUp(pairs.sureTrails(), codes, RowBits(codes));
-    __m256i const place = _mm256_sub_epi8(trails, _mm256_set1_epi8(static_cast<char>(PairUnits::FIRST_TRAIL)));
-    return _mm256_cmpeq_epi8(_mm256_max_epu8(place, sure), place);
-}
+/** As countPairsBy has it. */
+struct TypeTable {
+    TypeSet mayLead;
+    TypeSet mayTrail;
 
-}  // namespace
+    KX7_AVX2 explicit TypeTable(unsigned char const* types) : mayLead(types, LEAD_BYTE), mayTrail(types, TRAIL_BYTE) {}
 
-KX7_AVX2 size_t countPairsAvx2(unsigned char const* types, unsigned char const*& inOut, unsigned char const* end)
-{
-    unsigned char const* in = inOut;
-    TypeSet const mayLead(types, LEAD_BYTE);
-    TypeSet const mayTrail(types, TRAIL_BYTE);
-    size_t count = 0;
-    uint64_t leadsBefore = 0;   // the byte before the block may lead
-    uint64_t trailsBefore = 0;  // and it trails, so it does not
-    while (in != end) {
-        std::ptrdiff_t const left = end - in < STRUCTURE_BLOCK ? end - in : STRUCTURE_BLOCK;
+    KX7_AVX2 TypedBytes find(unsigned char const* in, std::ptrdiff_t left) const
+    {
         Block const block(in, left);
         Types const low(block.low, mayLead, mayTrail);
         Types const high(block.high, mayLead, mayTrail);
-        uint64_t const leads = bitsOf(low.leads, high.leads);
-        uint64_t const followers = (leads << 1 | leadsBefore) & ~trailsBefore & lowBits<uint64_t>(left);
-        uint64_t const trails = everySecond(bitsOf(low.others, high.others) & followers);
-        count += static_cast<size_t>(left - __builtin_popcountll(trails));
-        leadsBefore = leads >> 63;
-        trailsBefore = trails >> 63;
-        in += left;
+        return {signsOf(low.leads, high.leads), signsOf(low.others, high.others)};
     }
-    inOut = in;
-    return count;
+};
+
+/** Pairs that PairUnits::mappedTrails does not have. */
+KX7_AVX2 inline __m256i isUnsure(PairUnits const& pairs, __m256i leads, __m256i trails)
+{
+    __m256i const codes = _mm256_and_si256(leads, _mm256_set1_epi8(0x7F));
+    __m256i const mapped = lookUp(pairs.mappedTrails(), codes, RowBits(codes));
+    __m256i const place = _mm256_sub_epi8(trails, _mm256_set1_epi8(static_cast<char>(PairUnits::FIRST_TRAIL)));
+    return _mm256_cmpeq_epi8(_mm256_max_epu8(place, mapped), place);
 }
 
-KX7_AVX2 size_t countMappedPairsAvx2(PairUnits const& pairs, unsigned char const*& inOut, unsigned char const* end)
-{
-    unsigned char const* in = inOut;
-    TypeSet const mayLead(_mm256_setzero_si256(), rowOf(pairs.leadBits()));
-    TypeSet const isSame(rowOf(pairs.sameBits()), _mm256_setzero_si256());
-    size_t count = 0;
-    uint64_t isCarried = 0;
-    // One byte more, because the last one in the block is looked at with the one behind it.
-    for (; end - in > STRUCTURE_BLOCK; in += STRUCTURE_BLOCK) {
-        Block const block(in, STRUCTURE_BLOCK);
-        Block const behind(in + 1, STRUCTURE_BLOCK);
-        Types const low(block.low, mayLead, isSame);
-        Types const high(block.high, mayLead, isSame);
-        PairBegins const begins(bitsOf(low.leads, high.leads), isCarried);
-        uint64_t const unsure = begins.leads & bitsOf(isUnsure(pairs, block.low, behind.low),  //
-                                                      isUnsure(pairs, block.high, behind.high));
-        uint64_t const same = bitsOf(low.others, high.others);
-        int const taken = firstWithoutUnit(begins, same, unsure, pairs.units(), in);
-        count += static_cast<size_t>(__builtin_popcountll(begins.all & lowBits<uint64_t>(taken)));
-        if (taken != STRUCTURE_BLOCK) {
-            inOut = in + taken;
-            return count;
-        }
-        isCarried = begins.carries();
+/** As countMappedPairsBy has it. */
+struct PairTable {
+    PairUnits const& pairs;
+    TypeSet mayLead;
+    TypeSet same;
+
+    KX7_AVX2 explicit PairTable(PairUnits const& units)
+        : pairs(units), mayLead(_mm256_setzero_si256(), inBothHalves(units.leadBits())),
+          same(inBothHalves(units.sameBits()), _mm256_setzero_si256())
+    {
     }
-    inOut = in + isCarried;
-    return count;
+
+    KX7_AVX2 MappedBytes find(unsigned char const* in) const
+    {
+        Block const block(in, STRUCTURE_BLOCK);
+        Block const next(in + 1, STRUCTURE_BLOCK);
+        Types const low(block.low, mayLead, same);
+        Types const high(block.high, mayLead, same);
+        return {signsOf(low.leads, high.leads), signsOf(low.others, high.others),
+                signsOf(isUnsure(pairs, block.low, next.low), isUnsure(pairs, block.high, next.high))};
+    }
+};
+
+}  // namespace
+
+KX7_AVX2 size_t countPairsAvx2(unsigned char const* types, unsigned char const*& in, unsigned char const* end)
+{
+    return countPairsBy<TypeTable>(types, in, end);
+}
+
+KX7_AVX2 size_t countMappedPairsAvx2(PairUnits const& pairs, unsigned char const*& in, unsigned char const* end)
+{
+    return countMappedPairsBy<PairTable>(pairs, in, end);
 }
 
 KX7_AVX2 size_t countUnitsOfGB18030Avx2(unsigned char const*& inOut, unsigned char const* end)

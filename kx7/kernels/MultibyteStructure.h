@@ -34,7 +34,7 @@ struct PairBegins {
     {
     }
 
-    /** The same of the block behind. */
+    /** The same of the block after. */
     uint64_t carries() const { return leads >> 63; }
 };
 

@@ -2,10 +2,7 @@
 #ifndef KX7_KERNELS_PAIRUNITS_H
 #define KX7_KERNELS_PAIRUNITS_H
 
-#include <atomic>
 #include <cstdlib>
-#include <memory>
-#include <new>
 
 #include "kx7/kernels/Same.h"
 
@@ -35,9 +32,7 @@ public:
     /** Enters a byte that is a character. */
     void put(unsigned char byte, unsigned int unit)
     {
-        // Others may already read what is shared.
-        if (m_units[byte] != unit)
-            m_units[byte] = static_cast<unsigned short>(unit);
+        m_units[byte] = static_cast<unsigned short>(unit);
         if (byte < 0x80 && byte != 0 && unit == byte) {
             m_isSame[byte] = 0xFF;
             m_sameBits[byte & 0xF] = static_cast<unsigned char>(m_sameBits[byte & 0xF] | 1 << (byte >> 4));
@@ -52,10 +47,10 @@ public:
         return m_units + lead * size_t{256};
     }
 
-    /** The unit of a byte, or of lead byte * 256 + trail byte; 0 where a step has to decide. */
+    /** The unit of a byte, or of lead byte * 256 + trail byte; 0 where the decoder has to decide. */
     unsigned short const* units() const { return m_units; }
 
-    /** 0xFF for the bytes from 0x80 that begin a pair: their other meanings are left to the steps. */
+    /** 0xFF for the bytes from 0x80 that begin a pair: their other meanings are left to the converters. */
     unsigned char const* isLead() const { return m_isLead; }
     /** 0xFF for the bytes below 0x80, 0 not among them, that are their own unit. */
     unsigned char const* isSame() const { return m_isSame; }
@@ -64,15 +59,12 @@ public:
     unsigned char const* leadBits() const { return m_leadBits; }
     unsigned char const* sameBits() const { return m_sameBits; }
 
-    /**
-     * Of the pairs that begin with a byte from 0x80, by its low seven bits: so many trail bytes from FIRST_TRAIL on
-     * have a unit each.
-     */
-    unsigned char const* sureTrails() const { return m_sureTrails; }
+    /** mappedTrails()[lead & 0x7F]: length of the run of mapped trail bytes that starts at FIRST_TRAIL. */
+    unsigned char const* mappedTrails() const { return m_mappedTrails; }
     static constexpr unsigned char FIRST_TRAIL = 0xA1;
 
-    /** Finds these out, which are 0 before. */
-    void findSureTrails()
+    /** Fills mappedTrails, of zeros before. */
+    void findMappedTrails()
     {
         for (unsigned int lead = 0x80; lead < 0x100; ++lead) {
             if (!m_isLead[lead & 0x7F])
@@ -80,11 +72,11 @@ public:
             unsigned char count = 0;
             while (FIRST_TRAIL + count < 0x100 && m_units[lead << 8 | (FIRST_TRAIL + count)] != 0)
                 ++count;
-            m_sureTrails[lead & 0x7F] = count;
+            m_mappedTrails[lead & 0x7F] = count;
         }
     }
 
-    /** Finds out which ASCII stands for itself. @param codes as of UnitCodes.h; may be null */
+    /** Finds out which ASCII stands for itself. @param codes MultibyteTables::unitCodes, or null */
     void findSame(unsigned short const* codes)
     {
         m_sameBytes = sameOf([this](unsigned int byte) { return unsigned{m_units[byte]}; });
@@ -101,30 +93,12 @@ private:
     unsigned short* m_units;
     unsigned char m_isLead[128] = {};
     unsigned char m_isSame[128] = {};
-    unsigned char m_sureTrails[128] = {};
+    unsigned char m_mappedTrails[128] = {};
     unsigned char m_leadBits[16] = {};
     unsigned char m_sameBits[16] = {};
     Same m_sameBytes = Same::NONE;
     Same m_sameUnits = Same::NONE;
 };
-
-/**
- * Makes the PairUnits of a converter by `fill` unless it has them; the caller holds its mutex. Without memory there are
- * none, and the steps alone convert.
- * @param codes what units are written as (UnitCodes.h), which may be null
- */
-template <class Fill>
-void makePairUnits(std::atomic<PairUnits const*>& pairs, unsigned short* shared, unsigned short const* codes, Fill fill)
-{
-    if (pairs.load(std::memory_order_relaxed))
-        return;
-    std::unique_ptr<PairUnits> fresh(new (std::nothrow) PairUnits(shared));
-    if (!fresh || !fresh->complete())
-        return;
-    fill(*fresh);
-    fresh->findSame(codes);
-    pairs.store(fresh.release(), std::memory_order_release);
-}
 
 }  // namespace kx7
 

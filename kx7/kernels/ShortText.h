@@ -21,9 +21,6 @@
 
 namespace kx7 {
 
-/** The longest text that is short. */
-constexpr std::ptrdiff_t SHORT_TEXT = 80;
-
 /**
  * Bytes of zero-terminated text, at most `most`, which is at least SHORT_TEXT. Touches no page that the text does not
  * reach.
@@ -147,7 +144,7 @@ inline bool copySameBlock(unsigned short const* in, unsigned char* out)
 
 /**
  * Copies what stands for itself from bytes to units, units to bytes or bytes to bytes, moving `in` and `out`, if there
- * is room for all of a text of at most SHORT_TEXT; it may do nothing.
+ * is capacity for all of a text of at most SHORT_TEXT; it may do nothing.
  */
 template <Same SAME, class From, class To>
 inline void copyShort(From const*& inOut, From const* end, To*& outOut, To const* outEnd)

@@ -3,6 +3,7 @@
 #define KX7_KERNELS_SINGLEBYTE_H
 
 #include "kx7/base/LookupTable.h"
+#include "kx7/kernels/KernelTables.h"
 #include "kx7/kernels/Same.h"
 
 namespace kx7 {
@@ -26,7 +27,7 @@ struct RegularCodes {
 };
 
 /** The table is that from units to bytes. */
-struct SingleByteTables : LookupTable<unsigned char> {
+struct SingleByteTables : KernelTables, LookupTable<unsigned char> {
     /** Tables in which nothing is mapped. */
     SingleByteTables() = default;
 

@@ -18,6 +18,7 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "kx7/kernels/Avx2.h"
 #include "kx7/kernels/Baseline.h"
 
 namespace kx7 {
@@ -30,13 +31,6 @@ constexpr uint32_t ALL = 0xFFFFFFFF;
 KX7_AVX2 inline uint32_t zerosOf(__m256i bytes)
 {
     return signsOf(_mm256_cmpeq_epi8(bytes, _mm256_setzero_si256()));
-}
-
-/** The quarters of a block in an order in which unpacking, which works within 128 bits, makes them come out in order.
- */
-KX7_AVX2 inline __m256i ordered(__m256i bytes)
-{
-    return _mm256_permute4x64_epi64(bytes, 0xD8);
 }
 
 /** Converts a range of at least a block: blocks, and the last one once more from the end. */
@@ -74,9 +68,9 @@ KX7_AVX2 inline Upper upperOf(__m256i least)
 template <Upper UPPER>
 KX7_AVX2 inline bool decodeBlock(SingleByteTables const& tables, unsigned char const* from, unsigned short* to)
 {
-    __m256i const original = load(from);
+    __m256i const original = load256(from);
     __m256i const zero = _mm256_setzero_si256();
-    __m256i const bytes = ordered(original);
+    __m256i const bytes = inOrderOfPacks(original);
     __m256i lows = bytes;
     __m256i highs = zero;
     if constexpr (UPPER != Upper::NONE) {
@@ -98,8 +92,8 @@ KX7_AVX2 inline bool decodeBlock(SingleByteTables const& tables, unsigned char c
             if (tables.toUnicode[from[__builtin_ctz(left)]] == 0)
                 return false;
     }
-    store(to, _mm256_unpacklo_epi8(lows, highs));
-    store(to + BLOCK / 2, _mm256_unpackhi_epi8(lows, highs));
+    store256(to, _mm256_unpacklo_epi8(lows, highs));
+    store256(to + BLOCK / 2, _mm256_unpackhi_epi8(lows, highs));
     for (; controls != 0; controls &= controls - 1)
         to[__builtin_ctz(controls)] = tables.toUnicode[from[__builtin_ctz(controls)]];
     return true;
@@ -108,17 +102,17 @@ KX7_AVX2 inline bool decodeBlock(SingleByteTables const& tables, unsigned char c
 /** Decodes a block in which all codes keep their places. False, with nothing written: it holds another. */
 KX7_AVX2 inline bool decodeRegularBlock(RegularCodes const& codes, unsigned char const* from, unsigned short* to)
 {
-    __m256i const bytes = ordered(load(from));
+    __m256i const bytes = inOrderOfPacks(load256(from));
     __m256i const rows = highNibbles(bytes);
     __m256i const places = _mm256_and_si256(bytes, _mm256_set1_epi8(0xF));
-    __m256i const regular = _mm256_blendv_epi8(_mm256_shuffle_epi8(rowOf(codes.regular[0]), places),
-                                               _mm256_shuffle_epi8(rowOf(codes.regular[1]), places), bytes);
+    __m256i const regular = _mm256_blendv_epi8(_mm256_shuffle_epi8(inBothHalves(codes.regular[0]), places),
+                                               _mm256_shuffle_epi8(inBothHalves(codes.regular[1]), places), bytes);
     if (signsOf(hasBits(regular, bitOfRow(rows))) != ALL)
         return false;
-    __m256i const lows = _mm256_or_si256(_mm256_shuffle_epi8(rowOf(codes.lowRows), rows), places);
-    __m256i const highs = _mm256_shuffle_epi8(rowOf(codes.highRows), rows);
-    store(to, _mm256_unpacklo_epi8(lows, highs));
-    store(to + BLOCK / 2, _mm256_unpackhi_epi8(lows, highs));
+    __m256i const lows = _mm256_or_si256(_mm256_shuffle_epi8(inBothHalves(codes.lowRows), rows), places);
+    __m256i const highs = _mm256_shuffle_epi8(inBothHalves(codes.highRows), rows);
+    store256(to, _mm256_unpacklo_epi8(lows, highs));
+    store256(to + BLOCK / 2, _mm256_unpackhi_epi8(lows, highs));
     return true;
 }
 
@@ -155,23 +149,23 @@ KX7_AVX2 void decodeSingleByteAvx2(SingleByteTables const& tables, unsigned char
         return;
     }
     auto const latin1 = [](unsigned char const* from, unsigned short* to) KX7_AVX2 {
-        __m256i const bytes = load(from);
+        __m256i const bytes = load256(from);
         if (zerosOf(bytes) != 0)
             return false;
-        store(to, _mm256_cvtepu8_epi16(_mm256_castsi256_si128(bytes)));
-        store(to + BLOCK / 2, _mm256_cvtepu8_epi16(_mm256_extracti128_si256(bytes, 1)));
+        store256(to, _mm256_cvtepu8_epi16(_mm256_castsi256_si128(bytes)));
+        store256(to + BLOCK / 2, _mm256_cvtepu8_epi16(_mm256_extracti128_si256(bytes, 1)));
         return true;
     };
     auto const block = [&](unsigned char const* from, unsigned short* to)
-                           KX7_AVX2 { return decodeBlocks(tables, from, to, 1, load(from)) == 1; };
+                           KX7_AVX2 { return decodeBlocks(tables, from, to, 1, load256(from)) == 1; };
     if (tables.isLatin1) {
         convertBlocks(latin1, in, out, last);
     }
     else if (tables.decodesPrintableASCII) {
         // Four at a time, so that text in which they differ misleads the processor less often.
         while (last - in >= 4 * BLOCK) {
-            __m256i const least = _mm256_min_epi8(_mm256_min_epi8(load(in), load(in + BLOCK)),
-                                                  _mm256_min_epi8(load(in + 2 * BLOCK), load(in + 3 * BLOCK)));
+            __m256i const least = _mm256_min_epi8(_mm256_min_epi8(load256(in), load256(in + BLOCK)),
+                                                  _mm256_min_epi8(load256(in + 2 * BLOCK), load256(in + 3 * BLOCK)));
             std::ptrdiff_t done = 0;
             if (tables.mostlyRegular && upperOf(least) != Upper::NONE)
                 while (done != 4 && decodeRegularBlock(tables.regularCodes, in + done * BLOCK, out + done * BLOCK))
@@ -197,22 +191,22 @@ KX7_AVX2 void encodeSingleByteAvx2(SingleByteTables const& tables, unsigned shor
         return;
     }
     auto const latin1 = [](unsigned short const* from, unsigned char* to) KX7_AVX2 {
-        __m256i const a = load(from);
-        __m256i const b = load(from + BLOCK / 2);
+        __m256i const a = load256(from);
+        __m256i const b = load256(from + BLOCK / 2);
         if (!_mm256_testz_si256(_mm256_or_si256(a, b), _mm256_set1_epi16(static_cast<short>(0xFF00))))
             return false;
-        __m256i const bytes = ordered(_mm256_packus_epi16(a, b));
+        __m256i const bytes = inOrderOfPacks(_mm256_packus_epi16(a, b));
         if (zerosOf(bytes) != 0)
             return false;
-        store(to, bytes);
+        store256(to, bytes);
         return true;
     };
     __m256i const blockBits = _mm256_set1_epi16(static_cast<short>(~(UnitWindow::SIZE - 1)));
     __m256i const firsts[] = {_mm256_setzero_si256(), _mm256_set1_epi16(static_cast<short>(tables.windows[1].first)),
                               _mm256_set1_epi16(static_cast<short>(tables.windows[2].first))};
     auto const block = [&](unsigned short const* from, unsigned char* to) KX7_AVX2 {
-        __m256i const a = load(from);
-        __m256i const b = load(from + BLOCK / 2);
+        __m256i const a = load256(from);
+        __m256i const b = load256(from + BLOCK / 2);
         __m256i const blockA = _mm256_and_si256(a, blockBits);
         __m256i const blockB = _mm256_and_si256(b, blockBits);
         // What of the units is in a window: ones in its bytes, in the order in which the units are packed below.
@@ -235,21 +229,21 @@ KX7_AVX2 void encodeSingleByteAvx2(SingleByteTables const& tables, unsigned shor
                                                       _mm256_cmpeq_epi8(codes, _mm256_set1_epi8(0x7F)));
             bytes = _mm256_andnot_si256(_mm256_and_si256(isControl, isASCII), bytes);
         }
-        bytes = ordered(bytes);
+        bytes = inOrderOfPacks(bytes);
         uint32_t const others = zerosOf(bytes);
         if (others == 0) {
-            store(to, bytes);
+            store256(to, bytes);
             return true;
         }
         alignas(32) unsigned char text[BLOCK];
-        store(text, bytes);
+        store256(text, bytes);
         for (uint32_t left = others; left != 0; left &= left - 1) {
             int const at = __builtin_ctz(left);
             text[at] = tables.get(from[at]);
             if (text[at] == 0)
                 return false;
         }
-        store(to, load(text));
+        store256(to, load256(text));
         return true;
     };
     if (tables.isLatin1)

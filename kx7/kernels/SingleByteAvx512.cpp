@@ -15,6 +15,8 @@
 
 #ifdef KX7_X86_KERNELS
 
+#include "kx7/kernels/vector/Avx512.h"
+
 namespace kx7 {
 
 namespace {
@@ -24,22 +26,6 @@ constexpr std::ptrdiff_t BLOCK = 64;
 #define KX7_INLINE_AVX512 KX7_AVX512 __attribute__((always_inline))
 
 constexpr uint64_t ALL = ~UINT64_C(0);
-
-/** 128 bytes, looked up by the low seven bits of 64 bytes at once. */
-struct ByteTable {
-    __m512i halves[2];
-
-    KX7_AVX512 explicit ByteTable(unsigned char const* bytes)
-        : halves{_mm512_loadu_si512(bytes), _mm512_loadu_si512(bytes + BLOCK)}
-    {
-    }
-
-    /** `codes`, with the entries in the place of those in `lanes`. */
-    KX7_AVX512 __m512i lookUp(__m512i codes, __mmask64 lanes) const
-    {
-        return _mm512_mask2_permutex2var_epi8(halves[0], codes, lanes, halves[1]);
-    }
-};
 
 /** The units of a window: a byte for each, and what the high byte and the highest bit of the low one are. */
 struct Window {
@@ -235,7 +221,7 @@ KX7_AVX512 void encodeSingleByteAvx512(SingleByteTables const& tables, unsigned 
         __m512i bytes = _mm512_permutex2var_epi8(a, even, b);
         __m512i const highs = _mm512_permutex2var_epi8(a, odd, b);
         __mmask64 const uppers = _mm512_movepi8_mask(bytes);
-        // The windows have no unit in common: a look-up leaves the low bytes for the others.
+        // The windows have no unit in common: a lookup leaves the low bytes for the others.
         __mmask64 const inFirst = first.has(highs, uppers);
         __mmask64 const inSecond = second.has(highs, uppers);
         __mmask64 const inThird = third.has(highs, uppers);
@@ -255,8 +241,8 @@ KX7_AVX512 void encodeSingleByteAvx512(SingleByteTables const& tables, unsigned 
         storeBytes(to, bytes, others != 0 ? before(others) : lanes);
         return others;
     };
-    // Runs of ASCII need no windows. Four blocks at a time, so that mixed text seldom misleads the processor.
-    constexpr std::ptrdiff_t RUN = 4 * BLOCK;
+    // ASCII needs no windows.
+    constexpr std::ptrdiff_t RUN = BLOCKS_AT_ONCE * BLOCK;
     for (;;) {
         bool const isLong = end - in >= RUN && outEnd - out >= RUN;
         if (isASCII && isLong && in[0] < 0x80 && in[RUN / 2] < 0x80 && encodeASCII<RUN>(in, out, even)) {

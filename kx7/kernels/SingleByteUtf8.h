@@ -6,6 +6,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "kx7/base/Utf8.h"
+#include "kx7/kernels/Bits.h"
 #include "kx7/kernels/Page.h"
 #include "kx7/kernels/SingleByte.h"
 #include "kx7/kernels/Utf8Structure.h"
@@ -69,7 +71,7 @@ struct WindowCharacters {
         else
             found.leads.two |= bytes.secondPairs;
         Mask const seconds = found.leads.three << 1 | before.three >> (BITS - 1);
-        found.wanted = found.leads.wanted() | before.wantedBehind();
+        found.wanted = found.leads.wanted() | before.wantedAfter();
         found.kept = ~(found.leads.two | seconds);
         found.bad = (bytes.continuations ^ found.wanted) | (seconds & ~threePairs);
         return found;
@@ -82,61 +84,44 @@ struct WindowPart {
     Mask kept;            ///< where characters end
     std::ptrdiff_t used;  ///< bytes; below 0 where a character began in the block before
 
-    /** Up to what is bad, and what there is room for. */
-    WindowPart(WindowCharacters<Mask> const& found, Leads<Mask> const& before, std::ptrdiff_t room)
+    /** Up to what is bad, and what there is capacity for. */
+    WindowPart(WindowCharacters<Mask> const& found, Leads<Mask> const& before, std::ptrdiff_t capacity)
         : kept(found.kept), used(BITS)
     {
         if (found.bad != 0) {
             // The character at fault begins here or at the last lead.
             used = __builtin_ctzll(found.bad);
             if (found.wanted >> used & 1)
-                used = endOf(found.leads.two & lowest(used), before.cutOff() - 1) - 1;
-            kept &= lowest(std::max(used, std::ptrdiff_t{0}));
+                used = endOf(found.leads.two & lowBits<Mask>(used), before.truncated() - 1) - 1;
+            kept &= lowBits<Mask>(std::max(used, std::ptrdiff_t{0}));
         }
-        std::ptrdiff_t over = __builtin_popcountll(kept) - room;
+        std::ptrdiff_t over = __builtin_popcountll(kept) - capacity;
         if (over > 0) {
             for (; over > 0; --over)
                 kept ^= Mask{1} << (endOf(kept, 0) - 1);
-            used = endOf(kept, before.cutOff());
+            used = endOf(kept, before.truncated());
         }
     }
 
 private:
     static constexpr int BITS = Leads<Mask>::BITS;
 
-    static Mask lowest(std::ptrdiff_t count) { return count >= BITS ? ~Mask{0} : (Mask{1} << count) - 1; }
-
     /** Behind the highest bit; `inFront` bytes in front where there is none. */
-    static std::ptrdiff_t endOf(Mask bits, int inFront) { return bits != 0 ? 64 - __builtin_clzll(bits) : -inFront; }
+    static std::ptrdiff_t endOf(Mask bits, int before) { return bits != 0 ? 64 - __builtin_clzll(bits) : -before; }
 };
 
-/** Converts one character of at most three bytes; there is room. False: it is not mapped, or the text ends. */
+/** Converts one character of at most three bytes; there is capacity. False: it is not mapped, or the text ends. */
 inline bool encodeOneFromUTF8(SingleByteTables const& tables, unsigned char const*& in, unsigned char*& out)
 {
-    unsigned int unit = in[0];
-    std::ptrdiff_t length = 1;
-    if (unit >= 0x80) {
-        // Behind each byte that is not zero there is another.
-        unsigned int const second = in[1] ^ 0x80U;
-        if (unit < 0xC0 || unit >= 0xF0 || second >= 0x40)
-            return false;
-        if (unit < 0xE0) {
-            unit = (unit & 0x1F) << 6 | second;
-            length = 2;
-        }
-        else {
-            unsigned int const third = in[2] ^ 0x80U;
-            if (third >= 0x40)
-                return false;
-            unit = (unit & 0xF) << 12 | second << 6 | third;
-            length = 3;
-        }
-    }
+    unsigned char const* next = in;
+    unsigned int const unit = readTerminatedUtf8(next);
+    if (unit == 0 || unit > 0xFFFF)
+        return false;
     unsigned char const byte = tables.get(static_cast<unsigned short>(unit));
     if (byte == 0)
         return false;
     *out++ = byte;
-    in += length;
+    in = next;
     return true;
 }
 

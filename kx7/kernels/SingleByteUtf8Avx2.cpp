@@ -1,10 +1,10 @@
 // kx7text - UTF-8 to single-byte sets with AVX2, in one step.
 //
-// As with AVX-512, 32 bytes at a time: checked against what the leads of two windows want behind them, looked up where
+// As with AVX-512, 32 bytes at a time: checked against what the leads of two windows want after them, looked up where
 // they stand, and the last bytes of the characters moved to the front, eight at a time, by a shuffle from a table of
 // 256. Where all units keep their places in the rows of the first window, the row is looked up; else the windows are.
 //
-// A block is written once the next one is known to be good: what its stores write behind its text is then covered by
+// A block is written once the next one is known to be good: what its stores write after its text is then covered by
 // the text of the next. The last one before something else goes through a buffer.
 #include "kx7/kernels/SingleByteAvx2.h"
 
@@ -13,8 +13,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include "kx7/kernels/Avx2.h"
 #include "kx7/kernels/SingleByteUtf8.h"
-#include "kx7/kernels/StoreAvx2.h"
 
 #define KX7_INLINE_AVX2 KX7_AVX2 KX7_READS_BEYOND __attribute__((always_inline)) inline
 
@@ -39,10 +39,10 @@ KX7_INLINE_AVX2 void copyNear(unsigned char* to, unsigned char const volatile* f
 constexpr std::ptrdiff_t BLOCK = 32;
 constexpr uint32_t ALL = 0xFFFFFFFF;
 
-/** So much is ASCII or not: mixed text then seldom misleads the processor. */
-constexpr std::ptrdiff_t RUN = 4 * BLOCK;
+/** Bytes that are ASCII throughout or not. */
+constexpr std::ptrdiff_t RUN = BLOCKS_AT_ONCE * BLOCK;
 
-/** Bytes that the stores of a block may write behind its text. */
+/** Bytes that the stores of a block may write after its text. */
 constexpr std::ptrdiff_t SPILL = 8;
 
 /** For each mask of eight bytes the shuffle that moves those in it to the front. */
@@ -87,7 +87,7 @@ KX7_INLINE_AVX2 __m128i movedOf(__m128i bytes, uint32_t kept)
     return _mm_shuffle_epi8(bytes, shuffle);
 }
 
-/** Moves the kept bytes of each eight to the front and stores them all: up to SPILL bytes behind those that count. */
+/** Moves the kept bytes of each eight to the front and stores them all: up to SPILL bytes after those that count. */
 KX7_INLINE_AVX2 unsigned char* writeLoosely(unsigned char* out, Block const& block)
 {
     uint32_t kept = block.kept;
@@ -103,7 +103,7 @@ KX7_INLINE_AVX2 unsigned char* writeLoosely(unsigned char* out, Block const& blo
     return out;
 }
 
-/** For each count of bytes at the front of eight the shuffle that joins them and the eight behind. */
+/** For each count of bytes at the front of eight the shuffle that joins them and the eight after. */
 struct JoinBytes {
     unsigned char shuffles[9][16];
     constexpr JoinBytes() : shuffles()
@@ -118,24 +118,23 @@ struct JoinBytes {
 constexpr JoinBytes JOIN_BYTES;
 
 /** The kept ones of 16 bytes. */
-KX7_INLINE_AVX2 Counted joined(__m128i bytes, uint32_t kept)
+KX7_INLINE_AVX2 CountedBytes joined(__m128i bytes, uint32_t kept)
 {
     unsigned char const* const shuffle = JOIN_BYTES.shuffles[__builtin_popcount(kept & 0xFF)];
-    return {_mm_shuffle_epi8(movedOf(bytes, kept), _mm_loadu_si128(reinterpret_cast<__m128i const*>(shuffle))),
-            __builtin_popcount(kept)};
+    return {_mm_shuffle_epi8(movedOf(bytes, kept), load128(shuffle)), __builtin_popcount(kept)};
 }
 
-/** The same without a byte behind those that count. */
+/** The same without a byte after those that count. */
 KX7_INLINE_AVX2 unsigned char* writeExactly(unsigned char* out, Block const& block)
 {
     uint32_t kept = block.kept;
-    Counted const front = joined(_mm256_castsi256_si128(block.bytes), kept & 0xFFFF);
-    Counted const back = joined(_mm256_extracti128_si256(block.bytes, 1), kept >> 16);
+    CountedBytes const front = joined(_mm256_castsi256_si128(block.bytes), kept & 0xFFFF);
+    CountedBytes const back = joined(_mm256_extracti128_si256(block.bytes, 1), kept >> 16);
     if (front.count + back.count < 16) {
         out = storeExactly(out, front);
     }
     else {
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(out), front.bytes);
+        store128(out, front.bytes);
         out += front.count;
     }
     return storeExactly(out, back);
@@ -201,7 +200,7 @@ private:
     {
         __m256i const least = _mm256_min_epi8(_mm256_min_epi8(loadNear(m_in), loadNear(m_in + BLOCK)),
                                               _mm256_min_epi8(loadNear(m_in + 2 * BLOCK), loadNear(m_in + 3 * BLOCK)));
-        return signsOf(_mm256_cmpgt_epi8(least, _mm256_setzero_si256())) == ALL && m_before.cutOff() == 0;
+        return signsOf(_mm256_cmpgt_epi8(least, _mm256_setzero_si256())) == ALL && m_before.truncated() == 0;
     }
 
     /** Converts blocks up to the first that holds something else, of which there may be none. */
@@ -214,7 +213,7 @@ private:
                 m_out = writeLoosely(m_out, held);
                 held.kept = 0;
                 for (std::ptrdiff_t i = 0; i < RUN; i += BLOCK)
-                    store(m_out + i, loadNear(m_in + i));
+                    store256(m_out + i, loadNear(m_in + i));
                 m_in += RUN;
                 m_out += RUN;
                 m_before = {};
@@ -246,14 +245,13 @@ private:
     KX7_INLINE_AVX2 void convertThrees()
     {
         constexpr std::ptrdiff_t HALF = 48;
-        m_in -= m_before.cutOff();
+        m_in -= m_before.truncated();
         m_before = {};
         UnitWindow const& window = m_tables.windows[1];
         for (; m_end - m_in >= 2 * HALF && m_outEnd - m_out >= BLOCK; m_in += 2 * HALF, m_out += BLOCK) {
             __m256i blocks[3];
             for (int i = 0; i < 3; ++i)
-                blocks[i] = _mm256_set_m128i(_mm_loadu_si128(reinterpret_cast<__m128i const*>(m_in + HALF + 16 * i)),
-                                             _mm_loadu_si128(reinterpret_cast<__m128i const*>(m_in + 16 * i)));
+                blocks[i] = _mm256_set_m128i(load128(m_in + HALF + 16 * i), load128(m_in + 16 * i));
             __m256i const leads = gathered(blocks, 0);
             __m256i const pairs = gathered(blocks, 1);
             __m256i const lasts = gathered(blocks, 2);
@@ -263,12 +261,12 @@ private:
             __m256i const places = placesOf(pairs, lasts);
             __m256i const rows = highNibbles(places);
             __m256i const inRow = _mm256_and_si256(places, allOf(0xF));
-            __m256i const isRegular = hasBits(_mm256_shuffle_epi8(rowOf(window.regular), inRow), bitOfRow(rows));
+            __m256i const isRegular = hasBits(_mm256_shuffle_epi8(inBothHalves(window.regular), inRow), bitOfRow(rows));
             __m256i const isGood =
                 _mm256_and_si256(_mm256_and_si256(isThree, isRegular), _mm256_cmpgt_epi8(allOf(0xC0), lasts));
             if (signsOf(isGood) != ALL)
                 break;
-            store(m_out, _mm256_or_si256(_mm256_shuffle_epi8(rowOf(window.rows), rows), inRow));
+            store256(m_out, _mm256_or_si256(_mm256_shuffle_epi8(inBothHalves(window.rows), rows), inRow));
         }
     }
 
@@ -277,7 +275,7 @@ private:
     {
         __m256i bytes = _mm256_setzero_si256();
         for (int i = 0; i < 3; ++i)
-            bytes = _mm256_or_si256(bytes, _mm256_shuffle_epi8(blocks[i], rowOf(THIRDS.shuffles[place][i])));
+            bytes = _mm256_or_si256(bytes, _mm256_shuffle_epi8(blocks[i], inBothHalves(THIRDS.shuffles[place][i])));
         return bytes;
     }
 
@@ -314,8 +312,8 @@ private:
         UnitWindow const& first = m_tables.windows[1];
         __m256i const rows = highNibbles(places);
         __m256i const inRow = _mm256_and_si256(places, allOf(0xF));
-        __m256i const isRegular = hasBits(_mm256_shuffle_epi8(rowOf(first.regular), inRow), bitOfRow(rows));
-        __m256i codes = _mm256_or_si256(_mm256_shuffle_epi8(rowOf(first.rows), rows), inRow);
+        __m256i const isRegular = hasBits(_mm256_shuffle_epi8(inBothHalves(first.regular), inRow), bitOfRow(rows));
+        __m256i codes = _mm256_or_si256(_mm256_shuffle_epi8(inBothHalves(first.rows), rows), inRow);
         if (hasSecond || (~signsOf(isRegular) & ends) != 0) {
             RowBits const bits(places);
             codes = lookUp(first.bytes, places, bits);
@@ -328,9 +326,9 @@ private:
             UnitWindow const& window = m_tables.windows[0];
             __m256i const asciiRows = highNibbles(ascii);
             __m256i const asciiInRow = _mm256_and_si256(ascii, allOf(0xF));
-            ascii =
-                _mm256_and_si256(_mm256_or_si256(_mm256_shuffle_epi8(rowOf(window.rows), asciiRows), asciiInRow),
-                                 hasBits(_mm256_shuffle_epi8(rowOf(window.regular), asciiInRow), bitOfRow(asciiRows)));
+            ascii = _mm256_and_si256(
+                _mm256_or_si256(_mm256_shuffle_epi8(inBothHalves(window.rows), asciiRows), asciiInRow),
+                hasBits(_mm256_shuffle_epi8(inBothHalves(window.regular), asciiInRow), bitOfRow(asciiRows)));
         }
         found.bytes = _mm256_blendv_epi8(ascii, codes, isContinuation);
         found.bad |= signsOf(_mm256_cmpeq_epi8(found.bytes, _mm256_setzero_si256())) & found.kept;
@@ -338,8 +336,8 @@ private:
     }
 
     /**
-     * Converts a block up to what is not in the windows, or what there is room for, and one character by the tables.
-     * False: that is not to be had.
+     * Converts a block up to what is not in the windows, or what there is capacity for, and one character by the
+     * tables. False: that is not to be had.
      */
     KX7_INLINE_AVX2 bool convertPart()
     {
@@ -366,7 +364,7 @@ private:
     unsigned char const* m_end = nullptr;  ///< up to here can be read
     unsigned char* m_out = nullptr;
     unsigned char* m_outEnd = nullptr;
-    Leads<uint32_t> m_before = {0, 0, 0};  ///< of the block in front of `m_in`
+    Leads<uint32_t> m_before = {0, 0, 0};  ///< of the block before `m_in`
 };
 
 }  // namespace

@@ -2,18 +2,20 @@
 //
 // The last byte of a character and the lowest bit of the byte before it are the low seven bits of its unit: its place
 // in a window of the set. The bytes before that tell the window: the lead of two bytes, or the lead and the second of
-// three. So 64 bytes are checked against what the leads of the windows want behind them, looked up where they stand,
-// each with the byte before it, and the last bytes of the characters squeezed to the front. A character belongs to the
-// block in which it ends. A zero byte is nothing that a set maps, so that it is found with the rest.
+// three. So 64 bytes are checked against what the leads of the windows want after them, looked up where they stand,
+// each with the byte before it, and the last bytes of the characters compressed to the front. A character belongs to
+// the block in which it ends. A zero byte is nothing that a set maps, so that it is found with the rest.
 //
 // Most text needs the first window beside ASCII alone: the second is looked up from where one of its characters is
 // found, for a while. Text of three bytes a character throughout goes 192 bytes at a time, whose last bytes and those
 // before them are gathered by permutations.
 //
-// A block that holds something else is converted up to that, and the character behind is looked up in the tables.
+// A block that holds something else is converted up to that, and the character after is looked up in the tables.
 #include "kx7/kernels/Avx512.h"
 
 #ifdef KX7_X86_KERNELS
+
+#include "kx7/kernels/vector/Avx512.h"
 
 #include <algorithm>
 
@@ -28,11 +30,8 @@ namespace {
 constexpr std::ptrdiff_t BLOCK = 64;
 constexpr uint64_t ALL = ~UINT64_C(0);
 
-/** So much is ASCII or not, and looked up in one window or in both: mixed text then seldom misleads the processor. */
-constexpr std::ptrdiff_t RUN = 4 * BLOCK;
-
-/** Runs for which the second window is looked up once one of its characters is found. */
-constexpr int BOTH_WINDOWS = 8;
+/** Bytes that are ASCII throughout or not, and are looked up in one window or in both. */
+constexpr std::ptrdiff_t RUN = BLOCKS_AT_ONCE * BLOCK;
 
 KX7_INLINE_AVX512 __m512i allOf(unsigned int byte)
 {
@@ -41,21 +40,17 @@ KX7_INLINE_AVX512 __m512i allOf(unsigned int byte)
 
 /** The units of a window as UTF-8. */
 struct Window {
-    __m512i bytes[2];
+    ByteTable bytes;
     __m512i lead;
     __m512i pair;
 
     KX7_INLINE_AVX512 explicit Window(UnitWindow const& window)
-        : bytes{_mm512_loadu_si512(window.bytes), _mm512_loadu_si512(window.bytes + BLOCK)},
-          lead(allOf(WindowLead(window).lead)), pair(allOf(WindowLead(window).pair))
+        : bytes(window.bytes), lead(allOf(WindowLead(window).lead)), pair(allOf(WindowLead(window).pair))
     {
     }
 
     /** `places`, with the entries of the window in place of those in `lanes`. */
-    KX7_INLINE_AVX512 __m512i lookUp(__m512i places, __mmask64 lanes) const
-    {
-        return _mm512_mask2_permutex2var_epi8(bytes[0], places, lanes, bytes[1]);
-    }
+    KX7_INLINE_AVX512 __m512i lookUp(__m512i places, __mmask64 lanes) const { return bytes.lookUp(places, lanes); }
 };
 
 /** A block as it was found: where characters end, the bytes of the set. */
@@ -108,13 +103,13 @@ public:
                 continue;
             unsigned char* const begin = m_out;
             if (both != 0 ? convertRun<true>() : convertRun<false>()) {
-                // What is cut off may be in either.
-                both -= both != 0 && m_before.cutOff() == 0;
+                // What is truncated may be in either.
+                both -= both != 0 && m_before.truncated() == 0;
                 if (THREE == Three::FIRST && m_out - begin <= RUN / 3 + 1)
                     convertThrees();
                 continue;
             }
-            both = BOTH_WINDOWS;
+            both = ROUNDS_WITH_BOTH_WINDOWS;
             goesOn = convertPart();
         }
         inOut = m_in;
@@ -143,7 +138,7 @@ private:
             blocks[i] = _mm512_loadu_si512(m_in + i * BLOCK);
         __m512i const least =
             _mm512_min_epi8(_mm512_min_epi8(blocks[0], blocks[1]), _mm512_min_epi8(blocks[2], blocks[3]));
-        if (_mm512_cmple_epi8_mask(least, _mm512_setzero_si512()) != 0 || m_before.cutOff() != 0)
+        if (_mm512_cmple_epi8_mask(least, _mm512_setzero_si512()) != 0 || m_before.truncated() != 0)
             return false;
         for (int i = 0; i < 4; ++i)
             _mm512_storeu_si512(m_out + i * BLOCK, blocks[i]);
@@ -153,7 +148,7 @@ private:
         return true;
     }
 
-    /** Looks at a block, or the part of one that is in `lanes` with zeros behind it. */
+    /** Looks at a block, or the part of one that is in `lanes` with zeros after it. */
     template <bool BOTH>
     KX7_INLINE_AVX512 Found find(uint64_t lanes) const
     {
@@ -197,7 +192,7 @@ private:
 
     KX7_INLINE_AVX512 void write(Found const& found, uint64_t kept, int count)
     {
-        _mm512_mask_storeu_epi8(m_out, lowLanes64(count), squeezeBytes(kept, found.bytes));
+        _mm512_mask_storeu_epi8(m_out, lowLanes64(count), compressBytes(kept, found.bytes));
         m_out += count;
     }
 
@@ -216,8 +211,8 @@ private:
     }
 
     /**
-     * Converts a block up to what is not in the windows, or what there is room for, and one character by the tables.
-     * False: that is not to be had.
+     * Converts a block up to what is not in the windows, or what there is capacity for, and one character by the
+     * tables. False: that is not to be had.
      */
     KX7_INLINE_AVX512 bool convertPart()
     {
@@ -241,7 +236,7 @@ private:
     /** Converts text of which all characters have three bytes and are in the first window. */
     KX7_INLINE_AVX512 void convertThrees()
     {
-        m_in -= m_before.cutOff();
+        m_in -= m_before.truncated();
         m_before = {};
         // What is in the places of a block that has one, two or three bytes of a character in front.
         __mmask64 const phases[3] = {0x9249249249249249, 0x2492492492492492, 0x4924924924924924};
@@ -270,7 +265,7 @@ private:
             __m512i const pairs =
                 _mm512_mask_permutexvar_epi8(_mm512_permutex2var_epi8(blocks[0], pairPlaces, blocks[1]),
                                              _mm512_movepi8_mask(pairPlaces), pairPlaces, blocks[2]);
-            __m512i const bytes = _mm512_permutex2var_epi8(m_first.bytes[0], placesOf(pairs, lasts), m_first.bytes[1]);
+            __m512i const bytes = m_first.bytes.lookUp(placesOf(pairs, lasts));
             if ((_mm512_test_epi8_mask(others, others) | _mm512_testn_epi8_mask(bytes, bytes)) != 0)
                 break;
             _mm512_storeu_si512(m_out, bytes);
@@ -292,7 +287,7 @@ private:
     unsigned char const* m_end = nullptr;  ///< up to here can be read
     unsigned char* m_out = nullptr;
     unsigned char* m_outEnd = nullptr;
-    Leads<uint64_t> m_before = {0, 0, 0};  ///< of the block in front of `m_in`
+    Leads<uint64_t> m_before = {0, 0, 0};  ///< of the block before `m_in`
 };
 
 }  // namespace

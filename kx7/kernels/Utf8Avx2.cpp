@@ -1,16 +1,16 @@
 // kx7text - UTF-8 with AVX2.
 //
-// Decoding takes 32 bytes at a time, checked as with AVX-512. Each byte becomes a 16-bit lane, with the bytes behind it
+// Decoding takes 32 bytes at a time, checked as with AVX-512. Each byte becomes a 16-bit lane, with the bytes after it
 // in two more registers, so that the lane of a lead byte can be turned into its unit; a four-byte sequence keeps the
-// lane behind its lead for the low surrogate. The lanes of continuation bytes are squeezed out of eight at a time by a
-// shuffle from a table of 256, by the mask of the lanes to keep.
+// lane after its lead for the low surrogate. The lanes of continuation bytes are compressed away of eight at a time by
+// a shuffle from a table of 256, by the mask of the lanes to keep.
 //
 // Encoding takes 16 units that need up to two bytes each, or 8 that need up to four, builds the bytes of each unit in
-// a lane of its own and squeezes out the unused ones by shuffles from tables. Each half of a surrogate pair makes two
-// bytes; where all 16 units are pairs nothing has to be squeezed out.
+// a lane of its own and compresses away the unused ones by shuffles from tables. Each half of a surrogate pair makes
+// two bytes; where all 16 units are pairs nothing has to be compressed away.
 //
-// A block is converted once the next one is known to be good: what its stores write behind its text is then covered by
-// the text of the next. What is left is stored in parts that may overlap, so that nothing stays behind the text.
+// A block is converted once the next one is known to be good: what its stores write after its text is then covered by
+// the text of the next. What is left is stored in parts that may overlap, so that nothing stays after the text.
 #include "kx7/kernels/Avx2.h"
 
 #ifdef KX7_X86_KERNELS
@@ -22,8 +22,11 @@
 #include "kx7/kernels/Baseline.h"
 #include "kx7/kernels/Bits.h"
 #include "kx7/kernels/KeepLanes.h"
-#include "kx7/kernels/StoreAvx2.h"
 #include "kx7/kernels/Utf8Structure.h"
+#include "kx7/kernels/vector/Avx2.h"
+
+#define KX7_TARGET KX7_AVX2
+#include "kx7/kernels/Utf8Loops.h"
 
 namespace kx7 {
 
@@ -77,30 +80,8 @@ constexpr KeepTriples KEEP_TRIPLES;
 constexpr std::ptrdiff_t BYTES = 32;
 constexpr std::ptrdiff_t UNITS = 16;
 
-/** Values that one store reaches behind those that count. */
+/** Values that one store reaches after those that count. */
 constexpr std::ptrdiff_t SPILL = 16;
-
-KX7_AVX2 inline __m128i load(void const* p)
-{
-    return _mm_loadu_si128(static_cast<__m128i const*>(p));
-}
-
-KX7_AVX2 inline void store(void* p, __m128i value)
-{
-    _mm_storeu_si128(static_cast<__m128i*>(p), value);
-}
-
-KX7_AVX2 inline __m128i squeeze(__m128i value, unsigned char const (&shuffle)[16])
-{
-    return _mm_shuffle_epi8(value, _mm_load_si128(reinterpret_cast<__m128i const*>(shuffle)));
-}
-
-/** A bit for each byte that is at least `least`, both taken as unsigned. */
-KX7_AVX2 inline uint32_t atLeast(__m256i bytes, unsigned char least)
-{
-    __m256i const bound = _mm256_set1_epi8(static_cast<char>(least));
-    return static_cast<uint32_t>(_mm256_movemask_epi8(_mm256_cmpeq_epi8(_mm256_max_epu8(bytes, bound), bytes)));
-}
 
 /** A lane of ones for each byte that is at least `least`. */
 KX7_AVX2 inline __m256i lanesAtLeast(__m256i words, unsigned short least)
@@ -115,44 +96,31 @@ struct Structure : Leads<uint32_t> {
 
 KX7_AVX2 inline Structure structureOf(__m256i bytes)
 {
-    auto const notASCII = static_cast<uint32_t>(_mm256_movemask_epi8(bytes));
-    Structure s = {};
-    if (notASCII != 0) {
-        s.two = atLeast(bytes, 0xC0);
-        s.three = atLeast(bytes, 0xE0);
-        s.four = s.three != 0 ? atLeast(bytes, 0xF0) : 0;
-        s.continuations = notASCII & ~s.two;
-    }
-    return s;
+    uint32_t const notASCII = BytesAvx2::notASCII(bytes);
+    Leads<uint32_t> const leads = BytesAvx2::leads(bytes, notASCII);
+    return {leads, notASCII & ~leads.two};
 }
 
 /** Stores 32 bytes as units. */
 KX7_AVX2 inline void storeASCII(unsigned short* out, __m256i bytes)
 {
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(out), _mm256_cvtepu8_epi16(_mm256_castsi256_si128(bytes)));
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(out + 16), _mm256_cvtepu8_epi16(_mm256_extracti128_si256(bytes, 1)));
+    store256(out, _mm256_cvtepu8_epi16(_mm256_castsi256_si128(bytes)));
+    store256(out + 16, _mm256_cvtepu8_epi16(_mm256_extracti128_si256(bytes, 1)));
 }
 
-/** Stores eight of the units in `kept` of which there are fewer, and returns where they end. */
-KX7_AVX2 inline unsigned short* storeKept(unsigned short* out, __m128i units, uint32_t kept)
-{
-    store(out, squeeze(units, KEEP_LANES.shuffles[kept]));
-    return out + __builtin_popcount(kept);
-}
-
-/** 16 bytes as lanes, and the bytes one and two behind each. */
+/** 16 bytes as lanes, and the bytes one and two after each. */
 struct Lanes {
     __m256i first;
     __m256i second;
     __m256i third;
 };
 
-KX7_AVX2 inline Lanes lanesOf(__m128i bytes, __m128i oneBehind, __m128i twoBehind)
+KX7_AVX2 inline Lanes lanesOf(__m128i bytes, __m128i oneAfter, __m128i twoAfter)
 {
-    return {_mm256_cvtepu8_epi16(bytes), _mm256_cvtepu8_epi16(oneBehind), _mm256_cvtepu8_epi16(twoBehind)};
+    return {_mm256_cvtepu8_epi16(bytes), _mm256_cvtepu8_epi16(oneAfter), _mm256_cvtepu8_epi16(twoAfter)};
 }
 
-/** Turns the lanes of leads, and those behind leads of four, into units. `leadBefore`: the leads of four before. */
+/** Turns the lanes of leads, and those after leads of four, into units. `leadBefore`: the leads of four before. */
 KX7_AVX2 inline __m256i unitsOf(Lanes const& lanes, Structure const& s, bool beginsInPair, __m256i& leadBefore)
 {
     __m256i const sixBits = _mm256_set1_epi16(0x3F);
@@ -172,14 +140,14 @@ KX7_AVX2 inline __m256i unitsOf(Lanes const& lanes, Structure const& s, bool beg
             __m256i const high = _mm256_add_epi16(
                 _mm256_or_si256(_mm256_or_si256(lead, _mm256_slli_epi16(second, 2)), _mm256_srli_epi16(third, 4)),
                 _mm256_set1_epi16(static_cast<short>(0xD7C0)));
-            // In the lane behind the lead, `second` is the third byte of the sequence and `third` the fourth.
+            // In the lane after the lead, `second` is the third byte of the sequence and `third` the fourth.
             __m256i const low = _mm256_add_epi16(
                 _mm256_or_si256(_mm256_slli_epi16(_mm256_and_si256(second, _mm256_set1_epi16(0xF)), 6), third),
                 _mm256_set1_epi16(static_cast<short>(0xDC00)));
             __m256i const isLead = lanesAtLeast(first, 0xF0);
-            __m256i const isBehind =
+            __m256i const isAfterLead =
                 _mm256_alignr_epi8(isLead, _mm256_permute2x128_si256(leadBefore, isLead, 0x21), 14);
-            units = _mm256_blendv_epi8(_mm256_blendv_epi8(units, high, isLead), low, isBehind);
+            units = _mm256_blendv_epi8(_mm256_blendv_epi8(units, high, isLead), low, isAfterLead);
             leadBefore = isLead;
         }
     }
@@ -187,22 +155,23 @@ KX7_AVX2 inline __m256i unitsOf(Lanes const& lanes, Structure const& s, bool beg
 }
 
 /**
- * Decodes the characters that begin in 32 bytes, of which `kept` has the leads and, behind those of four, the second
- * bytes. Reads 3 bytes more; stores up to SPILL units behind those that count.
+ * Decodes the characters that begin in 32 bytes, of which `kept` has the leads and, after those of four, the second
+ * bytes. Reads 3 bytes more; stores up to SPILL units after those that count.
  */
 KX7_AVX2 inline unsigned short* decodeBytes(unsigned char const* in, Structure const& s, uint32_t kept,
                                             bool beginsInPair, unsigned short* out)
 {
     __m256i leadBefore = beginsInPair ? _mm256_set1_epi16(-1) : _mm256_setzero_si256();
     for (int half = 0; half < 2; ++half, in += 16, kept >>= 16) {
-        __m256i const units = unitsOf(lanesOf(load(in), load(in + 1), load(in + 2)), s, beginsInPair, leadBefore);
+        __m256i const units =
+            unitsOf(lanesOf(load128(in), load128(in + 1), load128(in + 2)), s, beginsInPair, leadBefore);
         out = storeKept(out, _mm256_castsi256_si128(units), kept & 0xFF);
         out = storeKept(out, _mm256_extracti128_si256(units, 1), kept >> 8 & 0xFF);
     }
     return out;
 }
 
-/** Stores eight of the units in `kept` of which there are fewer, nothing behind `textEnd`, and returns where they end.
+/** Stores eight of the units in `kept` of which there are fewer, nothing after `textEnd`, and returns where they end.
  */
 KX7_AVX2 inline unsigned short* storeWithin(unsigned short* out, __m128i units, uint32_t kept,
                                             unsigned short const* textEnd)
@@ -210,25 +179,25 @@ KX7_AVX2 inline unsigned short* storeWithin(unsigned short* out, __m128i units, 
     if (textEnd - out >= 8)
         return storeKept(out, units, kept);
     std::ptrdiff_t const count = __builtin_popcount(kept);
-    storeExactly(reinterpret_cast<unsigned char*>(out), {squeeze(units, KEEP_LANES.shuffles[kept]), 2 * count});
+    storeExactly(reinterpret_cast<unsigned char*>(out), {shuffled(units, KEEP_LANES.shuffles[kept]), 2 * count});
     return out + count;
 }
 
 /**
- * Decodes the `available` bytes at `in`, 16 to 32, which begin a character, up to what is cut off or malformed, and
- * writes nothing behind them.
+ * Decodes the `available` bytes at `in`, 16 to 32, which begin a character, up to what is truncated or malformed, and
+ * writes nothing after them.
  * @return the bytes consumed
  */
 KX7_AVX2 inline std::ptrdiff_t decodeLastBlock(unsigned char const* in, std::ptrdiff_t available, unsigned short*& out)
 {
     unsigned char const* const last16 = in + available - 16;
-    __m128i const front = load(in);
-    __m128i const back = bytesFrom(load(last16), 32 - available);
+    __m128i const front = load128(in);
+    __m128i const back = bytesFrom(load128(last16), 32 - available);
     Structure const s = structureOf(_mm256_set_m128i(back, front));
     if ((s.two | s.continuations) == 0) {
         // In two halves, which may overlap.
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(out), _mm256_cvtepu8_epi16(front));
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(out + available - 16), _mm256_cvtepu8_epi16(load(last16)));
+        store256(out, _mm256_cvtepu8_epi16(front));
+        store256(out + available - 16, _mm256_cvtepu8_epi16(load128(last16)));
         out += available;
         return available;
     }
@@ -237,7 +206,7 @@ KX7_AVX2 inline std::ptrdiff_t decodeLastBlock(unsigned char const* in, std::ptr
     uint32_t const cut = (s.two & last) | (s.three & (last | last >> 1)) | (s.four & (last | last >> 1 | last >> 2));
     if (cut != 0)
         used = __builtin_ctz(cut);
-    // One more byte, for what the character in front of it lacks.
+    // One more byte, for what the character before it lacks.
     uint32_t const wrong = (s.continuations ^ s.wanted()) & lowBits<uint32_t>(used + 1);
     if (wrong != 0) {
         // A continuation byte that nothing leads, or one that is missing: then the last lead in front is at fault.
@@ -266,7 +235,7 @@ KX7_AVX2 void decodeBlocks(unsigned char const*& inOut, unsigned char const* end
     unsigned char const* in = inOut;
     unsigned short* out = outOut;
     while (end - in >= BYTES && outEnd - out >= BYTES) {
-        __m256i const bytes = _mm256_loadu_si256(reinterpret_cast<__m256i const*>(in));
+        __m256i const bytes = load256(in);
         if (_mm256_movemask_epi8(bytes) != 0)
             break;
         storeASCII(out, bytes);
@@ -274,24 +243,24 @@ KX7_AVX2 void decodeBlocks(unsigned char const*& inOut, unsigned char const* end
         out += BYTES;
     }
     if (end - in >= 2 * BYTES) {
-        // A block is converted when the next is known to be well-formed: what is stored behind the one is then
+        // A block is converted when the next is known to be well-formed: what is stored after the one is then
         // overwritten by the text of the other.
         auto const* blocks = reinterpret_cast<__m256i const*>(in);
-        Structure block = structureOf(_mm256_loadu_si256(blocks));
+        Structure block = structureOf(load256(blocks));
         uint32_t carried = 0;  // the bytes at the front that belong to a character of the block before
         bool inPair = false;   // of which the low surrogate is not written yet
         bool good = block.continuations == block.wanted();
         while (good && end - in >= 2 * BYTES && outEnd - out >= 2 * BYTES + SPILL) {
             if ((block.two | carried) == 0) {
-                storeASCII(out, _mm256_loadu_si256(reinterpret_cast<__m256i const*>(in)));
+                storeASCII(out, load256(in));
                 in += BYTES;
                 out += BYTES;
-                block = structureOf(_mm256_loadu_si256(reinterpret_cast<__m256i const*>(in)));
+                block = structureOf(load256(in));
                 good = block.continuations == block.wanted();
                 continue;
             }
-            Structure const next = structureOf(_mm256_loadu_si256(reinterpret_cast<__m256i const*>(in + BYTES)));
-            uint32_t const carriedNext = block.wantedBehind();
+            Structure const next = structureOf(load256(in + BYTES));
+            uint32_t const carriedNext = block.wantedAfter();
             good = next.continuations == (next.wanted() | carriedNext);
             if (!good)
                 break;
@@ -324,69 +293,28 @@ KX7_AVX2 void decodeBlocks(unsigned char const*& inOut, unsigned char const* end
 void decodeUTF8Avx2(unsigned char const*& in, unsigned char const* end, unsigned short*& out, unsigned short* outEnd)
 {
     // What is shorter, and what the blocks leave, goes to the baseline.
-    constexpr std::ptrdiff_t WORTHWHILE = 32;
-    if (end - in >= WORTHWHILE)
+    if (end - in >= UTF8_DECODE_MINIMUM_AVX2)
         decodeBlocks(in, end, out, outEnd);
     if (in != end)
         decodeUTF8Baseline(in, end, out, outEnd);
 }
 
-namespace {
-
-KX7_AVX2 inline uint32_t equal(__m256i bytes, unsigned char value)
+KX7_AVX2 size_t wellFormedUTF8Avx2(unsigned char const* in, unsigned char const* end)
 {
-    return static_cast<uint32_t>(
-        _mm256_movemask_epi8(_mm256_cmpeq_epi8(bytes, _mm256_set1_epi8(static_cast<char>(value)))));
+    return wellFormedUTF8By<BytesAvx2>(in, end);
 }
 
-}  // namespace
-
-KX7_AVX2 size_t wellFormedUTF8Avx2(unsigned char const* const begin, unsigned char const* end)
+KX7_AVX2 size_t countUTF8Avx2(unsigned char const*& in, unsigned char const* end)
 {
-    unsigned char const* in = begin;
-    Leads<uint32_t> before = {0, 0, 0};
-    StrictBytes<uint32_t> bytesBefore = {};
-    for (; end - in >= BYTES; in += BYTES) {
-        __m256i const bytes = _mm256_loadu_si256(reinterpret_cast<__m256i const*>(in));
-        Structure const s = structureOf(bytes);
-        uint32_t const carried = before.wantedBehind();
-        if ((s.two | s.continuations | carried) != 0) {
-            StrictBytes<uint32_t> const strict = {atLeast(bytes, 0xC2), atLeast(bytes, 0xF5), atLeast(bytes, 0x90),
-                                                  atLeast(bytes, 0xA0), equal(bytes, 0xE0),   equal(bytes, 0xED),
-                                                  equal(bytes, 0xF0),   equal(bytes, 0xF4)};
-            if (s.continuations != (s.wanted() | carried) || strict.wrong(s, bytesBefore) != 0)
-                break;
-            bytesBefore = strict;
-        }
-        before = s;
-    }
-    return static_cast<size_t>(in - begin) - static_cast<size_t>(before.cutOff());
+    return countUTF8By<BytesAvx2>(in, end);
 }
 
-KX7_AVX2 size_t countUTF8Avx2(unsigned char const*& inOut, unsigned char const* end)
+KX7_AVX2 size_t countAsUTF8Avx2(unsigned short const*& in, unsigned short const* end)
 {
-    unsigned char const* in = inOut;
-    Leads<uint32_t> before = {0, 0, 0};
-    std::ptrdiff_t count = 0;
-    for (; end - in >= BYTES; in += BYTES) {
-        __m256i const bytes = _mm256_loadu_si256(reinterpret_cast<__m256i const*>(in));
-        Structure const s = structureOf(bytes);
-        if (s.continuations != (s.wanted() | before.wantedBehind()) || equal(bytes, 0) != 0)
-            break;
-        count += __builtin_popcount(~s.continuations);
-        before = s;
-    }
-    int const cut = before.cutOff();
-    inOut = in - cut;
-    return static_cast<size_t>(count - (cut != 0 ? 1 : 0));
+    return countAsUTF8By<UnitsAvx2>(in, end);
 }
 
 namespace {
-
-KX7_AVX2 inline __m256i loadUnits(unsigned short const* in)
-{
-    return _mm256_loadu_si256(reinterpret_cast<__m256i const*>(in));
-}
 
 KX7_AVX2 inline bool hasSurrogates(__m256i units)
 {
@@ -399,9 +327,9 @@ KX7_AVX2 inline bool wellPaired(unsigned short const* in)
 {
     __m256i const kindBits = _mm256_set1_epi16(static_cast<short>(0xFC00));
     __m256i const isHigh =
-        _mm256_cmpeq_epi16(_mm256_and_si256(loadUnits(in), kindBits), _mm256_set1_epi16(static_cast<short>(0xD800)));
-    __m256i const isLowNext = _mm256_cmpeq_epi16(_mm256_and_si256(loadUnits(in + 1), kindBits),
-                                                 _mm256_set1_epi16(static_cast<short>(0xDC00)));
+        _mm256_cmpeq_epi16(_mm256_and_si256(load256(in), kindBits), _mm256_set1_epi16(static_cast<short>(0xD800)));
+    __m256i const isLowNext =
+        _mm256_cmpeq_epi16(_mm256_and_si256(load256(in + 1), kindBits), _mm256_set1_epi16(static_cast<short>(0xDC00)));
     return _mm256_testc_si256(isLowNext, isHigh) != 0;
 }
 
@@ -410,7 +338,7 @@ KX7_AVX2 inline uint32_t pairLanes(__m256i units)
 {
     __m256i const kinds = _mm256_and_si256(units, _mm256_set1_epi32(static_cast<int>(0xFC00FC00)));
     __m256i const isPair = _mm256_cmpeq_epi32(kinds, _mm256_set1_epi32(static_cast<int>(0xDC00D800)));
-    return static_cast<uint32_t>(_mm256_movemask_ps(_mm256_castsi256_ps(isPair)));
+    return signsOfLanes(isPair);
 }
 
 KX7_AVX2 inline __m256i masked(__m256i lanes, int bits)
@@ -430,7 +358,7 @@ KX7_AVX2 inline __m256i bytesOfPairs(__m256i units)
                            _mm256_or_si256(last, _mm256_set1_epi32(static_cast<int>(0x808080F0))));
 }
 
-/** Encodes 16 units below U+0800; stores up to SPILL bytes behind those that count. */
+/** Encodes 16 units below U+0800; stores up to SPILL bytes after those that count. */
 KX7_AVX2 inline unsigned char* encodePairs(__m256i units, unsigned char* out)
 {
     // The lead in the low byte of a lane, the continuation byte in the high one.
@@ -441,28 +369,28 @@ KX7_AVX2 inline unsigned char* encodePairs(__m256i units, unsigned char* out)
     __m256i const bytes = _mm256_blendv_epi8(units, pairs, isPair);
     auto const mask = static_cast<uint32_t>(
         _mm_movemask_epi8(_mm_packs_epi16(_mm256_castsi256_si128(isPair), _mm256_extracti128_si256(isPair, 1))));
-    store(out, squeeze(_mm256_castsi256_si128(bytes), KEEP_PAIRS.shuffles[mask & 0xFF]));
+    store128(out, shuffled(_mm256_castsi256_si128(bytes), KEEP_PAIRS.shuffles[mask & 0xFF]));
     out += 8 + __builtin_popcount(mask & 0xFF);
-    store(out, squeeze(_mm256_extracti128_si256(bytes, 1), KEEP_PAIRS.shuffles[mask >> 8]));
+    store128(out, shuffled(_mm256_extracti128_si256(bytes, 1), KEEP_PAIRS.shuffles[mask >> 8]));
     return out + 8 + __builtin_popcount(mask >> 8);
 }
 
 /** Encodes the first `available` of 8 units below U+0800. */
-KX7_AVX2 inline Counted pairsOf(__m128i units, std::ptrdiff_t available)
+KX7_AVX2 inline CountedBytes pairsOf(__m128i units, std::ptrdiff_t available)
 {
     __m128i const tail = _mm_slli_epi16(_mm_and_si128(units, _mm_set1_epi16(0x3F)), 8);
     __m128i const pairs =
         _mm_or_si128(_mm_or_si128(_mm_srli_epi16(units, 6), tail), _mm_set1_epi16(static_cast<short>(0x80C0)));
     __m128i const isPair = _mm_cmpgt_epi16(units, _mm_set1_epi16(0x7F));
     auto const mask = static_cast<uint32_t>(_mm_movemask_epi8(_mm_packs_epi16(isPair, _mm_setzero_si128())));
-    return {squeeze(_mm_blendv_epi8(units, pairs, isPair), KEEP_PAIRS.shuffles[mask]),
+    return {shuffled(_mm_blendv_epi8(units, pairs, isPair), KEEP_PAIRS.shuffles[mask]),
             available + __builtin_popcount(mask)};
 }
 
-/** The bytes of four units and of the four behind them. */
+/** The bytes of four units and of the four after them. */
 struct EncodedEight {
-    Counted front;
-    Counted back;
+    CountedBytes front;
+    CountedBytes back;
 };
 
 /**
@@ -483,15 +411,14 @@ KX7_AVX2 inline EncodedEight eightOf(__m128i units, std::ptrdiff_t& used)
         _mm256_or_si256(_mm256_srli_epi32(codes, 12), _mm256_set1_epi32(0x8080E0)),
         _mm256_or_si256(_mm256_slli_epi32(_mm256_and_si256(rest, sixBits), 8), _mm256_slli_epi32(tail, 16)));
     __m256i bytes = _mm256_blendv_epi8(_mm256_blendv_epi8(codes, two, isTwo), three, isThree);
-    auto twos = static_cast<uint32_t>(_mm256_movemask_ps(_mm256_castsi256_ps(isTwo)));
-    auto threes = static_cast<uint32_t>(_mm256_movemask_ps(_mm256_castsi256_ps(isThree)));
+    auto twos = signsOfLanes(isTwo);
+    auto threes = signsOfLanes(isThree);
     if (HAS_PAIRS) {
         __m256i const kind = _mm256_and_si256(codes, _mm256_set1_epi32(0xFC00));
         __m256i const isHigh = _mm256_cmpeq_epi32(kind, _mm256_set1_epi32(0xD800));
         __m256i const isLow = _mm256_cmpeq_epi32(kind, _mm256_set1_epi32(0xDC00));
-        auto highs = static_cast<uint32_t>(_mm256_movemask_ps(_mm256_castsi256_ps(isHigh)));
-        uint32_t const lows =
-            static_cast<uint32_t>(_mm256_movemask_ps(_mm256_castsi256_ps(isLow))) & lowBits<uint32_t>(used);
+        auto highs = signsOfLanes(isHigh);
+        uint32_t const lows = signsOfLanes(isLow) & lowBits<uint32_t>(used);
         uint32_t const unpaired = highs & ~(lows >> 1) & lowBits<uint32_t>(used);
         if (unpaired != 0)
             used = __builtin_ctz(unpaired);
@@ -500,7 +427,7 @@ KX7_AVX2 inline EncodedEight eightOf(__m128i units, std::ptrdiff_t& used)
             _mm256_add_epi32(_mm256_and_si256(codes, _mm256_set1_epi32(0x3FF)), _mm256_set1_epi32(0x40));
         __m256i const rotate = _mm256_setr_epi32(7, 0, 1, 2, 3, 4, 5, 6);
         __m256i const before = _mm256_permutevar8x32_epi32(plane, rotate);
-        __m256i const isBehind =
+        __m256i const isAfterLead =
             _mm256_permutevar8x32_epi32(_mm256_blend_epi32(isHigh, _mm256_setzero_si256(), 0x80), rotate);
         __m256i const front =
             _mm256_or_si256(_mm256_or_si256(_mm256_srli_epi32(plane, 8), _mm256_set1_epi32(0x80F0)),
@@ -509,7 +436,7 @@ KX7_AVX2 inline EncodedEight eightOf(__m128i units, std::ptrdiff_t& used)
             _mm256_or_si256(_mm256_or_si256(_mm256_slli_epi32(_mm256_and_si256(before, _mm256_set1_epi32(3)), 4),
                                             _mm256_and_si256(rest, _mm256_set1_epi32(0xF))),
                             _mm256_or_si256(_mm256_slli_epi32(tail, 8), _mm256_set1_epi32(0x8080)));
-        bytes = _mm256_blendv_epi8(_mm256_blendv_epi8(bytes, front, isHigh), back, isBehind);
+        bytes = _mm256_blendv_epi8(_mm256_blendv_epi8(bytes, front, isHigh), back, isAfterLead);
         highs &= lowBits<uint32_t>(used);
         threes &= ~(highs | highs << 1) & lowBits<uint32_t>(used);
         twos &= lowBits<uint32_t>(used);
@@ -518,25 +445,25 @@ KX7_AVX2 inline EncodedEight eightOf(__m128i units, std::ptrdiff_t& used)
         return units4 + __builtin_popcount(twos & lanes) + __builtin_popcount(threes & lanes);
     };
     std::ptrdiff_t const front = std::min<std::ptrdiff_t>(used, 4);
-    return {{squeeze(_mm256_castsi256_si128(bytes), KEEP_TRIPLES.shuffles[(twos & 0xF) | (threes & 0xF) << 4]),
+    return {{shuffled(_mm256_castsi256_si128(bytes), KEEP_TRIPLES.shuffles[(twos & 0xF) | (threes & 0xF) << 4]),
              countOf(front, 0xF)},
-            {squeeze(_mm256_extracti128_si256(bytes, 1), KEEP_TRIPLES.shuffles[twos >> 4 | (threes & 0xF0)]),
+            {shuffled(_mm256_extracti128_si256(bytes, 1), KEEP_TRIPLES.shuffles[twos >> 4 | (threes & 0xF0)]),
              countOf(used - front, 0xF0)}};
 }
 
-/** Encodes 8 units as eightOf does; stores up to SPILL bytes behind those that count. */
+/** Encodes 8 units as eightOf does; stores up to SPILL bytes after those that count. */
 template <bool HAS_PAIRS>
 KX7_AVX2 inline unsigned char* encodeEight(__m128i units, std::ptrdiff_t& used, unsigned char* out)
 {
     EncodedEight const encoded = eightOf<HAS_PAIRS>(units, used);
-    store(out, encoded.front.bytes);
-    store(out + encoded.front.count, encoded.back.bytes);
+    store128(out, encoded.front.bytes);
+    store128(out + encoded.front.count, encoded.back.bytes);
     return out + encoded.front.count + encoded.back.count;
 }
 
 /**
- * Encodes up to 8 units of a text that begins at `begin` and writes nothing behind them; none where they do not fit or
- * the whole text is shorter. Of units with surrogates only the pairs in front: beyond these, plain steps are faster.
+ * Encodes up to 8 units of a text that begins at `begin` and writes nothing after them; none where they do not fit or
+ * the whole text is shorter. Of units with surrogates only the pairs in front: beyond these, plain loops are faster.
  * @return the units consumed
  */
 KX7_AVX2 inline std::ptrdiff_t encodeLastUnits(unsigned short const* begin, unsigned short const* in,
@@ -545,9 +472,9 @@ KX7_AVX2 inline std::ptrdiff_t encodeLastUnits(unsigned short const* begin, unsi
     if (end - begin < 8)
         return 0;
     std::ptrdiff_t used = std::min<std::ptrdiff_t>(8, end - in);
-    __m128i const units = used == 8 ? load(in) : bytesFrom(load(end - 8), 2 * (8 - used));
+    __m128i const units = used == 8 ? load128(in) : bytesFrom(load128(end - 8), 2 * (8 - used));
     if (_mm_testz_si128(units, _mm_set1_epi16(static_cast<short>(0xF800))) != 0) {
-        Counted const encoded = pairsOf(units, used);
+        CountedBytes const encoded = pairsOf(units, used);
         if (encoded.count > outEnd - out)
             return 0;
         out = storeExactly(out, encoded);
@@ -565,9 +492,9 @@ KX7_AVX2 inline std::ptrdiff_t encodeLastUnits(unsigned short const* begin, unsi
     std::ptrdiff_t const count = encoded.front.count + encoded.back.count;
     if (count > outEnd - out)
         return 0;
-    // What lies behind the front is overwritten.
+    // What lies after the front is overwritten.
     if (count >= 16)
-        store(out, encoded.front.bytes);
+        store128(out, encoded.front.bytes);
     else
         storeExactly(out, encoded.front);
     storeExactly(out + encoded.front.count, encoded.back);
@@ -582,21 +509,20 @@ KX7_AVX2 void encodeBlocks(unsigned short const*& inOut, unsigned short const* e
     unsigned char* out = outOut;
     while (end - in > 0) {
         while (end - in >= 2 * UNITS && outEnd - out >= 2 * UNITS) {
-            __m256i const front = loadUnits(in);
-            __m256i const back = loadUnits(in + UNITS);
+            __m256i const front = load256(in);
+            __m256i const back = load256(in + UNITS);
             if (!_mm256_testz_si256(_mm256_or_si256(front, back), _mm256_set1_epi16(static_cast<short>(0xFF80))))
                 break;
-            _mm256_storeu_si256(reinterpret_cast<__m256i*>(out),
-                                _mm256_permute4x64_epi64(_mm256_packus_epi16(front, back), 0xD8));
+            store256(out, narrowed(front, back));
             in += 2 * UNITS;
             out += 2 * UNITS;
         }
         if (end - in >= UNITS && outEnd - out >= UNITS) {
-            __m256i const units = loadUnits(in);
+            __m256i const units = load256(in);
             __m128i const low = _mm256_castsi256_si128(units);
             __m128i const high = _mm256_extracti128_si256(units, 1);
             if (_mm256_testz_si256(units, _mm256_set1_epi16(static_cast<short>(0xFF80)))) {
-                store(out, _mm_packus_epi16(low, high));
+                store128(out, _mm_packus_epi16(low, high));
                 in += UNITS;
                 out += UNITS;
                 continue;
@@ -604,12 +530,12 @@ KX7_AVX2 void encodeBlocks(unsigned short const*& inOut, unsigned short const* e
             bool const isTwoByte = _mm256_testz_si256(units, _mm256_set1_epi16(static_cast<short>(0xF800))) != 0;
             bool const isThreeByte = !isTwoByte && !hasSurrogates(units);
             if (!isTwoByte && !isThreeByte && outEnd - out >= 2 * UNITS && pairLanes(units) == 0xFF) {
-                _mm256_storeu_si256(reinterpret_cast<__m256i*>(out), bytesOfPairs(units));
+                store256(out, bytesOfPairs(units));
                 in += UNITS;
                 out += 2 * UNITS;
                 continue;
             }
-            // What is stored behind the text is overwritten by that of the next units: all of them can be encoded.
+            // What is stored after the text is overwritten by that of the next units: all of them can be encoded.
             if (end - in > 2 * UNITS && outEnd - out >= 6 * UNITS + SPILL && wellPaired(in + UNITS)) {
                 std::ptrdiff_t used = 8;
                 if (isTwoByte) {
@@ -627,7 +553,7 @@ KX7_AVX2 void encodeBlocks(unsigned short const*& inOut, unsigned short const* e
                     out = encodeEight<true>(low, used, out);
                     in += used;
                     used = 8;
-                    out = encodeEight<true>(load(in), used, out);
+                    out = encodeEight<true>(load128(in), used, out);
                     in += used;
                     continue;
                 }
@@ -646,112 +572,10 @@ KX7_AVX2 void encodeBlocks(unsigned short const*& inOut, unsigned short const* e
 
 void encodeUTF8Avx2(unsigned short const*& in, unsigned short const* end, unsigned char*& out, unsigned char* outEnd)
 {
-    constexpr std::ptrdiff_t WORTHWHILE = 8;
-    if (end - in >= WORTHWHILE)
+    if (end - in >= UTF8_ENCODE_MINIMUM_AVX2)
         encodeBlocks(in, end, out, outEnd);
     if (in != end)
         encodeUTF8Baseline(in, end, out, outEnd);
-}
-
-namespace {
-
-/** 32 units. */
-struct UnitBlock {
-    static constexpr std::ptrdiff_t SIZE = 2 * UNITS;
-    __m256i front;
-    __m256i back;
-
-    KX7_AVX2 explicit UnitBlock(unsigned short const* in) : front(loadUnits(in)), back(loadUnits(in + UNITS)) {}
-
-    KX7_AVX2 bool hasSurrogates() const
-    {
-        __m256i const base = _mm256_set1_epi16(static_cast<short>(0xD800));
-        __m256i const nearest = _mm256_min_epu16(_mm256_sub_epi16(front, base), _mm256_sub_epi16(back, base));
-        return _mm256_movemask_epi8(_mm256_cmpeq_epi16(_mm256_srli_epi16(nearest, 11), _mm256_setzero_si256())) != 0;
-    }
-
-    /** Two bits a unit. */
-    KX7_AVX2 uint64_t surrogatesOf(unsigned short kind) const
-    {
-        return surrogates(front, kind) | static_cast<uint64_t>(surrogates(back, kind)) << 2 * UNITS;
-    }
-
-    KX7_AVX2 bool isASCII() const { return isWithin(0x7F); }
-
-    /** No unit needs more than two bytes. */
-    KX7_AVX2 bool isTwoByte() const { return isWithin(0x7FF); }
-
-    /** Units that need a second byte, lane by lane. */
-    KX7_AVX2 __m256i seconds() const { return _mm256_add_epi16(hasAny<7>(front), hasAny<7>(back)); }
-
-    /** Units that need a third; half a pair is taken for such a one. */
-    KX7_AVX2 __m256i thirds() const { return _mm256_add_epi16(hasAny<11>(front), hasAny<11>(back)); }
-
-private:
-    KX7_AVX2 bool isWithin(unsigned short bits) const
-    {
-        return _mm256_testz_si256(_mm256_or_si256(front, back), _mm256_set1_epi16(static_cast<short>(~bits))) != 0;
-    }
-
-    /** Lanes that have any of the bits from FIRST on; what compilers make of comparisons is slower. */
-    template <int FIRST>
-    KX7_AVX2 static __m256i hasAny(__m256i units)
-    {
-        return _mm256_min_epu16(_mm256_srli_epi16(units, FIRST), _mm256_set1_epi16(1));
-    }
-
-    KX7_AVX2 static uint32_t surrogates(__m256i units, unsigned short kind)
-    {
-        __m256i const kinds = _mm256_and_si256(units, _mm256_set1_epi16(static_cast<short>(0xFC00)));
-        return static_cast<uint32_t>(
-            _mm256_movemask_epi8(_mm256_cmpeq_epi16(kinds, _mm256_set1_epi16(static_cast<short>(kind)))));
-    }
-};
-
-}  // namespace
-
-KX7_AVX2 size_t countAsUTF8Avx2(unsigned short const*& inOut, unsigned short const* end)
-{
-    constexpr std::ptrdiff_t MOST_BLOCKS = 0x1000;  // else lanes overflow
-    unsigned short const* in = inOut;
-    // In front only: in mixed text it would cost more than it saves.
-    while (end - in >= UnitBlock::SIZE && UnitBlock(in).isASCII())
-        in += UnitBlock::SIZE;
-    std::ptrdiff_t count = 0;
-    uint64_t carried = 0;  // both bits of a high surrogate in front
-    bool good = true;
-    while (good && end - in >= UnitBlock::SIZE) {
-        std::ptrdiff_t blocks = std::min((end - in) / UnitBlock::SIZE, MOST_BLOCKS);
-        __m256i beyond = _mm256_setzero_si256();
-        for (; blocks != 0; --blocks) {
-            UnitBlock const block(in);
-            __m256i more = block.seconds();
-            if (carried != 0 || !block.isTwoByte()) {
-                if (carried != 0 || block.hasSurrogates()) {
-                    uint64_t const highs = block.surrogatesOf(0xD800);
-                    good = ((highs << 2 | carried) & ~block.surrogatesOf(0xDC00)) == 0;
-                    if (!good)
-                        break;
-                    // Three bytes for either half of a pair are two too many.
-                    count -= __builtin_popcountll(highs);
-                    carried = highs >> 62;
-                }
-                more = _mm256_add_epi16(more, block.thirds());
-            }
-            beyond = _mm256_add_epi16(beyond, more);
-            in += UnitBlock::SIZE;
-        }
-        __m256i const sums = _mm256_madd_epi16(beyond, _mm256_set1_epi16(1));
-        __m128i sum = _mm_add_epi32(_mm256_castsi256_si128(sums), _mm256_extracti128_si256(sums, 1));
-        sum = _mm_hadd_epi32(sum, sum);
-        sum = _mm_hadd_epi32(sum, sum);
-        count += _mm_cvtsi128_si32(sum);
-    }
-    count += in - inOut;
-    // A high surrogate whose partner does not follow here has been counted with one byte.
-    std::ptrdiff_t const cut = carried != 0 ? 1 : 0;
-    inOut = in - cut;
-    return static_cast<size_t>(count - cut);
 }
 
 }  // namespace kx7

@@ -18,11 +18,11 @@ struct Leads {
     /** The continuation bytes that they want in their block. */
     Mask wanted() const { return two << 1 | three << 2 | four << 3; }
 
-    /** The same in the block behind. */
-    Mask wantedBehind() const { return two >> (BITS - 1) | three >> (BITS - 2) | four >> (BITS - 3); }
+    /** The same in the block after it. */
+    Mask wantedAfter() const { return two >> (BITS - 1) | three >> (BITS - 2) | four >> (BITS - 3); }
 
-    /** Bytes of the character that the end of the block cuts off. */
-    int cutOff() const
+    /** Bytes of the character that the end of the block truncates. */
+    int truncated() const
     {
         return two >> (BITS - 1) != 0 ? 1 : three >> (BITS - 2) != 0 ? 2 : four >> (BITS - 3) != 0 ? 3 : 0;
     }

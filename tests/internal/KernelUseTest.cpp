@@ -5,7 +5,10 @@
 #include <type_traits>
 #include <vector>
 
+#include "kx7/convert.h"
+#include "kx7/converters/Engine.h"
 #include "kx7/kernels/ShortText.h"
+#include "kx7/text/KX7UString.h"
 #include "tests/internal/AllSets.h"
 #include "tests/internal/KernelSets.h"
 
@@ -14,6 +17,39 @@ using namespace kx7test;
 namespace {
 
 class KernelUse : public kx7test::KernelTest {};
+
+// Every kernel of the table, by the name of its member.
+#define KX7_EVERY_KERNEL(X)                                                                                            \
+    X(unitLength)                                                                                                      \
+    X(unitFind)                                                                                                        \
+    X(unitMatch)                                                                                                       \
+    X(decodeUTF8)                                                                                                      \
+    X(encodeUTF8)                                                                                                      \
+    X(wellFormedUTF8)                                                                                                  \
+    X(countUTF8)                                                                                                       \
+    X(countAsUTF8)                                                                                                     \
+    X(decodeSingleByte)                                                                                                \
+    X(encodeSingleByte)                                                                                                \
+    X(singleByteFromUTF8)                                                                                              \
+    X(decodePairs)                                                                                                     \
+    X(decodeFourBytes)                                                                                                 \
+    X(countPairs)                                                                                                      \
+    X(countMappedPairs)                                                                                                \
+    X(countUnitsOfGB18030)                                                                                             \
+    X(encodeDoubleByte)                                                                                                \
+    X(countDoubleByte)                                                                                                 \
+    X(encodeGB18030)                                                                                                   \
+    X(countGB18030)
+
+/** The members of Kernels that are no kernels, as it lays them out. */
+struct Others {
+    bool areAny;
+    ptrdiff_t mostDirectToSingleByte;
+    ptrdiff_t mostDirectToDoubleByte;
+};
+#define KX7_ONE(name) +1
+static_assert(sizeof(kx7::Kernels) == sizeof(Others) + sizeof(void (*)()) * (KX7_EVERY_KERNEL(KX7_ONE)),
+              "a kernel is missing in the list above");
 
 kx7::Kernels const* recorded;  ///< the kernels that those of a Recording call
 size_t passed;                 ///< bytes of source that kernels have moved over
@@ -39,18 +75,28 @@ template <auto KERNEL, class Function = std::remove_cv_t<std::remove_reference_t
 struct Recording;
 template <auto KERNEL, class Result, class... Arguments>
 struct Recording<KERNEL, Result (*)(Arguments...)> {
+    static inline size_t work = 0;  ///< bytes of source that it has moved over, or what it has counted
+
     static Result call(Arguments... arguments)
     {
         uintptr_t const begin = (placeOf<Arguments>(arguments) + ...);
         if constexpr (std::is_void_v<Result>) {
             (recorded->*KERNEL)(arguments...);
-            passed += (placeOf<Arguments>(arguments) + ...) - begin;
+            moved((placeOf<Arguments>(arguments) + ...) - begin);
         }
         else {
             Result const result = (recorded->*KERNEL)(arguments...);
-            passed += (placeOf<Arguments>(arguments) + ...) - begin;
+            moved((placeOf<Arguments>(arguments) + ...) - begin);
+            work += result;
             return result;
         }
+    }
+
+private:
+    static void moved(size_t bytes)
+    {
+        passed += bytes;
+        work += bytes;
     }
 };
 
@@ -59,26 +105,17 @@ class Recorder {
 public:
     explicit Recorder(kx7::InstructionSet set) : m_kernels(kx7::kernelsOf(set))
     {
-        using kx7::Kernels;
         recorded = &kx7::kernelsOf(set);
-        m_kernels.decodeUTF8 = Recording<&Kernels::decodeUTF8>::call;
-        m_kernels.encodeUTF8 = Recording<&Kernels::encodeUTF8>::call;
-        m_kernels.countUTF8 = Recording<&Kernels::countUTF8>::call;
-        m_kernels.countAsUTF8 = Recording<&Kernels::countAsUTF8>::call;
-        m_kernels.decodeSingleByte = Recording<&Kernels::decodeSingleByte>::call;
-        m_kernels.encodeSingleByte = Recording<&Kernels::encodeSingleByte>::call;
-        m_kernels.decodePairs = Recording<&Kernels::decodePairs>::call;
-        m_kernels.decodeFourBytes = Recording<&Kernels::decodeFourBytes>::call;
-        m_kernels.countPairs = Recording<&Kernels::countPairs>::call;
-        m_kernels.countMappedPairs = Recording<&Kernels::countMappedPairs>::call;
-        m_kernels.countUnitsOfGB18030 = Recording<&Kernels::countUnitsOfGB18030>::call;
-        m_kernels.encodeDoubleByte = Recording<&Kernels::encodeDoubleByte>::call;
-        m_kernels.countDoubleByte = Recording<&Kernels::countDoubleByte>::call;
-        m_kernels.encodeGB18030 = Recording<&Kernels::encodeGB18030>::call;
-        m_kernels.countGB18030 = Recording<&Kernels::countGB18030>::call;
+#define KX7_RECORD(name)                                                                                               \
+    m_kernels.name = Recording<&kx7::Kernels::name>::call;                                                             \
+    Recording<& kx7::Kernels::name>::work = 0;
+        KX7_EVERY_KERNEL(KX7_RECORD)
         kx7::kernelsInUse = &m_kernels;
     }
-    ~Recorder() { kx7::useInstructionSet(kx7::detectInstructionSet()); }
+    ~Recorder()
+    {
+        kx7::useInstructionSet(kx7::detectInstructionSet());
+    }
 
 private:
     kx7::Kernels m_kernels;
@@ -170,6 +207,62 @@ TEST_F(KernelUse, TheCharactersOfEverySetPassThroughKernels)
         }
     }
     EXPECT_EQ(checked, 38u);
+}
+
+namespace {
+
+/** Calls each operation of a converter with all of its characters. */
+void convertThroughout(MultibyteSet const& set)
+{
+    KX7CharSetConverter& converter = set.converter;
+    Characters const text = charactersOf(converter);
+    auto const unitCount = static_cast<unsigned int>(text.units.size());
+    auto const byteCount = static_cast<unsigned int>(text.bytes.size());
+    auto const* const source = reinterpret_cast<unsigned short const*>(text.units.c_str());
+    std::vector<unsigned short> units(text.units.size() + 1);
+    std::string bytes(text.bytes.size() + 1, 'x');
+    converter.toUTF16(units.data(), text.bytes.c_str(), unitCount, ILLCHAR_REPLACE, nullptr, -1);
+    converter.fromUTF16(bytes.data(), source, byteCount, ILLCHAR_REPLACE, nullptr);
+    converter.getNumUnits(text.bytes.c_str(), byteCount);
+    converter.getNumBytes(source, unitCount);
+    std::string utf8(4 * text.units.size() + 1, '\0');
+    utf8.resize(g_oConverterUTF8.fromUTF16(utf8.data(), source, static_cast<unsigned int>(utf8.size() - 1),
+                                           ILLCHAR_REPLACE, nullptr));
+    kx7::validateUtf8(utf8);
+    kx7::Engine const* const engine = kx7::engineOf(converter);
+    if (engine && engine->runFromUTF8) {
+        auto const* in = reinterpret_cast<unsigned char const*>(utf8.c_str());
+        auto* out = reinterpret_cast<unsigned char*>(bytes.data());
+        engine->runFromUTF8(converter, in, out, out + byteCount);
+    }
+}
+
+/** Two equal texts and one that differs at its end, found and compared. */
+void searchThroughout()
+{
+    KX7UString const text(std::string(1000, 'x').c_str(), KX7CS_UTF8);
+    KX7UString const other((std::string(1000, 'x') + "y").c_str(), KX7CS_UTF8);
+    EXPECT_EQ(other.find(static_cast<unsigned short>('y')), 1000u);
+    EXPECT_NE(text.compare(other.data()), 0);
+}
+
+}  // namespace
+
+TEST_F(KernelUse, EveryKernelOfEveryInstructionSetHasWorkToDo)
+{
+    for (kx7::InstructionSet const set : sets()) {
+        Recorder const recorder(set);
+        for (MultibyteSet const& charSet : allSets())
+            if (!charSet.isWide)
+                convertThroughout(charSet);
+        searchThroughout();
+        kx7::Kernels const& plain = kx7::kernelsOf(kx7::InstructionSet::PLAIN);
+#define KX7_EXPECT_WORK(name)                                                                                          \
+    if (recorded->name != plain.name) {                                                                                \
+        EXPECT_GT(Recording<&kx7::Kernels::name>::work, 0u) << #name " with " << nameOf(set);                          \
+    }
+        KX7_EVERY_KERNEL(KX7_EXPECT_WORK)
+    }
 }
 
 #ifdef KX7_SSE2_THROUGHOUT
