@@ -22,6 +22,7 @@ import generate  # noqa: E402
 import sources  # noqa: E402
 import tables  # noqa: E402
 import writers  # noqa: E402
+from test_encodingstandard import EncodingStandard  # noqa: E402, F401
 
 TABLES = generate.TARGET
 ROOT = generate.ROOT
