@@ -19,9 +19,9 @@ namespace kx7 {
 /**
  * The bytes before the incomplete character at the end of `bytes`; all of them where there is none.
  *
- * A text can be cut there: a stream that is given all of `bytes`, and not as the last, converts these and keeps the rest,
- * and another stream goes on after these, with the rest and the bytes that follow. Give the first stream the rest too:
- * that a sequence is malformed may show only in what follows it.
+ * A text can be cut there: a stream that is given all of `bytes`, and not as the last, converts these and keeps the
+ * rest, and another stream goes on after these, with the rest and the bytes that follow. Give the first stream the rest
+ * too: that a sequence is malformed may show only in what follows it.
  *
  * Looks at the last character only; in a set of several bytes at the last 16 bytes, and at those before them back to a
  * space or control character. Allocates only what the first conversion of a character set does. May be called from any

@@ -49,7 +49,7 @@ public:
     /** Which units are their own bytes. */
     Same same() const { return m_same; }
 
-    /** What a unit is written as, one byte, two or four; 0 where the decoder has to be asked. */
+    /** What a unit is written as, one byte, two or four; 0 where the encoder has to be asked. */
     unsigned int codeOf(unsigned short unit) const { return m_codes ? m_codes[unit] : 0; }
 
 private:
