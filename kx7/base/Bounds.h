@@ -1,4 +1,4 @@
-// kx7text - sums of a pointer and a capacity, and counts in 32 bits, that cannot wrap (internal).
+// kx7text - sums of a pointer and a capacity, and counts in 32 bits, that cannot wrap; overlap (internal).
 #ifndef KX7_BASE_BOUNDS_H
 #define KX7_BASE_BOUNDS_H
 
@@ -24,6 +24,17 @@ template <class T>
 T* endOf(T* begin, size_t count)
 {
     return begin + reachable(begin, count);
+}
+
+/**
+ * Whether what is written, up to `written` bytes and one more, may overlap text of which `read` bytes and one more are
+ * still to be read.
+ */
+inline bool mayOverlap(unsigned char const* source, size_t read, unsigned char const* dest, size_t written)
+{
+    auto const from = reinterpret_cast<uintptr_t>(source);
+    auto const to = reinterpret_cast<uintptr_t>(dest);
+    return from <= to ? to - from <= read : from - to <= written;
 }
 
 /** A count as published operations return it: 0xFFFFFFFF stands for all that 32 bits do not hold. */

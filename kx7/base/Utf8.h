@@ -30,7 +30,7 @@ constexpr unsigned int UTF8_LENGTHS[16] = {1, 1, 1, 1, 1, 1, 1, 1, 0, 0, 0, 0, 2
  *   truncated()        the range ends inside the character
  */
 template <Utf8Rules RULES, class Results>
-auto readUtf8(unsigned char const* p, unsigned char const* end)
+__attribute__((always_inline)) inline auto readUtf8(unsigned char const* p, unsigned char const* end)
 {
     unsigned int const lead = p[0];
     if (lead < 0x80)

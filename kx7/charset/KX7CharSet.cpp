@@ -5,7 +5,7 @@
 
 #include "kx7/charset/CharSetConverterManager.h"
 #include "kx7/charset/Served.h"
-#include "kx7/converters/Walk.h"
+#include "kx7/converters/Loop.h"
 
 using kx7::converterOf;
 using kx7::servedBy;
@@ -25,7 +25,7 @@ unsigned int localToUTF8(unsigned char* dst, char const* src, int dstBytes, KX7C
     if (local.engine && local.engine->toUTF8 && !transit.unescape) {
         auto const* const source = reinterpret_cast<unsigned char const*>(src);
         size_t const bytes = local.engine->toUTF8(*local.converter, source, dst, room);
-        if (bytes != kx7::NOT_STRAIGHT) {
+        if (bytes != kx7::NOT_DIRECT) {
             dst[bytes] = 0;
             return static_cast<unsigned int>(bytes);
         }
@@ -42,7 +42,7 @@ unsigned int utf8ToLocal(char* dst, unsigned char const* src, int dstBytes, KX7C
     if (local.engine && local.engine->fromUTF8 && capacity != 0) {
         size_t const bytes =
             local.engine->fromUTF8(*local.converter, src, reinterpret_cast<unsigned char*>(dst), capacity - 1);
-        if (bytes != kx7::NOT_STRAIGHT) {
+        if (bytes != kx7::NOT_DIRECT) {
             dst[bytes] = 0;
             return static_cast<unsigned int>(bytes);
         }

@@ -3,7 +3,7 @@
 #define KX7_CONVERTERS_DOUBLEBYTE_H
 
 #include "kx7/base/TablePages.h"
-#include "kx7/converters/Walk.h"
+#include "kx7/converters/PublishedRules.h"
 #include "kx7/kernels/PairUnits.h"
 #include "kx7/kernels/ShortText.h"
 #include "kx7/tables/ByteTypeTables.h"
@@ -19,7 +19,8 @@ constexpr unsigned int doubleByteCode(unsigned char const* p)
 struct PairDecoder : DecoderBase {
     explicit PairDecoder(PairUnits const* pairs) : m_pairs(pairs) {}
 
-    void run(unsigned char const*& in, unsigned char const* end, unsigned short*& out, unsigned short* outEnd) const
+    void convertFast(unsigned char const*& in, unsigned char const* end, unsigned short*& out,
+                     unsigned short* outEnd) const
     {
         if (!m_pairs)
             return;
@@ -28,12 +29,12 @@ struct PairDecoder : DecoderBase {
             kernels().decodePairs(*m_pairs, in, end, out, outEnd);
     }
 
-    static constexpr bool IS_STRAIGHT = true;
+    static constexpr bool IS_DIRECT = true;
 
     /** Which bytes are their own units. */
     Same same() const { return m_pairs ? m_pairs->sameBytes() : Same::NONE; }
 
-    /** As the step where that finds a character of one unit in one byte or two; else it may be anything illegal. */
+    /** As the decoder where that finds a character of one unit in one byte or two; else it may be anything illegal. */
     KX7_INLINE DecodedChar look(unsigned char const* p, unsigned char const* end) const
     {
         if (!m_pairs)
@@ -42,7 +43,7 @@ struct PairDecoder : DecoderBase {
         unsigned int length = 1;
         if (code >= 0x80 && m_pairs->isLead()[code & 0x7F]) {
             if (end - p < 2)
-                return DecodedChar::cut();
+                return DecodedChar::truncated();
             code = code << 8 | p[1];
             length = 2;
         }
@@ -65,7 +66,7 @@ struct DoubleByteDecoder : PairDecoder {
     {
     }
 
-    /** What the step finds, where it is a character of one unit. `pairs` may share the values of `toUnicode`. */
+    /** What the decoder finds, where it is a character of one unit. `pairs` may share the values of `toUnicode`. */
     static void fill(PairUnits& pairs, unsigned char const* types, Table const& toUnicode)
     {
         for (unsigned int byte = 0; byte < 256; ++byte) {
@@ -77,7 +78,7 @@ struct DoubleByteDecoder : PairDecoder {
             auto const* const values = TablePages::page(toUnicode, high);
             unsigned short* const units = pairs.row(high);
             for (unsigned int low = 0; low < 256; ++low) {
-                // A code that ends so is never looked up by the step: it need not stay in the table.
+                // A code that ends so is never looked up by the decoder: it need not stay in the table.
                 unsigned short const unit = types[low] & TRAIL_BYTE ? oneUnit(values[low]) : 0;
                 if (units[low] != unit)
                     units[low] = unit;
@@ -91,14 +92,14 @@ struct DoubleByteDecoder : PairDecoder {
         return std::none_of(types, types + 0x80, [](unsigned char type) { return (type & LEAD_BYTE) != 0; });
     }
 
-    DecodedChar step(unsigned char const* p, unsigned char const* end) const
+    DecodedChar decodeOne(unsigned char const* p, unsigned char const* end) const
     {
         unsigned int code = p[0];
         unsigned int length = 1;
         if (m_types[p[0]] & LEAD_BYTE) {
             if (p + 1 == end)
-                return DecodedChar::cut();
-            // Kept on purpose: after a lead byte without a trail byte the limit waits for the character behind it.
+                return DecodedChar::truncated();
+            // Kept on purpose: after a lead byte without a trail byte the limit waits for the character after it.
             if (!(m_types[p[1]] & TRAIL_BYTE))
                 return DecodedChar::illegal(1, LimitCheck::SKIP);
             code = doubleByteCode(p);

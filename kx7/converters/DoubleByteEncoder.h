@@ -2,7 +2,7 @@
 #ifndef KX7_CONVERTERS_DOUBLEBYTEENCODER_H
 #define KX7_CONVERTERS_DOUBLEBYTEENCODER_H
 
-#include "kx7/converters/Walk.h"
+#include "kx7/converters/EncodeLoop.h"
 #include "kx7/kernels/Kernels.h"
 #include "kx7/kernels/ShortText.h"
 
@@ -20,7 +20,8 @@ public:
     {
     }
 
-    void run(unsigned short const*& in, unsigned short const* end, unsigned char*& out, unsigned char* outEnd) const
+    void convertFast(unsigned short const*& in, unsigned short const* end, unsigned char*& out,
+                     unsigned char* outEnd) const
     {
         copyShort(m_same, in, end, out, outEnd);
         if (in != end)
@@ -35,20 +36,20 @@ public:
             kernels().encodeDoubleByte(m_codes, in, end, out, outEnd);
     }
 
-    size_t countRun(unsigned short const*& in, unsigned short const* end) const
+    size_t countFast(unsigned short const*& in, unsigned short const* end) const
     {
         return m_codes ? kernels().countDoubleByte(m_codes, in, end) : 0;
     }
 
-    static constexpr bool IS_STRAIGHT = true;
+    static constexpr bool IS_DIRECT = true;
 
     static constexpr bool IS_SINGLE = false;
-    static std::ptrdiff_t mostStraight() { return kernels().mostDirectToDoubleByte; }
+    static std::ptrdiff_t mostDirect() { return kernels().mostDirectToDoubleByte; }
 
     /** Which units are their own bytes. */
     Same same() const { return m_same; }
 
-    /** What a unit is written as, one byte, two or four; 0 where the step has to be asked. */
+    /** What a unit is written as, one byte, two or four; 0 where the encoder has to be asked. */
     unsigned int codeOf(unsigned short unit) const { return m_codes ? m_codes[unit] : 0; }
 
 private:

@@ -15,7 +15,6 @@
 #include "kx7/converters/KX7CharSetConverterUTF16Esc.h"
 #include "kx7/converters/KX7CharSetConverterUTF32.h"
 #include "kx7/converters/KX7CharSetConverterUTF8.h"
-#include "kx7/converters/Walk.h"
 #include "kx7/converters/Wide.h"
 
 namespace kx7 {

@@ -1,8 +1,9 @@
 // kx7text - the internal interface to a converter: bounded ranges in, bounded ranges out (internal).
 //
-// What a converter knows of its encoding stands in its two steps (how one character is read, how one is written). The
-// walks of Walk.h run them over ranges, and this header hands those walks out by converter, so that a caller which
-// has counts instead of terminators, wants offsets, or works in pieces uses the same rules as the published operations.
+// What a converter knows of its encoding is how one character is decoded and how one is encoded. The loops of
+// DecodeLoop.h and EncodeLoop.h do so with ranges, and this header hands those loops out by converter, so that a caller
+// which has counts instead of terminators, wants offsets, or works in pieces uses the same rules as the published
+// operations.
 #ifndef KX7_CONVERTERS_ENGINE_H
 #define KX7_CONVERTERS_ENGINE_H
 
@@ -57,10 +58,10 @@ struct TextProgress {
 };
 
 /** What Engine::toUTF8 and fromUTF8 return for a text that they do not take. */
-constexpr size_t NOT_STRAIGHT = SIZE_MAX;
+constexpr size_t NOT_DIRECT = SIZE_MAX;
 
-using StraightConversion = size_t(KX7CharSetConverter& converter, unsigned char const* source, unsigned char* dest,
-                                  size_t room);
+using DirectConversion = size_t(KX7CharSetConverter& converter, unsigned char const* source, unsigned char* dest,
+                                size_t room);
 
 using RunFromUTF8 = void(KX7CharSetConverter& converter, unsigned char const*& in, unsigned char*& out,
                          unsigned char* outEnd);
@@ -116,13 +117,13 @@ struct Engine {
                             unsigned int room, int sourceLimit);
 
     /**
-     * Short zero-terminated text straight to UTF-8, without a terminator. Takes a text whole, or returns NOT_STRAIGHT:
+     * Short zero-terminated text directly to UTF-8, without a terminator. Takes a text whole, or returns NOT_DIRECT:
      * that one is to be converted in two steps, over what this has written. Null for a class of other texts.
      */
-    StraightConversion* toUTF8;
+    DirectConversion* toUTF8;
 
     /** The same from UTF-8. */
-    StraightConversion* fromUTF8;
+    DirectConversion* fromUTF8;
 };
 
 /** The engine of a converter of one of the library's own classes; null for a class that a caller derived. */
@@ -158,8 +159,8 @@ struct EngineOf {
     static constexpr RunFromUTF8* runFromUTF8();
     static unsigned int toUTF16(KX7CharSetConverter& converter, unsigned short* dest, ByteText const& source,
                                 unsigned int room, int sourceLimit);
-    static constexpr StraightConversion* toUTF8();
-    static constexpr StraightConversion* fromUTF8();
+    static constexpr DirectConversion* toUTF8();
+    static constexpr DirectConversion* fromUTF8();
     static Engine const ENGINE;
 };
 

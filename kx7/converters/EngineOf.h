@@ -4,8 +4,8 @@
 
 #include <utility>
 
-#include "kx7/converters/StraightUtf8.h"
-#include "kx7/converters/Walk.h"
+#include "kx7/converters/DirectUtf8.h"
+#include "kx7/converters/PublishedRules.h"
 
 namespace kx7 {
 
@@ -20,7 +20,7 @@ Progress EngineOf<Converter>::decode(KX7CharSetConverter& converter, unsigned ch
                                      unsigned char const* sourceEnd, unsigned short* dest, unsigned short* destEnd,
                                      bool last)
 {
-    return decodeRange(static_cast<Converter&>(converter).decoder(), source, sourceEnd, dest, destEnd, last);
+    return decodeRange(static_cast<Converter&>(converter).decoder(), {source, sourceEnd, dest, destEnd}, last);
 }
 
 template <class Converter>
@@ -28,7 +28,7 @@ Progress EngineOf<Converter>::decodeStrict(KX7CharSetConverter& converter, unsig
                                            unsigned char const* sourceEnd, unsigned short* dest,
                                            unsigned short* destEnd, bool last)
 {
-    return decodeRange(strictDecoder(converter), source, sourceEnd, dest, destEnd, last);
+    return decodeRange(strictDecoder(converter), {source, sourceEnd, dest, destEnd}, last);
 }
 
 template <class Converter>
@@ -43,7 +43,7 @@ Progress EngineOf<Converter>::encode(KX7CharSetConverter& converter, unsigned sh
                                      unsigned short const* sourceEnd, unsigned char* dest, unsigned char* destEnd,
                                      bool last)
 {
-    return encodeRange(static_cast<Converter&>(converter).encoder(), source, sourceEnd, dest, destEnd, last);
+    return encodeRange(static_cast<Converter&>(converter).encoder(), {source, sourceEnd, dest, destEnd}, last);
 }
 
 template <class Converter>
@@ -55,19 +55,19 @@ ErrorRun EngineOf<Converter>::unmappableRun(KX7CharSetConverter& converter, unsi
 
 template <class Converter>
 TextProgress EngineOf<Converter>::decodeText(KX7CharSetConverter& converter, ByteText const& source,
-                                             unsigned short* dest, unsigned int room)
+                                             unsigned short* dest, unsigned int capacity)
 {
-    size_t const spare = room + ESCAPE_LENGTH >= PIECE ? UNUSED_OF_PIECE : 0;
-    return kx7::decodeText(static_cast<Converter&>(converter).decoder(), source, dest, room, ILLCHAR_REPLACE, nullptr,
-                           NO_LIMIT, spare);
+    size_t const unused = capacity + ESCAPE_LENGTH >= PIECE ? UNUSED_OF_PIECE : 0;
+    return kx7::decodeText(static_cast<Converter&>(converter).decoder(),
+                           {source, dest, capacity, ILLCHAR_REPLACE, nullptr, NO_LIMIT, unused});
 }
 
 template <class Converter>
 TextProgress EngineOf<Converter>::encodeText(KX7CharSetConverter& converter, UnitText const& source,
-                                             unsigned char* dest, unsigned int room, ILLCHAR_OPTYPE op, bool last)
+                                             unsigned char* dest, unsigned int capacity, ILLCHAR_OPTYPE op, bool last)
 {
-    return kx7::encodeText(static_cast<Converter&>(converter).encoder(), source, dest, room, op, nullptr,
-                           {EscapeRoom::EXACT, last});
+    return kx7::encodeText(static_cast<Converter&>(converter).encoder(),
+                           {source, dest, capacity, op, nullptr, EscapeCapacity::EXACT, last});
 }
 
 template <class Converter>
@@ -82,29 +82,30 @@ constexpr RunFromUTF8* EngineOf<Converter>::runFromUTF8()
 
 template <class Converter>
 unsigned int EngineOf<Converter>::toUTF16(KX7CharSetConverter& converter, unsigned short* dest, ByteText const& source,
-                                          unsigned int room, int sourceLimit)
+                                          unsigned int capacity, int sourceLimit)
 {
-    return static_cast<Converter&>(converter).toUTF16Within(dest, source, room, ILLCHAR_REPLACE, nullptr, sourceLimit);
+    return decodePublished(static_cast<Converter&>(converter).decoder(), source, dest, capacity, ILLCHAR_REPLACE,
+                           nullptr, sourceLimit);
 }
 
 template <class Converter>
-constexpr StraightConversion* EngineOf<Converter>::toUTF8()
+constexpr DirectConversion* EngineOf<Converter>::toUTF8()
 {
     using Decoder = decltype(std::declval<Converter&>().decoder());
-    if constexpr (Decoder::IS_STRAIGHT)
-        return [](KX7CharSetConverter& converter, unsigned char const* source, unsigned char* dest, size_t room) {
-            return shortToUTF8(static_cast<Converter&>(converter).decoder(), source, dest, room);
+    if constexpr (Decoder::IS_DIRECT)
+        return [](KX7CharSetConverter& converter, unsigned char const* source, unsigned char* dest, size_t capacity) {
+            return shortToUTF8(static_cast<Converter&>(converter).decoder(), source, dest, capacity);
         };
     return nullptr;
 }
 
 template <class Converter>
-constexpr StraightConversion* EngineOf<Converter>::fromUTF8()
+constexpr DirectConversion* EngineOf<Converter>::fromUTF8()
 {
     using Encoder = decltype(std::declval<Converter&>().encoder());
-    if constexpr (Encoder::IS_STRAIGHT)
-        return [](KX7CharSetConverter& converter, unsigned char const* source, unsigned char* dest, size_t room) {
-            return shortFromUTF8(static_cast<Converter&>(converter).encoder(), source, dest, room);
+    if constexpr (Encoder::IS_DIRECT)
+        return [](KX7CharSetConverter& converter, unsigned char const* source, unsigned char* dest, size_t capacity) {
+            return shortFromUTF8(static_cast<Converter&>(converter).encoder(), source, dest, capacity);
         };
     return nullptr;
 }

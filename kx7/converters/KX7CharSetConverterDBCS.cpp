@@ -12,12 +12,14 @@ struct KX7CharSetConverterDBCS::Decoder : kx7::DoubleByteDecoder<LookupTable<uns
 };
 
 struct KX7CharSetConverterDBCS::Encoder : kx7::DoubleByteEncoder {
+    static constexpr unsigned int MOST_BYTES = 2;
+
     Encoder(LookupTable<unsigned short> const& fromUnicode, unsigned short const* codes, kx7::PairUnits const* pairs)
         : DoubleByteEncoder(codes, pairs), m_fromUnicode(fromUnicode)
     {
     }
 
-    kx7::EncodedChar step(unsigned short const* p, unsigned short const* /*end*/) const
+    kx7::EncodedChar encodeOne(unsigned short const* p, unsigned short const* /*end*/) const
     {
         return kx7::EncodedChar::oneOrTwo(m_fromUnicode.get(p[0]), p[0], 1);
     }
@@ -76,47 +78,5 @@ unsigned int KX7CharSetConverterDBCS::getNumUnits(void const* source, unsigned i
     return kx7::countDoubleByteCharacters(m_pTypeTable, source, byteCount);
 }
 
-unsigned int KX7CharSetConverterDBCS::toUTF16Within(unsigned short* dest, kx7::ByteText const& source,
-                                                    unsigned int room, ILLCHAR_OPTYPE op, bool* illegal,
-                                                    int sourceLimit)
-{
-    return kx7::decodePublished(decoder(), source, dest, room, op, illegal, sourceLimit);
-}
-
-unsigned int KX7CharSetConverterDBCS::toUTF16(unsigned short* dest, void const* source, unsigned int room,
-                                              ILLCHAR_OPTYPE op, bool* illegal, int sourceLimit)
-{
-    if (!dest || !source)
-        return 0;
-    return toUTF16Within(dest, kx7::terminatedText(source), room, op, illegal, sourceLimit);
-}
-
-unsigned int KX7CharSetConverterDBCS::getNumBytes(unsigned short const* source, unsigned int unitCount)
-{
-    if (!source)
-        return 0;
-    return kx7::countBytes(encoder(), source, unitCount);
-}
-
-unsigned int KX7CharSetConverterDBCS::fromUTF16(void* dest, unsigned short const* source, unsigned int room,
-                                                ILLCHAR_OPTYPE op, bool* illegal)
-{
-    if (!dest || !source)
-        return 0;
-    return kx7::encodePublished(encoder(), source, dest, room, op, illegal);
-}
-
-unsigned int KX7CharSetConverterDBCS::getMinUnitSize() const
-{
-    return 1;
-}
-
-unsigned int KX7CharSetConverterDBCS::getMaxUnitSize() const
-{
-    return 2;
-}
-
-unsigned int KX7CharSetConverterDBCS::getNullCharSize() const
-{
-    return 1;
-}
+#define KX7_CONVERTER KX7CharSetConverterDBCS
+#include "kx7/converters/PublishedOperations.inc"

@@ -14,17 +14,19 @@ struct KX7CharSetConverterDBCSEx::Decoder : kx7::DoubleByteDecoder<LookupTable<u
 };
 
 struct KX7CharSetConverterDBCSEx::Encoder : kx7::DoubleByteEncoder {
+    static constexpr unsigned int MOST_BYTES = 2;
+
     Encoder(LookupTableEx<unsigned short> const& fromUnicode, unsigned short const* codes, kx7::PairUnits const* pairs)
         : DoubleByteEncoder(codes, pairs), m_fromUnicode(fromUnicode)
     {
     }
 
-    kx7::EncodedChar step(unsigned short const* p, unsigned short const* end) const
+    kx7::EncodedChar encodeOne(unsigned short const* p, unsigned short const* end) const
     {
         if (!kx7::isHighSurrogate(p[0]))
             return kx7::EncodedChar::oneOrTwo(m_fromUnicode.get(p[0]), p[0], 1);
         if (p + 1 == end)
-            return kx7::EncodedChar::cut();
+            return kx7::EncodedChar::truncated();
         if (!kx7::isLowSurrogate(p[1]))
             return kx7::EncodedChar::unmappable(1);
         return kx7::EncodedChar::oneOrTwo(m_fromUnicode.get(kx7::codePointOf(p[0], p[1])), p[0], 2);
@@ -105,47 +107,5 @@ unsigned int KX7CharSetConverterDBCSEx::getNumUnits(void const* source, unsigned
     });
 }
 
-unsigned int KX7CharSetConverterDBCSEx::toUTF16Within(unsigned short* dest, kx7::ByteText const& source,
-                                                      unsigned int room, ILLCHAR_OPTYPE op, bool* illegal,
-                                                      int sourceLimit)
-{
-    return kx7::decodePublished(decoder(), source, dest, room, op, illegal, sourceLimit);
-}
-
-unsigned int KX7CharSetConverterDBCSEx::toUTF16(unsigned short* dest, void const* source, unsigned int room,
-                                                ILLCHAR_OPTYPE op, bool* illegal, int sourceLimit)
-{
-    if (!dest || !source)
-        return 0;
-    return toUTF16Within(dest, kx7::terminatedText(source), room, op, illegal, sourceLimit);
-}
-
-unsigned int KX7CharSetConverterDBCSEx::getNumBytes(unsigned short const* source, unsigned int unitCount)
-{
-    if (!source)
-        return 0;
-    return kx7::countBytes(encoder(), source, unitCount);
-}
-
-unsigned int KX7CharSetConverterDBCSEx::fromUTF16(void* dest, unsigned short const* source, unsigned int room,
-                                                  ILLCHAR_OPTYPE op, bool* illegal)
-{
-    if (!dest || !source)
-        return 0;
-    return kx7::encodePublished(encoder(), source, dest, room, op, illegal);
-}
-
-unsigned int KX7CharSetConverterDBCSEx::getMinUnitSize() const
-{
-    return 1;
-}
-
-unsigned int KX7CharSetConverterDBCSEx::getMaxUnitSize() const
-{
-    return 2;
-}
-
-unsigned int KX7CharSetConverterDBCSEx::getNullCharSize() const
-{
-    return 1;
-}
+#define KX7_CONVERTER KX7CharSetConverterDBCSEx
+#include "kx7/converters/PublishedOperations.inc"

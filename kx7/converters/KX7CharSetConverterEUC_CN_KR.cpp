@@ -31,15 +31,15 @@ struct KX7CharSetConverterEUC_CN_KR::Decoder : kx7::PairDecoder {
     {
     }
 
-    kx7::DecodedChar step(unsigned char const* p, unsigned char const* end) const
+    kx7::DecodedChar decodeOne(unsigned char const* p, unsigned char const* end) const
     {
         if (p[0] < 0x7F)
             return kx7::DecodedChar::one(p[0], 1);
         if (!kx7::isPairByte(p[0]))
             return kx7::DecodedChar::illegal(1, kx7::LimitCheck::CHECK);
         if (p + 1 == end)
-            return kx7::DecodedChar::cut();
-        // Kept on purpose: after a lead byte without a trail byte the limit waits for the character behind it.
+            return kx7::DecodedChar::truncated();
+        // Kept on purpose: after a lead byte without a trail byte the limit waits for the character after it.
         if (!kx7::isPairByte(p[1]))
             return kx7::DecodedChar::illegal(1, kx7::LimitCheck::SKIP);
         unsigned int const unit = m_toUnicode.get(kx7::rowAndCell(p[0], p[1]));
@@ -53,12 +53,14 @@ private:
 };
 
 struct KX7CharSetConverterEUC_CN_KR::Encoder : kx7::DoubleByteEncoder {
+    static constexpr unsigned int MOST_BYTES = 2;
+
     Encoder(LookupTable<unsigned short> const& fromUnicode, unsigned short const* codes, kx7::PairUnits const* pairs)
         : DoubleByteEncoder(codes, pairs), m_fromUnicode(fromUnicode)
     {
     }
 
-    kx7::EncodedChar step(unsigned short const* p, unsigned short const* /*end*/) const
+    kx7::EncodedChar encodeOne(unsigned short const* p, unsigned short const* /*end*/) const
     {
         if (p[0] < 0x7F)
             return {p[0], 1, 1, kx7::Found::CHARACTER};
@@ -121,45 +123,5 @@ unsigned int KX7CharSetConverterEUC_CN_KR::getNumUnits(void const* source, unsig
     return kx7::countDoubleByteCharacters(TYPES.of, source, byteCount);
 }
 
-unsigned int KX7CharSetConverterEUC_CN_KR::toUTF16Within(unsigned short* dest, kx7::ByteText const& source,
-                                                         unsigned int room, ILLCHAR_OPTYPE op, bool* illegal,
-                                                         int sourceLimit)
-{
-    return kx7::decodePublished(decoder(), source, dest, room, op, illegal, sourceLimit);
-}
-
-unsigned int KX7CharSetConverterEUC_CN_KR::toUTF16(unsigned short* dest, void const* source, unsigned int room,
-                                                   ILLCHAR_OPTYPE op, bool* illegal, int sourceLimit)
-{
-    if (!dest || !source)
-        return 0;
-    return toUTF16Within(dest, kx7::terminatedText(source), room, op, illegal, sourceLimit);
-}
-
-unsigned int KX7CharSetConverterEUC_CN_KR::getNumBytes(unsigned short const* source, unsigned int unitCount)
-{
-    return source ? kx7::countBytes(encoder(), source, unitCount) : 0;
-}
-
-unsigned int KX7CharSetConverterEUC_CN_KR::fromUTF16(void* dest, unsigned short const* source, unsigned int room,
-                                                     ILLCHAR_OPTYPE op, bool* illegal)
-{
-    if (!dest || !source)
-        return 0;
-    return kx7::encodePublished(encoder(), source, dest, room, op, illegal);
-}
-
-unsigned int KX7CharSetConverterEUC_CN_KR::getMinUnitSize() const
-{
-    return 1;
-}
-
-unsigned int KX7CharSetConverterEUC_CN_KR::getMaxUnitSize() const
-{
-    return 2;
-}
-
-unsigned int KX7CharSetConverterEUC_CN_KR::getNullCharSize() const
-{
-    return 1;
-}
+#define KX7_CONVERTER KX7CharSetConverterEUC_CN_KR
+#include "kx7/converters/PublishedOperations.inc"

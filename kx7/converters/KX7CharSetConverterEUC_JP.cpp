@@ -1,4 +1,4 @@
-// kx7text - EUC-JP: ASCII, JIS X 0208 in pairs, JIS X 0201 behind single shift 2, JIS X 0212 behind single shift 3.
+// kx7text - EUC-JP: ASCII, JIS X 0208 in pairs, JIS X 0201 after single shift 2, JIS X 0212 after single shift 3.
 //
 // The JIS X 0201 pairs stand in row 0 of the main tables. A pair's second byte is not checked, and its first may be any
 // that is neither ASCII nor a shift, so that 0x80 reaches row 0: 0x80 0xDC is U+00A5, and 0x80 0x8A is a line feed.
@@ -23,7 +23,7 @@ using Table = LookupTable<unsigned short>;
 constexpr unsigned char SINGLE_SHIFT_2 = 0x8E;
 constexpr unsigned char SINGLE_SHIFT_3 = 0x8F;
 
-/** JIS X 0201 half-width katakana, as the byte behind single shift 2 and as a code. */
+/** JIS X 0201 half-width katakana, as the byte after single shift 2 and as a code. */
 constexpr bool isKatakana(unsigned int code)
 {
     return code >= 0xA1 && code <= 0xDF;
@@ -44,19 +44,19 @@ struct KX7CharSetConverterEUC_JP::Decoder : kx7::PairDecoder {
     {
     }
 
-    kx7::DecodedChar step(unsigned char const* p, unsigned char const* end) const
+    kx7::DecodedChar decodeOne(unsigned char const* p, unsigned char const* end) const
     {
         if (p[0] < 0x7F)
             return kx7::DecodedChar::one(p[0], 1);
         if (p + 1 == end)
-            return kx7::DecodedChar::cut();
+            return kx7::DecodedChar::truncated();
         unsigned int unit = 0;
         unsigned int length = 2;
         if (p[0] == SINGLE_SHIFT_3) {
-            // A zero byte ends text, so nothing behind it belongs to the sequence.
+            // A zero byte ends text, so nothing after it belongs to the sequence.
             if (p[1] != 0) {
                 if (p + 2 == end)
-                    return kx7::DecodedChar::cut();
+                    return kx7::DecodedChar::truncated();
                 if (p[2] != 0)
                     unit = m_toUnicode0212.get(kx7::rowAndCell(p[1], p[2]));
             }
@@ -75,7 +75,7 @@ struct KX7CharSetConverterEUC_JP::Decoder : kx7::PairDecoder {
     }
 
     /** Counts as long a run of characters as it is sure of, moving `in`; it may do nothing. */
-    size_t countRun(unsigned char const*& in, unsigned char const* end) const
+    size_t countFast(unsigned char const*& in, unsigned char const* end) const
     {
         return pairs() ? kx7::kernels().countMappedPairs(*pairs(), in, end) : 0;
     }
@@ -86,13 +86,15 @@ private:
 };
 
 struct KX7CharSetConverterEUC_JP::Encoder : kx7::DoubleByteEncoder {
+    static constexpr unsigned int MOST_BYTES = 3;
+
     Encoder(LookupTable<unsigned short> const& fromUnicode, LookupTable<unsigned short> const& fromUnicode0212,
             unsigned short const* codes, kx7::PairUnits const* pairs)
         : DoubleByteEncoder(codes, pairs), m_fromUnicode(fromUnicode), m_fromUnicode0212(fromUnicode0212)
     {
     }
 
-    kx7::EncodedChar step(unsigned short const* p, unsigned short const* /*end*/) const
+    kx7::EncodedChar encodeOne(unsigned short const* p, unsigned short const* /*end*/) const
     {
         if (p[0] < 0x7F)
             return {p[0], 1, 1, kx7::Found::CHARACTER};
@@ -116,9 +118,9 @@ struct KX7CharSetConverterEUC_JP::StrictDecoder : Decoder {
     explicit StrictDecoder(Decoder const& decoder) : Decoder(decoder) {}
 
     /** Pairs in the range of the standard, and the two that the encoder writes beside them. */
-    kx7::DecodedChar step(unsigned char const* p, unsigned char const* end) const
+    kx7::DecodedChar decodeOne(unsigned char const* p, unsigned char const* end) const
     {
-        kx7::DecodedChar const c = Decoder::step(p, end);
+        kx7::DecodedChar const c = Decoder::decodeOne(p, end);
         if (c.found != kx7::Found::CHARACTER || c.consumed == 1 || p[0] == SINGLE_SHIFT_2)
             return c;
         bool const isYenOrOverline = p[0] == 0x80 && (p[1] == 0xDC || p[1] == 0xFE);
@@ -220,7 +222,7 @@ bool KX7CharSetConverterEUC_JP::assureLoaded()
 
 KX7CharSetConverterEUC_JP::Decoder KX7CharSetConverterEUC_JP::decoder()
 {
-    Table const& none = kx7::tableOrEmpty<Table>(nullptr);
+    Table const& none = kx7::emptyTable<Table>();
     if (assureLoaded())
         return {toUnicode(), *m_pToUnicode0212.load(std::memory_order_acquire), kx7::pairsOf(kernelTables())};
     return {m_pMap0212 ? none : toUnicode(), none, nullptr};
@@ -228,7 +230,7 @@ KX7CharSetConverterEUC_JP::Decoder KX7CharSetConverterEUC_JP::decoder()
 
 KX7CharSetConverterEUC_JP::Encoder KX7CharSetConverterEUC_JP::encoder()
 {
-    Table const& none = kx7::tableOrEmpty<Table>(nullptr);
+    Table const& none = kx7::emptyTable<Table>();
     bool const isLoaded = assureLoaded();
     kx7::MultibyteTables const* const tables = kernelTables();
     if (isLoaded)
@@ -249,11 +251,11 @@ unsigned int KX7CharSetConverterEUC_JP::getNumUnits(void const* source, unsigned
     size_t count = 0;
     while (left != 0 && *in != 0) {
         unsigned char const* const begin = in;
-        count += characters.countRun(in, textEnd);
+        count += characters.countFast(in, textEnd);
         // What else can be decoded is counted as it is decoded.
         unsigned short units[kx7::COUNTED_AT_ONCE];
         unsigned short* unitsEnd = units;
-        characters.run(in, textEnd, unitsEnd, units + kx7::COUNTED_AT_ONCE);
+        characters.convertFast(in, textEnd, unitsEnd, units + kx7::COUNTED_AT_ONCE);
         count += static_cast<size_t>(unitsEnd - units);
         left -= static_cast<size_t>(in - begin);
         if (left == 0 || *in == 0)
@@ -264,9 +266,9 @@ unsigned int KX7CharSetConverterEUC_JP::getNumUnits(void const* source, unsigned
         size_t const needed = *in < 0x7F ? 1 : *in == SINGLE_SHIFT_3 ? 3 : 2;
         if (left < needed)
             break;
-        // Kept on purpose: any katakana byte behind a shift makes a pair here.
-        size_t const used =
-            *in == SINGLE_SHIFT_2 ? (isKatakana(in[1]) ? 2 : 1) : characters.step(in, kx7::endOf(in, left)).consumed;
+        // Kept on purpose: any katakana byte after a shift makes a pair here.
+        size_t const used = *in == SINGLE_SHIFT_2 ? (isKatakana(in[1]) ? 2 : 1)
+                                                  : characters.decodeOne(in, kx7::endOf(in, left)).consumed;
         ++count;
         in += used;
         left -= used;
@@ -274,45 +276,5 @@ unsigned int KX7CharSetConverterEUC_JP::getNumUnits(void const* source, unsigned
     return kx7::saturated(count);
 }
 
-unsigned int KX7CharSetConverterEUC_JP::toUTF16Within(unsigned short* dest, kx7::ByteText const& source,
-                                                      unsigned int room, ILLCHAR_OPTYPE op, bool* illegal,
-                                                      int sourceLimit)
-{
-    return kx7::decodePublished(decoder(), source, dest, room, op, illegal, sourceLimit);
-}
-
-unsigned int KX7CharSetConverterEUC_JP::toUTF16(unsigned short* dest, void const* source, unsigned int room,
-                                                ILLCHAR_OPTYPE op, bool* illegal, int sourceLimit)
-{
-    if (!dest || !source)
-        return 0;
-    return toUTF16Within(dest, kx7::terminatedText(source), room, op, illegal, sourceLimit);
-}
-
-unsigned int KX7CharSetConverterEUC_JP::getNumBytes(unsigned short const* source, unsigned int unitCount)
-{
-    return source ? kx7::countBytes(encoder(), source, unitCount) : 0;
-}
-
-unsigned int KX7CharSetConverterEUC_JP::fromUTF16(void* dest, unsigned short const* source, unsigned int room,
-                                                  ILLCHAR_OPTYPE op, bool* illegal)
-{
-    if (!dest || !source)
-        return 0;
-    return kx7::encodePublished(encoder(), source, dest, room, op, illegal);
-}
-
-unsigned int KX7CharSetConverterEUC_JP::getMinUnitSize() const
-{
-    return 1;
-}
-
-unsigned int KX7CharSetConverterEUC_JP::getMaxUnitSize() const
-{
-    return 3;
-}
-
-unsigned int KX7CharSetConverterEUC_JP::getNullCharSize() const
-{
-    return 1;
-}
+#define KX7_CONVERTER KX7CharSetConverterEUC_JP
+#include "kx7/converters/PublishedOperations.inc"

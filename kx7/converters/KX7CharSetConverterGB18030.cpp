@@ -1,7 +1,7 @@
 // kx7text - GB 18030: GBK in one or two bytes, the rest of the Basic Multilingual Plane and all planes above in four.
 //
 // Sequences are reduced to a GB code: the byte, the two bytes as a number, or 0x10000 plus the index of the four-byte
-// sequence. Two-byte codes that GBK maps otherwise are laid over its forward table, so that one look-up serves;
+// sequence. Two-byte codes that GBK maps otherwise are laid over its forward table, so that one lookup serves;
 // encoding asks the GBK table first, then the ranges.
 #include "kx7/converters/KX7CharSetConverterGB18030.h"
 
@@ -131,7 +131,7 @@ struct KX7CharSetConverterGB18030::Decoder : kx7::PairDecoder {
     {
     }
 
-    kx7::DecodedChar step(unsigned char const* p, unsigned char const* end) const
+    kx7::DecodedChar decodeOne(unsigned char const* p, unsigned char const* end) const
     {
         if (!isLead(p[0])) {
             unsigned int const unit = p[0] == 0xFF ? 0 : m_toUnicode.get(p[0]);
@@ -140,18 +140,18 @@ struct KX7CharSetConverterGB18030::Decoder : kx7::PairDecoder {
             return kx7::DecodedChar::one(unit, 1);
         }
         if (p + 1 == end)
-            return kx7::DecodedChar::cut();
+            return kx7::DecodedChar::truncated();
         if (isTrail(p[1])) {
             unsigned int const code = kx7::doubleByteCode(p);
             unsigned int const unit = m_toUnicode.get(static_cast<unsigned short>(code));
             return found(unit != 0 ? unit : search(m_converter.getGB2UniRange(code), code), 2);
         }
-        // Kept on purpose: after a sequence that is illegal or unmapped the limit waits for the character behind it.
+        // Kept on purpose: after a sequence that is illegal or unmapped the limit waits for the character after it.
         if (!isDigit(p[1]))
             return kx7::DecodedChar::illegal(1, kx7::LimitCheck::SKIP);
         for (unsigned int i = 2; i < 4; ++i) {
             if (p + i == end)
-                return kx7::DecodedChar::cut();
+                return kx7::DecodedChar::truncated();
             if (i == 2 ? !isLead(p[i]) : !isDigit(p[i]))
                 return kx7::DecodedChar::illegal(1, kx7::LimitCheck::SKIP);
         }
@@ -162,7 +162,7 @@ struct KX7CharSetConverterGB18030::Decoder : kx7::PairDecoder {
         return found(codePoint <= kx7::LAST_CODE_POINT ? codePoint : 0, 4);
     }
 
-    /** What the step finds in one byte or two. `pairs` may share the values of `toUnicode`. */
+    /** What the decoder finds in one byte or two. `pairs` may share the values of `toUnicode`. */
     static void fill(kx7::PairUnits& pairs, LookupTable<unsigned short> const& toUnicode)
     {
         for (unsigned int byte = 0; byte < 256; ++byte) {
@@ -181,18 +181,19 @@ struct KX7CharSetConverterGB18030::Decoder : kx7::PairDecoder {
         }
     }
 
-    void run(unsigned char const*& in, unsigned char const* end, unsigned short*& out, unsigned short* outEnd) const
+    void convertFast(unsigned char const*& in, unsigned char const* end, unsigned short*& out,
+                     unsigned short* outEnd) const
     {
-        // Without kernels the steps stand alone.
+        // Without kernels the converters stand alone.
         if (!kx7::kernels().areAny)
             return;
         do
-            PairDecoder::run(in, end, out, outEnd);
+            PairDecoder::convertFast(in, end, out, outEnd);
         while (runOfFourBytes(in, end, out, outEnd));
     }
 
     /** As any other malformed sequence. */
-    static kx7::DecodedChar cutOff(unsigned char const* /*text*/, unsigned char const* /*end*/)
+    static kx7::DecodedChar atEnd(unsigned char const* /*text*/, unsigned char const* /*end*/)
     {
         return kx7::DecodedChar::illegal(1, kx7::LimitCheck::SKIP);
     }
@@ -264,6 +265,8 @@ private:
 };
 
 struct KX7CharSetConverterGB18030::Encoder : kx7::EncoderBase {
+    static constexpr unsigned int MOST_BYTES = 4;
+
     Encoder(LookupTable<unsigned short> const& fromUnicode, KX7CharSetConverterGB18030 const& converter,
             kx7::GB18030Codes const& codes, kx7::PairUnits const* pairs)
         : m_fromUnicode(fromUnicode), m_converter(converter), m_codes(codes),
@@ -271,7 +274,8 @@ struct KX7CharSetConverterGB18030::Encoder : kx7::EncoderBase {
     {
     }
 
-    void run(unsigned short const*& in, unsigned short const* end, unsigned char*& out, unsigned char* outEnd) const
+    void convertFast(unsigned short const*& in, unsigned short const* end, unsigned char*& out,
+                     unsigned char* outEnd) const
     {
         kx7::copyShort(m_same, in, end, out, outEnd);
         if (in != end)
@@ -286,16 +290,16 @@ struct KX7CharSetConverterGB18030::Encoder : kx7::EncoderBase {
             kx7::kernels().encodeGB18030(m_codes, in, end, out, outEnd);
     }
 
-    size_t countRun(unsigned short const*& in, unsigned short const* end) const
+    size_t countFast(unsigned short const*& in, unsigned short const* end) const
     {
         return m_codes.oneOrTwo ? kx7::kernels().countGB18030(m_codes, in, end) : 0;
     }
 
-    kx7::EncodedChar step(unsigned short const* p, unsigned short const* end) const
+    kx7::EncodedChar encodeOne(unsigned short const* p, unsigned short const* end) const
     {
         if (kx7::isHighSurrogate(p[0])) {
             if (p + 1 == end)
-                return kx7::EncodedChar::cut();
+                return kx7::EncodedChar::truncated();
             // Kept on purpose: a high surrogate without its partner ends the text, the flag stays clear.
             if (!kx7::isLowSurrogate(p[1]))
                 return kx7::EncodedChar::end();
@@ -309,11 +313,11 @@ struct KX7CharSetConverterGB18030::Encoder : kx7::EncoderBase {
         return kx7::EncodedChar::oneOrTwo(code, p[0], 1);
     }
 
-    static kx7::EncodedChar cutOff() { return kx7::EncodedChar::end(); }
+    static kx7::EncodedChar atEnd() { return kx7::EncodedChar::end(); }
 
-    static constexpr bool IS_STRAIGHT = true;
+    static constexpr bool IS_DIRECT = true;
     static constexpr bool IS_SINGLE = false;
-    static std::ptrdiff_t mostStraight() { return kx7::DIRECT_TO_GB18030; }
+    static std::ptrdiff_t mostDirect() { return kx7::DIRECT_TO_GB18030; }
     kx7::Same same() const { return m_same; }
     unsigned int codeOf(unsigned short unit) const
     {
@@ -407,13 +411,13 @@ KX7CharSetConverterGB18030::Decoder KX7CharSetConverterGB18030::decoder()
 {
     if (assureLoaded())
         return {toUnicode(), *this, kx7::pairsOf(kernelTables())};
-    return {kx7::tableOrEmpty<LookupTable<unsigned short>>(nullptr), *this, nullptr};
+    return {kx7::emptyTable<LookupTable<unsigned short>>(), *this, nullptr};
 }
 
 KX7CharSetConverterGB18030::Encoder KX7CharSetConverterGB18030::encoder()
 {
     if (!assureLoaded())
-        return {kx7::tableOrEmpty<LookupTable<unsigned short>>(nullptr), *this, {}, nullptr};
+        return {kx7::emptyTable<LookupTable<unsigned short>>(), *this, {}, nullptr};
     kx7::MultibyteTables const* const tables = kernelTables();
     kx7::GB18030Codes codes = {};
     if (tables && tables->fourByteCodes)
@@ -430,52 +434,12 @@ unsigned int KX7CharSetConverterGB18030::getNumUnits(void const* source, unsigne
     unsigned char const* const end = in + kx7::terminatedLength(source, byteCount);
     size_t count = end - in >= kx7::KERNEL_MINIMUM ? kx7::kernels().countUnitsOfGB18030(in, end) : 0;
     while (in != end) {
-        kx7::DecodedChar const c = characters.step(in, end);
+        kx7::DecodedChar const c = characters.decodeOne(in, end);
         count += c.found == kx7::Found::CHARACTER ? c.units : 1;
-        in += c.found == kx7::Found::CUT ? 1 : c.consumed;
+        in += c.found == kx7::Found::TRUNCATED ? 1 : c.consumed;
     }
     return kx7::saturated(count);
 }
 
-unsigned int KX7CharSetConverterGB18030::toUTF16Within(unsigned short* dest, kx7::ByteText const& source,
-                                                       unsigned int room, ILLCHAR_OPTYPE op, bool* illegal,
-                                                       int sourceLimit)
-{
-    return kx7::decodePublished(decoder(), source, dest, room, op, illegal, sourceLimit);
-}
-
-unsigned int KX7CharSetConverterGB18030::toUTF16(unsigned short* dest, void const* source, unsigned int room,
-                                                 ILLCHAR_OPTYPE op, bool* illegal, int sourceLimit)
-{
-    if (!dest || !source)
-        return 0;
-    return toUTF16Within(dest, kx7::terminatedText(source), room, op, illegal, sourceLimit);
-}
-
-unsigned int KX7CharSetConverterGB18030::getNumBytes(unsigned short const* source, unsigned int unitCount)
-{
-    return source ? kx7::countBytes(encoder(), source, unitCount) : 0;
-}
-
-unsigned int KX7CharSetConverterGB18030::fromUTF16(void* dest, unsigned short const* source, unsigned int room,
-                                                   ILLCHAR_OPTYPE op, bool* illegal)
-{
-    if (!dest || !source)
-        return 0;
-    return kx7::encodePublished(encoder(), source, dest, room, op, illegal);
-}
-
-unsigned int KX7CharSetConverterGB18030::getMinUnitSize() const
-{
-    return 1;
-}
-
-unsigned int KX7CharSetConverterGB18030::getMaxUnitSize() const
-{
-    return 4;
-}
-
-unsigned int KX7CharSetConverterGB18030::getNullCharSize() const
-{
-    return 1;
-}
+#define KX7_CONVERTER KX7CharSetConverterGB18030
+#include "kx7/converters/PublishedOperations.inc"

@@ -72,18 +72,3 @@ LookupTable<unsigned short>* KX7CharSetConverterMBCS::buildTables()
     m_pFromUnicode = fromUnicode.release();
     return toUnicode.release();
 }
-
-kx7::MultibyteTables const* KX7CharSetConverterMBCS::kernelTables() const
-{
-    return tablesBuilt() ? kx7::multibyteTables(m_pKernelTables) : nullptr;
-}
-
-LookupTable<unsigned short> const& KX7CharSetConverterMBCS::toUnicode() const
-{
-    return kx7::tableOrEmpty(m_pToUnicode.load(std::memory_order_acquire));
-}
-
-LookupTable<unsigned short> const& KX7CharSetConverterMBCS::fromUnicode() const
-{
-    return kx7::tableOrEmpty(tablesBuilt() ? m_pFromUnicode : nullptr);
-}

@@ -67,18 +67,3 @@ LookupTable<unsigned int>* KX7CharSetConverterMBCSEx::buildTables()
     m_pFromUnicode = fromUnicode.release();
     return toUnicode.release();
 }
-
-kx7::MultibyteTables const* KX7CharSetConverterMBCSEx::kernelTables() const
-{
-    return tablesBuilt() ? kx7::multibyteTables(m_pKernelTables) : nullptr;
-}
-
-LookupTable<unsigned int> const& KX7CharSetConverterMBCSEx::toUnicode() const
-{
-    return kx7::tableOrEmpty(m_pToUnicode.load(std::memory_order_acquire));
-}
-
-LookupTableEx<unsigned short> const& KX7CharSetConverterMBCSEx::fromUnicode() const
-{
-    return kx7::tableOrEmpty(tablesBuilt() ? m_pFromUnicode : nullptr);
-}

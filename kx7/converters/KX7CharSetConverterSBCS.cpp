@@ -20,9 +20,13 @@ kx7::SingleByteTables const& emptyTables()
 }  // namespace
 
 struct KX7CharSetConverterSBCS::Decoder : kx7::DecoderBase {
+    /** A source limit of 0 converts nothing. */
+    static kx7::SourceLimit limitOf(int sourceLimit) { return {sourceLimit == 0, kx7::positiveLimit(sourceLimit)}; }
+
     explicit Decoder(kx7::SingleByteTables const& tables) : m_tables(tables) {}
 
-    void run(unsigned char const*& in, unsigned char const* end, unsigned short*& out, unsigned short* outEnd) const
+    void convertFast(unsigned char const*& in, unsigned char const* end, unsigned short*& out,
+                     unsigned short* outEnd) const
     {
         if (m_tables.isLatin1)
             kx7::copyShort<kx7::Same::LATIN1>(in, end, out, outEnd);
@@ -41,7 +45,7 @@ struct KX7CharSetConverterSBCS::Decoder : kx7::DecoderBase {
         } while (in != end && out != outEnd);
     }
 
-    kx7::DecodedChar step(unsigned char const* p, unsigned char const* /*end*/) const
+    kx7::DecodedChar decodeOne(unsigned char const* p, unsigned char const* /*end*/) const
     {
         unsigned int const unit = m_tables.toUnicode[*p];
         if (unit == 0 && *p != 0)
@@ -49,18 +53,24 @@ struct KX7CharSetConverterSBCS::Decoder : kx7::DecoderBase {
         return kx7::DecodedChar::one(unit, 1);
     }
 
-    static constexpr bool IS_STRAIGHT = true;
+    static constexpr bool IS_DIRECT = true;
     kx7::Same same() const { return m_tables.sameBytes; }
-    kx7::DecodedChar look(unsigned char const* p, unsigned char const* end) const { return step(p, end); }
+    kx7::DecodedChar look(unsigned char const* p, unsigned char const* end) const { return decodeOne(p, end); }
 
 private:
     kx7::SingleByteTables const& m_tables;
 };
 
 struct KX7CharSetConverterSBCS::Encoder : kx7::EncoderBase {
+    static constexpr unsigned int MOST_BYTES = 1;
+    /** Kept on purpose: this direction leaves the caller's flag as it is. */
+    static constexpr bool REPORTS = false;
+    static constexpr bool IS_ONE_BYTE_A_UNIT = true;
+
     explicit Encoder(kx7::SingleByteTables const& tables) : m_tables(tables) {}
 
-    void run(unsigned short const*& in, unsigned short const* end, unsigned char*& out, unsigned char* outEnd) const
+    void convertFast(unsigned short const*& in, unsigned short const* end, unsigned char*& out,
+                     unsigned char* outEnd) const
     {
         if (m_tables.isLatin1)
             kx7::copyShort<kx7::Same::LATIN1>(in, end, out, outEnd);
@@ -87,7 +97,7 @@ struct KX7CharSetConverterSBCS::Encoder : kx7::EncoderBase {
             kx7::kernels().singleByteFromUTF8(m_tables, in, out, outEnd);
     }
 
-    kx7::EncodedChar step(unsigned short const* p, unsigned short const* /*end*/) const
+    kx7::EncodedChar encodeOne(unsigned short const* p, unsigned short const* /*end*/) const
     {
         unsigned int const byte = m_tables.get(*p);
         if (byte == 0 && *p != 0)
@@ -95,14 +105,14 @@ struct KX7CharSetConverterSBCS::Encoder : kx7::EncoderBase {
         return {byte, 1, 1, kx7::Found::CHARACTER};
     }
 
-    static constexpr bool IS_STRAIGHT = true;
+    static constexpr bool IS_DIRECT = true;
     static constexpr bool IS_SINGLE = true;
     /** Latin text is ASCII for the most part, of which many characters are copied at once. */
-    std::ptrdiff_t mostStraight() const
+    std::ptrdiff_t mostDirect() const
     {
-        constexpr unsigned int BEHIND_LATIN = 0x180;
+        constexpr unsigned int AFTER_LATIN = 0x180;
         std::ptrdiff_t const most = kx7::kernels().mostDirectToSingleByte;
-        return m_tables.windows[1].first < BEHIND_LATIN ? 2 * most : most;
+        return m_tables.windows[1].first < AFTER_LATIN ? 2 * most : most;
     }
     kx7::Same same() const { return m_tables.sameUnits; }
     unsigned int codeOf(unsigned short unit) const { return m_tables.get(unit); }
@@ -176,51 +186,5 @@ unsigned int KX7CharSetConverterSBCS::getNumUnits(void const* source, unsigned i
     return kx7::saturated(kx7::terminatedLength(source, byteCount));
 }
 
-inline unsigned int KX7CharSetConverterSBCS::toUTF16Within(unsigned short* dest, kx7::ByteText const& source,
-                                                           unsigned int room, ILLCHAR_OPTYPE op, bool* illegal,
-                                                           int sourceLimit)
-{
-    if (illegal)
-        *illegal = false;
-    unsigned int const roomAtLimit = sourceLimit == 0 ? 0 : room;
-    return kx7::decodeTerminated(decoder(), source, dest, roomAtLimit, op, illegal, kx7::positiveLimit(sourceLimit));
-}
-
-unsigned int KX7CharSetConverterSBCS::toUTF16(unsigned short* dest, void const* source, unsigned int room,
-                                              ILLCHAR_OPTYPE op, bool* illegal, int sourceLimit)
-{
-    if (!dest || !source)
-        return 0;
-    return toUTF16Within(dest, kx7::terminatedText(source), room, op, illegal, sourceLimit);
-}
-
-unsigned int KX7CharSetConverterSBCS::getNumBytes(unsigned short const* source, unsigned int unitCount)
-{
-    if (!source)
-        return 0;
-    return static_cast<unsigned int>(kx7::unitLength(source, unitCount));
-}
-
-unsigned int KX7CharSetConverterSBCS::fromUTF16(void* dest, unsigned short const* source, unsigned int room,
-                                                ILLCHAR_OPTYPE op, bool* /*illegal*/)
-{
-    if (!dest || !source)
-        return 0;
-    // Kept on purpose: this direction leaves the caller's flag as it is.
-    return kx7::encodeTerminated(encoder(), source, dest, room, op, nullptr);
-}
-
-unsigned int KX7CharSetConverterSBCS::getMinUnitSize() const
-{
-    return 1;
-}
-
-unsigned int KX7CharSetConverterSBCS::getMaxUnitSize() const
-{
-    return 1;
-}
-
-unsigned int KX7CharSetConverterSBCS::getNullCharSize() const
-{
-    return 1;
-}
+#define KX7_CONVERTER KX7CharSetConverterSBCS
+#include "kx7/converters/PublishedOperations.inc"

@@ -66,8 +66,6 @@ private:
     KX7_LOCAL Decoder decoder();
     KX7_LOCAL Encoder encoder();
     KX7_LOCAL kx7::SingleByteTables const& tables();
-    KX7_LOCAL unsigned int toUTF16Within(unsigned short* dest, kx7::ByteText const& source, unsigned int room,
-                                         ILLCHAR_OPTYPE op, bool* illegal, int sourceLimit);
 
 protected:
     char const* m_pszName;                       ///< of a converter without a list; null otherwise

@@ -10,17 +10,17 @@ constexpr unsigned int UNIT_SIZE = sizeof(unsigned short);
 
 /** Refuses surrogates without their partners. */
 struct StrictDecoder : kx7::DecoderBase {
-    static kx7::DecodedChar step(unsigned char const* p, unsigned char const* end)
+    static kx7::DecodedChar decodeOne(unsigned char const* p, unsigned char const* end)
     {
         auto const available = static_cast<size_t>(end - p);
         if (available < UNIT_SIZE)
-            return kx7::DecodedChar::cut();
+            return kx7::DecodedChar::truncated();
         unsigned int const unit = kx7::loadWide<unsigned short>(p);
         if (!kx7::isSurrogate(unit))
             return kx7::DecodedChar::one(unit, UNIT_SIZE);
         if (kx7::isHighSurrogate(unit)) {
             if (available < 2 * UNIT_SIZE)
-                return kx7::DecodedChar::cut();
+                return kx7::DecodedChar::truncated();
             unsigned int const low = kx7::loadWide<unsigned short>(p + UNIT_SIZE);
             if (kx7::isLowSurrogate(low))
                 return kx7::DecodedChar::of(kx7::codePointOf(unit, low), 2 * UNIT_SIZE);
@@ -32,6 +32,14 @@ struct StrictDecoder : kx7::DecoderBase {
 }  // namespace
 
 struct KX7CharSetConverterUTF16::Decoder : kx7::DecoderBase {
+    static constexpr bool REPORTS = false;
+
+    /** Kept on purpose: a source limit that is not positive, -1 for "no bound" included, converts nothing. */
+    static kx7::SourceLimit limitOf(int sourceLimit)
+    {
+        return {sourceLimit <= 0, kx7::positiveLimit(sourceLimit, UNIT_SIZE)};
+    }
+
     static size_t textLength(unsigned char const* text, size_t most)
     {
         return kx7::wideLength<unsigned short>(text, most);
@@ -40,7 +48,8 @@ struct KX7CharSetConverterUTF16::Decoder : kx7::DecoderBase {
 
     static size_t fewestBytes(size_t units) { return units * UNIT_SIZE; }
 
-    static void run(unsigned char const*& in, unsigned char const* end, unsigned short*& out, unsigned short* outEnd)
+    static void convertFast(unsigned char const*& in, unsigned char const* end, unsigned short*& out,
+                            unsigned short* outEnd)
     {
         size_t const units = std::min(static_cast<size_t>(end - in) / UNIT_SIZE, static_cast<size_t>(outEnd - out));
         if (units == 0)
@@ -50,18 +59,21 @@ struct KX7CharSetConverterUTF16::Decoder : kx7::DecoderBase {
         out += units;
     }
 
-    static kx7::DecodedChar step(unsigned char const* p, unsigned char const* end)
+    static kx7::DecodedChar decodeOne(unsigned char const* p, unsigned char const* end)
     {
         if (static_cast<size_t>(end - p) < UNIT_SIZE)
-            return kx7::DecodedChar::cut();
+            return kx7::DecodedChar::truncated();
         return kx7::DecodedChar::one(kx7::loadWide<unsigned short>(p), UNIT_SIZE);
     }
 };
 
 struct KX7CharSetConverterUTF16::Encoder : kx7::EncoderBase {
+    static constexpr unsigned int MOST_BYTES = 2;
+
     static constexpr unsigned int CODE_SIZE = UNIT_SIZE;
 
-    static void run(unsigned short const*& in, unsigned short const* end, unsigned char*& out, unsigned char* outEnd)
+    static void convertFast(unsigned short const*& in, unsigned short const* end, unsigned char*& out,
+                            unsigned char* outEnd)
     {
         size_t const units = std::min(static_cast<size_t>(end - in), static_cast<size_t>(outEnd - out) / UNIT_SIZE);
         if (units == 0)
@@ -71,14 +83,14 @@ struct KX7CharSetConverterUTF16::Encoder : kx7::EncoderBase {
         out += units * UNIT_SIZE;
     }
 
-    static size_t countRun(unsigned short const*& in, unsigned short const* end)
+    static size_t countFast(unsigned short const*& in, unsigned short const* end)
     {
         auto const units = static_cast<size_t>(end - in);
         in = end;
         return units * UNIT_SIZE;
     }
 
-    static kx7::EncodedChar step(unsigned short const* p, unsigned short const* /*end*/)
+    static kx7::EncodedChar encodeOne(unsigned short const* p, unsigned short const* /*end*/)
     {
         return {p[0], UNIT_SIZE, 1, kx7::Found::CHARACTER};
     }
@@ -128,50 +140,5 @@ unsigned int KX7CharSetConverterUTF16::getNumUnits(void const* source, unsigned 
     return source ? kx7::countWide<unsigned short>(source, byteCount) : 0;
 }
 
-unsigned int KX7CharSetConverterUTF16::toUTF16Within(unsigned short* dest, kx7::ByteText const& source,
-                                                     unsigned int room, ILLCHAR_OPTYPE op, bool* illegal,
-                                                     int sourceLimit)
-{
-    if (illegal)
-        *illegal = false;
-    // Kept on purpose: a source limit that is not positive, -1 for "no bound" included, converts nothing.
-    unsigned int const units = sourceLimit > 0 ? room : 0;
-    return kx7::decodeTerminated(decoder(), source, dest, units, op, nullptr,
-                                 kx7::positiveLimit(sourceLimit, UNIT_SIZE));
-}
-
-unsigned int KX7CharSetConverterUTF16::toUTF16(unsigned short* dest, void const* source, unsigned int room,
-                                               ILLCHAR_OPTYPE op, bool* illegal, int sourceLimit)
-{
-    if (!dest || !source)
-        return 0;
-    return toUTF16Within(dest, kx7::terminatedText(source), room, op, illegal, sourceLimit);
-}
-
-unsigned int KX7CharSetConverterUTF16::getNumBytes(unsigned short const* source, unsigned int unitCount)
-{
-    return source ? kx7::countBytes(encoder(), source, unitCount) : 0;
-}
-
-unsigned int KX7CharSetConverterUTF16::fromUTF16(void* dest, unsigned short const* source, unsigned int room,
-                                                 ILLCHAR_OPTYPE op, bool* illegal)
-{
-    if (!dest || !source)
-        return 0;
-    return kx7::encodePublished(encoder(), source, dest, room, op, illegal);
-}
-
-unsigned int KX7CharSetConverterUTF16::getMinUnitSize() const
-{
-    return 2;
-}
-
-unsigned int KX7CharSetConverterUTF16::getMaxUnitSize() const
-{
-    return 2;
-}
-
-unsigned int KX7CharSetConverterUTF16::getNullCharSize() const
-{
-    return 2;
-}
+#define KX7_CONVERTER KX7CharSetConverterUTF16
+#include "kx7/converters/PublishedOperations.inc"

@@ -6,14 +6,14 @@
 namespace {
 
 struct EscapeDecoder : kx7::DecoderBase {
-    static kx7::DecodedChar step(unsigned char const* p, unsigned char const* end)
+    static kx7::DecodedChar decodeOne(unsigned char const* p, unsigned char const* end)
     {
         if (p[0] != 'U')
             return plain(p);
         unsigned int value = 0;
         for (unsigned int i = 1; i < kx7::ESCAPE_LENGTH; ++i) {
             if (p + i == end)
-                return kx7::DecodedChar::cut();
+                return kx7::DecodedChar::truncated();
             int const digit = i == 1 ? (p[1] == '+' ? 0 : -1) : kx7::hexValue(p[i]);
             if (digit < 0)
                 return plain(p);
@@ -23,7 +23,7 @@ struct EscapeDecoder : kx7::DecoderBase {
     }
 
     /** The beginning of an escape is text like any other. */
-    static kx7::DecodedChar cutOff(unsigned char const* p, unsigned char const* /*end*/) { return plain(p); }
+    static kx7::DecodedChar atEnd(unsigned char const* p, unsigned char const* /*end*/) { return plain(p); }
 
 private:
     /** Kept on purpose: the byte is taken for signed, so that 0x80 to 0xFF become 0xFF80 to 0xFFFF. */
@@ -38,11 +38,11 @@ private:
  * that "U+002F" cannot pass for a slash where slashes were looked for. Refuses surrogates without their partners, too.
  */
 struct StrictDecoder : EscapeDecoder {
-    static kx7::DecodedChar step(unsigned char const* p, unsigned char const* end)
+    static kx7::DecodedChar decodeOne(unsigned char const* p, unsigned char const* end)
     {
         if (p[0] >= 0x80)
             return kx7::DecodedChar::illegal(1, kx7::LimitCheck::CHECK);
-        kx7::DecodedChar const c = EscapeDecoder::step(p, end);
+        kx7::DecodedChar const c = EscapeDecoder::decodeOne(p, end);
         if (c.found != kx7::Found::CHARACTER)
             return c;
         if (c.codePoint < 0x80 && c.consumed != 1)
@@ -50,11 +50,11 @@ struct StrictDecoder : EscapeDecoder {
         if (!kx7::isSurrogate(c.codePoint))
             return c;
         if (kx7::isHighSurrogate(c.codePoint)) {
-            unsigned char const* const behind = p + c.consumed;
-            if (behind == end)
-                return kx7::DecodedChar::cut();
-            kx7::DecodedChar const partner = EscapeDecoder::step(behind, end);
-            if (partner.found == kx7::Found::CUT)
+            unsigned char const* const following = p + c.consumed;
+            if (following == end)
+                return kx7::DecodedChar::truncated();
+            kx7::DecodedChar const partner = EscapeDecoder::decodeOne(following, end);
+            if (partner.found == kx7::Found::TRUNCATED)
                 return partner;
             if (kx7::isLowSurrogate(partner.codePoint))
                 return kx7::DecodedChar::of(kx7::codePointOf(c.codePoint, partner.codePoint),
@@ -63,11 +63,11 @@ struct StrictDecoder : EscapeDecoder {
         return kx7::DecodedChar::illegal(c.consumed, kx7::LimitCheck::CHECK);
     }
 
-    static kx7::DecodedChar cutOff(unsigned char const* p, unsigned char const* end)
+    static kx7::DecodedChar atEnd(unsigned char const* p, unsigned char const* end)
     {
-        bool const isSurrogate = EscapeDecoder::step(p, end).found == kx7::Found::CHARACTER;
+        bool const isSurrogate = EscapeDecoder::decodeOne(p, end).found == kx7::Found::CHARACTER;
         return isSurrogate ? kx7::DecodedChar::illegal(kx7::ESCAPE_LENGTH, kx7::LimitCheck::CHECK)
-                           : EscapeDecoder::cutOff(p, end);
+                           : EscapeDecoder::atEnd(p, end);
     }
 };
 
@@ -76,7 +76,9 @@ struct StrictDecoder : EscapeDecoder {
 struct KX7CharSetConverterUTF16Esc::Decoder : EscapeDecoder {};
 
 struct KX7CharSetConverterUTF16Esc::Encoder : kx7::EncoderBase {
-    static kx7::EncodedChar step(unsigned short const* p, unsigned short const* /*end*/)
+    static constexpr unsigned int MOST_BYTES = 6;
+
+    static kx7::EncodedChar encodeOne(unsigned short const* p, unsigned short const* /*end*/)
     {
         return {p[0], p[0] < 0x80 ? 1U : static_cast<unsigned int>(kx7::ESCAPE_LENGTH), 1, kx7::Found::CHARACTER};
     }
@@ -125,51 +127,11 @@ unsigned int KX7CharSetConverterUTF16Esc::getNumUnits(void const* source, unsign
     unsigned char const* const end = in + kx7::terminatedLength(source, byteCount);
     size_t count = 0;
     for (; in != end; ++count) {
-        kx7::DecodedChar const c = Decoder::step(in, end);
-        in += c.found == kx7::Found::CUT ? 1 : c.consumed;
+        kx7::DecodedChar const c = Decoder::decodeOne(in, end);
+        in += c.found == kx7::Found::TRUNCATED ? 1 : c.consumed;
     }
     return kx7::saturated(count);
 }
 
-unsigned int KX7CharSetConverterUTF16Esc::toUTF16Within(unsigned short* dest, kx7::ByteText const& source,
-                                                        unsigned int room, ILLCHAR_OPTYPE op, bool* illegal,
-                                                        int sourceLimit)
-{
-    return kx7::decodePublished(decoder(), source, dest, room, op, illegal, sourceLimit);
-}
-
-unsigned int KX7CharSetConverterUTF16Esc::toUTF16(unsigned short* dest, void const* source, unsigned int room,
-                                                  ILLCHAR_OPTYPE op, bool* illegal, int sourceLimit)
-{
-    if (!dest || !source)
-        return 0;
-    return toUTF16Within(dest, kx7::terminatedText(source), room, op, illegal, sourceLimit);
-}
-
-unsigned int KX7CharSetConverterUTF16Esc::getNumBytes(unsigned short const* source, unsigned int unitCount)
-{
-    return source ? kx7::countBytes(encoder(), source, unitCount) : 0;
-}
-
-unsigned int KX7CharSetConverterUTF16Esc::fromUTF16(void* dest, unsigned short const* source, unsigned int room,
-                                                    ILLCHAR_OPTYPE op, bool* illegal)
-{
-    if (!dest || !source)
-        return 0;
-    return kx7::encodePublished(encoder(), source, dest, room, op, illegal);
-}
-
-unsigned int KX7CharSetConverterUTF16Esc::getMinUnitSize() const
-{
-    return 1;
-}
-
-unsigned int KX7CharSetConverterUTF16Esc::getMaxUnitSize() const
-{
-    return 6;
-}
-
-unsigned int KX7CharSetConverterUTF16Esc::getNullCharSize() const
-{
-    return 1;
-}
+#define KX7_CONVERTER KX7CharSetConverterUTF16Esc
+#include "kx7/converters/PublishedOperations.inc"

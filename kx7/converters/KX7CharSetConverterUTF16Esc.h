@@ -41,8 +41,6 @@ private:
     struct Encoder;
     KX7_LOCAL Decoder decoder();
     KX7_LOCAL Encoder encoder();
-    KX7_LOCAL unsigned int toUTF16Within(unsigned short* dest, kx7::ByteText const& source, unsigned int room,
-                                         ILLCHAR_OPTYPE op, bool* illegal, int sourceLimit);
 };
 
 #endif

@@ -13,10 +13,10 @@ constexpr unsigned int s_minChar[8] = {0, 0, 0x80, 0x800, 0x10000, 0x200000, 0x4
 
 /** Refuses surrogates and what lies beyond U+10FFFF. */
 struct StrictDecoder : kx7::DecoderBase {
-    static kx7::DecodedChar step(unsigned char const* p, unsigned char const* end)
+    static kx7::DecodedChar decodeOne(unsigned char const* p, unsigned char const* end)
     {
         if (static_cast<size_t>(end - p) < BYTES)
-            return kx7::DecodedChar::cut();
+            return kx7::DecodedChar::truncated();
         unsigned int const codePoint = kx7::loadWide<unsigned int>(p);
         if (codePoint > kx7::LAST_CODE_POINT || kx7::isSurrogate(codePoint))
             return kx7::DecodedChar::illegal(BYTES, kx7::LimitCheck::CHECK);
@@ -56,6 +56,14 @@ unsigned char* appendUTF8(unsigned char* out, unsigned int c)
 constexpr ptrdiff_t BLOCK = 32;
 
 struct KX7CharSetConverterUTF32::Decoder : kx7::DecoderBase {
+    static constexpr bool REPORTS = false;
+
+    /** A source limit counts code points; 0 converts nothing. */
+    static kx7::SourceLimit limitOf(int sourceLimit)
+    {
+        return {sourceLimit == 0, kx7::positiveLimit(sourceLimit, BYTES)};
+    }
+
     static size_t textLength(unsigned char const* text, size_t most)
     {
         return kx7::wideLength<unsigned int>(text, most);
@@ -64,7 +72,8 @@ struct KX7CharSetConverterUTF32::Decoder : kx7::DecoderBase {
 
     static size_t fewestBytes(size_t units) { return (units + 1) / 2 * BYTES; }
 
-    static void run(unsigned char const*& in, unsigned char const* end, unsigned short*& out, unsigned short* outEnd)
+    static void convertFast(unsigned char const*& in, unsigned char const* end, unsigned short*& out,
+                            unsigned short* outEnd)
     {
         while (end - in >= ptrdiff_t{BLOCK * BYTES} && outEnd - out >= 2 * BLOCK) {
             unsigned int block[BLOCK];
@@ -87,10 +96,10 @@ struct KX7CharSetConverterUTF32::Decoder : kx7::DecoderBase {
             out = kx7::appendUTF16(out, charOf(kx7::loadWide<unsigned int>(in)));
     }
 
-    static kx7::DecodedChar step(unsigned char const* p, unsigned char const* end)
+    static kx7::DecodedChar decodeOne(unsigned char const* p, unsigned char const* end)
     {
         if (static_cast<size_t>(end - p) < BYTES)
-            return kx7::DecodedChar::cut();
+            return kx7::DecodedChar::truncated();
         return charOf(kx7::loadWide<unsigned int>(p));
     }
 
@@ -101,9 +110,12 @@ struct KX7CharSetConverterUTF32::Decoder : kx7::DecoderBase {
 };
 
 struct KX7CharSetConverterUTF32::Encoder : kx7::EncoderBase {
+    static constexpr unsigned int MOST_BYTES = 4;
+
     static constexpr unsigned int CODE_SIZE = BYTES;
 
-    static void run(unsigned short const*& in, unsigned short const* end, unsigned char*& out, unsigned char* outEnd)
+    static void convertFast(unsigned short const*& in, unsigned short const* end, unsigned char*& out,
+                            unsigned char* outEnd)
     {
         while (end - in >= BLOCK && outEnd - out >= ptrdiff_t{BLOCK * BYTES}) {
             if (hasSurrogate(in)) {
@@ -132,10 +144,10 @@ struct KX7CharSetConverterUTF32::Encoder : kx7::EncoderBase {
         return found != 0;
     }
 
-    /** Converts the character at `in` if it is one; there is room for it. */
+    /** Converts the character at `in` if it is one; there is capacity for it. */
     static bool runOne(unsigned short const*& in, unsigned short const* end, unsigned char*& out)
     {
-        kx7::EncodedChar const c = step(in, end);
+        kx7::EncodedChar const c = encodeOne(in, end);
         if (c.found != kx7::Found::CHARACTER)
             return false;
         write(out, c);
@@ -143,8 +155,8 @@ struct KX7CharSetConverterUTF32::Encoder : kx7::EncoderBase {
         return true;
     }
 
-    /** All but a high surrogate at the end, which may be cut off: whatever is not a pair is one code a unit. */
-    static size_t countRun(unsigned short const*& in, unsigned short const* end)
+    /** All but a high surrogate at the end, which may be truncated: whatever is not a pair is one code a unit. */
+    static size_t countFast(unsigned short const*& in, unsigned short const* end)
     {
         // A counter as wide as a unit, and one comparison for both units, so that the compiler makes vectors of the
         // loop; a run of this length cannot overflow the counter.
@@ -160,12 +172,12 @@ struct KX7CharSetConverterUTF32::Encoder : kx7::EncoderBase {
         return BYTES * (static_cast<size_t>(units) - pairs);
     }
 
-    static kx7::EncodedChar step(unsigned short const* p, unsigned short const* end)
+    static kx7::EncodedChar encodeOne(unsigned short const* p, unsigned short const* end)
     {
         if (!kx7::isHighSurrogate(p[0]))
             return {p[0], BYTES, 1, kx7::Found::CHARACTER};
         if (p + 1 == end)
-            return kx7::EncodedChar::cut();
+            return kx7::EncodedChar::truncated();
         if (!kx7::isLowSurrogate(p[1]))
             return kx7::EncodedChar::unmappable(1);
         return {kx7::codePointOf(p[0], p[1]), BYTES, 2, kx7::Found::CHARACTER};
@@ -237,7 +249,7 @@ unsigned int KX7CharSetConverterUTF32::UTF32fromUTF8(unsigned char** position)
     return value;
 }
 
-unsigned int KX7CharSetConverterUTF32::fromUTF8(void* dest, unsigned char const* source, unsigned int room,
+unsigned int KX7CharSetConverterUTF32::fromUTF8(void* dest, unsigned char const* source, unsigned int capacity,
                                                 ILLCHAR_OPTYPE, bool* illegal)
 {
     if (illegal)
@@ -246,17 +258,17 @@ unsigned int KX7CharSetConverterUTF32::fromUTF8(void* dest, unsigned char const*
         return 0;
     auto* out = static_cast<unsigned char*>(dest);
     auto* in = const_cast<unsigned char*>(source);
-    for (unsigned int count = 0; count < room; ++count) {
+    for (unsigned int count = 0; count < capacity; ++count) {
         unsigned int const codePoint = UTF32fromUTF8(&in);
         kx7::storeWide(out, codePoint);
         if (codePoint == 0)
             return count;
     }
     kx7::storeWide(out, 0U);
-    return room;
+    return capacity;
 }
 
-unsigned int KX7CharSetConverterUTF32::toUTF8(unsigned char* dest, void const* source, unsigned int room,
+unsigned int KX7CharSetConverterUTF32::toUTF8(unsigned char* dest, void const* source, unsigned int capacity,
                                               ILLCHAR_OPTYPE, bool* illegal)
 {
     if (illegal)
@@ -265,8 +277,9 @@ unsigned int KX7CharSetConverterUTF32::toUTF8(unsigned char* dest, void const* s
         return 0;
     auto const* in = static_cast<unsigned char const*>(source);
     unsigned char* out = dest;
-    // Kept on purpose: the room is looked at before each character only, and one that ran past it leaves no terminator.
-    while (static_cast<size_t>(out - dest) < room) {
+    // Kept on purpose: the capacity is looked at before each character only, and one that ran past it leaves no
+    // terminator.
+    while (static_cast<size_t>(out - dest) < capacity) {
         unsigned int c = kx7::loadWide<unsigned int>(in);
         in += BYTES;
         if (c == 0)
@@ -278,9 +291,9 @@ unsigned int KX7CharSetConverterUTF32::toUTF8(unsigned char* dest, void const* s
         }
         out = appendUTF8(out, c);
     }
-    if (static_cast<size_t>(out - dest) <= room)
+    if (static_cast<size_t>(out - dest) <= capacity)
         *out = 0;
-    return kx7::saturated(static_cast<size_t>(out - dest));  // the last character may take it beyond the room
+    return kx7::saturated(static_cast<size_t>(out - dest));  // the last character may take it beyond the capacity
 }
 
 unsigned int KX7CharSetConverterUTF32::getNumUnits(void const* source, unsigned int byteCount)
@@ -288,50 +301,5 @@ unsigned int KX7CharSetConverterUTF32::getNumUnits(void const* source, unsigned 
     return source ? kx7::countWide<unsigned int>(source, byteCount) : 0;
 }
 
-unsigned int KX7CharSetConverterUTF32::toUTF16Within(unsigned short* dest, kx7::ByteText const& source,
-                                                     unsigned int room, ILLCHAR_OPTYPE op, bool* illegal,
-                                                     int sourceLimit)
-{
-    if (illegal)
-        *illegal = false;
-    unsigned int const roomAtLimit = sourceLimit == 0 ? 0 : room;
-    return kx7::decodeTerminated(decoder(), source, dest, roomAtLimit, op, nullptr,
-                                 kx7::positiveLimit(sourceLimit, BYTES));
-}
-
-unsigned int KX7CharSetConverterUTF32::toUTF16(unsigned short* dest, void const* source, unsigned int room,
-                                               ILLCHAR_OPTYPE op, bool* illegal, int sourceLimit)
-{
-    if (!dest || !source)
-        return 0;
-    return toUTF16Within(dest, kx7::terminatedText(source), room, op, illegal, sourceLimit);
-}
-
-unsigned int KX7CharSetConverterUTF32::getNumBytes(unsigned short const* source, unsigned int unitCount)
-{
-    return source ? kx7::countBytes(encoder(), source, unitCount) : 0;
-}
-
-unsigned int KX7CharSetConverterUTF32::fromUTF16(void* dest, unsigned short const* source, unsigned int room,
-                                                 ILLCHAR_OPTYPE op, bool* illegal)
-{
-    if (!dest || !source)
-        return 0;
-    unsigned int const wholeCodes = room / BYTES * BYTES;
-    return kx7::encodePublished(encoder(), source, dest, wholeCodes, op, illegal);
-}
-
-unsigned int KX7CharSetConverterUTF32::getMinUnitSize() const
-{
-    return 4;
-}
-
-unsigned int KX7CharSetConverterUTF32::getMaxUnitSize() const
-{
-    return 4;
-}
-
-unsigned int KX7CharSetConverterUTF32::getNullCharSize() const
-{
-    return 4;
-}
+#define KX7_CONVERTER KX7CharSetConverterUTF32
+#include "kx7/converters/PublishedOperations.inc"

@@ -7,6 +7,8 @@
 
 #include "kx7/base/LookupTable.h"
 #include "kx7/base/TablePages.h"
+#include "kx7/converters/KX7CharSetConverterMBCS.h"
+#include "kx7/converters/KX7CharSetConverterMBCSEx.h"
 #include "kx7/kernels/KernelTables.h"
 #include "kx7/kernels/PairUnits.h"
 
@@ -71,14 +73,19 @@ inline PairUnits const* pairsOf(MultibyteTables const* tables)
     return tables ? tables->pairs.get() : nullptr;
 }
 
-/** The table, or one in which nothing is mapped where it could not be built. */
+/** A table in which nothing is mapped. */
+template <class Table>
+Table const& emptyTable()
+{
+    static Table const empty;
+    return empty;
+}
+
+/** The table, or an empty one where it could not be built. */
 template <class Table>
 Table const& tableOrEmpty(Table const* table)
 {
-    if (table)
-        return *table;
-    static Table const empty;
-    return empty;
+    return table ? *table : emptyTable<Table>();
 }
 
 /** Enters the pairs of code and unit up to (0, 0), one way into each table. */
@@ -134,5 +141,35 @@ void makePairUnits(MultibyteTables& tables, unsigned short* shared, Fill fill)
 }
 
 }  // namespace kx7
+
+inline kx7::MultibyteTables const* KX7CharSetConverterMBCS::kernelTables() const
+{
+    return tablesBuilt() ? kx7::multibyteTables(m_pKernelTables) : nullptr;
+}
+
+inline LookupTable<unsigned short> const& KX7CharSetConverterMBCS::toUnicode() const
+{
+    return kx7::tableOrEmpty(m_pToUnicode.load(std::memory_order_acquire));
+}
+
+inline LookupTable<unsigned short> const& KX7CharSetConverterMBCS::fromUnicode() const
+{
+    return kx7::tableOrEmpty(tablesBuilt() ? m_pFromUnicode : nullptr);
+}
+
+inline kx7::MultibyteTables const* KX7CharSetConverterMBCSEx::kernelTables() const
+{
+    return tablesBuilt() ? kx7::multibyteTables(m_pKernelTables) : nullptr;
+}
+
+inline LookupTable<unsigned int> const& KX7CharSetConverterMBCSEx::toUnicode() const
+{
+    return kx7::tableOrEmpty(m_pToUnicode.load(std::memory_order_acquire));
+}
+
+inline LookupTableEx<unsigned short> const& KX7CharSetConverterMBCSEx::fromUnicode() const
+{
+    return kx7::tableOrEmpty(tablesBuilt() ? m_pFromUnicode : nullptr);
+}
 
 #endif

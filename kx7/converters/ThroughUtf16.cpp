@@ -6,7 +6,8 @@
 
 #include "kx7/converters/Engine.h"
 #include "kx7/converters/KX7CharSetConverterUTF8.h"
-#include "kx7/converters/Walk.h"
+#include "kx7/converters/Loop.h"
+#include "kx7/kernels/Page.h"
 
 namespace kx7 {
 

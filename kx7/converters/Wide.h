@@ -6,7 +6,7 @@
 #include <cstring>
 #include <cwchar>
 
-#include "kx7/converters/Walk.h"
+#include "kx7/converters/PublishedRules.h"
 
 namespace kx7 {
 

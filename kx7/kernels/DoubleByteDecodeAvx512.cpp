@@ -4,7 +4,7 @@
 // that may lead and one that trails look alike, so which is which follows from the parity of its place in its run of
 // such bytes: an addition carries through a run and changes the bits of one parity. The codes to look up are compressed
 // together (vpcompressb), looked up by gathers, and spread again among the bytes that are their own unit, if any; the
-// lanes of trail bytes are compressed out. A code without a unit, or with one that the converters have to judge, ends
+// lanes of trail bytes are dropped. A code without a unit, or with one that the converters have to judge, ends
 // the run.
 //
 // Loads and stores of the last block are masked: short texts are as quick as long ones.

@@ -1,7 +1,7 @@
 // kx7text - encoding of sets of one and two bytes, and GB 18030, with AVX-512 (VBMI, VBMI2).
 //
 // 32 units at a time: their codes are looked up one by one, which is faster than a gather, and collected in a register.
-// There the bytes of each code are swapped, and the high bytes that are zero are compressed out. Blocks of ASCII are
+// There the bytes of each code are swapped, and the high bytes that are zero are dropped. Blocks of ASCII are
 // looked up by permutation in the first 128 codes, as far as these are single bytes, so that it does not matter which
 // of them the set writes otherwise. What is shorter than a block is taken 8 units at a time, then one by one.
 #include "kx7/kernels/Avx512.h"

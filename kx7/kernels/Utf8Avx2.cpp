@@ -2,12 +2,12 @@
 //
 // Decoding takes 32 bytes at a time, checked as with AVX-512. Each byte becomes a 16-bit lane, with the bytes after it
 // in two more registers, so that the lane of a lead byte can be turned into its unit; a four-byte sequence keeps the
-// lane after its lead for the low surrogate. The lanes of continuation bytes are compressed away of eight at a time by
+// lane after its lead for the low surrogate. The lanes of continuation bytes are dropped, eight at a time, by
 // a shuffle from a table of 256, by the mask of the lanes to keep.
 //
 // Encoding takes 16 units that need up to two bytes each, or 8 that need up to four, builds the bytes of each unit in
 // a lane of its own and compresses away the unused ones by shuffles from tables. Each half of a surrogate pair makes
-// two bytes; where all 16 units are pairs nothing has to be compressed away.
+// two bytes; where all 16 units are pairs nothing has to be dropped.
 //
 // A block is converted once the next one is known to be good: what its stores write after its text is then covered by
 // the text of the next. What is left is stored in parts that may overlap, so that nothing stays after the text.

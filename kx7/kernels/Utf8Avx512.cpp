@@ -7,7 +7,7 @@
 // character belongs to the block in which it ends, so that each block begins where the one before ended.
 //
 // Encoding takes 32 units, gives each 16 bits if none needs three bytes, else 32, builds its bytes there (for three
-// bytes by vpmultishiftqb, six bits at a time), and compresses away what is not used. Each half of a surrogate pair
+// bytes by vpmultishiftqb, six bits at a time), and drops what is not used. Each half of a surrogate pair
 // makes two bytes, the low one with two bits from the unit before.
 //
 // Stores are masked: nothing is written after the text. What is left in the end, or cannot be converted, goes through

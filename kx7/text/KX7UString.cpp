@@ -8,7 +8,7 @@
 #include <memory>
 
 #include "kx7/converters/Engine.h"
-#include "kx7/converters/Walk.h"
+#include "kx7/converters/Loop.h"
 #include "kx7/text/Lengths.h"
 
 unsigned int const KX7UString::INLINE_CAPACITY;

@@ -3,7 +3,7 @@
 #include <cstring>
 
 #include "kx7/converters/Engine.h"
-#include "kx7/converters/Walk.h"
+#include "kx7/converters/Loop.h"
 #include "kx7/text/KX7UString.h"
 #include "kx7/text/Lengths.h"
 

@@ -8,7 +8,7 @@
 #include <ostream>
 #include <string>
 
-#include "kx7/converters/Walk.h"
+#include "kx7/converters/Loop.h"
 #include "kx7/text/KX7UChar.h"
 #include "kx7/text/KX7UString.h"
 #include "kx7/text/Lengths.h"

@@ -5,7 +5,7 @@
 
 #include <climits>
 
-#include "kx7/converters/Walk.h"
+#include "kx7/converters/Loop.h"
 #include "kx7/tables/MappingLists.h"
 #include "tests/internal/Foreign.h"
 #include "tests/internal/RangeProbe.h"

@@ -256,10 +256,10 @@ TEST(LoadAllocation, OfWhatShortTextsNeed)
             encoded = engine.fromUTF8(*converter, utf8, dest, ROOM);
         });
         EXPECT_TRUE(outcome.failed && !outcome.threw) << row.name;
-        EXPECT_EQ(decoded, kx7::NOT_STRAIGHT) << row.name;
-        EXPECT_EQ(encoded, kx7::NOT_STRAIGHT) << row.name;
+        EXPECT_EQ(decoded, kx7::NOT_DIRECT) << row.name;
+        EXPECT_EQ(encoded, kx7::NOT_DIRECT) << row.name;
         EXPECT_NE(engine.fromUTF8(*converter, reinterpret_cast<unsigned char const*>("a"), dest, ROOM),
-                  kx7::NOT_STRAIGHT);
+                  kx7::NOT_DIRECT);
     }
 }
 

@@ -1,4 +1,4 @@
-// kx7text tests - short texts straight to and from UTF-8, against the conversion in two steps by the plain engine.
+// kx7text tests - short texts directly to and from UTF-8, against the conversion in two steps by the plain engine.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -101,7 +101,7 @@ std::string textOf(Way const& way, std::mt19937& random, size_t length, unsigned
     return text;
 }
 
-class Straight {
+class Direct {
 public:
     /** A text `behind` bytes in front of an unreadable page is converted as in two steps, or left to them. */
     testing::AssertionResult isAsInTwoSteps(Way const& way, std::string const& text, size_t room, size_t behind = 0)
@@ -111,7 +111,7 @@ public:
         std::vector<unsigned char> const before(dest, dest + room);
         size_t const written = way.convert(source, dest, room);
         std::string const expected = inTwoSteps(way, text, room);
-        bool const isTaken = written != kx7::NOT_STRAIGHT;
+        bool const isTaken = written != kx7::NOT_DIRECT;
         m_taken += isTaken;
         bool isRight = m_dest.intact() && (!isTaken || written == expected.size());
         for (size_t i = 0; i < room && isRight; ++i) {
@@ -136,58 +136,58 @@ private:
 
 }  // namespace
 
-TEST(StraightUtf8, EveryLengthAndEveryPlaceInFrontOfAPage)
+TEST(DirectUtf8, EveryLengthAndEveryPlaceInFrontOfAPage)
 {
     for (kx7::InstructionSet const set : sets()) {
         Using const kernels(set);
         std::mt19937 random(1);
-        Straight straight;
+        Direct direct;
         for (Way const& way : ways())
             for (size_t length = 0; length <= LONGEST; ++length)
                 for (unsigned int const broken : {0U, 1U, 10U, 100U})
-                    ASSERT_TRUE(straight.isAsInTwoSteps(way, textOf(way, random, length, broken), 4 * length,
+                    ASSERT_TRUE(direct.isAsInTwoSteps(way, textOf(way, random, length, broken), 4 * length,
                                                         random() % 2 * (random() % 128)))
                         << nameOf(set);
     }
 }
 
-TEST(StraightUtf8, EveryRoom)
+TEST(DirectUtf8, EveryRoom)
 {
     for (kx7::InstructionSet const set : sets()) {
         Using const kernels(set);
         std::mt19937 random(2);
-        Straight straight;
+        Direct direct;
         for (Way const& way : ways())
             for (unsigned int const length : {1U, 3U, 7U, 15U, 16U, 17U, 24U, 33U, 64U, 70U, 100U}) {
                 std::string const text = textOf(way, random, length, 2);
                 for (size_t room = 0; room <= 3 * length + 4; ++room)
-                    ASSERT_TRUE(straight.isAsInTwoSteps(way, text, room)) << nameOf(set);
+                    ASSERT_TRUE(direct.isAsInTwoSteps(way, text, room)) << nameOf(set);
             }
     }
 }
 
-TEST(StraightUtf8, EveryFragmentAtEveryPlace)
+TEST(DirectUtf8, EveryFragmentAtEveryPlace)
 {
     for (kx7::InstructionSet const set : sets()) {
         Using const kernels(set);
         std::mt19937 random(3);
-        Straight straight;
+        Direct direct;
         for (Way const& way : ways())
             for (std::string const& fragment : way.fragments)
                 for (std::string const& next : {std::string("x"), way.fragments[random() % way.fragments.size()]})
                     for (size_t before = 0; before <= 66; ++before) {
                         std::string const text = textOf(way, random, before, 0) + fragment + next;
-                        ASSERT_TRUE(straight.isAsInTwoSteps(way, text, 4 * text.size())) << nameOf(set);
+                        ASSERT_TRUE(direct.isAsInTwoSteps(way, text, 4 * text.size())) << nameOf(set);
                     }
     }
 }
 
-TEST(StraightUtf8, WhatBothSidesHaveIsTaken)
+TEST(DirectUtf8, WhatBothSidesHaveIsTaken)
 {
     for (kx7::InstructionSet const set : sets()) {
         Using const kernels(set);
         for (Way const& way : ways()) {
-            Straight straight;
+            Direct direct;
             size_t texts = 0;
             for (size_t count = 1; count <= 60; ++count)
                 for (std::string const& character : way.plain) {
@@ -195,15 +195,15 @@ TEST(StraightUtf8, WhatBothSidesHaveIsTaken)
                     for (size_t i = 0; i < count; ++i)
                         text += character;
                     ++texts;
-                    ASSERT_TRUE(straight.isAsInTwoSteps(way, text, 4 * text.size())) << nameOf(set);
+                    ASSERT_TRUE(direct.isAsInTwoSteps(way, text, 4 * text.size())) << nameOf(set);
                 }
-            EXPECT_EQ(straight.taken(), texts) << way.name << ", " << nameOf(set);
+            EXPECT_EQ(direct.taken(), texts) << way.name << ", " << nameOf(set);
             EXPECT_GE(way.plain.size(), 5u) << way.name;
         }
     }
 }
 
-TEST(StraightUtf8, NothingBehindTheEndIsReadWhereAListMapsAByteToIt)
+TEST(DirectUtf8, NothingBehindTheEndIsReadWhereAListMapsAByteToIt)
 {
     std::vector<unsigned short> list = {0x10, 0};
     for (unsigned short byte = 1; byte < 0x80; ++byte)
@@ -214,12 +214,12 @@ TEST(StraightUtf8, NothingBehindTheEndIsReadWhereAListMapsAByteToIt)
     Way const way{"a list with U+0000", g_oConverterUTF8, own, {}, {}};
     for (kx7::InstructionSet const set : sets()) {
         Using const kernels(set);
-        Straight straight;
+        Direct direct;
         PageEnd<unsigned char> page;
         for (size_t length = 0; length <= LONGEST; ++length)
             for (std::string const& end : {std::string(), std::string("\xC0\x80zz"), std::string("\xC3\xA9zz")}) {
                 std::string const text = std::string(length, 'x') + end;
-                ASSERT_TRUE(straight.isAsInTwoSteps(way, text, 4 * text.size())) << nameOf(set);
+                ASSERT_TRUE(direct.isAsInTwoSteps(way, text, 4 * text.size())) << nameOf(set);
                 std::string const expected = inTwoSteps(way, text, 2 * text.size());
                 auto const* const source = reinterpret_cast<char const*>(page.hold(text, 1));
                 std::string found(2 * text.size() + 1, '\0');
@@ -231,7 +231,7 @@ TEST(StraightUtf8, NothingBehindTheEndIsReadWhereAListMapsAByteToIt)
     }
 }
 
-TEST(StraightUtf8, InOneBufferAsInTwo)
+TEST(DirectUtf8, InOneBufferAsInTwo)
 {
     for (kx7::InstructionSet const set : sets()) {
         Using const kernels(set);
@@ -264,7 +264,7 @@ TEST(StraightUtf8, InOneBufferAsInTwo)
     }
 }
 
-TEST(StraightUtf8, InOneBufferWhereTheResultGetsLongerThanTheText)
+TEST(DirectUtf8, InOneBufferWhereTheResultGetsLongerThanTheText)
 {
     struct {
         char const* name;

@@ -6,91 +6,14 @@
 // otherwise once it has been UTF-16 (surrogates that stand alone, a 0 unit), is left to the conversion in two steps.
 // What has been written by then is what that writes there, too; where it would be written over the text itself, the
 // text is left at once.
-#ifndef KX7_CONVERTERS_STRAIGHTUTF8_H
-#define KX7_CONVERTERS_STRAIGHTUTF8_H
+#ifndef KX7_CONVERTERS_DIRECTUTF8_H
+#define KX7_CONVERTERS_DIRECTUTF8_H
 
-#include "kx7/converters/Walk.h"
+#include "kx7/base/Utf8.h"
+#include "kx7/converters/EncodeLoop.h"
 #include "kx7/kernels/ShortText.h"
 
 namespace kx7 {
-
-/** Writes a character other than U+0000. False: it does not fit, or is half of one. */
-KX7_INLINE bool writeUTF8(unsigned int codePoint, unsigned char*& out, unsigned char const* outEnd)
-{
-    auto const continuation = [codePoint](unsigned int shift) {
-        return static_cast<unsigned char>(0x80 | (codePoint >> shift & 0x3F));
-    };
-    std::ptrdiff_t const room = outEnd - out;
-    if (codePoint < 0x80) {
-        if (room < 1 || codePoint == 0)
-            return false;
-        out[0] = static_cast<unsigned char>(codePoint);
-        out += 1;
-    }
-    else if (codePoint < 0x800) {
-        if (room < 2)
-            return false;
-        out[0] = static_cast<unsigned char>(0xC0 | codePoint >> 6);
-        out[1] = continuation(0);
-        out += 2;
-    }
-    else if (codePoint <= 0xFFFF) {
-        if (room < 3 || isSurrogate(codePoint))
-            return false;
-        out[0] = static_cast<unsigned char>(0xE0 | codePoint >> 12);
-        out[1] = continuation(6);
-        out[2] = continuation(0);
-        out += 3;
-    }
-    else {
-        if (room < 4 || codePoint > LAST_CODE_POINT)
-            return false;
-        out[0] = static_cast<unsigned char>(0xF0 | codePoint >> 18);
-        out[1] = continuation(12);
-        out[2] = continuation(6);
-        out[3] = continuation(0);
-        out += 4;
-    }
-    return true;
-}
-
-/**
- * Reads a character of text that a zero byte ends: what is behind a byte of it can be read. 0: it is left to the steps
- * of KX7CharSetConverterUTF8, which are the rule: U+0000, malformed, cut off, half of one, or by some of the overlong
- * forms.
- */
-KX7_INLINE unsigned int readUTF8(unsigned char const*& in)
-{
-    // Bytes that continue a character are below 0x40 then.
-    auto const next = [in](int i) { return in[i] ^ 0x80U; };
-    constexpr unsigned int CONTINUATIONS = 0x40;
-    unsigned int const lead = in[0];
-    if (lead < 0x80) {
-        in += 1;
-        return lead;
-    }
-    unsigned int const second = next(1);
-    if (lead < 0xC2 || second >= CONTINUATIONS)
-        return 0;
-    if (lead < 0xE0) {
-        in += 2;
-        return (lead & 0x1F) << 6 | second;
-    }
-    unsigned int const third = next(2);
-    if (third >= CONTINUATIONS)
-        return 0;
-    if (lead < 0xF0) {
-        unsigned int const codePoint = (lead & 0xF) << 12 | second << 6 | third;
-        in += 3;
-        return isSurrogate(codePoint) ? 0 : codePoint;
-    }
-    unsigned int const fourth = next(3);
-    if (lead > 0xF4 || fourth >= CONTINUATIONS)
-        return 0;
-    unsigned int const codePoint = (lead & 7) << 18 | second << 12 | third << 6 | fourth;
-    in += 4;
-    return codePoint > 0xFFFF && codePoint <= LAST_CODE_POINT ? codePoint : 0;
-}
 
 /** Writes the lowest bytes of a code. */
 template <int BYTES>
@@ -125,11 +48,11 @@ template <class Encoder>
 KX7_INLINE bool writeCharacter(Encoder const& encoder, unsigned int codePoint, unsigned char*& out,
                                unsigned char const* outEnd)
 {
-    std::ptrdiff_t const room = outEnd - out;
+    std::ptrdiff_t const capacity = outEnd - out;
     unsigned int const code =
         codePoint <= 0xFFFF ? encoder.codeOf(static_cast<unsigned short>(codePoint)) : encoder.codeOfPair(codePoint);
     if (code != 0) {
-        if (room < (code > 0xFFFF ? 4 : code > 0xFF ? 2 : 1))
+        if (capacity < (code > 0xFFFF ? 4 : code > 0xFF ? 2 : 1))
             return false;
         putCode(out, code);
         return true;
@@ -138,8 +61,8 @@ KX7_INLINE bool writeCharacter(Encoder const& encoder, unsigned int codePoint, u
     unsigned short const units[2] = {isPair ? highSurrogateOf(codePoint) : static_cast<unsigned short>(codePoint),
                                      lowSurrogateOf(codePoint)};
     unsigned int const count = isPair ? 2 : 1;
-    EncodedChar const c = encoder.step(units, units + count);
-    if (c.found != Found::CHARACTER || c.consumed != count || room < static_cast<std::ptrdiff_t>(c.length))
+    EncodedChar const c = encoder.encodeOne(units, units + count);
+    if (c.found != Found::CHARACTER || c.consumed != count || capacity < static_cast<std::ptrdiff_t>(c.length))
         return false;
     encoder.write(out, c);
     return true;
@@ -167,14 +90,14 @@ KX7_INLINE unsigned int fourBytesAt(unsigned char const* p)
 
 /**
  * Encodes characters of up to three bytes, up to the first that is not as plain. The text ends with a zero byte at
- * `end`, for which there is no code, and there is room for twice its bytes, so that neither is asked for again.
+ * `end`, for which there is no code, and there is capacity for twice its bytes, so that neither is asked for again.
  * Overlong forms other than those of U+0000 are as good as any here, and so is a surrogate that the set has a code for:
- * the steps read them alike.
+ * the converters read them alike.
  * @param encoder a copy: what is written could change another in the eyes of the compiler
  */
 template <class Encoder>
-KX7_INLINE void encodeStraight(Encoder const encoder, unsigned char const*& inOut, unsigned char const* end,
-                               unsigned char*& outOut)
+KX7_INLINE void encodeDirect(Encoder const encoder, unsigned char const*& inOut, unsigned char const* end,
+                             unsigned char*& outOut)
 {
     auto const codeOf = [&](unsigned int unit) { return encoder.codeOf(static_cast<unsigned short>(unit)); };
     bool const copiesASCII = Encoder::IS_SINGLE && encoder.same() == Same::ASCII;
@@ -271,26 +194,26 @@ KX7_INLINE void encodeStraight(Encoder const encoder, unsigned char const*& inOu
     outOut = out;
 }
 
-/** Decodes a short text into UTF-8, up to its zero byte. Returns the bytes written, or NOT_STRAIGHT. */
+/** Decodes a short text into UTF-8, up to its zero byte. Returns the bytes written, or NOT_DIRECT. */
 template <class Decoder>
-KX7_INLINE size_t shortToUTF8(Decoder const& decoder, unsigned char const* in, unsigned char* dest, size_t room)
+KX7_INLINE size_t shortToUTF8(Decoder const& decoder, unsigned char const* in, unsigned char* dest, size_t capacity)
 {
     size_t const length = textLengthUpTo(in, LONGEST_DIRECT + 1);
-    if (length > LONGEST_DIRECT || meet(in, length, dest, std::min(room, 3 * length)))
-        return NOT_STRAIGHT;
+    if (length > LONGEST_DIRECT || mayOverlap(in, length, dest, std::min(capacity, 3 * length)))
+        return NOT_DIRECT;
     unsigned char const* const end = in + length;
     unsigned char* out = dest;
-    unsigned char* const outEnd = endOf(dest, room);
+    unsigned char* const outEnd = endOf(dest, capacity);
     copyShort(decoder.same(), in, end, out, outEnd);
     if (end - in > ONE_BY_ONE) {
         unsigned short units[LONGEST_DIRECT];
         unsigned short* unitsEnd = units;
-        decoder.run(in, end, unitsEnd, units + LONGEST_DIRECT);
+        decoder.convertFast(in, end, unitsEnd, units + LONGEST_DIRECT);
         unsigned short const* unit = units;
         kernels().encodeUTF8(unit, unitsEnd, out, outEnd);
         for (; unit != unitsEnd; ++unit)
-            if (!writeUTF8(characterAt(unit, unitsEnd), out, outEnd))
-                return NOT_STRAIGHT;
+            if (!writeUtf8(characterAt(unit, unitsEnd), out, outEnd))
+                return NOT_DIRECT;
     }
     // Others have had the addresses of `in` and `out`, so these are kept in memory.
     unsigned char const* from = in;
@@ -298,18 +221,18 @@ KX7_INLINE size_t shortToUTF8(Decoder const& decoder, unsigned char const* in, u
     while (from != end) {
         DecodedChar c = decoder.look(from, end);
         if (c.found != Found::CHARACTER) {
-            c = decoder.step(from, end);
+            c = decoder.decodeOne(from, end);
             if (c.found != Found::CHARACTER || (c.units == 1 && c.codePoint > 0xFFFF))
-                return NOT_STRAIGHT;
+                return NOT_DIRECT;
         }
-        if (!writeUTF8(c.codePoint, to, outEnd))
-            return NOT_STRAIGHT;
+        if (!writeUtf8(c.codePoint, to, outEnd))
+            return NOT_DIRECT;
         from += c.consumed;
     }
     return static_cast<size_t>(to - dest);
 }
 
-/** shortFromUTF8 behind what it copied: most texts are ASCII, to which this is not to add. */
+/** shortFromUTF8 after what it copied: most texts are ASCII, to which this is not to add. */
 template <class Encoder>
 KX7_NOINLINE size_t restFromUTF8(Encoder const& encoder, unsigned char const* in, unsigned char const* end,
                                  unsigned char const* dest, unsigned char* out, unsigned char* outEnd)
@@ -317,7 +240,7 @@ KX7_NOINLINE size_t restFromUTF8(Encoder const& encoder, unsigned char const* in
     // A 0 unit, which an overlong form becomes, ends the text: it must not be written.
     bool const isZeroFree = encoder.codeOf(0) == 0;
     if constexpr (!Encoder::IS_SINGLE) {
-        if (end - in > encoder.mostStraight() && isZeroFree) {
+        if (end - in > encoder.mostDirect() && isZeroFree) {
             unsigned short units[LONGEST_DIRECT];
             unsigned short* unitsEnd = units;
             kernels().decodeUTF8(in, end, unitsEnd, units + LONGEST_DIRECT);
@@ -325,35 +248,35 @@ KX7_NOINLINE size_t restFromUTF8(Encoder const& encoder, unsigned char const* in
             encoder.runKernel(unit, unitsEnd, out, outEnd);
             for (; unit != unitsEnd; ++unit)
                 if (*unit == 0 || !writeCharacter(encoder, characterAt(unit, unitsEnd), out, outEnd))
-                    return NOT_STRAIGHT;
+                    return NOT_DIRECT;
         }
     }
     unsigned char const* from = in;
     unsigned char* to = out;
     for (;;) {
         if (isZeroFree && outEnd - to >= 2 * (end - from))
-            encodeStraight(encoder, from, end, to);
+            encodeDirect(encoder, from, end, to);
         if (from == end)
             return static_cast<size_t>(to - dest);
-        unsigned int const codePoint = readUTF8(from);
+        unsigned int const codePoint = readTerminatedUtf8(from);
         if (codePoint == 0 || !writeCharacter(encoder, codePoint, to, outEnd))
-            return NOT_STRAIGHT;
+            return NOT_DIRECT;
     }
 }
 
-/** Encodes a short text of UTF-8, up to its zero byte. Returns the bytes written, or NOT_STRAIGHT. */
+/** Encodes a short text of UTF-8, up to its zero byte. Returns the bytes written, or NOT_DIRECT. */
 template <class Encoder>
-KX7_INLINE size_t shortFromUTF8(Encoder const& encoder, unsigned char const* in, unsigned char* dest, size_t room)
+KX7_INLINE size_t shortFromUTF8(Encoder const& encoder, unsigned char const* in, unsigned char* dest, size_t capacity)
 {
     size_t const length = textLengthUpTo(in, LONGEST_DIRECT + 1);
-    if (length > LONGEST_DIRECT || meet(in, length, dest, std::min(room, 4 * length)))
-        return NOT_STRAIGHT;
+    if (length > LONGEST_DIRECT || mayOverlap(in, length, dest, std::min(capacity, 4 * length)))
+        return NOT_DIRECT;
     unsigned char const* const end = in + length;
     unsigned char* out = dest;
-    unsigned char* const outEnd = endOf(dest, room);
+    unsigned char* const outEnd = endOf(dest, capacity);
     copyShort(encoder.same(), in, end, out, outEnd);
     if constexpr (Encoder::IS_SINGLE)
-        if (end - in > encoder.mostStraight())
+        if (end - in > encoder.mostDirect())
             encoder.runFromUTF8(in, out, outEnd);
     return in == end ? static_cast<size_t>(out - dest) : restFromUTF8(encoder, in, end, dest, out, outEnd);
 }
