@@ -85,7 +85,7 @@ public:
         unsigned char const* const bytes = m_range.begin + m_progress.consumed;
         ErrorPolicy const errors = m_decoder.m_options.errors;
         Substitute<typename Sink::Element> const substitute = sink.forMalformed(m_decoder.m_options);
-        if (sink.room().left() < substitute.size)
+        if (sink.dest().left() < substitute.size)
             return end(Status::OUTPUT_FULL);
         record(m_errors, errors, [&] { return malformed(bytes); });
         passBytes(m_progress.length);
@@ -93,11 +93,11 @@ public:
             return end(Status::INVALID);
         ErrorRun const more =
             m_decoder.m_engine->illegalRun(*m_decoder.m_converter, bytes + m_progress.length, m_range.end, m_range.last,
-                                           sink.room().fits(substitute.size) - 1);
+                                           sink.dest().fits(substitute.size) - 1);
         m_errors.m_count += more.count;
         passBytes(more.length);
         size_t const count = 1 + more.count;
-        sink.room().appendTimes(substitute.elements, substitute.size, count);
+        sink.dest().appendTimes(substitute.elements, substitute.size, count);
         if (substitutes(errors))
             m_decoder.m_unitPosition += count * substituteOf(m_decoder.m_options).count;
         return true;

@@ -37,7 +37,7 @@ StreamResult Decoder::convert(Span<char const> source, Span<char16_t> dest, bool
     Streams::ByteSource<NoLines> bytes(*this, *this, source, last, {});
     Streams::UnitSink units(*this, dest);
     pump(bytes, units);
-    return {bytes.consumed(), units.room().written(), bytes.status()};
+    return {bytes.consumed(), units.dest().written(), bytes.status()};
 }
 
 void Decoder::reset() noexcept

@@ -54,8 +54,8 @@ StreamResult Encoder::convert(Span<char16_t const> source, Span<char> dest, bool
     Streams::UnitSource units(*this, source, last);
     Streams::ByteSink bytes(*this, *this, dest, {});
     pump(units, bytes);
-    m_bytePosition += bytes.room().written();
-    return {units.consumed(), bytes.room().written(), units.status()};
+    m_bytePosition += bytes.dest().written();
+    return {units.consumed(), bytes.dest().written(), units.status()};
 }
 
 void Encoder::reset() noexcept

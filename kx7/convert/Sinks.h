@@ -2,6 +2,9 @@
 #ifndef KX7_CONVERT_SINKS_H
 #define KX7_CONVERT_SINKS_H
 
+#include <algorithm>
+#include <iterator>
+
 #include "kx7/convert/Feed.h"
 #include "kx7/convert/Streams.h"
 #include "kx7/converters/Pump.h"
@@ -14,17 +17,17 @@ public:
     using Element = unsigned short;
 
     UnitSink(Decoder& decoder, Span<char16_t> dest)
-        : m_decoder(decoder), m_room(dest.data(), dest.size()), m_substitute(substituteOf(decoder.m_options))
+        : m_decoder(decoder), m_dest(dest.data(), dest.size()), m_substitute(substituteOf(decoder.m_options))
     {
     }
 
-    Destination<unsigned short>& room() { return m_room; }
-    Place<unsigned short> place(unsigned long long /*position*/) const { return {m_room.out, m_room.end}; }
+    Destination<unsigned short>& dest() { return m_dest; }
+    Place<unsigned short> place(unsigned long long /*position*/) const { return {m_dest.out, m_dest.end}; }
 
     template <class Source>
     bool write(Source& source)
     {
-        m_room.out += source.unitCount();
+        m_dest.out += source.unitCount();
         source.pass(source.unitCount());
         return true;
     }
@@ -37,9 +40,9 @@ public:
 
     bool addMark()
     {
-        if (m_room.left() == 0)
+        if (m_dest.left() == 0)
             return false;
-        m_room.append(&BYTE_ORDER_MARK, 1);
+        m_dest.append(&BYTE_ORDER_MARK, 1);
         ++m_decoder.m_unitPosition;
         return true;
     }
@@ -51,7 +54,7 @@ public:
 
 private:
     Decoder& m_decoder;
-    Destination<unsigned short> m_room;
+    Destination<unsigned short> m_dest;
     CharUnits m_substitute;
 };
 
@@ -68,12 +71,12 @@ public:
      * @param buffer where a source decodes; null for one of code units
      */
     ByteSink(Encoder& encoder, StreamErrors& errors, Span<char> dest, Place<unsigned short> buffer)
-        : m_encoder(encoder), m_errors(errors), m_room(dest.data(), dest.size()), m_buffer(buffer)
+        : m_encoder(encoder), m_errors(errors), m_dest(dest.data(), dest.size()), m_buffer(buffer)
     {
     }
 
-    Destination<unsigned char>& room() { return m_room; }
-    Destination<unsigned char> const& room() const { return m_room; }
+    Destination<unsigned char>& dest() { return m_dest; }
+    Destination<unsigned char> const& dest() const { return m_dest; }
 
     /**
      * How many units are looked at before they are encoded. A unit becomes a byte at least, so that more than the
@@ -90,7 +93,7 @@ public:
             most =
                 static_cast<size_t>(std::min<unsigned long long>(std::max<unsigned long long>(2 * since, LEAST), most));
         }
-        return std::min(most, std::max<size_t>(m_room.left(), 2));
+        return std::min(most, std::max<size_t>(m_dest.left(), 2));
     }
 
     Place<unsigned short> place(unsigned long long position) const
@@ -108,7 +111,7 @@ public:
         while (unit != end) {
             Progress const progress = encodeWhole(unit, end);
             unit += progress.consumed;
-            m_room.out += progress.written;
+            m_dest.out += progress.written;
             if (progress.stop == Stop::SOURCE_USED)
                 break;
             bool const goesOn =
@@ -135,9 +138,9 @@ public:
 
     bool addMark()
     {
-        if (m_room.left() < m_encoder.m_bomSize)
+        if (m_dest.left() < m_encoder.m_bomSize)
             return false;
-        m_room.append(m_encoder.m_bom, m_encoder.m_bomSize);
+        m_dest.append(m_encoder.m_bom, m_encoder.m_bomSize);
         return true;
     }
 
@@ -162,10 +165,10 @@ public:
     bool substitute(Source& source, unsigned short const*& unit, size_t length, Run const& run)
     {
         ErrorBytes const bytes = substituteFor(unit, length);
-        if (m_room.left() < bytes.size)
+        if (m_dest.left() < bytes.size)
             return source.end(Status::OUTPUT_FULL);
         record(m_errors, policy(), [&] { return source.errorAt(unit, length, *this); });
-        m_room.append(bytes.bytes, bytes.size);
+        m_dest.append(bytes.bytes, bytes.size);
         unit += length;
         if (policy() == ErrorPolicy::STRICT)
             return source.end(m_errors.m_last.status);
@@ -198,8 +201,8 @@ private:
     template <class Run>
     ErrorRun replaceRun(unsigned short const* units, Run const& run, ErrorBytes const& like)
     {
-        ErrorRun const errors = run(units, m_room.fits(like.size));
-        m_room.appendTimes(like.bytes, like.size, errors.count);
+        ErrorRun const errors = run(units, m_dest.fits(like.size));
+        m_dest.appendTimes(like.bytes, like.size, errors.count);
         return errors;
     }
 
@@ -212,8 +215,8 @@ private:
         size_t const escapeSize = ESCAPE_LENGTH * m_encoder.m_converter->getMinUnitSize();
         ErrorRun total = {0, 0};
         while (likeSize >= escapeSize) {
-            ErrorRun const errors = run(units + total.length, std::min(CHARACTERS, m_room.fits(2 * escapeSize)));
-            m_room.out += writeEscapes<2 * CHARACTERS>(units + total.length, errors.length, m_room.out, m_room.end);
+            ErrorRun const errors = run(units + total.length, std::min(CHARACTERS, m_dest.fits(2 * escapeSize)));
+            m_dest.out += writeEscapes<2 * CHARACTERS>(units + total.length, errors.length, m_dest.out, m_dest.end);
             total.length += errors.length;
             total.count += errors.count;
             if (errors.count < CHARACTERS)
@@ -236,7 +239,7 @@ private:
 
     Encoder& m_encoder;
     StreamErrors& m_errors;
-    Destination<unsigned char> m_room;
+    Destination<unsigned char> m_dest;
     Place<unsigned short> m_buffer;
     size_t m_malformedSize = 0;  ///< bytes of m_malformed; 0: it has not been needed
     unsigned char m_malformed[MOST_BYTES];
@@ -245,7 +248,7 @@ private:
 /** Encodes well-formed units; a pair stays whole, also where the target takes each half for a character. */
 inline Progress Streams::ByteSink::encodeWhole(unsigned short const* units, unsigned short const* end) const
 {
-    Progress progress = encode(units, end, m_room.out, m_room.end);
+    Progress progress = encode(units, end, m_dest.out, m_dest.end);
     unsigned short const* const stopped = units + progress.consumed;
     if (progress.stop == Stop::DESTINATION_FULL && progress.consumed != 0 && isPair(stopped - 1, end)) {
         unsigned char half[Encoder::MINIMUM_ROOM];

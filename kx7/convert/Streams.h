@@ -2,6 +2,9 @@
 #ifndef KX7_CONVERT_STREAMS_H
 #define KX7_CONVERT_STREAMS_H
 
+#include <algorithm>
+#include <iterator>
+
 #include "kx7/base/Utf16.h"
 #include "kx7/convert.h"
 #include "kx7/converters/Engine.h"

@@ -40,7 +40,7 @@ StreamResult Transcoder::convert(Span<char const> source, Span<char> dest, Trans
         Streams::ByteSource<decltype(lines)> bytes(m_decoder, *this, source, call.last, lines);
         Streams::ByteSink result(m_encoder, *this, dest, buffer);
         pump(bytes, result);
-        return StreamResult{bytes.consumed(), result.room().written(), bytes.status()};
+        return StreamResult{bytes.consumed(), result.dest().written(), bytes.status()};
     };
     switch (call.lineFeeds) {
         case LineFeeds::NONE: return run(NoLines());

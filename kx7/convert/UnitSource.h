@@ -88,7 +88,7 @@ public:
     Error errorAt(unsigned short const* unit, size_t length, Sink const& sink) const
     {
         Error error = {};
-        error.byteOffset = m_encoder.m_bytePosition + sink.room().written();
+        error.byteOffset = m_encoder.m_bytePosition + sink.dest().written();
         error.unitOffset = m_encoder.m_unitPosition + static_cast<size_t>(unit - m_units);
         error.status = length == 1 && isSurrogate(unit[0]) ? Status::INVALID : Status::UNREPRESENTABLE;
         error.length = static_cast<unsigned char>(length);

@@ -67,7 +67,7 @@ enum class Boundary : unsigned char {
 /** What an encoding is like, for callers that look at its bytes. */
 struct Encoding {
     Boundary boundary;
-    bool lineFeedIsByte;  ///< strict decoding makes U+000A of the byte 0x0A and of nothing else, if of that
+    bool lineFeedIsByte;  ///< strict decoding of the library's sets makes U+000A of the byte 0x0A, and of that alone
 };
 
 /** What Engine::toUTF8 and fromUTF8 return for a text that they do not take. */

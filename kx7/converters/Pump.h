@@ -10,12 +10,12 @@ namespace kx7 {
  * Moves a text from a source to a sink, a piece at a time. What is done at an error, at a full destination and at the
  * end of what the source was given is theirs to decide; each of these returns false where the conversion ends.
  *
- *     source.read(sink)         decodes the next piece, where the sink wants it; false also where there is none
- *     source.stop()             what ended the piece
- *     sink.write(source)        takes the piece: encodes it, looks at it, or finds it where it should be
- *     source.passError(sink)    the piece ends before an error: what stands for it is written
+ *     source.read(sink)              decodes the next piece, where the sink wants it; false also where there is none
+ *     source.stop()                  what ended the piece
+ *     sink.write(source)             takes the piece: encodes it, looks at it, or finds it where it should be
+ *     source.passError(sink)         the piece ends before an error: writes what stands for it
  *     sink.goesOnWhenFull(source)    the piece ends where the place for it does
- *     source.carry()            the piece ends with what the source was given: an incomplete character is kept
+ *     source.carry()                 the piece ends with what the source was given: keeps an incomplete character
  *
  * Inline, since many texts are short and one piece: then source and sink are values in registers.
  */

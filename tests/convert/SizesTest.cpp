@@ -3,6 +3,8 @@
 
 #include <limits>
 
+#include "kx7/charset/CharSetConverterManager.h"
+#include "kx7/converters/KX7CharSetConverterEUC_JP.h"
 #include "tests/convert/Samples.h"
 
 using namespace kx7test;  // NOLINT
@@ -146,6 +148,25 @@ TEST(SizesOfStreams, MinimumRoomIsNoLargerThanWhatNeedsMost)
         kx7::Encoder encoder(KX7CS_UTF32, {kx7::ErrorPolicy::ESCAPE});
         EXPECT_EQ(encoder.convert(std::u16string_view(u"\xDC00"), {bytes, BYTES - lacking}, true).written,
                   lacking != 0 ? 0 : BYTES);
+    }
+}
+
+// Only characters of JIS X 0212 have a third byte.
+TEST(SizesOfStreams, OfEucJpDependOnItsLists)
+{
+    static unsigned short const list0208[] = {0x2121, 0x3000, 0, 0};
+    static unsigned short const list0212[] = {0x2231, 0x00A1, 0, 0};
+    static unsigned short const empty[] = {0, 0};
+    struct {
+        int number;
+        unsigned short const* list0212;
+        size_t most;
+    } const rows[] = {{80100, list0212, 3}, {80101, empty, 2}, {80102, nullptr, 2}};
+    for (auto const& row : rows) {
+        auto const charSet = static_cast<KX7CharSet>(row.number);
+        g_oCnvtMgr.insert(charSet, new KX7CharSetConverterEUC_JP(list0208, nullptr, row.list0212, charSet), false);
+        EXPECT_EQ(kx7::Encoder(charSet).maxBytes(1), row.most);
+        EXPECT_EQ(kx7::encode(u"\u00A1", charSet).text.size(), row.list0212 == list0212 ? 3U : 0U);
     }
 }
 
