@@ -3,7 +3,6 @@
 #define KX7_CONVERT_BYTESOURCE_H
 
 #include <algorithm>
-#include <new>
 
 #include "kx7/convert/Feed.h"
 #include "kx7/convert/Lines.h"
@@ -20,10 +19,11 @@ template <class Lines>
 class Streams::ByteSource {
 public:
     /** @param errors gets the errors: the decoder itself, or the transcoder that it is a part of */
-    ByteSource(Decoder& decoder, StreamErrors& errors, Span<char const> source, bool last, Lines lines)
+    ByteSource(Decoder& decoder, StreamErrors& errors, Span<char const> source, bool last, Lines lines,
+               Window<unsigned char>& window)
         : m_decoder(decoder), m_errors(errors), m_lines(lines),
           m_feed(reinterpret_cast<unsigned char const*>(source.data()), source.size(), last, decoder.m_held,
-                 decoder.m_heldCount)
+                 decoder.m_heldCount, window)
     {
     }
 
@@ -47,9 +47,7 @@ public:
             return end(Status::DONE);
         Place<unsigned short> const place = sink.place(m_decoder.m_unitPosition);
         m_units = place.begin;
-        // Into its place: a copy would be loaded at once, by wider loads than what the engine stored it by, and these
-        // wait for the stores. A short text shows that.
-        ::new (static_cast<void*>(&m_progress)) Progress(decode(place.end));
+        m_progress = decode(place.end);
         m_known = {};
         return true;
     }
