@@ -19,10 +19,11 @@ template <class Lines>
 class Streams::ByteSource {
 public:
     /** @param errors gets the errors: the decoder itself, or the transcoder that it is a part of */
-    ByteSource(Decoder& decoder, StreamErrors& errors, Span<char const> source, bool last, Lines lines)
+    ByteSource(Decoder& decoder, StreamErrors& errors, Span<char const> source, bool last, Lines lines,
+               Window<unsigned char>& window)
         : m_decoder(decoder), m_errors(errors), m_lines(lines),
           m_feed(reinterpret_cast<unsigned char const*>(source.data()), source.size(), last, decoder.m_held,
-                 decoder.m_heldCount)
+                 decoder.m_heldCount, window)
     {
     }
 
@@ -47,7 +48,7 @@ public:
         Place<unsigned short> const place = sink.place(m_decoder.m_unitPosition);
         m_units = place.begin;
         m_progress = decode(place.end);
-        m_known = {m_progress.written, m_progress.consumed};
+        m_known = {};
         return true;
     }
 
@@ -150,9 +151,11 @@ private:
     /** The bytes that became the first `count` units of the piece. */
     size_t bytesOf(size_t count)
     {
+        if (count == m_progress.written)
+            return m_progress.consumed;
         // No decoder tears a pair or makes nothing of bytes, so the same conversion into less place ends right there.
         if (count != m_known.units)
-            m_known = {count, count == 0 ? 0 : decode(m_units + count).consumed};
+            m_known = {count, decode(m_units + count).consumed};
         return m_known.bytes;
     }
 

@@ -34,7 +34,8 @@ StreamResult Decoder::convert(Span<char const> source, Span<char16_t> dest, bool
 {
     if (!m_engine)
         return {0, 0, Status::NO_CONVERTER};
-    Streams::ByteSource<NoLines> bytes(*this, *this, source, last, {});
+    Window<unsigned char> window;
+    Streams::ByteSource<NoLines> bytes(*this, *this, source, last, {}, window);
     Streams::UnitSink units(*this, dest);
     pump(bytes, units);
     return {bytes.consumed(), units.dest().written(), bytes.status()};

@@ -51,7 +51,8 @@ StreamResult Encoder::convert(Span<char16_t const> source, Span<char> dest, bool
     if (!m_engine)
         return {0, 0, Status::NO_CONVERTER};
     Streams::assureAsked(*this);
-    Streams::UnitSource units(*this, source, last);
+    Window<unsigned short> window;
+    Streams::UnitSource units(*this, source, last, window);
     Streams::ByteSink bytes(*this, *this, dest, {});
     pump(units, bytes);
     m_bytePosition += bytes.dest().written();

@@ -8,6 +8,13 @@
 
 namespace kx7 {
 
+/** Elements that are looked at together; more than any character takes: two escapes of UTF-16 are twelve bytes. */
+constexpr size_t WINDOW = 16;
+
+/** Lies beside what shows it to an engine, which then can be in registers; a short text shows that. */
+template <class T>
+using Window = T[WINDOW];
+
 /** The text that a call has to convert: first what the stream kept, in a window with what follows it, then the rest. */
 template <class T>
 class Feed {
@@ -20,9 +27,9 @@ public:
         bool reachesEnd;  ///< what the call was given ends with it
     };
 
-    Feed(T const* source, size_t size, bool last, T* held, unsigned char& heldCount)
+    Feed(T const* source, size_t size, bool last, T* held, unsigned char& heldCount, Window<T>& window)
         : m_begin(source), m_in(source), m_end(source + size), m_last(last), m_held(held), m_heldCount(heldCount),
-          m_window()
+          m_window(window)
     {
     }
 
@@ -61,16 +68,13 @@ public:
     size_t consumed() const { return static_cast<size_t>(m_in - m_begin); }
 
 private:
-    /** More than any character takes, so that none is truncated by it: two escapes of UTF-16 are twelve bytes. */
-    static constexpr size_t WINDOW = 16;
-
     T const* m_begin;
     T const* m_in;
     T const* m_end;
     bool m_last;
     T* m_held;
     unsigned char& m_heldCount;
-    T m_window[WINDOW];
+    Window<T>& m_window;
 };
 
 /** Where a call writes. */

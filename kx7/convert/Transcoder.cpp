@@ -36,8 +36,9 @@ StreamResult Transcoder::convert(Span<char const> source, Span<char> dest, Trans
     if (call.buffer.size() >= Decoder::MINIMUM_ROOM)
         buffer = {reinterpret_cast<unsigned short*>(call.buffer.begin()),
                   reinterpret_cast<unsigned short*>(call.buffer.end())};
+    Window<unsigned char> window;
     auto const run = [&](auto lines) {
-        Streams::ByteSource<decltype(lines)> bytes(m_decoder, *this, source, call.last, lines);
+        Streams::ByteSource<decltype(lines)> bytes(m_decoder, *this, source, call.last, lines, window);
         Streams::ByteSink result(m_encoder, *this, dest, buffer);
         pump(bytes, result);
         return StreamResult{bytes.consumed(), result.dest().written(), bytes.status()};

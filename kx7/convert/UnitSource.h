@@ -39,9 +39,9 @@ inline size_t wellFormedLength(unsigned short const* units, unsigned short const
  */
 class Streams::UnitSource {
 public:
-    UnitSource(Encoder& encoder, Span<char16_t const> source, bool last)
+    UnitSource(Encoder& encoder, Span<char16_t const> source, bool last, Window<unsigned short>& window)
         : m_encoder(encoder), m_feed(reinterpret_cast<unsigned short const*>(source.data()), source.size(), last,
-                                     &encoder.m_held, encoder.m_heldCount)
+                                     &encoder.m_held, encoder.m_heldCount, window)
     {
     }
 
