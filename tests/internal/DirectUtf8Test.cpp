@@ -146,7 +146,7 @@ TEST(DirectUtf8, EveryLengthAndEveryPlaceInFrontOfAPage)
             for (size_t length = 0; length <= LONGEST; ++length)
                 for (unsigned int const broken : {0U, 1U, 10U, 100U})
                     ASSERT_TRUE(direct.isAsInTwoSteps(way, textOf(way, random, length, broken), 4 * length,
-                                                        random() % 2 * (random() % 128)))
+                                                      random() % 2 * (random() % 128)))
                         << nameOf(set);
     }
 }
