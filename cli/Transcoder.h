@@ -57,7 +57,7 @@ private:
 
     kx7::Transcoder m_stream;
     std::string_view m_text;  ///< the block, without a mark
-    uint64_t m_textOffset;    ///< in the block
+    size_t m_textOffset;      ///< in the block
     uint64_t m_described;     ///< faults of the block
     uint64_t m_counted;       ///< errors of the stream
 

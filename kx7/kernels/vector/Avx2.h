@@ -1,5 +1,4 @@
-// kx7text - vectors of AVX2: for the loops that all instruction sets share, and what its kernels have in common
-// (internal).
+// kx7text - vectors of AVX2, for shared loops and for its own kernels (internal).
 #ifndef KX7_KERNELS_VECTOR_AVX2_H
 #define KX7_KERNELS_VECTOR_AVX2_H
 

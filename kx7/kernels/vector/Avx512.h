@@ -1,5 +1,4 @@
-// kx7text - vectors of AVX-512 (VBMI, VBMI2): for the loops that all instruction sets share, and what its kernels have
-// in common (internal).
+// kx7text - vectors of AVX-512 with VBMI and VBMI2, for shared loops and for its own kernels (internal).
 #ifndef KX7_KERNELS_VECTOR_AVX512_H
 #define KX7_KERNELS_VECTOR_AVX512_H
 
