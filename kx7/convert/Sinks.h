@@ -214,14 +214,15 @@ private:
         constexpr size_t CHARACTERS = 16;
         size_t const escapeSize = ESCAPE_LENGTH * m_encoder.m_converter->getMinUnitSize();
         ErrorRun total = {0, 0};
-        while (likeSize >= escapeSize) {
-            ErrorRun const errors = run(units + total.length, std::min(CHARACTERS, m_dest.fits(2 * escapeSize)));
+        if (likeSize < escapeSize)
+            return total;
+        ErrorRun errors = {0, 0};
+        do {
+            errors = run(units + total.length, std::min(CHARACTERS, m_dest.fits(2 * escapeSize)));
             m_dest.out += writeEscapes<2 * CHARACTERS>(units + total.length, errors.length, m_dest.out, m_dest.end);
             total.length += errors.length;
             total.count += errors.count;
-            if (errors.count < CHARACTERS)
-                break;
-        }
+        } while (errors.count == CHARACTERS);
         return total;
     }
 

@@ -207,8 +207,8 @@ struct KnownUnits {
         uint32_t const isPartner = isHigh << 1 & isLow;
         areAll = (isInRun | isAscii | isHigh | isPartner) == ~UINT32_C(0) && (isHigh << 1 & ~isPartner) == 0;
         units = CODES - static_cast<std::ptrdiff_t>(isHigh >> 31);
-        bytes =
-            static_cast<size_t>(__builtin_popcount(isAscii) + 4 * __builtin_popcount(isInRun | (isHigh & 0x7FFFFFFF)));
+        bytes = static_cast<size_t>(__builtin_popcount(isAscii)) +
+                4 * static_cast<size_t>(__builtin_popcount(isInRun | (isHigh & 0x7FFFFFFF)));
     }
 };
 

@@ -2,6 +2,7 @@
 #ifndef KX7_TEXT_LENGTHS_H
 #define KX7_TEXT_LENGTHS_H
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <stdexcept>
@@ -14,7 +15,7 @@ constexpr size_t MAX_STRING_LENGTH = 0xFFFFFFFE;
 inline unsigned int checkedLength(uint64_t units)
 {
     // The second bound is the narrower one where pointers have 32 bits.
-    if (units > MAX_STRING_LENGTH || units > PTRDIFF_MAX / sizeof(unsigned short) - 1)
+    if (units > std::min<uint64_t>(MAX_STRING_LENGTH, PTRDIFF_MAX / sizeof(unsigned short) - 1))
         throw std::length_error("exceed maximum string length");
     return static_cast<unsigned int>(units);
 }
