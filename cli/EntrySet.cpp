@@ -65,7 +65,7 @@ private:
 
 EntrySet::EntrySet()
 {
-    if (getrandom(m_key, sizeof m_key, 0) != sizeof m_key)
+    if (getrandom(m_key, sizeof m_key, 0) != static_cast<ssize_t>(sizeof m_key))
         m_key[0] = static_cast<uint64_t>(time(nullptr));
 }
 

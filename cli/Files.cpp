@@ -88,9 +88,10 @@ bool Files::nextInFolder(File& file)
                 leave();
                 throw InputError(reason, std::generic_category(), path);
             }
-            for (size_t size = 0, i = m_levels.size(); i-- != 0;)
-                if ((size += m_levels[i].names.size()) > NAMES_SIZE && i + 1 != m_levels.size())
-                    m_levels[i].names.forget();
+            size_t size = level.names.size();
+            for (size_t i = m_levels.size() - 1; i != 0; --i)
+                if ((size += m_levels[i - 1].names.size()) > NAMES_SIZE)
+                    m_levels[i - 1].names.forget();
             continue;
         }
         if (!next) {

@@ -116,7 +116,7 @@ bool resolve(std::string path, Place& place)
         if (!folder)
             return false;
         place.folder = folder;
-        place.name = path.substr(path.rfind('/') + 1);
+        place.name = nameOf(path);
         if (place.name.empty())
             place.name = ".";
         char text[PATH_MAX];
@@ -144,10 +144,16 @@ std::string folderOf(std::string const& path)
     return slash == std::string::npos ? "." : slash == 0 ? "/" : path.substr(0, slash);
 }
 
+std::string nameOf(std::string const& path)
+{
+    size_t const slash = path.rfind('/');
+    return slash == std::string::npos ? path : path.substr(slash + 1);
+}
+
 std::string temporaryName()
 {
     uint64_t number = 0;
-    if (getrandom(&number, sizeof number, 0) != sizeof number) {
+    if (getrandom(&number, sizeof number, 0) != static_cast<ssize_t>(sizeof number)) {
         // Taken names are tried again, so any will do.
         static std::atomic<uint32_t> s_count{0};
         number = static_cast<uint64_t>(getpid()) << 32 | s_count++;

@@ -106,6 +106,9 @@ bool resolve(std::string path, Place& place);
 /** The folder of a path, "." where it names none. */
 std::string folderOf(std::string const& path);
 
+/** What a path names in its folder. */
+std::string nameOf(std::string const& path);
+
 /** A name for an unfinished file, another one each time. */
 std::string temporaryName();
 

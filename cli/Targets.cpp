@@ -29,7 +29,7 @@ FolderPointer folderOfOpenFile(int file, FileId const& id)
     std::string const path(text, static_cast<size_t>(length));
     FolderPointer folder = Folder::open(AT_FDCWD, folderOf(path), 0);
     struct stat status;
-    if (!folder || !folder->entryStatus(path.substr(path.rfind('/') + 1), status) || FileId(status) != id)
+    if (!folder || !folder->entryStatus(nameOf(path), status) || FileId(status) != id)
         return nullptr;
     return folder;
 }
@@ -162,7 +162,7 @@ Output::Target Targets::target(File const& file, Input const& input)
             throw UsageError(name + ": has no name, which --output-dir needs");
         target.name = m_options.outputFolder + "/" + file.relative;
         target.place.folder = folderFor(file);
-        target.place.name = file.relative.substr(file.relative.rfind('/') + 1);
+        target.place.name = nameOf(file.relative);
         target.filesOnly = true;
     }
     Place const& place = target.place;
