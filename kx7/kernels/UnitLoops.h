@@ -132,7 +132,9 @@ KX7_TARGET KX7_READS_BEYOND inline size_t unitMatchBy(unsigned short const* a, u
             continue;
         if constexpr (V::LOADS_PARTS) {
             // The lanes after the part are 0 in both.
-            n += firstUnit<V>(V::zeros(V::whereEqual(V::loadPart(a + n, end - n), V::loadPart(b + n, end - n))));
+            auto const x = V::loadPartNear(a + n, end - n);
+            auto const y = V::loadPartNear(b + n, end - n);
+            n += firstUnit<V>(V::zeros(V::whereEqual(x, y)));
         }
         else {
             n += shorter(a + n, b + n, end - n);

@@ -182,6 +182,10 @@ struct UnitsAvx512 {
     }
     /** Of which a part may lie beside the text. */
     KX7_AVX512 KX7_READS_BEYOND static Vector loadNear(unsigned short const* p) { return _mm512_loadu_si512(p); }
+    KX7_AVX512 KX7_READS_BEYOND static Vector loadPartNear(unsigned short const* p, size_t count)
+    {
+        return _mm512_maskz_loadu_epi16(lowLanes32(static_cast<std::ptrdiff_t>(count)), p);
+    }
     KX7_AVX512 static Vector all(unsigned short unit) { return _mm512_set1_epi16(static_cast<short>(unit)); }
     KX7_AVX512 static uint32_t equal(Vector a, Vector b) { return _mm512_cmpeq_epi16_mask(a, b); }
     KX7_AVX512 static uint32_t zeros(Vector units) { return _mm512_testn_epi16_mask(units, units); }
