@@ -1,4 +1,4 @@
-// kx7text benchmarks - the cases: every character set with the texts that it can hold, look-up and loading.
+// kx7text benchmarks - the cases: every character set with the texts that it can hold, lookup and loading.
 #include "bench/Cases.h"
 
 #include <malloc.h>
@@ -214,7 +214,7 @@ void conversions(Wanted const& wanted, std::function<void(std::string const&)> c
 void lookUps(Wanted const& wanted, Visit const& visit)
 {
     for (Subject const& subject : subjects()) {
-        CaseName const name{"look-up", subject.set.name, "", "", ""};
+        CaseName const name{"lookup", subject.set.name, "", "", ""};
         if (!wanted(name.full()))
             continue;
         Peers const peers = openPeers(subject.set);  // so that no peer loads its data in the loop
@@ -331,7 +331,7 @@ void loads(Wanted const& wanted, Visit const& visit)
 
 void forEachCase(Wanted const& wanted, std::function<void(std::string const&)> const& progress, Visit const& visit)
 {
-    progress("loading, look-up, text");
+    progress("loading, lookup, text");
     loads(wanted, visit);
     lookUps(wanted, visit);
     forEachTextCase(wanted, visit);

@@ -20,7 +20,7 @@ extern std::vector<Size> const SIZES;
 /** What a case is called; the parts that it lacks are empty. */
 struct CaseName {
     std::string
-        operation;  ///< "decode", "encode", "to-utf8", "from-utf8", "num-units", "num-bytes", "look-up", "load", …
+        operation;  ///< "decode", "encode", "to-utf8", "from-utf8", "num-units", "num-bytes", "lookup", "load", …
     std::string set;
     std::string script;
     std::string form;  ///< "dense" or "markup"

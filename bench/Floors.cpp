@@ -194,7 +194,7 @@ Floor const FLOORS[] = {
     {"getNumBytes beside ICU's preflight", {"num-bytes"}, LARGE, isNotWide, 8, 5},
     {"getNumUnits of UTF-16 and UTF-32", {"num-units"}, LARGE, isWide, 8, 5},
     {"getNumBytes of UTF-16 and UTF-32", {"num-bytes"}, LARGE, isWide, 8, 5},
-    {"finding a converter beside opening one", {"look-up"}, "", isAny, 30, 30},
+    {"finding a converter beside opening one", {"lookup"}, "", isAny, 30, 30},
     {"tables of a double-byte set, microseconds", {"load"}, "", isDoubleByte, 50, 50, Measure::MICROSECONDS},
     {"the same in a new process", {"load-first"}, "", isDoubleByte, 50, 50, Measure::MICROSECONDS},
     {"tables of EUC-JP, Shift_JIS-2004, GB 18030, microseconds", {"load"}, "", isLong, 50, 50, Measure::MICROSECONDS},

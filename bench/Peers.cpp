@@ -42,7 +42,7 @@ void const* Sample::source(Operation operation) const
 
 namespace {
 
-constexpr int32_t ROOM = DESTINATION_SIZE - 64;
+constexpr int32_t CAPACITY = DESTINATION_SIZE - 64;
 
 [[noreturn]] void fail(char const* name)
 {
@@ -115,28 +115,28 @@ public:
 
     size_t toUTF16(char const* bytes, size_t size)
     {
-        return m_converter.toUTF16(reinterpret_cast<unsigned short*>(destination()), bytes, ROOM / 2, ILLCHAR_REPLACE,
-                                   nullptr, m_needsLimit ? static_cast<int>(size / 2) : -1);
+        return m_converter.toUTF16(reinterpret_cast<unsigned short*>(destination()), bytes, CAPACITY / 2,
+                                   ILLCHAR_REPLACE, nullptr, m_needsLimit ? static_cast<int>(size / 2) : -1);
     }
     size_t fromUTF16(char16_t const* text, size_t)
     {
-        return m_converter.fromUTF16(destination(), reinterpret_cast<unsigned short const*>(text), ROOM,
+        return m_converter.fromUTF16(destination(), reinterpret_cast<unsigned short const*>(text), CAPACITY,
                                      ILLCHAR_REPLACE, nullptr);
     }
     // UTF-32 has operations of its own for these two; the two-step ones end at the first zero byte.
     size_t toUTF8(char const* bytes, size_t)
     {
         if (m_set == KX7CS_UTF32)
-            return m_converter.toUTF8(reinterpret_cast<unsigned char*>(destination()), bytes, ROOM, ILLCHAR_REPLACE,
+            return m_converter.toUTF8(reinterpret_cast<unsigned char*>(destination()), bytes, CAPACITY, ILLCHAR_REPLACE,
                                       nullptr);
-        return LocalToUTF8(reinterpret_cast<unsigned char*>(destination()), bytes, ROOM, m_set);
+        return LocalToUTF8(reinterpret_cast<unsigned char*>(destination()), bytes, CAPACITY, m_set);
     }
     size_t fromUTF8(char const* utf8, size_t)
     {
         if (m_set == KX7CS_UTF32)
             return 4 * size_t{m_converter.fromUTF8(destination(), reinterpret_cast<unsigned char const*>(utf8),
-                                                   ROOM / 4, ILLCHAR_REPLACE, nullptr)};
-        return UTF8ToLocal(destination(), reinterpret_cast<unsigned char const*>(utf8), ROOM, m_set);
+                                                   CAPACITY / 4, ILLCHAR_REPLACE, nullptr)};
+        return UTF8ToLocal(destination(), reinterpret_cast<unsigned char const*>(utf8), CAPACITY, m_set);
     }
     size_t numUnits(Sample const& s)
     {
@@ -178,8 +178,8 @@ public:
         ucnv_close(m_utf8);
     }
 
-    size_t toUTF16(char const* bytes, size_t size) { return units(unitDestination(), ROOM / 2, bytes, size); }
-    size_t fromUTF16(char16_t const* text, size_t count) { return bytes(destination(), ROOM, text, count); }
+    size_t toUTF16(char const* bytes, size_t size) { return units(unitDestination(), CAPACITY / 2, bytes, size); }
+    size_t fromUTF16(char16_t const* text, size_t count) { return bytes(destination(), CAPACITY, text, count); }
     size_t toUTF8(char const* bytes, size_t size) { return through(m_utf8, m_converter, bytes, size); }
     size_t fromUTF8(char const* utf8, size_t size) { return through(m_converter, m_utf8, utf8, size); }
     size_t numUnits(Sample const& s) { return units(nullptr, 0, s.bytes.data(), s.byteCount); }
@@ -199,31 +199,31 @@ private:
             fail(name);
         return converter;
     }
-    size_t units(char16_t* dest, int32_t room, char const* source, size_t size)
+    size_t units(char16_t* dest, int32_t capacity, char const* source, size_t size)
     {
         UErrorCode error = U_ZERO_ERROR;
         auto length = static_cast<int32_t>(size);
         if (m_set == KX7CS_UTF8)
-            u_strFromUTF8(dest, room, &length, source, length, &error);
+            u_strFromUTF8(dest, capacity, &length, source, length, &error);
         else if (m_set == KX7CS_UTF32)
-            u_strFromUTF32(dest, room, &length, reinterpret_cast<UChar32 const*>(source), length / 4, &error);
+            u_strFromUTF32(dest, capacity, &length, reinterpret_cast<UChar32 const*>(source), length / 4, &error);
         else
-            length = ucnv_toUChars(m_converter, dest, room, source, length, &error);
+            length = ucnv_toUChars(m_converter, dest, capacity, source, length, &error);
         return static_cast<size_t>(length);
     }
-    size_t bytes(char* dest, int32_t room, char16_t const* text, size_t count)
+    size_t bytes(char* dest, int32_t capacity, char16_t const* text, size_t count)
     {
         UErrorCode error = U_ZERO_ERROR;
         auto length = static_cast<int32_t>(count);
         if (m_set == KX7CS_UTF8) {
-            u_strToUTF8(dest, room, &length, text, length, &error);
+            u_strToUTF8(dest, capacity, &length, text, length, &error);
         }
         else if (m_set == KX7CS_UTF32) {
-            u_strToUTF32(reinterpret_cast<UChar32*>(dest), room / 4, &length, text, length, &error);
+            u_strToUTF32(reinterpret_cast<UChar32*>(dest), capacity / 4, &length, text, length, &error);
             length *= 4;
         }
         else {
-            length = ucnv_fromUChars(m_converter, dest, room, text, length, &error);
+            length = ucnv_fromUChars(m_converter, dest, capacity, text, length, &error);
         }
         return static_cast<size_t>(length);
     }
@@ -234,7 +234,7 @@ private:
         UChar pivot[1024];
         UChar* pivotSource = pivot;
         UChar* pivotTarget = pivot;
-        ucnv_convertEx(to, from, &out, out + ROOM, &source, source + size, pivot, &pivotSource, &pivotTarget,
+        ucnv_convertEx(to, from, &out, out + CAPACITY, &source, source + size, pivot, &pivotSource, &pivotTarget,
                        pivot + 1024, true, true, &error);
         return static_cast<size_t>(out - destination());
     }
@@ -292,10 +292,10 @@ private:
     {
         char* in = const_cast<char*>(source);
         char* out = destination();
-        size_t room = ROOM;
+        size_t capacity = CAPACITY;
         iconv(converter, nullptr, nullptr, nullptr, nullptr);
-        iconv(converter, &in, &size, &out, &room);
-        iconv(converter, nullptr, nullptr, &out, &room);  // what it holds back for a combining character
+        iconv(converter, &in, &size, &out, &capacity);
+        iconv(converter, nullptr, nullptr, &out, &capacity);  // what it holds back for a combining character
         return static_cast<size_t>(out - destination());
     }
 

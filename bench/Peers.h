@@ -1,4 +1,4 @@
-// kx7text benchmarks - the converters that are compared, behind one interface.
+// kx7text benchmarks - the converters that are compared, with one interface.
 #ifndef KX7_BENCH_PEERS_H
 #define KX7_BENCH_PEERS_H
 
@@ -53,7 +53,7 @@ enum class Operation { DECODE, ENCODE, TO_UTF8, FROM_UTF8, NUM_UNITS, NUM_BYTES 
 struct Sample {
     std::u16string units;
     size_t pairs;       ///< surrogate pairs in `units`
-    std::string bytes;  ///< in the character set, and four zero bytes behind them
+    std::string bytes;  ///< in the character set, and four zero bytes after them
     size_t byteCount;   ///< without these
     std::string utf8;
 

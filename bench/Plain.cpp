@@ -39,12 +39,12 @@ std::pair<double, double> measure(First first, Second second)
     return {times[0][ROUNDS / 2], times[1][ROUNDS / 2]};
 }
 
-size_t convert(iconv_t converter, char const* in, size_t size, char* out, size_t room)
+size_t convert(iconv_t converter, char const* in, size_t size, char* out, size_t capacity)
 {
     iconv(converter, nullptr, nullptr, nullptr, nullptr);
     char* source = const_cast<char*>(in);
     char* dest = out;
-    if (iconv(converter, &source, &size, &dest, &room) == static_cast<size_t>(-1)) {
+    if (iconv(converter, &source, &size, &dest, &capacity) == static_cast<size_t>(-1)) {
         perror("iconv");
         exit(3);
     }
@@ -63,8 +63,8 @@ double row(kx7bench::Script const& script, bool markup, size_t size, iconv_t toU
     std::u16string const units = (markup ? kx7bench::markupText : kx7bench::denseText)(script, size, 1);
     auto const* const text = reinterpret_cast<unsigned short const*>(units.c_str());
     std::vector<char> bytes(units.size() * 3 + 4);
-    auto const room = static_cast<unsigned int>(bytes.size() - 4);
-    unsigned int const byteCount = g_oConverterUTF8.fromUTF16(bytes.data(), text, room, ILLCHAR_REPLACE, nullptr);
+    auto const capacity = static_cast<unsigned int>(bytes.size() - 4);
+    unsigned int const byteCount = g_oConverterUTF8.fromUTF16(bytes.data(), text, capacity, ILLCHAR_REPLACE, nullptr);
     std::vector<char> back(bytes.size());
     std::vector<unsigned short> decoded(units.size() + 64);
     auto* const decodedBytes = reinterpret_cast<char*>(decoded.data());
@@ -80,7 +80,7 @@ double row(kx7bench::Script const& script, bool markup, size_t size, iconv_t toU
         return convert(toUTF16, bytes.data(), byteCount, decodedBytes, decoded.size() * sizeof(char16_t));
     };
     auto const encodeOwn = [&] {
-        return size_t{g_oConverterUTF8.fromUTF16(back.data(), text, room, ILLCHAR_REPLACE, nullptr)};
+        return size_t{g_oConverterUTF8.fromUTF16(back.data(), text, capacity, ILLCHAR_REPLACE, nullptr)};
     };
     auto const encodePeer = [&] {
         return convert(toUTF8, reinterpret_cast<char const*>(text), unitBytes, back.data(), back.size());

@@ -45,7 +45,7 @@ Title const TITLES[] = {
     {"from-utf8", "From UTF-8"},
     {"num-units", "getNumUnits beside ICU's preflight"},
     {"num-bytes", "getNumBytes beside ICU's preflight"},
-    {"look-up", "Finding a converter beside opening one"},
+    {"lookup", "Finding a converter beside opening one"},
     {"load", "Building the tables of a multibyte converter"},
     {"load-first", "The same in a new process"},
     {"text", "Operations on UTF-16 text"},

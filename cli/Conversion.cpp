@@ -180,7 +180,7 @@ bool Conversion::take(Block& block)
             block.size = held + got;
             size_t whole = block.size;
             if (m_threads > 1 && !block.isLast) {
-                // The rest stays in the block too: that a sequence is illegal may show behind it only.
+                // The rest stays in the block too: that a sequence is illegal may show after it only.
                 char const* const bytes = reinterpret_cast<char const*>(block.bytes.data());
                 whole = kx7::wholeCharacters({bytes, block.size}, m_from.number).size();
                 m_held.assign(block.bytes.data() + whole, block.bytes.data() + block.size);

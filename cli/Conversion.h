@@ -43,7 +43,7 @@ struct Totals {
  * its own is brought to the disk out of turn, which is what takes long with many small ones.
  *
  * Blocks begin and end between characters: with one thread the conversion itself finds the end, with several the thread
- * that reads. Memory does not grow with the input: a thread whose room for output is full waits for its turn.
+ * that reads. Memory does not grow with the input: a thread whose space for output is full waits for its turn.
  */
 class Conversion {
 public:

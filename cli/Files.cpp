@@ -65,7 +65,7 @@ bool Files::next(File& file)
     }
 }
 
-/** The next argument or, behind them, the next name in the list. */
+/** The next argument or, after them, the next name in the list. */
 bool Files::nextName(std::string& name)
 {
     if (m_nextArgument != m_options.files.size()) {

@@ -20,7 +20,7 @@ constexpr size_t BLOCK_SIZE = 64 * 1024;
 /** Bytes from which the likelihood is taken. */
 constexpr uint64_t SAMPLE_SIZE = 64 * 1024;
 
-/** Where several sets read the text alike, in this order; the others behind them in the registry's. */
+/** Where several sets read the text alike, in this order; the others after them in the registry's. */
 constexpr KX7CharSet PREFERENCE[] = {
     // Hebrew reads as Cyrillic too, and Cyrillic not as Hebrew.
     KX7CS_UTF8,    KX7CS_WCP1252, KX7CS_WCP1255, KX7CS_ISO_8859_8, KX7CS_WCP1253, KX7CS_WCP1251,
@@ -38,7 +38,7 @@ struct ScriptRange {
     int cost;
 };
 
-// Letters by script; the cost is that of a letter behind one of its own script or behind none.
+// Letters by script; the cost is that of a letter after one of its own script or after none.
 constexpr ScriptRange SCRIPTS[] = {
     {0x0041, 0x005A, Script::LATIN, 5},      {0x0061, 0x007A, Script::LATIN, 4},
     {0x00C0, 0x00D6, Script::LATIN, 13},     {0x00D8, 0x00F6, Script::LATIN, 12},

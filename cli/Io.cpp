@@ -1,4 +1,4 @@
-// kx7text - kx7conv: inputs, outputs and messages, straight on the system calls.
+// kx7text - kx7conv: inputs, outputs and messages, directly on the system calls.
 #include "Io.h"
 
 #include <cerrno>

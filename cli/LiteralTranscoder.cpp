@@ -33,7 +33,7 @@ BlockResult LiteralTranscoder::convert(unsigned char const* bytes, size_t size, 
             terminator = code;
             break;
         }
-    // A code that the end of a wide text cuts off is no part of it.
+    // A code that the end of a wide text truncates is no part of it.
     bool const ends = isLast || terminator != end;
     end = terminator;
     bool more = true;
@@ -76,7 +76,7 @@ bool LiteralTranscoder::encode(bool isLast, Drain const& drain)
                                    static_cast<unsigned int>(m_output.size() - m_outputSize), m_op, isLast);
         unit += encoded.consumed;
         m_outputSize += encoded.written;
-        if (encoded.cut)
+        if (encoded.truncated)
             break;
         goesOn = unit == end || encoded.full;
         if (encoded.full) {

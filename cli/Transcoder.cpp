@@ -148,7 +148,7 @@ size_t Transcoder::bytesSeen(std::string_view bytes) const
     kx7::Decoder decoder(m_from.number);
     size_t const known = std::min(bytes.size(), LONGEST_CHARACTER);
     for (size_t seen = 1; seen < known; ++seen) {
-        char16_t units[kx7::Decoder::MINIMUM_ROOM];
+        char16_t units[kx7::Decoder::MINIMUM_CAPACITY];
         if (decoder.convert(bytes.substr(seen - 1, 1), {units, std::size(units)}, false).status == kx7::Status::INVALID)
             return seen;
     }

@@ -50,12 +50,12 @@ std::vector<std::string> labelsOf(KX7CharSet charSet)
     return labels;
 }
 
-std::string joined(std::vector<std::string> const& words, char const* before, char const* between, char const* behind)
+std::string joined(std::vector<std::string> const& words, char const* before, char const* between, char const* after)
 {
     std::string text;
     for (std::string const& word : words)
         text += (text.empty() ? before : between) + word;
-    return text.empty() ? text : text + behind;
+    return text.empty() ? text : text + after;
 }
 
 std::string listText(Format format)
@@ -76,7 +76,7 @@ std::string listText(Format format)
     return format == Format::JSON ? joined(lines, "[\n  ", ",\n  ", "\n]\n") : joined(lines, "", "\n", "\n");
 }
 
-/** One line a set: number and name, behind the name of the input if there are several. */
+/** One line a set: number and name, after the name of the input if there are several. */
 int guessAll(Options const& options)
 {
     int status = EXIT_FINE;

@@ -26,8 +26,8 @@ int main()
     // The functions above replace what they cannot convert. To notice it, have the converter stop and compare.
     unsigned short const text[] = {'5', ' ', 0x20AC, 0};
     char dest[16];
-    unsigned int const room = sizeof dest - g_oConverterISO_8859_1.getNullCharSize();
-    unsigned int const done = g_oConverterISO_8859_1.fromUTF16(dest, text, room, ILLCHAR_STOP, nullptr);
-    printf("stopped behind %u of 3 units: \"%s\"\n", done, dest);
+    unsigned int const capacity = sizeof dest - g_oConverterISO_8859_1.getNullCharSize();
+    unsigned int const done = g_oConverterISO_8859_1.fromUTF16(dest, text, capacity, ILLCHAR_STOP, nullptr);
+    printf("stopped after %u of 3 units: \"%s\"\n", done, dest);
     return 0;
 }

@@ -20,9 +20,9 @@ WCP1252 = 1252
 
 
 def to_utf8(text, char_set):
-    room = ctypes.create_string_buffer(4 * len(text) + 1)
-    length = kx7.LocalToUTF8(room, text, len(room), char_set)
-    return room.raw[:length]
+    capacity = ctypes.create_string_buffer(4 * len(text) + 1)
+    length = kx7.LocalToUTF8(capacity, text, len(capacity), char_set)
+    return capacity.raw[:length]
 
 
 utf8 = to_utf8(b"caf\xE9 \x80", WCP1252)

@@ -8,7 +8,7 @@ int main()
 {
     KX7UString const line(" apples ;\xC3\xA4pfel;; Pommes;", KX7CS_UTF8);
 
-    // Empty parts count, but for one behind the last separator: this list has four.
+    // Empty parts count, but for one after the last separator: this list has four.
     KX7UStringList parts = line.split(static_cast<unsigned short>(';'));
     printf("%u parts\n", parts.size());
 

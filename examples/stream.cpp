@@ -15,7 +15,7 @@ int main(int argc, char** argv)
     }
     kx7::Transcoder transcoder(*from, KX7CS_UTF8, {kx7::ErrorPolicy::REPLACE});
     char in[100];
-    char out[kx7::Transcoder::MINIMUM_ROOM];
+    char out[kx7::Transcoder::MINIMUM_CAPACITY];
     bool isLast = false;
     while (!isLast) {
         kx7::Span<char const> rest(in, std::fread(in, 1, sizeof in, stdin));
@@ -24,7 +24,7 @@ int main(int argc, char** argv)
         do {
             step = transcoder.convert(rest, {out, sizeof out}, isLast);
             std::fwrite(out, 1, step.written, stdout);
-            rest = rest.behind(step.consumed);
+            rest = rest.after(step.consumed);
         } while (step.status == kx7::Status::OUTPUT_FULL);
     }
     if (transcoder.errorCount() != 0)

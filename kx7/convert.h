@@ -6,7 +6,7 @@
 //     kx7::Decoder decoder(KX7CS_UTF8, {kx7::ErrorPolicy::REPLACE});
 //     kx7::StreamResult const step = decoder.convert(bytes, units, isLast);
 //
-// Counts instead of terminators: a zero is a character like any other. Nothing is cut off, supplementary characters
+// Counts instead of terminators: a zero is a character like any other. Nothing is truncated, supplementary characters
 // stay whole. UTF-8, UTF-16 and UTF-32 have to be well-formed, where the published converters are lenient, EUC-JP has
 // to keep to its ranges, and UTF-16 with escapes must not escape ASCII ("U+002F"), which its encoder writes as itself;
 // the other sets follow their tables. Byte order is the host's.
@@ -60,11 +60,11 @@ public:
     constexpr std::size_t size() const noexcept { return m_size; }               ///< how many there are
     constexpr bool empty() const noexcept { return m_size == 0; }                ///< there is none
     constexpr T* begin() const noexcept { return m_data; }                       ///< the first element
-    constexpr T* end() const noexcept { return m_data + m_size; }                ///< behind the last element
+    constexpr T* end() const noexcept { return m_data + m_size; }                ///< after the last element
     constexpr T& operator[](std::size_t i) const noexcept { return m_data[i]; }  ///< the element at `i`
 
-    /** What is behind the first `count` elements, of which there are at least so many. */
-    constexpr Span behind(std::size_t count) const noexcept { return {m_data + count, m_size - count}; }
+    /** What is after the first `count` elements, of which there are at least so many. */
+    constexpr Span after(std::size_t count) const noexcept { return {m_data + count, m_size - count}; }
 
 private:
     T* m_data;
@@ -73,7 +73,7 @@ private:
 
 /** What is done with what cannot be converted: malformed or unmapped input, characters that the target lacks. */
 enum class ErrorPolicy : unsigned char {
-    STRICT,   ///< the conversion stops behind it
+    STRICT,   ///< the conversion stops after it
     REPLACE,  ///< the substitute stands for each malformed sequence and for each character that the target lacks
     SKIP,     ///< nothing stands for it
     ESCAPE    ///< "U+20AC" for each code unit that the target lacks; malformed bytes as with REPLACE
@@ -185,14 +185,14 @@ protected:
 /**
  * Bytes to UTF-16, in pieces of any size: the result does not depend on where the pieces end.
  *
- * A character or a substitute is written whole; what does not fit whole is left, and a room of MINIMUM_ROOM suffices
- * for each. Behind an error that stops it (STRICT) a stream is ready for what follows: the sequence is consumed,
- * nothing stands for it, and the next call goes on behind it. A stream can be copied: both go on from there.
+ * A character or a substitute is written whole; what does not fit whole is left, and a capacity of MINIMUM_CAPACITY
+ * suffices for each. After an error that stops it (STRICT) a stream is ready for what follows: the sequence is
+ * consumed, nothing stands for it, and the next call goes on after it. A stream can be copied: both go on from there.
  */
 class KX7_API Decoder : public StreamErrors {
 public:
     /** Units in which whatever comes next fits. */
-    static constexpr std::size_t MINIMUM_ROOM = 2;
+    static constexpr std::size_t MINIMUM_CAPACITY = 2;
 
     /** A stream at the beginning of a text. `from` may have no converter: convert says so. */
     explicit Decoder(KX7CharSet from, Options const& options = {}) noexcept;
@@ -240,7 +240,7 @@ private:
 class KX7_API Encoder : public StreamErrors {
 public:
     /** Bytes in which whatever comes next fits: an escape in UTF-32. */
-    static constexpr std::size_t MINIMUM_ROOM = 24;
+    static constexpr std::size_t MINIMUM_CAPACITY = 24;
 
     /** A stream at the beginning of a text. `to` may have no converter: convert says so. */
     explicit Encoder(KX7CharSet to, Options const& options = {}) noexcept;
@@ -296,7 +296,7 @@ private:
 class KX7_API Transcoder : public StreamErrors {
 public:
     /** Bytes in which whatever comes next fits. */
-    static constexpr std::size_t MINIMUM_ROOM = Encoder::MINIMUM_ROOM;
+    static constexpr std::size_t MINIMUM_CAPACITY = Encoder::MINIMUM_CAPACITY;
 
     /** A stream at the beginning of a text. Either set may have no converter: convert says so. */
     Transcoder(KX7CharSet from, KX7CharSet to, Options const& options = {}) noexcept;

@@ -18,7 +18,7 @@ struct ConverterInfo {
 
 /**
  * Maps character sets to converters and to names. One instance serves the process, `g_oCnvtMgr`; it is built while
- * the library loads and only read afterwards, so look-ups need no lock. A program that registers converters of its own
+ * the library loads and only read afterwards, so lookups need no lock. A program that registers converters of its own
  * does so before other threads convert.
  */
 class KX7_API CharSetConverterManager {

@@ -21,16 +21,16 @@ unsigned int localToUTF8(unsigned char* dst, char const* src, int dstBytes, KX7C
         return 0;
     }
     kx7::Served const local = servedBy(cs);
-    unsigned int const room = static_cast<unsigned int>(dstBytes) - 1;
+    unsigned int const capacity = static_cast<unsigned int>(dstBytes) - 1;
     if (local.engine && local.engine->toUTF8 && !transit.unescape) {
         auto const* const source = reinterpret_cast<unsigned char const*>(src);
-        size_t const bytes = local.engine->toUTF8(*local.converter, source, dst, room);
+        size_t const bytes = local.engine->toUTF8(*local.converter, source, dst, capacity);
         if (bytes != kx7::NOT_DIRECT) {
             dst[bytes] = 0;
             return static_cast<unsigned int>(bytes);
         }
     }
-    return kx7::convertThroughUTF16(*local.converter, src, converterOf(KX7CS_UTF8), dst, room, transit);
+    return kx7::convertThroughUTF16(*local.converter, src, converterOf(KX7CS_UTF8), dst, capacity, transit);
 }
 
 unsigned int utf8ToLocal(char* dst, unsigned char const* src, int dstBytes, KX7CharSet cs, kx7::Transit transit)

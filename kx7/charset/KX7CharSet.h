@@ -9,7 +9,7 @@
 // converter that a caller has registered, and for a long text that they write over. In these four, source and
 // destination may overlap in any way; the result is that of separate buffers. Texts beyond about 1,700 bytes are copied
 // then; without memory for that nothing is written, and the result is 0. In the others they must not overlap. Text is
-// zero-terminated; null pointers are allowed and yield 0. Destination sizes are full capacities, room for the
+// zero-terminated; null pointers are allowed and yield 0. Destination sizes are full capacities, space for the
 // terminator included: bytes for byte text, code units for UTF-16.
 #ifndef KX7_CHARSET_KX7CHARSET_H
 #define KX7_CHARSET_KX7CHARSET_H
@@ -94,7 +94,7 @@ KX7_API unsigned int UTF8ToLocalPath(char* dst, unsigned char const* src, int ds
 /**
  * Counts what the converter of `cs` counts in `src`, terminator excluded: the UTF-16 code units that it becomes, but
  * that UTF-8 counts sequences (a four-byte one once, although it becomes two units) and ends at a stray continuation
- * byte, and that EUC-JP ends at a character that the end of the text cuts off. 0xFFFFFFFF where there are more.
+ * byte, and that EUC-JP ends at a character that the end of the text truncates. 0xFFFFFFFF where there are more.
  */
 KX7_API unsigned int GetNumUnits(char const* src, KX7CharSet cs);
 

@@ -127,7 +127,7 @@ private:
         unsigned short unit = 0;
         m_units = &unit;
         m_progress = m_range.begin == m_range.end ? Progress() : decode(m_units + 1);
-        if (m_progress.written == 0 && m_progress.stop == Stop::SOURCE_CUT) {
+        if (m_progress.written == 0 && m_progress.stop == Stop::SOURCE_TRUNCATED) {
             m_feed.hold();
             return end(Status::DONE);
         }

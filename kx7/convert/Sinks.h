@@ -182,7 +182,7 @@ public:
 private:
     /** What stands for an error. */
     struct ErrorBytes {
-        unsigned char bytes[Encoder::MINIMUM_ROOM];
+        unsigned char bytes[Encoder::MINIMUM_CAPACITY];
         size_t size;
     };
 
@@ -252,7 +252,7 @@ inline Progress Streams::ByteSink::encodeWhole(unsigned short const* units, unsi
     Progress progress = encode(units, end, m_dest.out, m_dest.end);
     unsigned short const* const stopped = units + progress.consumed;
     if (progress.stop == Stop::DESTINATION_FULL && progress.consumed != 0 && isPair(stopped - 1, end)) {
-        unsigned char half[Encoder::MINIMUM_ROOM];
+        unsigned char half[Encoder::MINIMUM_CAPACITY];
         progress.consumed -= 1;
         progress.written -= encode(stopped - 1, stopped, half, std::end(half)).written;
     }

@@ -33,7 +33,7 @@ StreamResult Transcoder::convert(Span<char const> source, Span<char> dest, Trans
     Streams::assureAsked(m_encoder);
     unsigned short ownBuffer[Streams::ByteSink::PIECE];
     Place<unsigned short> buffer = {std::begin(ownBuffer), std::end(ownBuffer)};
-    if (call.buffer.size() >= Decoder::MINIMUM_ROOM)
+    if (call.buffer.size() >= Decoder::MINIMUM_CAPACITY)
         buffer = {reinterpret_cast<unsigned short*>(call.buffer.begin()),
                   reinterpret_cast<unsigned short*>(call.buffer.end())};
     Window<unsigned char> window;

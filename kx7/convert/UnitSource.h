@@ -148,7 +148,7 @@ private:
         // Units after it have not been looked at, or are half of a pair.
         if (!seesAll && m_count != 0 && m_count + 1 >= seen)
             return Stop::DESTINATION_FULL;
-        return isIncomplete(unit) ? Stop::SOURCE_CUT : Stop::ILLEGAL;
+        return isIncomplete(unit) ? Stop::SOURCE_TRUNCATED : Stop::ILLEGAL;
     }
 
     /** The text that is there ends with a high surrogate, whose partner may follow. */

@@ -11,21 +11,21 @@ namespace {
  * into. */
 constexpr size_t AT_ONCE = size_t{1} << 15;
 
-/** Converts all of `source` with a stream into `result.text`, which has place for `room` to begin with. */
+/** Converts all of `source` with a stream into `result.text`, which has place for `capacity` to begin with. */
 template <class Stream, class Source, class Result>
-void convertWhole(Stream& stream, Source source, Result& result, size_t room)
+void convertWhole(Stream& stream, Source source, Result& result, size_t capacity)
 {
     auto& text = result.text;
     size_t written = 0;
-    size_t wanted = std::max(room, Stream::MINIMUM_ROOM);
+    size_t wanted = std::max(capacity, Stream::MINIMUM_CAPACITY);
     do {
-        if (wanted - written < Stream::MINIMUM_ROOM)
-            wanted += wanted / 2 + Stream::MINIMUM_ROOM;
+        if (wanted - written < Stream::MINIMUM_CAPACITY)
+            wanted += wanted / 2 + Stream::MINIMUM_CAPACITY;
         if (wanted > AT_ONCE)
             text.reserve(wanted);
         text.resize(std::min(wanted, written + AT_ONCE));
         StreamResult const step = stream.convert(source, {text.data() + written, text.size() - written}, true);
-        source = source.behind(step.consumed);
+        source = source.after(step.consumed);
         written += step.written;
         result.status = step.status;
     } while (result.status == Status::OUTPUT_FULL);

@@ -127,7 +127,8 @@ enum class Begin : unsigned char { FAST_PATH, AFTER_FAST_PATH };
 
 /**
  * Decodes a range up to the first thing that needs a decision.
- * @param last no more source follows: a character that the range truncates is not SOURCE_CUT but what it amounts to
+ * @param last no more source follows: a character that the range truncates is not SOURCE_TRUNCATED but what it amounts
+ * to
  */
 template <class Decoder>
 KX7_INLINE Progress decodeRange(Decoder const& decoder, DecodeRange const& range, bool last,
@@ -151,7 +152,7 @@ KX7_INLINE Progress decodeRange(Decoder const& decoder, DecodeRange const& range
         DecodedChar c = decoder.decodeOne(in, end);
         if (c.found == Found::TRUNCATED) {
             if (!last)
-                return stopped(Stop::SOURCE_CUT);
+                return stopped(Stop::SOURCE_TRUNCATED);
             c = decoder.atEnd(in, end);
             if (c.found != Found::CHARACTER)
                 return stopped(Stop::ILLEGAL, static_cast<unsigned int>(end - in));

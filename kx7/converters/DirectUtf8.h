@@ -1,4 +1,4 @@
-// kx7text - short texts straight to and from UTF-8 (internal).
+// kx7text - short texts directly to and from UTF-8 (internal).
 //
 // Two conversions with UTF-16 between them have costs that a short text does not earn back: two searches for its end,
 // two calls by converter, units that are loaded before they are stored. Here one loop reads a character and writes it.
@@ -100,7 +100,7 @@ KX7_INLINE void encodeDirect(Encoder const encoder, unsigned char const*& inOut,
                              unsigned char*& outOut)
 {
     auto const codeOf = [&](unsigned int unit) { return encoder.codeOf(static_cast<unsigned short>(unit)); };
-    bool const copiesASCII = Encoder::IS_SINGLE && encoder.same() == Same::ASCII;
+    bool const copiesASCII = Encoder::IS_SINGLE && encoder.identity() == Identity::ASCII;
     bool inTwos = sizeof(size_t) == 8;
     unsigned char const* in = inOut;
     unsigned char* out = outOut;
@@ -204,7 +204,7 @@ KX7_INLINE size_t shortToUTF8(Decoder const& decoder, unsigned char const* in, u
     unsigned char const* const end = in + length;
     unsigned char* out = dest;
     unsigned char* const outEnd = endOf(dest, capacity);
-    copyShort(decoder.same(), in, end, out, outEnd);
+    copyShort(decoder.identity(), in, end, out, outEnd);
     if (end - in > ONE_BY_ONE) {
         unsigned short units[LONGEST_DIRECT];
         unsigned short* unitsEnd = units;
@@ -274,7 +274,7 @@ KX7_INLINE size_t shortFromUTF8(Encoder const& encoder, unsigned char const* in,
     unsigned char const* const end = in + length;
     unsigned char* out = dest;
     unsigned char* const outEnd = endOf(dest, capacity);
-    copyShort(encoder.same(), in, end, out, outEnd);
+    copyShort(encoder.identity(), in, end, out, outEnd);
     if constexpr (Encoder::IS_SINGLE)
         if (end - in > encoder.mostDirect())
             encoder.runFromUTF8(in, out, outEnd);

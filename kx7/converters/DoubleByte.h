@@ -24,7 +24,7 @@ struct PairDecoder : DecoderBase {
     {
         if (!m_pairs)
             return;
-        copyShort(m_pairs->sameBytes(), in, end, out, outEnd);
+        copyShort(m_pairs->byteIdentity(), in, end, out, outEnd);
         if (in != end)
             kernels().decodePairs(*m_pairs, in, end, out, outEnd);
     }
@@ -32,7 +32,7 @@ struct PairDecoder : DecoderBase {
     static constexpr bool IS_DIRECT = true;
 
     /** Which bytes are their own units. */
-    Same same() const { return m_pairs ? m_pairs->sameBytes() : Same::NONE; }
+    Identity identity() const { return m_pairs ? m_pairs->byteIdentity() : Identity::NONE; }
 
     /** As the decoder where that finds a character of one unit in one byte or two; else it may be anything illegal. */
     KX7_INLINE DecodedChar look(unsigned char const* p, unsigned char const* end) const

@@ -16,14 +16,14 @@ public:
      * @param pairs may be null
      */
     DoubleByteEncoder(unsigned short const* codes, PairUnits const* pairs)
-        : m_codes(codes), m_same(pairs ? pairs->sameUnits() : Same::NONE)
+        : m_codes(codes), m_identity(pairs ? pairs->unitIdentity() : Identity::NONE)
     {
     }
 
     void convertFast(unsigned short const*& in, unsigned short const* end, unsigned char*& out,
                      unsigned char* outEnd) const
     {
-        copyShort(m_same, in, end, out, outEnd);
+        copyShort(m_identity, in, end, out, outEnd);
         if (in != end)
             runKernel(in, end, out, outEnd);
     }
@@ -47,14 +47,14 @@ public:
     static std::ptrdiff_t mostDirect() { return kernels().mostDirectToDoubleByte; }
 
     /** Which units are their own bytes. */
-    Same same() const { return m_same; }
+    Identity identity() const { return m_identity; }
 
     /** What a unit is written as, one byte, two or four; 0 where the encoder has to be asked. */
     unsigned int codeOf(unsigned short unit) const { return m_codes ? m_codes[unit] : 0; }
 
 private:
     unsigned short const* m_codes;
-    Same m_same;
+    Identity m_identity;
 };
 
 }  // namespace kx7

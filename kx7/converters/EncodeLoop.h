@@ -97,7 +97,8 @@ struct EncodeRange {
 
 /**
  * Encodes a range up to the first thing that needs a decision.
- * @param last no more source follows: a character that the range truncates is not SOURCE_CUT but what it amounts to
+ * @param last no more source follows: a character that the range truncates is not SOURCE_TRUNCATED but what it amounts
+ * to
  */
 template <class Encoder>
 KX7_INLINE Progress encodeRange(Encoder const& encoder, EncodeRange const& range, bool last,
@@ -121,7 +122,7 @@ KX7_INLINE Progress encodeRange(Encoder const& encoder, EncodeRange const& range
         EncodedChar c = encoder.encodeOne(in, end);
         if (c.found == Found::TRUNCATED) {
             if (!last)
-                return stopped(Stop::SOURCE_CUT);
+                return stopped(Stop::SOURCE_TRUNCATED);
             c = encoder.atEnd();
         }
         if (c.found == Found::END)

@@ -77,18 +77,18 @@ size_t countedLength(KX7CharSetConverter const& converter, char const* source, u
 }
 
 unsigned int decodeCounted(KX7CharSetConverter& converter, unsigned short* dest, char const* source,
-                           unsigned int byteCount, unsigned int room, int sourceLimit)
+                           unsigned int byteCount, unsigned int capacity, int sourceLimit)
 {
     auto const* const bytes = reinterpret_cast<unsigned char const*>(source);
     if (Engine const* const engine = engineOf(converter))
-        return engine->toUTF16(converter, dest, {bytes, endOf(bytes, byteCount)}, room, sourceLimit);
+        return engine->toUTF16(converter, dest, {bytes, endOf(bytes, byteCount)}, capacity, sourceLimit);
 
     // Zeros after them for a code of four bytes that the count truncates, and for a terminator.
     size_t const zeros = 3 + 4;
     size_t const length = countedLength(converter, source, byteCount);
     std::unique_ptr<unsigned char[]> const copy(new unsigned char[length + zeros]());
     memcpy(copy.get(), bytes, length);
-    return converter.toUTF16(dest, copy.get(), room, ILLCHAR_REPLACE, nullptr, sourceLimit);
+    return converter.toUTF16(dest, copy.get(), capacity, ILLCHAR_REPLACE, nullptr, sourceLimit);
 }
 
 }  // namespace kx7

@@ -17,7 +17,7 @@ namespace kx7 {
 /** Why a conversion of a range ended. */
 enum class Stop : unsigned char {
     SOURCE_USED,       ///< all of the source is converted
-    SOURCE_CUT,        ///< the source ends inside a character
+    SOURCE_TRUNCATED,  ///< the source ends inside a character
     DESTINATION_FULL,  ///< the next character does not fit whole
     ILLEGAL,           ///< decoding: the bytes that follow are malformed or not mapped
     UNMAPPABLE         ///< encoding: the units that follow cannot be represented
@@ -53,8 +53,9 @@ struct UnitText {
 struct TextProgress {
     size_t consumed;
     size_t written;
-    bool full;  ///< it ended because the next character does not fit, or the room is used up
-    bool cut;   ///< encoding what is not the last of the source: it ended before a character that the end cuts off
+    bool full;  ///< it ended because the next character does not fit, or the capacity is used up
+    bool
+        truncated;  ///< encoding what is not the last of the source: it ended before a character that the end truncates
 };
 
 /** Where a text in an encoding can be cut, so that what follows is decoded as it would be in the whole text. */
@@ -75,7 +76,7 @@ struct Encoding {
 constexpr size_t NOT_DIRECT = SIZE_MAX;
 
 using DirectConversion = size_t(KX7CharSetConverter& converter, unsigned char const* source, unsigned char* dest,
-                                size_t room);
+                                size_t capacity);
 
 using RunFromUTF8 = void(KX7CharSetConverter& converter, unsigned char const*& in, unsigned char*& out,
                          unsigned char* outEnd);
@@ -89,7 +90,7 @@ struct Engine {
 
     /**
      * Decodes a range; a zero byte is a character like any other. Stops at what is illegal and consumes none of it.
-     * `last`: no more source follows, so that a character which the range cuts off is illegal, not SOURCE_CUT.
+     * `last`: no more source follows, so that a character which the range truncates is illegal, not SOURCE_TRUNCATED.
      */
     Progress (*decode)(KX7CharSetConverter& converter, unsigned char const* source, unsigned char const* sourceEnd,
                        unsigned short* dest, unsigned short* destEnd, bool last);
@@ -111,19 +112,19 @@ struct Engine {
                               unsigned short const* sourceEnd, size_t most);
 
     /**
-     * Decodes with ILLCHAR_REPLACE and no source limit, as the published operation, without its terminator. A room of
-     * a whole piece, or nearly, is a buffer that is filled again and again: an eighth of a piece may be left unused
+     * Decodes with ILLCHAR_REPLACE and no source limit, as the published operation, without its terminator. A capacity
+     * of a whole piece, or nearly, is a buffer that is filled again and again: an eighth of a piece may be left unused
      * there.
      */
     TextProgress (*decodeText)(KX7CharSetConverter& converter, ByteText const& source, unsigned short* dest,
-                               unsigned int room);
+                               unsigned int capacity);
 
     /**
-     * Encodes as the published operation, without its terminator and without a byte behind the room. `last`: no more
+     * Encodes as the published operation, without its terminator and without a byte after the capacity. `last`: no more
      * source follows.
      */
     TextProgress (*encodeText)(KX7CharSetConverter& converter, UnitText const& source, unsigned char* dest,
-                               unsigned int room, ILLCHAR_OPTYPE op, bool last);
+                               unsigned int capacity, ILLCHAR_OPTYPE op, bool last);
 
     /**
      * Converts zero-terminated UTF-8 to this encoding at once, moving `in` and `out`, as far as it is sure of what the
@@ -133,7 +134,7 @@ struct Engine {
 
     /** The published toUTF16, with a source that may have an end instead of a terminator. */
     unsigned int (*toUTF16)(KX7CharSetConverter& converter, unsigned short* dest, ByteText const& source,
-                            unsigned int room, int sourceLimit);
+                            unsigned int capacity, int sourceLimit);
 
     /**
      * Short zero-terminated text directly to UTF-8, without a terminator. Takes a text whole, or returns NOT_DIRECT:
@@ -178,12 +179,12 @@ struct EngineOf {
     static ErrorRun unmappableRun(KX7CharSetConverter& converter, unsigned short const* source,
                                   unsigned short const* sourceEnd, size_t most);
     static TextProgress decodeText(KX7CharSetConverter& converter, ByteText const& source, unsigned short* dest,
-                                   unsigned int room);
+                                   unsigned int capacity);
     static TextProgress encodeText(KX7CharSetConverter& converter, UnitText const& source, unsigned char* dest,
-                                   unsigned int room, ILLCHAR_OPTYPE op, bool last);
+                                   unsigned int capacity, ILLCHAR_OPTYPE op, bool last);
     static constexpr RunFromUTF8* runFromUTF8();
     static unsigned int toUTF16(KX7CharSetConverter& converter, unsigned short* dest, ByteText const& source,
-                                unsigned int room, int sourceLimit);
+                                unsigned int capacity, int sourceLimit);
     static constexpr DirectConversion* toUTF8();
     static constexpr DirectConversion* fromUTF8();
     static Engine const ENGINE;
@@ -198,7 +199,7 @@ size_t countedLength(KX7CharSetConverter const& converter, char const* source, u
  * Throws std::bad_alloc, for a converter without an engine only.
  */
 unsigned int decodeCounted(KX7CharSetConverter& converter, unsigned short* dest, char const* source,
-                           unsigned int byteCount, unsigned int room, int sourceLimit);
+                           unsigned int byteCount, unsigned int capacity, int sourceLimit);
 
 /** How convertThroughUTF16 treats the text on its way. */
 struct Transit {
@@ -208,14 +209,14 @@ struct Transit {
 
 /**
  * Zero-terminated text of one converter to another through UTF-16, as one call of toUTF16 with ILLCHAR_REPLACE and one
- * of fromUTF16 would do it, but in pieces through a fixed buffer, and never with a byte behind the room. The text may
- * be written over, in whatever way the two lie: where one that is longer than a piece would be, a copy on the heap is
- * converted; without memory for it nothing is written and the result is 0.
- * @param room bytes that may be written, the terminator of `to` not counted
+ * of fromUTF16 would do it, but in pieces through a fixed buffer, and never with a byte after the capacity. The text
+ * may be written over, in whatever way the two lie: where one that is longer than a piece would be, a copy on the heap
+ * is converted; without memory for it nothing is written and the result is 0.
+ * @param capacity bytes that may be written, the terminator of `to` not counted
  * @return bytes written, the terminator not counted; 0 with nothing written when the source decodes to nothing
  */
 unsigned int convertThroughUTF16(KX7CharSetConverter& from, char const* source, KX7CharSetConverter& to, void* dest,
-                                 unsigned int room, Transit transit);
+                                 unsigned int capacity, Transit transit);
 
 }  // namespace kx7
 

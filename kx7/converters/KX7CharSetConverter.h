@@ -27,7 +27,7 @@ enum ILLCHAR_OPTYPE : int32_t {
  * Converters are static objects of the library (kx7/charset/Converters.h); getConverter finds them by character set.
  * Every operation may be called from any thread at once. Nothing throws; nothing allocates, but that a table-driven
  * converter builds its tables on first use. A null destination or source yields 0 and writes nothing, not even a
- * terminator; it is not a size query. Nothing is written behind the terminator, whatever the room is. Source and
+ * terminator; it is not a size query. Nothing is written after the terminator, whatever the capacity is. Source and
  * destination must not overlap.
  */
 class KX7_API KX7CharSetConverter {
@@ -54,9 +54,9 @@ public:
 
     /**
      * Decodes into UTF-16 until the source's terminator, a full destination or the source limit.
-     * @param dest        receives the units and a 0 unit behind them: room for `room` + 1 units
+     * @param dest        receives the units and a 0 unit after them: space for `capacity` + 1 units
      * @param source      text ended by the encoding's terminator
-     * @param room        units that may be written, the closing 0 not counted
+     * @param capacity        units that may be written, the closing 0 not counted
      * @param op          what to do with illegal input
      * @param illegal     may be null; cleared on entry and set at the first illegal or unmapped character by the
      *                    converters that report
@@ -64,7 +64,7 @@ public:
      *                    what 0 means. A character that the limit cuts is converted whole.
      * @return units written, the closing 0 not counted
      */
-    virtual unsigned int toUTF16(unsigned short* dest, void const* source, unsigned int room, ILLCHAR_OPTYPE op,
+    virtual unsigned int toUTF16(unsigned short* dest, void const* source, unsigned int capacity, ILLCHAR_OPTYPE op,
                                  bool* illegal, int sourceLimit) = 0;
 
     /**
@@ -76,23 +76,23 @@ public:
     virtual unsigned int getNumBytes(unsigned short const* source, unsigned int unitCount) = 0;
 
     /**
-     * Encodes UTF-16 until its 0 unit or a full destination. A character never straddles the end of the room.
-     * @param dest    receives the bytes and a terminator of getNullCharSize() bytes behind them
+     * Encodes UTF-16 until its 0 unit or a full destination. A character never straddles the end of the capacity.
+     * @param dest    receives the bytes and a terminator of getNullCharSize() bytes after them
      * @param source  code units ended by a 0 unit
-     * @param room    bytes that may be written, the terminator not counted
+     * @param capacity    bytes that may be written, the terminator not counted
      * @param op      what to do with characters that cannot be represented
      * @param illegal may be null; cleared on entry and set at the first such character by the converters that report
      * @return bytes written, the terminator not counted
      */
-    virtual unsigned int fromUTF16(void* dest, unsigned short const* source, unsigned int room, ILLCHAR_OPTYPE op,
+    virtual unsigned int fromUTF16(void* dest, unsigned short const* source, unsigned int capacity, ILLCHAR_OPTYPE op,
                                    bool* illegal) = 0;
 
     /** Converts UTF-8 directly; only UTF-32 does. This version writes nothing and returns 0. */
-    virtual unsigned int fromUTF8(void* dest, unsigned char const* source, unsigned int room, ILLCHAR_OPTYPE op,
+    virtual unsigned int fromUTF8(void* dest, unsigned char const* source, unsigned int capacity, ILLCHAR_OPTYPE op,
                                   bool* illegal);
 
     /** Converts to UTF-8 directly; only UTF-32 does. This version writes nothing and returns 0. */
-    virtual unsigned int toUTF8(unsigned char* dest, void const* source, unsigned int room, ILLCHAR_OPTYPE op,
+    virtual unsigned int toUTF8(unsigned char* dest, void const* source, unsigned int capacity, ILLCHAR_OPTYPE op,
                                 bool* illegal);
 
     /** Smallest number of bytes of one character. */

@@ -27,17 +27,17 @@ public:
      * Decodes. A lead byte without a trail byte is illegal on its own; what follows it is read afresh. A source limit
      * of 0 or below is none; the others count bytes and are not looked at after such a lead byte.
      */
-    unsigned int toUTF16(unsigned short* dest, void const* source, unsigned int room, ILLCHAR_OPTYPE op, bool* illegal,
-                         int sourceLimit) override;
+    unsigned int toUTF16(unsigned short* dest, void const* source, unsigned int capacity, ILLCHAR_OPTYPE op,
+                         bool* illegal, int sourceLimit) override;
 
-    /** Counts an unmapped character as one byte, a high surrogate at the end not at all: escapes need more room. */
+    /** Counts an unmapped character as one byte, a high surrogate at the end not at all: escapes need more capacity. */
     unsigned int getNumBytes(unsigned short const* source, unsigned int unitCount) override;
 
     /**
      * Encodes. The escape of a supplementary character is twelve bytes: "U+" and the high surrogate in four digits, the
-     * literal text "U+04X" and a zero byte, which counts; what is behind it is lost to whoever reads up to a zero byte.
+     * literal text "U+04X" and a zero byte, which counts; what is after it is lost to whoever reads up to a zero byte.
      */
-    unsigned int fromUTF16(void* dest, unsigned short const* source, unsigned int room, ILLCHAR_OPTYPE op,
+    unsigned int fromUTF16(void* dest, unsigned short const* source, unsigned int capacity, ILLCHAR_OPTYPE op,
                            bool* illegal) override;
 
     unsigned int getMinUnitSize() const override;

@@ -26,13 +26,13 @@ public:
      * Decodes. A lead byte without a trail byte is illegal on its own; what follows it is read afresh. A source limit
      * of 0 or below is none; the others count bytes and are not looked at after such a lead byte.
      */
-    unsigned int toUTF16(unsigned short* dest, void const* source, unsigned int room, ILLCHAR_OPTYPE op, bool* illegal,
-                         int sourceLimit) override;
+    unsigned int toUTF16(unsigned short* dest, void const* source, unsigned int capacity, ILLCHAR_OPTYPE op,
+                         bool* illegal, int sourceLimit) override;
 
-    /** Counts an unmapped unit as one byte: escapes need more room. */
+    /** Counts an unmapped unit as one byte: escapes need more capacity. */
     unsigned int getNumBytes(unsigned short const* source, unsigned int unitCount) override;
 
-    unsigned int fromUTF16(void* dest, unsigned short const* source, unsigned int room, ILLCHAR_OPTYPE op,
+    unsigned int fromUTF16(void* dest, unsigned short const* source, unsigned int capacity, ILLCHAR_OPTYPE op,
                            bool* illegal) override;
 
     unsigned int getMinUnitSize() const override;

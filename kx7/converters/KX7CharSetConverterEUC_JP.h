@@ -5,8 +5,8 @@
 #include "kx7/converters/KX7CharSetConverterMBCS.h"
 
 /**
- * Converter for EUC-JP: ASCII up to 0x7E, JIS X 0208 in two bytes, half-width katakana behind 0x8E and JIS X 0212 in
- * three bytes behind 0x8F. The library's own object has an empty JIS X 0212 list, so its three-byte sequences are
+ * Converter for EUC-JP: ASCII up to 0x7E, JIS X 0208 in two bytes, half-width katakana after 0x8E and JIS X 0212 in
+ * three bytes after 0x8F. The library's own object has an empty JIS X 0212 list, so its three-byte sequences are
  * unmapped; U+00A5 and U+203E travel as 0x80 0xDC and 0x80 0xFE.
  */
 class KX7_API KX7CharSetConverterEUC_JP : public KX7CharSetConverterMBCS {
@@ -24,20 +24,20 @@ public:
     static constexpr char m_cSS2 = static_cast<char>(0x8E);  ///< single shift 2: a half-width katakana follows
     static constexpr char m_cSS3 = static_cast<char>(0x8F);  ///< single shift 3: two bytes of JIS X 0212 follow
 
-    /** Counts a unit a character; ends, without counting it, at a character that `byteCount` cuts off. */
+    /** Counts a unit a character; ends, without counting it, at a character that `byteCount` truncates. */
     unsigned int getNumUnits(void const* source, unsigned int byteCount) override;
 
     /**
      * Decodes. The second byte of a pair is not checked, only its low seven bits count. What is unmapped is illegal for
      * its first byte alone. A source limit of 0 or below is none; the others count bytes.
      */
-    unsigned int toUTF16(unsigned short* dest, void const* source, unsigned int room, ILLCHAR_OPTYPE op, bool* illegal,
-                         int sourceLimit) override;
+    unsigned int toUTF16(unsigned short* dest, void const* source, unsigned int capacity, ILLCHAR_OPTYPE op,
+                         bool* illegal, int sourceLimit) override;
 
-    /** Counts an unmapped unit as one byte: escapes need more room. */
+    /** Counts an unmapped unit as one byte: escapes need more capacity. */
     unsigned int getNumBytes(unsigned short const* source, unsigned int unitCount) override;
 
-    unsigned int fromUTF16(void* dest, unsigned short const* source, unsigned int room, ILLCHAR_OPTYPE op,
+    unsigned int fromUTF16(void* dest, unsigned short const* source, unsigned int capacity, ILLCHAR_OPTYPE op,
                            bool* illegal) override;
 
     unsigned int getMinUnitSize() const override;

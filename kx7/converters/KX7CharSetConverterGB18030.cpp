@@ -270,14 +270,14 @@ struct KX7CharSetConverterGB18030::Encoder : kx7::EncoderBase {
     Encoder(LookupTable<unsigned short> const& fromUnicode, KX7CharSetConverterGB18030 const& converter,
             kx7::GB18030Codes const& codes, kx7::PairUnits const* pairs)
         : m_fromUnicode(fromUnicode), m_converter(converter), m_codes(codes),
-          m_same(pairs ? pairs->sameUnits() : kx7::Same::NONE)
+          m_identity(pairs ? pairs->unitIdentity() : kx7::Identity::NONE)
     {
     }
 
     void convertFast(unsigned short const*& in, unsigned short const* end, unsigned char*& out,
                      unsigned char* outEnd) const
     {
-        kx7::copyShort(m_same, in, end, out, outEnd);
+        kx7::copyShort(m_identity, in, end, out, outEnd);
         if (in != end)
             runKernel(in, end, out, outEnd);
     }
@@ -318,7 +318,7 @@ struct KX7CharSetConverterGB18030::Encoder : kx7::EncoderBase {
     static constexpr bool IS_DIRECT = true;
     static constexpr bool IS_SINGLE = false;
     static std::ptrdiff_t mostDirect() { return kx7::DIRECT_TO_GB18030; }
-    kx7::Same same() const { return m_same; }
+    kx7::Identity identity() const { return m_identity; }
     unsigned int codeOf(unsigned short unit) const
     {
         if (!m_codes.oneOrTwo)
@@ -334,7 +334,7 @@ private:
     LookupTable<unsigned short> const& m_fromUnicode;
     KX7CharSetConverterGB18030 const& m_converter;
     kx7::GB18030Codes m_codes;  ///< may be null
-    kx7::Same m_same;
+    kx7::Identity m_identity;
 };
 
 template struct kx7::EngineOf<KX7CharSetConverterGB18030>;

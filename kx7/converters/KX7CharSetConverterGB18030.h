@@ -39,14 +39,14 @@ public:
      * others count bytes and are not looked at after an illegal or unmapped sequence that is more than one byte by its
      * lead.
      */
-    unsigned int toUTF16(unsigned short* dest, void const* source, unsigned int room, ILLCHAR_OPTYPE op, bool* illegal,
-                         int sourceLimit) override;
+    unsigned int toUTF16(unsigned short* dest, void const* source, unsigned int capacity, ILLCHAR_OPTYPE op,
+                         bool* illegal, int sourceLimit) override;
 
     /** Exact for ILLCHAR_REPLACE: ends at a high surrogate without its partner. */
     unsigned int getNumBytes(unsigned short const* source, unsigned int unitCount) override;
 
     /** Encodes. A high surrogate without its partner ends the conversion without output and without the flag. */
-    unsigned int fromUTF16(void* dest, unsigned short const* source, unsigned int room, ILLCHAR_OPTYPE op,
+    unsigned int fromUTF16(void* dest, unsigned short const* source, unsigned int capacity, ILLCHAR_OPTYPE op,
                            bool* illegal) override;
 
     unsigned int getMinUnitSize() const override;

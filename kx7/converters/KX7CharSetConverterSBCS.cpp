@@ -29,9 +29,9 @@ struct KX7CharSetConverterSBCS::Decoder : kx7::DecoderBase {
                      unsigned short* outEnd) const
     {
         if (m_tables.isLatin1)
-            kx7::copyShort<kx7::Same::LATIN1>(in, end, out, outEnd);
+            kx7::copyShort<kx7::Identity::LATIN1>(in, end, out, outEnd);
         else
-            kx7::copyShort(m_tables.sameBytes, in, end, out, outEnd);
+            kx7::copyShort(m_tables.byteIdentity, in, end, out, outEnd);
         do {
             if (end - in >= kx7::SHORT_KERNEL_MINIMUM)
                 kx7::kernels().decodeSingleByte(m_tables, in, end, out, outEnd);
@@ -54,7 +54,7 @@ struct KX7CharSetConverterSBCS::Decoder : kx7::DecoderBase {
     }
 
     static constexpr bool IS_DIRECT = true;
-    kx7::Same same() const { return m_tables.sameBytes; }
+    kx7::Identity identity() const { return m_tables.byteIdentity; }
     kx7::DecodedChar look(unsigned char const* p, unsigned char const* end) const { return decodeOne(p, end); }
 
 private:
@@ -73,9 +73,9 @@ struct KX7CharSetConverterSBCS::Encoder : kx7::EncoderBase {
                      unsigned char* outEnd) const
     {
         if (m_tables.isLatin1)
-            kx7::copyShort<kx7::Same::LATIN1>(in, end, out, outEnd);
+            kx7::copyShort<kx7::Identity::LATIN1>(in, end, out, outEnd);
         else
-            kx7::copyShort(m_tables.sameUnits, in, end, out, outEnd);
+            kx7::copyShort(m_tables.unitIdentity, in, end, out, outEnd);
         do {
             if (end - in >= kx7::SHORT_KERNEL_MINIMUM)
                 kx7::kernels().encodeSingleByte(m_tables, in, end, out, outEnd);
@@ -114,7 +114,7 @@ struct KX7CharSetConverterSBCS::Encoder : kx7::EncoderBase {
         std::ptrdiff_t const most = kx7::kernels().mostDirectToSingleByte;
         return m_tables.windows[1].first < AFTER_LATIN ? 2 * most : most;
     }
-    kx7::Same same() const { return m_tables.sameUnits; }
+    kx7::Identity identity() const { return m_tables.unitIdentity; }
     unsigned int codeOf(unsigned short unit) const { return m_tables.get(unit); }
 
 private:

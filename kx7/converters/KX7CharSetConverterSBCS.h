@@ -42,8 +42,8 @@ public:
      * Decodes; sets the flag at a byte that the character set leaves undefined. A source limit of 0 converts nothing,
      * a negative one is none; the others count bytes.
      */
-    unsigned int toUTF16(unsigned short* dest, void const* source, unsigned int room, ILLCHAR_OPTYPE op, bool* illegal,
-                         int sourceLimit) override;
+    unsigned int toUTF16(unsigned short* dest, void const* source, unsigned int capacity, ILLCHAR_OPTYPE op,
+                         bool* illegal, int sourceLimit) override;
 
     /** Counts one byte a unit, mapped or not. */
     unsigned int getNumBytes(unsigned short const* source, unsigned int unitCount) override;
@@ -52,7 +52,7 @@ public:
      * Encodes, each half of a surrogate pair on its own (and so as two substitutes). The flag is neither cleared nor
      * set: compare the result with another conversion to learn of losses, or use ILLCHAR_STOP.
      */
-    unsigned int fromUTF16(void* dest, unsigned short const* source, unsigned int room, ILLCHAR_OPTYPE op,
+    unsigned int fromUTF16(void* dest, unsigned short const* source, unsigned int capacity, ILLCHAR_OPTYPE op,
                            bool* illegal) override;
 
     unsigned int getMinUnitSize() const override;

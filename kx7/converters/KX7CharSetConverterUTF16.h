@@ -21,13 +21,13 @@ public:
      * Copies units. The source limit counts units, and 0 or below (so also the -1 of callers without a bound) copies
      * nothing. Nothing is illegal: `op` is ignored, the flag cleared and never set.
      */
-    unsigned int toUTF16(unsigned short* dest, void const* source, unsigned int room, ILLCHAR_OPTYPE op, bool* illegal,
-                         int sourceLimit) override;
+    unsigned int toUTF16(unsigned short* dest, void const* source, unsigned int capacity, ILLCHAR_OPTYPE op,
+                         bool* illegal, int sourceLimit) override;
 
     unsigned int getNumBytes(unsigned short const* source, unsigned int unitCount) override;
 
-    /** Copies units while two bytes of room are left. Nothing is illegal; the flag is cleared and never set. */
-    unsigned int fromUTF16(void* dest, unsigned short const* source, unsigned int room, ILLCHAR_OPTYPE op,
+    /** Copies units while two bytes of capacity are left. Nothing is illegal; the flag is cleared and never set. */
+    unsigned int fromUTF16(void* dest, unsigned short const* source, unsigned int capacity, ILLCHAR_OPTYPE op,
                            bool* illegal) override;
 
     unsigned int getMinUnitSize() const override;

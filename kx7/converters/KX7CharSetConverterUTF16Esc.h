@@ -22,13 +22,13 @@ public:
      * Decodes. A byte from 0x80 widens to 0xFF80 and up. A source limit of 0 or below is none; the others count bytes.
      * Nothing is illegal: `op` is ignored, the flag cleared and never set.
      */
-    unsigned int toUTF16(unsigned short* dest, void const* source, unsigned int room, ILLCHAR_OPTYPE op, bool* illegal,
-                         int sourceLimit) override;
+    unsigned int toUTF16(unsigned short* dest, void const* source, unsigned int capacity, ILLCHAR_OPTYPE op,
+                         bool* illegal, int sourceLimit) override;
 
     unsigned int getNumBytes(unsigned short const* source, unsigned int unitCount) override;
 
     /** Encodes. Nothing is illegal; the flag is cleared and never set. */
-    unsigned int fromUTF16(void* dest, unsigned short const* source, unsigned int room, ILLCHAR_OPTYPE op,
+    unsigned int fromUTF16(void* dest, unsigned short const* source, unsigned int capacity, ILLCHAR_OPTYPE op,
                            bool* illegal) override;
 
     unsigned int getMinUnitSize() const override;

@@ -66,7 +66,7 @@ struct KX7CharSetConverterUTF8::Decoder : kx7::DecoderBase {
     static void convertFast(unsigned char const*& in, unsigned char const* end, unsigned short*& out,
                             unsigned short* outEnd)
     {
-        kx7::copyShort<kx7::Same::ASCII>(in, end, out, outEnd);
+        kx7::copyShort<kx7::Identity::ASCII>(in, end, out, outEnd);
         if (end - in >= kx7::SHORT_KERNEL_MINIMUM)
             kx7::kernels().decodeUTF8(in, end, out, outEnd);
         copyASCII(in, end, out, outEnd);
@@ -84,7 +84,7 @@ struct KX7CharSetConverterUTF8::Encoder : kx7::EncoderBase {
     static void convertFast(unsigned short const*& in, unsigned short const* end, unsigned char*& out,
                             unsigned char* outEnd)
     {
-        kx7::copyShort<kx7::Same::ASCII>(in, end, out, outEnd);
+        kx7::copyShort<kx7::Identity::ASCII>(in, end, out, outEnd);
         if (end - in >= kx7::SHORT_KERNEL_MINIMUM)
             kx7::kernels().encodeUTF8(in, end, out, outEnd);
         while (in != end && out != outEnd && *in < 0x80)

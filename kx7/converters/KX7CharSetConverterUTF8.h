@@ -15,26 +15,26 @@ public:
     explicit KX7CharSetConverterUTF8(KX7CharSet charSet);
     ~KX7CharSetConverterUTF8() override;
 
-    /** Counts sequences by their lead bytes; ends at a stray continuation byte or a sequence that is cut off. */
+    /** Counts sequences by their lead bytes; ends at a stray continuation byte or a sequence that is truncated. */
     unsigned int getNumUnits(void const* source, unsigned int byteCount) override;
 
     /**
      * Decodes. A malformed sequence becomes U+FFFD for its lead byte, a stray continuation byte nothing, whatever
-     * `op` says; the flag is cleared and never set. A four-byte sequence becomes U+FFFD where only one unit of room is
-     * left. A source limit of 0 or below is none; the others count bytes.
+     * `op` says; the flag is cleared and never set. A four-byte sequence becomes U+FFFD where only one unit of capacity
+     * is left. A source limit of 0 or below is none; the others count bytes.
      */
-    unsigned int toUTF16(unsigned short* dest, void const* source, unsigned int room, ILLCHAR_OPTYPE op, bool* illegal,
-                         int sourceLimit) override;
+    unsigned int toUTF16(unsigned short* dest, void const* source, unsigned int capacity, ILLCHAR_OPTYPE op,
+                         bool* illegal, int sourceLimit) override;
 
     /** Exact for ILLCHAR_REPLACE, but that a high surrogate at the end adds nothing. */
     unsigned int getNumBytes(unsigned short const* source, unsigned int unitCount) override;
 
     /**
      * Encodes. Only a high surrogate without its partner is unrepresentable; a lone low surrogate gets three bytes.
-     * With ILLCHAR_ESCAPE the unit behind such a high surrogate is dropped, and each escape of six bytes takes five
-     * from the room: give a buffer of `room` + 1 + one byte for each unpaired high surrogate.
+     * With ILLCHAR_ESCAPE the unit after such a high surrogate is dropped, and each escape of six bytes takes five
+     * from the capacity: give a buffer of `capacity` + 1 + one byte for each unpaired high surrogate.
      */
-    unsigned int fromUTF16(void* dest, unsigned short const* source, unsigned int room, ILLCHAR_OPTYPE op,
+    unsigned int fromUTF16(void* dest, unsigned short const* source, unsigned int capacity, ILLCHAR_OPTYPE op,
                            bool* illegal) override;
 
     unsigned int getMinUnitSize() const override;

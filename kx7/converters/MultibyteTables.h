@@ -136,7 +136,7 @@ void makePairUnits(MultibyteTables& tables, unsigned short* shared, Fill fill)
     if (!pairs || !pairs->complete())
         return;
     fill(*pairs);
-    pairs->findSame(tables.unitCodes);
+    pairs->findIdentities(tables.unitCodes);
     tables.pairs = std::move(pairs);
 }
 

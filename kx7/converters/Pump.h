@@ -29,7 +29,7 @@ template <class Source, class Sink>
             case Stop::UNMAPPABLE: goesOn = source.passError(sink); break;
             case Stop::DESTINATION_FULL: goesOn = sink.goesOnWhenFull(source); break;
             case Stop::SOURCE_USED:
-            case Stop::SOURCE_CUT: goesOn = source.carry(); break;
+            case Stop::SOURCE_TRUNCATED: goesOn = source.carry(); break;
         }
 }
 

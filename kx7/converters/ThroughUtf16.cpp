@@ -54,7 +54,7 @@ size_t firstU(unsigned short const* text, size_t length)
     return n;
 }
 
-/** Replaces escapes by the units they name, in place. With `more` the last five units may go on behind them. */
+/** Replaces escapes by the units they name, in place. With `more` the last five units may go on after them. */
 Unescaped unescape(unsigned short* text, size_t length, bool more)
 {
     size_t in = 0;
@@ -78,7 +78,7 @@ Unescaped unescape(unsigned short* text, size_t length, bool more)
 
 /** One pass through a buffer for the whole text, for converters that know no pieces. */
 unsigned int convertWhole(KX7CharSetConverter& from, char const* source, KX7CharSetConverter& to, void* dest,
-                          unsigned int room, Transit transit)
+                          unsigned int capacity, Transit transit)
 {
     size_t const most = strlen(source);
     // Some compilers throw, even here, for an array larger than any object.
@@ -93,7 +93,7 @@ unsigned int convertWhole(KX7CharSetConverter& from, char const* source, KX7Char
         units = unescape(text.get(), units, false).units;
         text[units] = 0;
     }
-    return to.fromUTF16(dest, text.get(), room, transit.op, nullptr);
+    return to.fromUTF16(dest, text.get(), capacity, transit.op, nullptr);
 }
 
 /** A conversion between two engines: what it reads, and where it writes. */
@@ -107,7 +107,7 @@ struct Passage {
     size_t codeSize;   ///< bytes of the terminator of the source
     size_t mostUnits;  ///< units after which the source ends where it has no terminator
     unsigned char* dest;
-    size_t room;  ///< bytes, the terminator not counted
+    size_t capacity;  ///< bytes, the terminator not counted
 };
 
 /**
@@ -166,7 +166,7 @@ public:
     }
 
     /** Encodes the piece, keeps what must be seen together with what follows, and returns the bytes written. */
-    KX7_INLINE size_t encode(unsigned char* dest, size_t room)
+    KX7_INLINE size_t encode(unsigned char* dest, size_t capacity)
     {
         size_t units = m_count;
         size_t pending = 0;
@@ -177,9 +177,9 @@ public:
         }
         UnitText const ready = {m_piece, m_piece + units - pending};
         TextProgress const encoded = m_passage.toEngine.encodeText(
-            m_passage.to, ready, dest, static_cast<unsigned int>(room), m_passage.transit.op, !m_more);
+            m_passage.to, ready, dest, static_cast<unsigned int>(capacity), m_passage.transit.op, !m_more);
         // Ends also at a 0 unit within the text (an overlong UTF-8 form), as a pass over the whole would.
-        if (encoded.consumed != units - pending && !encoded.cut)
+        if (encoded.consumed != units - pending && !encoded.truncated)
             m_more = false;
         m_held = units - encoded.consumed;
         std::copy(m_piece + encoded.consumed, m_piece + units, m_piece);
@@ -209,7 +209,7 @@ public:
     static bool takeDirectly(Pieces<UNITS> const& /*pieces*/) { return true; }
     bool write(Pieces<UNITS>& pieces)
     {
-        m_written += pieces.encode(m_piece, std::min(sizeof m_piece, m_passage.room - m_written));
+        m_written += pieces.encode(m_piece, std::min(sizeof m_piece, m_passage.capacity - m_written));
         return !isMore();
     }
     static bool goesOnWhenFull(Pieces<UNITS> const& /*pieces*/) { return true; }
@@ -262,10 +262,10 @@ KX7_READS_BEYOND bool hasZeroBefore([[maybe_unused]] unsigned char const* dest)
 }
 
 /**
- * Whether something would be written over the source, its terminator included. Where not, although the room reaches
- * the source, `room` becomes as small as that takes.
+ * Whether something would be written over the source, its terminator included. Where not, although the capacity reaches
+ * the source, `capacity` becomes as small as that takes.
  */
-KX7_NOINLINE bool findsOverlap(Passage const& passage, size_t& room)
+KX7_NOINLINE bool findsOverlap(Passage const& passage, size_t& capacity)
 {
     auto const source = reinterpret_cast<uintptr_t>(passage.source);
     auto const dest = reinterpret_cast<uintptr_t>(passage.dest);
@@ -279,23 +279,23 @@ KX7_NOINLINE bool findsOverlap(Passage const& passage, size_t& room)
     if (source - dest < terminator)
         return true;
     size_t const most = source - dest - terminator;
-    if (room <= most)
+    if (capacity <= most)
         return false;
     if (writesMoreThan(passage, most))
         return true;
-    room = most;
+    capacity = most;
     return false;
 }
 
 /** The same, at once where the destination ends before the source. */
-inline bool writesOverSource(Passage const& passage, size_t& room)
+inline bool writesOverSource(Passage const& passage, size_t& capacity)
 {
     constexpr size_t LONGEST_TERMINATOR = sizeof(char32_t);
     auto const source = reinterpret_cast<uintptr_t>(passage.source);
     auto const dest = reinterpret_cast<uintptr_t>(passage.dest);
     bool const endsBefore =
-        dest < source && source - dest >= LONGEST_TERMINATOR && room <= source - dest - LONGEST_TERMINATOR;
-    return !endsBefore && findsOverlap(passage, room);
+        dest < source && source - dest >= LONGEST_TERMINATOR && capacity <= source - dest - LONGEST_TERMINATOR;
+    return !endsBefore && findsOverlap(passage, capacity);
 }
 
 /** The destination of a passage as the sink of a pump. */
@@ -303,14 +303,14 @@ class Writer {
 public:
     /** @param isApart what is written lies nowhere over the source; else that is found out where it matters */
     KX7_INLINE Writer(Passage const& passage, bool isApart)
-        : m_passage(passage), m_room(passage.room), m_isApart(isApart), m_overlaps(false),
+        : m_passage(passage), m_capacity(passage.capacity), m_isApart(isApart), m_overlaps(false),
           m_isDirect(passage.toEngine.runFromUTF8 && !passage.transit.unescape &&
                      &passage.fromEngine == &EngineOf<KX7CharSetConverterUTF8>::ENGINE)
     {
         if (m_isDirect && !m_isApart)
-            m_isApart = !writesOverSource(m_passage, m_room);
+            m_isApart = !writesOverSource(m_passage, m_capacity);
         m_out = passage.dest;
-        m_outEnd = endOf(passage.dest, m_room);
+        m_outEnd = endOf(passage.dest, m_capacity);
     }
 
     /** The conversion has ended before anything was written, since the source would be written over. */
@@ -327,11 +327,11 @@ public:
     {
         // Nothing is written yet, and a source that is all in the piece may be written over.
         if (!m_isApart && pieces.more()) {
-            m_overlaps = writesOverSource(m_passage, m_room);
+            m_overlaps = writesOverSource(m_passage, m_capacity);
             if (m_overlaps)
                 return false;
             m_isApart = true;
-            m_outEnd = endOf(m_passage.dest, m_room);
+            m_outEnd = endOf(m_passage.dest, m_capacity);
         }
         m_out += pieces.encode(m_out, static_cast<size_t>(m_outEnd - m_out));
         return true;
@@ -341,7 +341,7 @@ public:
 
 private:
     Passage const& m_passage;
-    size_t m_room;
+    size_t m_capacity;
     bool m_isApart;
     bool m_overlaps;
     bool m_isDirect;
@@ -381,19 +381,19 @@ unsigned int convertCopy(Passage passage)
 }  // namespace
 
 unsigned int convertThroughUTF16(KX7CharSetConverter& from, char const* source, KX7CharSetConverter& to, void* dest,
-                                 unsigned int room, Transit transit)
+                                 unsigned int capacity, Transit transit)
 {
     Engine const* const fromEngine = engineOf(from);
     Engine const* const toEngine = engineOf(to);
     if (!fromEngine || !toEngine)
-        return convertWhole(from, source, to, dest, room, transit);
+        return convertWhole(from, source, to, dest, capacity, transit);
 
     // Wide text ends at its terminator or after as many units as it has bytes before its first zero byte. In a byte
     // encoding no character has more units than bytes, so there that second bound is never reached.
     size_t const codeSize = from.getNullCharSize();
     return convertInPieces({from, *fromEngine, to, *toEngine, transit, reinterpret_cast<unsigned char const*>(source),
                             codeSize, codeSize == 1 ? SIZE_MAX : strlen(source), static_cast<unsigned char*>(dest),
-                            room},
+                            capacity},
                            false);
 }
 

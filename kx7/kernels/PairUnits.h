@@ -4,7 +4,7 @@
 
 #include <cstdlib>
 
-#include "kx7/kernels/Same.h"
+#include "kx7/kernels/Identity.h"
 
 namespace kx7 {
 
@@ -77,16 +77,17 @@ public:
     }
 
     /** Finds out which ASCII stands for itself. @param codes MultibyteTables::unitCodes, or null */
-    void findSame(unsigned short const* codes)
+    void findIdentities(unsigned short const* codes)
     {
-        m_sameBytes = sameOf([this](unsigned int byte) { return unsigned{m_units[byte]}; });
-        m_sameUnits = codes ? sameOf([codes](unsigned int unit) { return unsigned{codes[unit]}; }) : Same::NONE;
+        m_byteIdentity = identityOf([this](unsigned int byte) { return unsigned{m_units[byte]}; });
+        m_unitIdentity =
+            codes ? identityOf([codes](unsigned int unit) { return unsigned{codes[unit]}; }) : Identity::NONE;
     }
 
     /** Of the bytes. */
-    Same sameBytes() const { return m_sameBytes; }
+    Identity byteIdentity() const { return m_byteIdentity; }
     /** Of the units. */
-    Same sameUnits() const { return m_sameUnits; }
+    Identity unitIdentity() const { return m_unitIdentity; }
 
 private:
     unsigned short* m_own;
@@ -96,8 +97,8 @@ private:
     unsigned char m_mappedTrails[128] = {};
     unsigned char m_leadBits[16] = {};
     unsigned char m_sameBits[16] = {};
-    Same m_sameBytes = Same::NONE;
-    Same m_sameUnits = Same::NONE;
+    Identity m_byteIdentity = Identity::NONE;
+    Identity m_unitIdentity = Identity::NONE;
 };
 
 }  // namespace kx7

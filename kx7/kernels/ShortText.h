@@ -73,14 +73,14 @@ inline void storeBlock(unsigned char* out, __m128i bytes)
 }
 
 /** The first `T` bytes stand for themselves. */
-template <Same SAME, int T>
-inline bool areSame(__m128i bytes)
+template <Identity IDENTITY, int T>
+inline bool areIdentities(__m128i bytes)
 {
     __m128i others = bytes;
-    if constexpr (SAME == Same::LATIN1) {
+    if constexpr (IDENTITY == Identity::LATIN1) {
         others = _mm_cmpeq_epi8(bytes, _mm_setzero_si128());
     }
-    if constexpr (SAME == Same::PRINTABLE) {
+    if constexpr (IDENTITY == Identity::PRINTABLE) {
         // Signed: those from 0x80 are below as well.
         others = _mm_or_si128(_mm_or_si128(_mm_cmplt_epi8(bytes, _mm_set1_epi8(PRINTABLE_FIRST)),
                                            _mm_cmpgt_epi8(bytes, _mm_set1_epi8(PRINTABLE_LAST))),
@@ -90,22 +90,22 @@ inline bool areSame(__m128i bytes)
 }
 
 /** Copies `T` bytes, 4, 8 or 16. False, with nothing written: not all stand for themselves. */
-template <Same SAME, int T>
+template <Identity IDENTITY, int T>
 inline bool copySameBlock(unsigned char const* in, unsigned char* out)
 {
     __m128i const bytes = loadBlock<T>(in);
-    if (!areSame<SAME, T>(bytes))
+    if (!areIdentities<IDENTITY, T>(bytes))
         return false;
     storeBlock<T>(out, bytes);
     return true;
 }
 
 /** Widens `T` bytes, 4, 8 or 16. False, with nothing written: not all stand for themselves. */
-template <Same SAME, int T>
+template <Identity IDENTITY, int T>
 inline bool copySameBlock(unsigned char const* in, unsigned short* out)
 {
     __m128i const bytes = loadBlock<T>(in);
-    if (!areSame<SAME, T>(bytes))
+    if (!areIdentities<IDENTITY, T>(bytes))
         return false;
     __m128i const low = _mm_unpacklo_epi8(bytes, _mm_setzero_si128());
     if constexpr (T == 4)
@@ -118,7 +118,7 @@ inline bool copySameBlock(unsigned char const* in, unsigned short* out)
 }
 
 /** Narrows `T` units, 4, 8 or 16. False, with nothing written: not all stand for themselves. */
-template <Same SAME, int T>
+template <Identity IDENTITY, int T>
 inline bool copySameBlock(unsigned short const* in, unsigned char* out)
 {
     __m128i low;
@@ -129,12 +129,12 @@ inline bool copySameBlock(unsigned short const* in, unsigned char* out)
         low = _mm_loadu_si128(reinterpret_cast<__m128i const*>(in));
     if constexpr (T == 16)
         high = _mm_loadu_si128(reinterpret_cast<__m128i const*>(in + 8));
-    __m128i const above = _mm_and_si128(_mm_or_si128(low, high),
-                                        _mm_set1_epi16(static_cast<short>(SAME == Same::LATIN1 ? 0xFF00 : 0xFF80)));
+    __m128i const above = _mm_and_si128(
+        _mm_or_si128(low, high), _mm_set1_epi16(static_cast<short>(IDENTITY == Identity::LATIN1 ? 0xFF00 : 0xFF80)));
     if (_mm_movemask_epi8(_mm_cmpeq_epi16(above, _mm_setzero_si128())) != 0xFFFF)
         return false;
     __m128i const bytes = _mm_packus_epi16(low, high);
-    if (SAME != Same::ASCII && !areSame<SAME, T>(bytes))
+    if (IDENTITY != Identity::ASCII && !areIdentities<IDENTITY, T>(bytes))
         return false;
     storeBlock<T>(out, bytes);
     return true;
@@ -146,7 +146,7 @@ inline bool copySameBlock(unsigned short const* in, unsigned char* out)
  * Copies what stands for itself from bytes to units, units to bytes or bytes to bytes, moving `in` and `out`, if there
  * is capacity for all of a text of at most SHORT_TEXT; it may do nothing.
  */
-template <Same SAME, class From, class To>
+template <Identity IDENTITY, class From, class To>
 inline void copyShort(From const*& inOut, From const* end, To*& outOut, To const* outEnd)
 {
 #ifdef KX7_SSE2_THROUGHOUT
@@ -157,18 +157,18 @@ inline void copyShort(From const*& inOut, From const* end, To*& outOut, To const
         return;
     To* const textEnd = out + length;
     if (length >= 16) {
-        while (end - in >= 16 && copySameBlock<SAME, 16>(in, out)) {
+        while (end - in >= 16 && copySameBlock<IDENTITY, 16>(in, out)) {
             in += 16;
             out += 16;
         }
-        if (end - in < 16 && copySameBlock<SAME, 16>(end - 16, textEnd - 16))
+        if (end - in < 16 && copySameBlock<IDENTITY, 16>(end - 16, textEnd - 16))
             in = end;
     }
     else if (length >= 8) {
-        if (copySameBlock<SAME, 8>(in, out) && copySameBlock<SAME, 8>(end - 8, textEnd - 8))
+        if (copySameBlock<IDENTITY, 8>(in, out) && copySameBlock<IDENTITY, 8>(end - 8, textEnd - 8))
             in = end;
     }
-    else if (copySameBlock<SAME, 4>(in, out) && copySameBlock<SAME, 4>(end - 4, textEnd - 4)) {
+    else if (copySameBlock<IDENTITY, 4>(in, out) && copySameBlock<IDENTITY, 4>(end - 4, textEnd - 4)) {
         in = end;
     }
     outOut += in - inOut;
@@ -180,13 +180,13 @@ inline void copyShort(From const*& inOut, From const* end, To*& outOut, To const
 
 /** The same, where it is not known before what stands for itself. */
 template <class From, class To>
-__attribute__((always_inline)) inline void copyShort(Same same, From const*& in, From const* end, To*& out,
+__attribute__((always_inline)) inline void copyShort(Identity identity, From const*& in, From const* end, To*& out,
                                                      To const* outEnd)
 {
-    if (same == Same::ASCII)
-        copyShort<Same::ASCII>(in, end, out, outEnd);
-    else if (same == Same::PRINTABLE)
-        copyShort<Same::PRINTABLE>(in, end, out, outEnd);
+    if (identity == Identity::ASCII)
+        copyShort<Identity::ASCII>(in, end, out, outEnd);
+    else if (identity == Identity::PRINTABLE)
+        copyShort<Identity::PRINTABLE>(in, end, out, outEnd);
 }
 
 }  // namespace kx7

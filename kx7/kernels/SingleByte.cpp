@@ -89,8 +89,8 @@ SingleByteTables::SingleByteTables(unsigned short const* pairs)
         encodesPrintableASCII = encodesPrintableASCII && (!isGraphic || same(code));
         isLatin1 = isLatin1 && toUnicode[code] == code && same(code);
     }
-    sameBytes = sameOf([this](unsigned int byte) { return unsigned{toUnicode[byte]}; });
-    sameUnits = sameOf([this](unsigned int unit) { return unsigned{get(static_cast<unsigned short>(unit))}; });
+    byteIdentity = identityOf([this](unsigned int byte) { return unsigned{toUnicode[byte]}; });
+    unitIdentity = identityOf([this](unsigned int unit) { return unsigned{get(static_cast<unsigned short>(unit))}; });
 }
 
 }  // namespace kx7

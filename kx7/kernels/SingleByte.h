@@ -3,8 +3,8 @@
 #define KX7_KERNELS_SINGLEBYTE_H
 
 #include "kx7/base/LookupTable.h"
+#include "kx7/kernels/Identity.h"
 #include "kx7/kernels/KernelTables.h"
-#include "kx7/kernels/Same.h"
 
 namespace kx7 {
 
@@ -48,11 +48,11 @@ struct SingleByteTables : KernelTables, LookupTable<unsigned char> {
     RegularCodes regularCodes = {};
     bool mostlyRegular = false;  ///< three of four bytes from 0xA0 on, where letters are, at least
 
-    bool decodesPrintableASCII = false;  ///< the bytes from 0x20 to 0x7E stand for themselves
-    bool encodesPrintableASCII = false;  ///< and so do the units
-    bool isLatin1 = false;               ///< all bytes do, both ways
-    Same sameBytes = Same::NONE;         ///< which of the bytes below 0x80 do
-    Same sameUnits = Same::NONE;         ///< and which of the units
+    bool decodesPrintableASCII = false;      ///< the bytes from 0x20 to 0x7E stand for themselves
+    bool encodesPrintableASCII = false;      ///< and so do the units
+    bool isLatin1 = false;                   ///< all bytes do, both ways
+    Identity byteIdentity = Identity::NONE;  ///< which of the bytes below 0x80 do
+    Identity unitIdentity = Identity::NONE;  ///< and which of the units
 };
 
 }  // namespace kx7

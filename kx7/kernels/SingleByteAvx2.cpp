@@ -83,7 +83,7 @@ KX7_AVX2 inline bool decodeBlock(SingleByteTables const& tables, unsigned char c
     if (zerosOf(_mm256_or_si256(lows, highs)) != 0)
         return false;
     uint32_t controls = 0;
-    if (tables.sameBytes != Same::ASCII) {
+    if (tables.byteIdentity != Identity::ASCII) {
         // A positive byte from 0x20 on stays positive, and all others do not.
         controls = signsOf(
             _mm256_andnot_si256(original, _mm256_or_si256(_mm256_sub_epi8(original, _mm256_set1_epi8(0x20)),
@@ -224,7 +224,7 @@ KX7_AVX2 void encodeSingleByteAvx2(SingleByteTables const& tables, unsigned shor
                     bytes = _mm256_blendv_epi8(bytes, lookUp(tables.windows[i].bytes, codes, bits), isHere);
             }
         }
-        if (tables.sameUnits != Same::ASCII) {
+        if (tables.unitIdentity != Identity::ASCII) {
             __m256i const isControl = _mm256_or_si256(_mm256_cmpgt_epi8(_mm256_set1_epi8(0x20), codes),
                                                       _mm256_cmpeq_epi8(codes, _mm256_set1_epi8(0x7F)));
             bytes = _mm256_andnot_si256(_mm256_and_si256(isControl, isASCII), bytes);

@@ -169,7 +169,7 @@ KX7_AVX512 void decodeSingleByteAvx512(SingleByteTables const& tables, unsigned 
     }
     ByteTable const lows[2] = {ByteTable(tables.lowBytes), ByteTable(tables.lowBytes + 0x80)};
     ByteTable const highs[2] = {ByteTable(tables.highBytes), ByteTable(tables.highBytes + 0x80)};
-    bool const isASCII = tables.sameBytes == Same::ASCII;
+    bool const isASCII = tables.byteIdentity == Identity::ASCII;
     auto const block = [&](unsigned char const* from, unsigned short* to, uint64_t lanes) KX7_INLINE_AVX512 {
         __m512i const bytes = ordered(loadBytes(from, lanes));
         __mmask64 const isUpper = _mm512_movepi8_mask(bytes);
@@ -213,7 +213,7 @@ KX7_AVX512 void encodeSingleByteAvx512(SingleByteTables const& tables, unsigned 
     Window const first(tables.windows[0]);
     Window const second(tables.windows[1]);
     Window const third(tables.windows[2]);
-    bool const isASCII = tables.sameUnits == Same::ASCII;
+    bool const isASCII = tables.unitIdentity == Identity::ASCII;
     __m512i const odd = _mm512_add_epi8(even, _mm512_set1_epi8(1));
     auto const block = [&](unsigned short const* from, unsigned char* to, uint64_t lanes) KX7_INLINE_AVX512 {
         __m512i const a = loadUnits(from, 0, lanes);

@@ -106,7 +106,7 @@ struct WindowPart {
 private:
     static constexpr int BITS = Leads<Mask>::BITS;
 
-    /** Behind the highest bit; `inFront` bytes in front where there is none. */
+    /** After the highest bit; `inFront` bytes in front where there is none. */
     static std::ptrdiff_t endOf(Mask bits, int before) { return bits != 0 ? 64 - __builtin_clzll(bits) : -before; }
 };
 

@@ -159,7 +159,7 @@ template <Three THREE>
 class Converter {
 public:
     KX7_INLINE_AVX2 explicit Converter(SingleByteTables const& tables)
-        : m_tables(tables), m_isASCII(tables.sameUnits == Same::ASCII), m_first(tables.windows[1]),
+        : m_tables(tables), m_isASCII(tables.unitIdentity == Identity::ASCII), m_first(tables.windows[1]),
           m_second(tables.windows[2])
     {
         if (THREE == Three::FIRST && isThree(tables.windows[2]))
@@ -190,7 +190,7 @@ private:
         if (m_outEnd - m_out < RUN + BLOCK + SPILL)
             return false;
         std::ptrdiff_t const left = m_end - m_in;
-        // Behind a page without a zero byte there is another.
+        // After a page without a zero byte there is another.
         if (left < RUN && (left <= 0 || !memchr(m_in, 0, static_cast<size_t>(left))))
             m_end += PAGE;
         return m_end - m_in >= RUN;

@@ -73,7 +73,7 @@ template <Three THREE>
 class Converter {
 public:
     KX7_INLINE_AVX512 explicit Converter(SingleByteTables const& tables)
-        : m_tables(tables), m_isASCII(tables.sameUnits == Same::ASCII), m_ascii(tables.windows[0]),
+        : m_tables(tables), m_isASCII(tables.unitIdentity == Identity::ASCII), m_ascii(tables.windows[0]),
           m_first(tables.windows[1]), m_second(tables.windows[2])
     {
         if (THREE == Three::FIRST && isThree(tables.windows[2]))
@@ -117,7 +117,7 @@ public:
     }
 
 private:
-    /** Behind a page without a zero byte there is another. */
+    /** After a page without a zero byte there is another. */
     KX7_INLINE_AVX512 void growEnd()
     {
         std::ptrdiff_t left = m_end - m_in;

@@ -222,7 +222,7 @@ namespace {
 /** Units of an encoder's block, and of the half of one whose units get 32 bits each. */
 constexpr std::ptrdiff_t HALF = UNITS / 2;
 
-/** Room that a block needs: three bytes a unit, and two for the rest of a pair that it cuts. */
+/** Capacity that a block needs: three bytes a unit, and two for the rest of a pair that it cuts. */
 constexpr std::ptrdiff_t BLOCK_CAPACITY = 3 * UNITS + 2;
 
 /** Stores the first `count` bytes. */

@@ -84,7 +84,7 @@ void KX7UString::setLength(unsigned int n)
     space->length = n;
 }
 
-/** Adds units for which there is room. */
+/** Adds units for which there is capacity. */
 void KX7UString::append(unsigned short const* units, unsigned int n)
 {
     if (n != 0)
@@ -93,15 +93,16 @@ void KX7UString::append(unsigned short const* units, unsigned int n)
 }
 
 /**
- * Adds decoded text for which there is room: `n` bytes, or up to the terminator for UNTIL_TERMINATOR, as `room` units
- * at most.
+ * Adds decoded text for which there is capacity: `n` bytes, or up to the terminator for UNTIL_TERMINATOR, as `capacity`
+ * units at most.
  */
-void KX7UString::appendBytes(char const* s, unsigned int n, KX7CharSetConverter& converter, unsigned int room,
+void KX7UString::appendBytes(char const* s, unsigned int n, KX7CharSetConverter& converter, unsigned int capacity,
                              int sourceLimit)
 {
     unsigned short* const end = space->buffer + space->length;
-    space->length += n == kx7::UNTIL_TERMINATOR ? converter.toUTF16(end, s, room, ILLCHAR_REPLACE, nullptr, sourceLimit)
-                                                : kx7::decodeCounted(converter, end, s, n, room, sourceLimit);
+    space->length += n == kx7::UNTIL_TERMINATOR
+                         ? converter.toUTF16(end, s, capacity, ILLCHAR_REPLACE, nullptr, sourceLimit)
+                         : kx7::decodeCounted(converter, end, s, n, capacity, sourceLimit);
 }
 
 /** Fills a string that is still empty. */

@@ -31,13 +31,13 @@ inline unsigned short const* codeUnits(char16_t const* s)
 }
 }  // namespace kx7
 
-/** A byte text of up to 255 bytes behind its length; no terminator. */
+/** A byte text of up to 255 bytes after its length; no terminator. */
 struct KX7PascalString {
     unsigned char length;  ///< bytes of text
     char text[255];        ///< the bytes
 };
 
-/** A UTF-16 text of up to 65,535 code units behind its length; no terminator. */
+/** A UTF-16 text of up to 65,535 code units after its length; no terminator. */
 struct KX7BSTR {
     unsigned short length;       ///< code units of text
     unsigned short text[65535];  ///< the code units
@@ -90,7 +90,7 @@ public:
     KX7UString(unsigned short u, unsigned int count);
 
     /**
-     * Zero-terminated byte text; empty for null. The room is what the converter counts, which for UTF-8 takes a
+     * Zero-terminated byte text; empty for null. The capacity is what the converter counts, which for UTF-8 takes a
      * four-byte sequence for one unit: text with supplementary characters is cut, and KX7CS_UTF16 gives nothing.
      */
     KX7UString(char const* s, KX7CharSet cs = KX7CS_OS_DEFAULT);
@@ -107,7 +107,7 @@ public:
     /** Zero-terminated UTF-16; empty for null. */
     KX7UString(unsigned short const* s);
 
-    /** `n` code units, or up to a 0 unit before; room for `n` is kept either way. Empty for null. */
+    /** `n` code units, or up to a 0 unit before; space for `n` is kept either way. Empty for null. */
     KX7UString(unsigned short const* s, unsigned int n);
 
     /** The code units from `begin` up to `end`, zeros included. */
@@ -218,7 +218,7 @@ public:
 
     /**
      * Converts into `dst`; the cache is not used.
-     * @param size bytes for the text; `dst` must hold the set's terminator (GetNullCharSize) behind them
+     * @param size bytes for the text; `dst` must hold the set's terminator (GetNullCharSize) after them
      * @return bytes written, terminator not counted; 0 with nothing written for null, size 0 and an empty string
      */
     unsigned int copy(char* dst, unsigned int size, KX7CharSet cs = KX7CS_OS_DEFAULT) const;
@@ -226,12 +226,12 @@ public:
     /** Copies up to `size` code units, without a terminator. Returns how many. */
     unsigned int copy(unsigned short* dst, unsigned int size) const;
 
-    /** Writes up to 255 bytes in `cs`, cut behind a whole character. Returns how many; 0 for null. */
+    /** Writes up to 255 bytes in `cs`, cut after a whole character. Returns how many; 0 for null. */
     unsigned int copy(KX7PascalString* p, KX7CharSet cs = KX7CS_OS_DEFAULT) const;
 
     /**
-     * Writes up to `size` code units behind the length field, without a terminator.
-     * @param size code units that fit behind the length field; where the text is longer, taken modulo 65,536
+     * Writes up to `size` code units after the length field, without a terminator.
+     * @param size code units that fit after the length field; where the text is longer, taken modulo 65,536
      * @return units written; 0 for null. The length field holds that modulo 65,536.
      */
     unsigned int copy(KX7BSTR* b, unsigned int size) const;
@@ -370,7 +370,7 @@ public:
     bool operator>=(unsigned short const* s) const { return compare(KX7UString(s)) >= 0; }
     ///@}
 
-    /** This text and the other behind it, in a new string; byte text is in KX7CS_OS_DEFAULT. */
+    /** This text and the other after it, in a new string; byte text is in KX7CS_OS_DEFAULT. */
     ///@{
     KX7UString operator+(char c) const;
     KX7UString operator+(unsigned short u) const;
@@ -394,13 +394,13 @@ public:
     /** Resets the header to the empty inline state and returns it. Frees nothing: for raw storage only. */
     Space* SetupSpace();
 
-    /** SetupSpace() and room for `n` units. */
+    /** SetupSpace() and space for `n` units. */
     Space* SetupSpace(unsigned int n);
 
     /** Makes a string of memory that no constructor has seen. */
     void initForAlloc();
 
-    /** Makes room for `n` units. Where the capacity is too small the text is discarded, not carried over. */
+    /** Makes space for `n` units. Where the capacity is too small the text is discarded, not carried over. */
     void AssureSpace(unsigned int n);
 
     /** The same as AssureSpace. */
@@ -414,7 +414,7 @@ private:
     KX7_LOCAL void dropCache();
     KX7_LOCAL void setLength(unsigned int n);
     KX7_LOCAL void append(unsigned short const* units, unsigned int n);
-    KX7_LOCAL void appendBytes(char const* s, unsigned int n, KX7CharSetConverter& converter, unsigned int room,
+    KX7_LOCAL void appendBytes(char const* s, unsigned int n, KX7CharSetConverter& converter, unsigned int capacity,
                                int sourceLimit);
     KX7_LOCAL bool standsAt(unsigned int pos, KX7UString const& s) const;
 

@@ -12,7 +12,7 @@ namespace {
 constexpr unsigned int WIDEST_TERMINATOR = 4;
 constexpr unsigned int PASCAL_CAPACITY = 255;
 
-// Bytes behind the cached text, for the widest terminator and more.
+// Bytes after the cached text, for the widest terminator and more.
 constexpr size_t CACHE_MARGIN = 8;
 
 /** Characters of at least one unit, as the UTF-32 converter counts them, also where 32 bits do not hold their bytes. */
@@ -56,16 +56,16 @@ char const* KX7UString::c_str(KX7CharSet cs)
         return nothing;
     if (space->narrowCache && space->narrowCacheCharSet == cs)
         return space->narrowCache;
-    unsigned int const room = length(cs);
-    char* const text = new char[room + CACHE_MARGIN];
+    unsigned int const capacity = length(cs);
+    char* const text = new char[capacity + CACHE_MARGIN];
     dropCache();
     space->narrowCache = text;
-    space->narrowCacheLength = kx7::converterOf(cs).fromUTF16(text, space->buffer, room, ILLCHAR_REPLACE, nullptr);
+    space->narrowCacheLength = kx7::converterOf(cs).fromUTF16(text, space->buffer, capacity, ILLCHAR_REPLACE, nullptr);
     space->narrowCacheCharSet = cs;
     return text;
 }
 
-/** Releases the cache. Its character set stays behind: only the null pointer marks it as empty. */
+/** Releases the cache. Its character set stays after: only the null pointer marks it as empty. */
 void KX7UString::dropCache()
 {
     delete[] space->narrowCache;

@@ -29,7 +29,7 @@ public:
     KX7UStringList(KX7UString const& s);
 
     /**
-     * The parts of `s` between separators. Empty parts count, but for one behind the last separator: "a;" gives one
+     * The parts of `s` between separators. Empty parts count, but for one after the last separator: "a;" gives one
      * element, ";a" two, the empty string none. A separator of 0 gives the whole string as the one element.
      *
      * Each element takes the memory of a KX7UString, 576 bytes in 64-bit code, however short it is: a million
@@ -77,7 +77,7 @@ public:
     /** Makes this list hold the strings of `o`. */
     KX7UStringList& operator=(KX7UStringList const& o);
 
-    /** Adds the string behind the others. */
+    /** Adds the string after the others. */
     KX7UStringList& append(KX7UString const& s);
 
     /** Adds the elements of `o`. A list is never appended to itself: nothing happens then. */

@@ -77,20 +77,20 @@ namespace kx7 {
 struct Concatenation {
     struct Units {
         unsigned short const* units;
-        unsigned int room;  ///< units that the text takes at most
+        unsigned int capacity;  ///< units that the text takes at most
 
-        void appendTo(KX7UString& s) const { s.append(units, room); }
+        void appendTo(KX7UString& s) const { s.append(units, capacity); }
     };
 
     struct Bytes {
         char const* bytes;
         unsigned int count;
-        unsigned int room;
+        unsigned int capacity;
 
         void appendTo(KX7UString& s) const
         {
-            if (room != 0)
-                s.appendBytes(bytes, count, kx7::converterOf(KX7CS_OS_DEFAULT), room, -1);
+            if (capacity != 0)
+                s.appendBytes(bytes, count, kx7::converterOf(KX7CS_OS_DEFAULT), capacity, -1);
         }
     };
 
@@ -110,7 +110,7 @@ struct Concatenation {
     static KX7UString make(First first, Second second)
     {
         KX7UString result;
-        result.AssureSpace(checkedLength(uint64_t{first.room} + second.room));
+        result.AssureSpace(checkedLength(uint64_t{first.capacity} + second.capacity));
         first.appendTo(result);
         second.appendTo(result);
         return result;
@@ -237,7 +237,7 @@ public:
         return false;
     }
 
-    bool hasRoom() const { return m_bytes.size() + 1 < m_limit; }
+    bool hasCapacity() const { return m_bytes.size() + 1 < m_limit; }
 
     /** Gives the bytes to `s`, and what happened to the stream. */
     void finish(KX7UString& s)
@@ -298,7 +298,7 @@ std::istream& operator>>(std::istream& is, KX7UString& s)
     else if (first != ByteReader::BROKEN) {
         is.width(0);
         char c;
-        while (reader.hasRoom() && reader.peek(c) && !isSpace(c) && reader.take(c)) {
+        while (reader.hasCapacity() && reader.peek(c) && !isSpace(c) && reader.take(c)) {
         }
     }
     reader.finish(s);
@@ -311,7 +311,7 @@ std::istream& getline(std::istream& is, KX7UString& s, char delim)
     s.erase();
     is.width(0);
     char c;
-    while (reader.hasRoom() && reader.peek(c)) {
+    while (reader.hasCapacity() && reader.peek(c)) {
         if (c == delim) {
             reader.skip();
             break;

@@ -1,4 +1,4 @@
-// kx7text - the bounds of the text classes and the errors behind them (internal).
+// kx7text - the bounds of the text classes and the errors after them (internal).
 #ifndef KX7_TEXT_LENGTHS_H
 #define KX7_TEXT_LENGTHS_H
 

@@ -221,7 +221,7 @@ TEST(EntryPointPieces, RandomBytes)
     }
 }
 
-TEST(EntryPointPieces, NothingIsReadBehindALongSource)
+TEST(EntryPointPieces, NothingIsReadAfterALongSource)
 {
     for (size_t length = PIECE - 3; length < PIECE + 4; ++length) {
         for (Element const& element : ELEMENTS) {

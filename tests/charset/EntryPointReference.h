@@ -35,9 +35,9 @@ Outcome inLargeBuffer(size_t capacity, Call const& call)
 /** The UTF-16 that a zero-terminated source becomes on its way to another encoding, at most strlen units. */
 inline std::vector<unsigned short> decodedWhole(KX7CharSetConverter& from, char const* source)
 {
-    auto const room = static_cast<unsigned int>(strlen(source));
-    std::vector<unsigned short> units(room + 1);
-    units.resize(from.toUTF16(units.data(), source, room, ILLCHAR_REPLACE, nullptr, -1));
+    auto const capacity = static_cast<unsigned int>(strlen(source));
+    std::vector<unsigned short> units(capacity + 1);
+    units.resize(from.toUTF16(units.data(), source, capacity, ILLCHAR_REPLACE, nullptr, -1));
     return units;
 }
 

@@ -46,14 +46,14 @@ std::string hex(std::string const& bytes)
     return out;
 }
 
-/** With as many zero bytes behind it as fill its last unit, where units have `unitSize` bytes. */
+/** With as many zero bytes after it as fill its last unit, where units have `unitSize` bytes. */
 std::string padded(std::string text, unsigned int unitSize)
 {
     text.resize((text.size() + unitSize - 1) / unitSize * unitSize);
     return text;
 }
 
-/** A source in a page of its own: a read behind the terminator faults. */
+/** A source in a page of its own: a read after the terminator faults. */
 std::unique_ptr<Guarded<char> const> guardedText(std::string const& bytes, unsigned int terminator)
 {
     std::string const text = padded(bytes, terminator) + std::string(terminator, '\0');
@@ -111,7 +111,7 @@ std::string const UTF8_TEXTS[] = {
     "ends cut \xF0\x9F\x98",
     "ends cut \xE4",
     "\xC0\x80"
-    "behind an overlong zero",
+    "after an overlong zero",
     "a"
     "\xC0\x80"
     "b",
@@ -122,7 +122,7 @@ std::string const UTF8_TEXTS[] = {
     "\xF4\x90\x80\x80\xF8\x88\x80\x80\xFF\xBF\xBF\xBF\xFE",
 };
 
-/** Bytes 1 to 255 in rising order, and then in an order that puts every kind behind every other. */
+/** Bytes 1 to 255 in rising order, and then in an order that puts every kind after every other. */
 std::vector<std::string> localTexts()
 {
     std::vector<std::string> texts = {"", "local", "plain ASCII."};
@@ -341,7 +341,7 @@ TEST(EntryPoints, UTF16ToUTF8AtEveryCapacity)
     }
 }
 
-TEST(EntryPoints, CountsReadNothingBehindTheTerminator)
+TEST(EntryPoints, CountsReadNothingAfterTheTerminator)
 {
     for (CharSetRow const& row : charSetRows()) {
         for (std::string const& text : localTexts()) {
@@ -645,13 +645,13 @@ TEST(EntryPoints, LocalToUTF8GivesTheConverterOneUnitPerByte)
     EXPECT_EQ(LocalToUTF8(dest, "abcdef", sizeof dest, foreignCharSet(1)), 2u) << "three bytes hold one character";
     ASSERT_EQ(converter.toCalls.size(), 1u);
     EXPECT_EQ(converter.toCalls[0].text, "abcdef");
-    EXPECT_EQ(converter.toCalls[0].room, 6u);
+    EXPECT_EQ(converter.toCalls[0].capacity, 6u);
     EXPECT_EQ(converter.toCalls[0].op, ILLCHAR_REPLACE);
     EXPECT_EQ(converter.toCalls[0].illegal, nullptr);
     EXPECT_EQ(converter.toCalls[0].sourceLimit, -1);
 }
 
-TEST(EntryPoints, TwoStepConversionKeepsRoomForTheTargetsTerminator)
+TEST(EntryPoints, TwoStepConversionKeepsCapacityForTheTargetsTerminator)
 {
     for (unsigned int const terminator : {1u, 2u, 4u}) {
         ForeignConverter& converter = foreign(terminator);
@@ -659,13 +659,13 @@ TEST(EntryPoints, TwoStepConversionKeepsRoomForTheTargetsTerminator)
         EXPECT_EQ(UTF8ToLocal(dest, asUTF8("abc"), sizeof dest, foreignCharSet(terminator)), 3u);
         ASSERT_EQ(converter.fromCalls.size(), 1u);
         EXPECT_EQ(converter.fromCalls[0].text, (Units{'a', 'b', 'c'}));
-        EXPECT_EQ(converter.fromCalls[0].room, 10 - terminator);
+        EXPECT_EQ(converter.fromCalls[0].capacity, 10 - terminator);
         EXPECT_EQ(converter.fromCalls[0].op, ILLCHAR_REPLACE);
         EXPECT_EQ(converter.fromCalls[0].illegal, nullptr);
     }
 }
 
-TEST(EntryPoints, DirectConversionKeepsRoomForTheTerminator)
+TEST(EntryPoints, DirectConversionKeepsCapacityForTheTerminator)
 {
     unsigned short const units[] = {'a', 'b', 0};
     for (unsigned int const terminator : {1u, 2u, 4u}) {
@@ -673,13 +673,13 @@ TEST(EntryPoints, DirectConversionKeepsRoomForTheTerminator)
         char dest[10];
         EXPECT_EQ(UTF16ToLocal(dest, units, sizeof dest, foreignCharSet(terminator)), 2u);
         ASSERT_EQ(converter.fromCalls.size(), 1u);
-        EXPECT_EQ(converter.fromCalls[0].room, 10 - terminator);
+        EXPECT_EQ(converter.fromCalls[0].capacity, 10 - terminator);
         EXPECT_EQ(converter.fromCalls[0].op, ILLCHAR_REPLACE);
         EXPECT_EQ(converter.fromCalls[0].illegal, nullptr);
         unsigned short back[7];
         EXPECT_EQ(LocalToUTF16(back, "ab", 7, foreignCharSet(terminator)), 2u);
         ASSERT_EQ(converter.toCalls.size(), 1u);
-        EXPECT_EQ(converter.toCalls[0].room, 6u) << "one unit, whatever the terminator in bytes";
+        EXPECT_EQ(converter.toCalls[0].capacity, 6u) << "one unit, whatever the terminator in bytes";
         EXPECT_EQ(converter.toCalls[0].op, ILLCHAR_REPLACE);
         EXPECT_EQ(converter.toCalls[0].illegal, nullptr);
         EXPECT_EQ(converter.toCalls[0].sourceLimit, -1);
@@ -795,7 +795,7 @@ TEST(WStrEqual, ComparesUnitByUnit)
         {"precomposed and decomposed", {0xE9}, {'e', 0x301}, 0},
         {"high byte differs", {0x161}, {0x261}, 0},
         {"lone surrogates", {0xD800, 0xDC00, 0xD800}, {0xD800, 0xDC00, 0xD800}, 1},
-        {"behind the zero", {'a', 0, 'x'}, {'a', 0, 'y'}, 1},
+        {"after the zero", {'a', 0, 'x'}, {'a', 0, 'y'}, 1},
     };
     for (auto const& row : rows) {
         Units a = row.a;

@@ -18,7 +18,7 @@ public:
     /** A call of toUTF16. */
     struct ToCall {
         std::string text;  ///< what was read of the source
-        unsigned int room;
+        unsigned int capacity;
         ILLCHAR_OPTYPE op;
         bool const* illegal;
         int sourceLimit;
@@ -26,7 +26,7 @@ public:
     /** A call of fromUTF16. */
     struct FromCall {
         std::vector<unsigned short> text;  ///< what was read of the source
-        unsigned int room;
+        unsigned int capacity;
         ILLCHAR_OPTYPE op;
         bool const* illegal;
     };
@@ -50,16 +50,16 @@ public:
         return n + unitsTooMany;
     }
 
-    unsigned int toUTF16(unsigned short* dest, void const* source, unsigned int room, ILLCHAR_OPTYPE op, bool* illegal,
-                         int sourceLimit) override
+    unsigned int toUTF16(unsigned short* dest, void const* source, unsigned int capacity, ILLCHAR_OPTYPE op,
+                         bool* illegal, int sourceLimit) override
     {
         auto const* const text = static_cast<unsigned char const*>(source);
         unsigned int n = 0;
-        for (; n != room && text[n] != 0; ++n)
+        for (; n != capacity && text[n] != 0; ++n)
             dest[n] = static_cast<unsigned short>(0x100 + text[n]);
         dest[n] = 0;
         if (records)
-            toCalls.push_back({std::string(text, text + n), room, op, illegal, sourceLimit});
+            toCalls.push_back({std::string(text, text + n), capacity, op, illegal, sourceLimit});
         return n;
     }
 
@@ -71,17 +71,17 @@ public:
         return n;
     }
 
-    unsigned int fromUTF16(void* dest, unsigned short const* source, unsigned int room, ILLCHAR_OPTYPE op,
+    unsigned int fromUTF16(void* dest, unsigned short const* source, unsigned int capacity, ILLCHAR_OPTYPE op,
                            bool* illegal) override
     {
         auto* const out = static_cast<unsigned char*>(dest);
         unsigned int n = 0;
-        for (; n != room && source[n] != 0; ++n)
+        for (; n != capacity && source[n] != 0; ++n)
             out[n] = static_cast<unsigned char>((source[n] & 0xFF00) == 0x100 ? source[n] & 0xFF : '?');
         for (unsigned int i = 0; i != m_nullCharSize; ++i)
             out[n + i] = 0;
         if (records)
-            fromCalls.push_back({std::vector<unsigned short>(source, source + n), room, op, illegal});
+            fromCalls.push_back({std::vector<unsigned short>(source, source + n), capacity, op, illegal});
         return n;
     }
 

@@ -43,11 +43,11 @@ enum UnusedNumber {
     UNUSED_BY_NULL = 70005,
     UNUSED_EARLY = 70006,
     UNUSED_WITH_NULL = 70007,
-    UNUSED_MANY = 70100,      ///< and those behind it
-    UNUSED_ELSEWHERE = 70300  ///< and those behind it
+    UNUSED_MANY = 70100,      ///< and those after it
+    UNUSED_ELSEWHERE = 70300  ///< and those after it
 };
 
-/** So many numbers in a row that some are not in the way of the library's own in the quick look-up. */
+/** So many numbers in a row that some are not in the way of the library's own in the quick lookup. */
 constexpr int MANY = 64;
 
 }  // namespace
@@ -314,18 +314,18 @@ namespace {
 class ShoutingConverter : public KX7CharSetConverterUTF8 {
 public:
     using KX7CharSetConverterUTF8::KX7CharSetConverterUTF8;
-    unsigned int toUTF16(unsigned short* dest, void const* source, unsigned int room, ILLCHAR_OPTYPE op, bool* illegal,
-                         int sourceLimit) override
+    unsigned int toUTF16(unsigned short* dest, void const* source, unsigned int capacity, ILLCHAR_OPTYPE op,
+                         bool* illegal, int sourceLimit) override
     {
-        unsigned int const n = KX7CharSetConverterUTF8::toUTF16(dest, source, room, op, illegal, sourceLimit);
+        unsigned int const n = KX7CharSetConverterUTF8::toUTF16(dest, source, capacity, op, illegal, sourceLimit);
         for (unsigned int i = 0; i < n; ++i)
             dest[i] = static_cast<unsigned short>(dest[i] >= 'a' && dest[i] <= 'z' ? dest[i] - 'a' + 'A' : dest[i]);
         return n;
     }
-    unsigned int fromUTF16(void* dest, unsigned short const* source, unsigned int room, ILLCHAR_OPTYPE op,
+    unsigned int fromUTF16(void* dest, unsigned short const* source, unsigned int capacity, ILLCHAR_OPTYPE op,
                            bool* illegal) override
     {
-        unsigned int const n = KX7CharSetConverterUTF8::fromUTF16(dest, source, room, op, illegal);
+        unsigned int const n = KX7CharSetConverterUTF8::fromUTF16(dest, source, capacity, op, illegal);
         if (n != 0)
             static_cast<char*>(dest)[0] = '!';
         return n;

@@ -176,7 +176,7 @@ TEST(WideEntryPoints, UTF32AsSourceIsBoundedByItsFirstZeroByte)
         std::u32string source;
         std::string utf8;
     };
-    // Each has as many units of room as it has bytes before its first zero byte.
+    // Each has as many units of capacity as it has bytes before its first zero byte.
     Row const rows[] = {
         {U"abc", "a"},
         {{0x4E2D, 0x6587, U'z'}, u8"\u4E2D\u6587"},

@@ -188,7 +188,7 @@ FAULTY(kindOfOpen(flags), int, __openat_2, (int folder, char const* path, int fl
 FAULTY(kindOfOpen(flags), int, __openat64_2, (int folder, char const* path, int flags), (folder, path, flags))
 
 FAULTY("read", ssize_t, read, (int file, void* data, size_t size), (file, data, size))
-FAULTY("read", ssize_t, __read_chk, (int file, void* data, size_t size, size_t room), (file, data, size, room))
+FAULTY("read", ssize_t, __read_chk, (int file, void* data, size_t size, size_t capacity), (file, data, size, capacity))
 
 namespace {
 
@@ -230,12 +230,12 @@ FAULTY("stat", int, statx, (int folder, char const* path, int flags, unsigned in
        (folder, path, flags, mask, status))
 
 FAULTY("readlink", ssize_t, readlink, (char const* path, char* text, size_t size), (path, text, size))
-FAULTY("readlink", ssize_t, __readlink_chk, (char const* path, char* text, size_t size, size_t room),
-       (path, text, size, room))
+FAULTY("readlink", ssize_t, __readlink_chk, (char const* path, char* text, size_t size, size_t capacity),
+       (path, text, size, capacity))
 FAULTY("readlink", ssize_t, readlinkat, (int folder, char const* path, char* text, size_t size),
        (folder, path, text, size))
-FAULTY("readlink", ssize_t, __readlinkat_chk, (int folder, char const* path, char* text, size_t size, size_t room),
-       (folder, path, text, size, room))
+FAULTY("readlink", ssize_t, __readlinkat_chk, (int folder, char const* path, char* text, size_t size, size_t capacity),
+       (folder, path, text, size, capacity))
 FAULTY("realpath", char*, realpath, (char const* path, char* text), (path, text))
 
 FAULTY("link", int, link, (char const* from, char const* to), (from, to))

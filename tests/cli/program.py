@@ -52,7 +52,7 @@ class Test(unittest.TestCase):
 
 
 def preloaded(library, **variables):
-    """The environment with a library in front of the C library."""
+    """The environment with a library before the C library."""
     return os.environ | {"LD_PRELOAD": os.environ[library], "ASAN_OPTIONS": "verify_asan_link_order=0"} | variables
 
 

@@ -156,7 +156,7 @@ class Literal(Test):
                     "kx7conv: (stdin): U+20AC not in KX7CS_ISO_8859_1\n")
         self.expect(["-f", "932", "--literal", "--errors", "strict"], b"a\x82 ", b"a", BAD_DATA,
                     "kx7conv: (stdin): invalid KX7CS_WCP932 sequence 82\n")
-        # UTF-8 output with escapes drops the unit behind an unpaired surrogate, a line feed for one.
+        # UTF-8 output with escapes drops the unit after an unpaired surrogate, a line feed for one.
         self.expect(["-f", "utf16", "--literal", "--errors", "escape"], b"\x00\xd8\n\0b\0", b"U+D800b")
         # GB 18030 ends at a high surrogate without its partner, without a word.
         self.expect(["-f", "utf16", "-t", "gb18030", "--literal", "--errors", "strict"], b"a\0\x00\xd8b\0", b"a")

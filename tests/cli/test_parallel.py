@@ -123,7 +123,7 @@ class Records(Test):
         # 0x80 0x8A of EUC-JP is U+000A in the library's table; a record would become two.
         self.expect(["-f", "euc_jp"], b"a\x80\x8ab\n", b"a", 1,
                     "kx7conv: (stdin):1: byte 1 (0x1): invalid KX7CS_EUC_JP sequence 80 8A\n")
-        # The library's own escapes in UTF-8 drop the unit behind the escaped one.
+        # The library's own escapes in UTF-8 drop the unit after the escaped one.
         self.expect(["-f", "utf16", "--errors", "escape"], b"\x00\xd8\n\0b\0", "\ufffd\nb".encode())
 
 

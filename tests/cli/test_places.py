@@ -125,14 +125,14 @@ class OpenFiles(Places):
         for name in ("/dev/stdout", "/dev/fd/1", "/proc/self/fd/1", "/proc/thread-self/fd/1", "link"):
             (self.folder / "link").symlink_to("/dev/fd/1")
             for mode, before in (("r+b", b"before"), ("ab", b"before")):
-                self.make(out=b"before, and behind")
+                self.make(out=b"before, and after")
                 with open(self.folder / "out", mode) as out:
                     out.seek(6)
                     if mode == "ab":
-                        before = b"before, and behind"
+                        before = b"before, and after"
                     subprocess.run([KX7CONV, "-f", "1253", "-o", name], input=SOURCE, stdout=out, cwd=self.folder,
                                    check=True)
-                self.assertEqual(self.read("out"), (before + RESULT + b"before, and behind"[len(before) + 2:]))
+                self.assertEqual(self.read("out"), (before + RESULT + b"before, and after"[len(before) + 2:]))
             with open(self.folder / "gone", "w+b") as out:
                 (self.folder / "gone").unlink()
                 subprocess.run([KX7CONV, "-f", "1253", "-o", name], input=SOURCE, stdout=out, cwd=self.folder, check=True)

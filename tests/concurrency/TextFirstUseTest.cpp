@@ -1,4 +1,4 @@
-// kx7text tests - threads that meet in the first look-up of a name, a class or a case.
+// kx7text tests - threads that meet in the first lookup of a name, a class or a case.
 //
 // Each happens for the first time once, so every test here runs in a process of its own.
 #include <gtest/gtest.h>

@@ -111,7 +111,7 @@ void useWholeTexts()
     check(bytes.text == "U+20AC" && bytes.errorCount == 1, "encode");
 
     kx7::Transcoder transcoder(KX7CS_UTF8, KX7CS_UTF16);
-    char units[kx7::Transcoder::MINIMUM_ROOM];
+    char units[kx7::Transcoder::MINIMUM_CAPACITY];
     kx7::StreamResult const step = transcoder.convert(std::string_view("a"), {units, sizeof units}, true);
     check(step.status == kx7::Status::DONE && step.written == 2, "Transcoder");
     check(kx7::findCharSet("latin1") == KX7CS_ISO_8859_1 && !kx7::validateUtf8("\xC0\x80"), "labels and validation");

@@ -89,9 +89,10 @@ bool operator==(Streamed<Text> const& a, Streamed<Text> const& b)
                       [](kx7::Error const& x, kx7::Error const& y) { return x == y; });
 }
 
-/** Goes on behind errors. `pieces` are the lengths of the pieces but the last; `room` elements are given to a call. */
+/** Goes on after errors. `pieces` are the lengths of the pieces but the last; `capacity` elements are given to a call.
+ */
 template <class Text, class Stream, class Source>
-Streamed<Text> runStream(Stream stream, Source source, std::vector<size_t> const& pieces, size_t room)
+Streamed<Text> runStream(Stream stream, Source source, std::vector<size_t> const& pieces, size_t capacity)
 {
     using Element = typename Text::value_type;
     Streamed<Text> result = {};
@@ -100,9 +101,9 @@ Streamed<Text> runStream(Stream stream, Source source, std::vector<size_t> const
     for (size_t piece = 0; piece <= pieces.size(); ++piece) {
         bool const last = piece == pieces.size();
         size_t end = last ? source.size() : std::min(source.size(), at + pieces[piece]);
-        size_t given = room;
+        size_t given = capacity;
         for (;;) {
-            // Blocks of the exact size, so that sanitizers see what is written behind them.
+            // Blocks of the exact size, so that sanitizers see what is written after them.
             if (dest.size() != given)
                 dest = std::vector<Element>(given);
             kx7::StreamResult const step =
@@ -115,11 +116,11 @@ Streamed<Text> runStream(Stream stream, Source source, std::vector<size_t> const
             else if (step.status != kx7::Status::OUTPUT_FULL)
                 break;
             bool const stuck = step.status == kx7::Status::OUTPUT_FULL && step.written == 0 && step.consumed == 0;
-            if (stuck && given >= Stream::MINIMUM_ROOM) {
-                result.text.clear();  // the promise of MINIMUM_ROOM is broken
+            if (stuck && given >= Stream::MINIMUM_CAPACITY) {
+                result.text.clear();  // the promise of MINIMUM_CAPACITY is broken
                 return result;
             }
-            given = stuck ? Stream::MINIMUM_ROOM : room;
+            given = stuck ? Stream::MINIMUM_CAPACITY : capacity;
         }
         if (result.status == kx7::Status::DONE && at != end)
             result.count += 1000;  // DONE means that all of it is taken

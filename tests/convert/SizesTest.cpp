@@ -134,11 +134,11 @@ TEST(SizesOfStreams, ErrorsShowSoManyBytes)
 }
 
 // A pair of surrogates, and the escape of half of one in UTF-32.
-TEST(SizesOfStreams, MinimumRoomIsNoLargerThanWhatNeedsMost)
+TEST(SizesOfStreams, MinimumCapacityIsNoLargerThanWhatNeedsMost)
 {
-    constexpr size_t UNITS = kx7::Decoder::MINIMUM_ROOM;
-    constexpr size_t BYTES = kx7::Encoder::MINIMUM_ROOM;
-    static_assert(kx7::Transcoder::MINIMUM_ROOM == BYTES, "what is encoded comes from a buffer");
+    constexpr size_t UNITS = kx7::Decoder::MINIMUM_CAPACITY;
+    constexpr size_t BYTES = kx7::Encoder::MINIMUM_CAPACITY;
+    static_assert(kx7::Transcoder::MINIMUM_CAPACITY == BYTES, "what is encoded comes from a buffer");
     for (size_t const lacking : {1U, 0U}) {
         char16_t units[UNITS];
         kx7::Decoder decoder(KX7CS_UTF8);

@@ -1,4 +1,4 @@
-// kx7text tests - streams: the result does not depend on where pieces end or how much room a call has.
+// kx7text tests - streams: the result does not depend on where pieces end or how much capacity a call has.
 #include <gtest/gtest.h>
 
 #include "tests/convert/Samples.h"
@@ -16,12 +16,12 @@ void expectSameInPieces(Stream const& stream, Source const& source, std::string 
     for (size_t split = 0; split <= source.size(); ++split)
         ASSERT_TRUE(whole == runStream<Text>(stream, source, {split}, ENOUGH)) << what << " split at " << split;
     for (size_t const length : {1U, 2U, 3U, 5U, 13U})
-        for (size_t const room : {0U, 1U, 7U})
+        for (size_t const capacity : {0U, 1U, 7U})
             ASSERT_TRUE(whole ==
-                        runStream<Text>(stream, source, std::vector<size_t>(source.size() / length, length), room))
-                << what << " pieces of " << length << " room " << room;
-    for (size_t room = 0; room <= 40; ++room)
-        ASSERT_TRUE(whole == runStream<Text>(stream, source, {}, room)) << what << " room " << room;
+                        runStream<Text>(stream, source, std::vector<size_t>(source.size() / length, length), capacity))
+                << what << " pieces of " << length << " capacity " << capacity;
+    for (size_t capacity = 0; capacity <= 40; ++capacity)
+        ASSERT_TRUE(whole == runStream<Text>(stream, source, {}, capacity)) << what << " capacity " << capacity;
 }
 
 std::string nameOf(char const* set, kx7::Options const& options)
@@ -70,9 +70,9 @@ TEST_P(Streams, TranscoderOfLongText)
     for (kx7::Options const& options : everyPolicy()) {
         kx7::Transcoder const transcoder(GetParam().charSet, KX7CS_WCP1252, options);
         auto const whole = runStream<std::string>(transcoder, source, {}, 8 * ENOUGH);
-        for (size_t const room : {30U, 4095U, 4096U, 4097U})
-            ASSERT_TRUE(whole == runStream<std::string>(transcoder, source, {}, room))
-                << nameOf("room", options) << room;
+        for (size_t const capacity : {30U, 4095U, 4096U, 4097U})
+            ASSERT_TRUE(whole == runStream<std::string>(transcoder, source, {}, capacity))
+                << nameOf("capacity", options) << capacity;
         ASSERT_TRUE(whole == runStream<std::string>(transcoder, source, std::vector<size_t>(5, 4099), 777));
     }
 }
@@ -174,7 +174,7 @@ TEST(StreamErrors, LenientInputIsRefused)
               "ab");
 }
 
-TEST(StreamErrors, AStrictStreamGoesOnBehindThem)
+TEST(StreamErrors, AStrictStreamGoesOnAfterThem)
 {
     kx7::Decoder decoder(KX7CS_UTF8);
     char16_t units[9];
@@ -286,7 +286,7 @@ TEST(StreamErrors, ThePolicyCanChangeWithinAText)
     EXPECT_EQ(transcoder.convert(std::string_view("\xE2\x82\xAC"), {bytes, 24}, true).status, kx7::Status::DONE);
 }
 
-// What is kept and the 15 units behind it are looked at together.
+// What is kept and the 15 units after it are looked at together.
 TEST(StreamPieces, APairLiesAcrossTheEndOfWhatIsLookedAtTogether)
 {
     std::u16string const pair = u"\xD83D\xDE00";

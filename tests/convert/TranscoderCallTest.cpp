@@ -12,7 +12,7 @@ constexpr size_t ENOUGH = 16000;
 /** A transcoder whose calls are all of one kind, as runStream takes it. */
 class Calls {
 public:
-    static constexpr size_t MINIMUM_ROOM = kx7::Transcoder::MINIMUM_ROOM;
+    static constexpr size_t MINIMUM_CAPACITY = kx7::Transcoder::MINIMUM_CAPACITY;
 
     Calls(kx7::Transcoder const& transcoder, kx7::LineFeeds lineFeeds, size_t bufferSize)
         : m_transcoder(transcoder), m_lineFeeds(lineFeeds), m_buffer(bufferSize)

@@ -108,11 +108,11 @@ TEST(ValidateUtf16, EveryUnitBetweenOthers)
 {
     for (unsigned int unit = 0; unit < 0x10000; ++unit)
         for (std::u16string const& before : {std::u16string(), std::u16string(u"a"), std::u16string(u"\xD83D\xDE00")})
-            for (std::u16string const& behind : {std::u16string(), std::u16string(u"a"), std::u16string(u"\xDE00")}) {
-                std::u16string const text = before + static_cast<char16_t>(unit) + behind;
+            for (std::u16string const& after : {std::u16string(), std::u16string(u"a"), std::u16string(u"\xDE00")}) {
+                std::u16string const text = before + static_cast<char16_t>(unit) + after;
                 bool const isHigh = unit >= 0xD800 && unit < 0xDC00;
                 bool const isLow = unit >= 0xDC00 && unit < 0xE000;
-                bool const hasPartner = behind == u"\xDE00";
+                bool const hasPartner = after == u"\xDE00";
                 size_t const offset = isLow || (isHigh && !hasPartner) ? before.size()
                                       : hasPartner && !isHigh          ? before.size() + 1
                                                                        : text.size();

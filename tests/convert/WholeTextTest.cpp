@@ -1,4 +1,5 @@
-// kx7text tests - whole texts: nothing is cut off, zeros stay, clean text is what the published converters make of it.
+// kx7text tests - whole texts: nothing is truncated, zeros stay, clean text is what the published converters make of
+// it.
 #include <gtest/gtest.h>
 
 #include "tests/convert/Samples.h"
@@ -61,7 +62,7 @@ TEST_P(WholeText, EncodesAsThePublishedConverter)
     }
 }
 
-// Units that no decoder may deliver: the encoders behind them rely on it.
+// Units that no decoder may deliver: the encoders after them rely on it.
 TEST_P(WholeText, DecodersDeliverWellFormedText)
 {
     for (unsigned int first = 0; first < 0x100; ++first)

@@ -64,7 +64,7 @@ TEST(Converters, CountingNothingYieldsZero)
         }
 }
 
-TEST(Converters, NoRoomWritesTheTerminatorOnly)
+TEST(Converters, NoCapacityWritesTheTerminatorOnly)
 {
     for (NamedConverter const& tested : byteConverters())
         for (ILLCHAR_OPTYPE const op : OPERATIONS) {
@@ -84,13 +84,15 @@ TEST(Converters, EmptySourceWritesTheTerminatorOnly)
 {
     unsigned short const noUnits[] = {0};
     for (NamedConverter const& tested : byteConverters())
-        for (unsigned int const room : {0u, 1u, 7u, 0x7FFFFFFFu, 0xFFFFFFFFu}) {
+        for (unsigned int const capacity : {0u, 1u, 7u, 0x7FFFFFFFu, 0xFFFFFFFFu}) {
             Fenced<unsigned short> units;
             Fenced<unsigned char> bytes;
             unsigned short* const unitDest = units.arm(1);
             unsigned char* const byteDest = bytes.arm(1);
-            EXPECT_EQ(tested.converter.toUTF16(unitDest, "", room, ILLCHAR_REPLACE, nullptr, -1), 0u) << tested.name;
-            EXPECT_EQ(tested.converter.fromUTF16(byteDest, noUnits, room, ILLCHAR_REPLACE, nullptr), 0u) << tested.name;
+            EXPECT_EQ(tested.converter.toUTF16(unitDest, "", capacity, ILLCHAR_REPLACE, nullptr, -1), 0u)
+                << tested.name;
+            EXPECT_EQ(tested.converter.fromUTF16(byteDest, noUnits, capacity, ILLCHAR_REPLACE, nullptr), 0u)
+                << tested.name;
             EXPECT_EQ(unitDest[0], 0u) << tested.name;
             EXPECT_EQ(byteDest[0], 0u) << tested.name;
             EXPECT_TRUE(units.intact() && bytes.intact()) << tested.name;
@@ -112,16 +114,16 @@ TEST(Converters, DirectPathsToAndFromUTF8DoNothing)
         }
 }
 
-TEST(Converters, EscapeNeedsSixBytesOfRoom)
+TEST(Converters, EscapeNeedsSixBytesOfCapacity)
 {
     unsigned short const unmappable[] = {0xD800, 0};
     for (NamedConverter const& tested : byteConverters())
-        for (unsigned int room = 0; room <= 7; ++room) {
+        for (unsigned int capacity = 0; capacity <= 7; ++capacity) {
             Fenced<unsigned char> bytes;
-            unsigned char* const dest = bytes.arm(room + 1);
-            unsigned int const expected = room < 6 ? 0 : 6;
-            ASSERT_EQ(tested.converter.fromUTF16(dest, unmappable, room, ILLCHAR_ESCAPE, nullptr), expected)
-                << tested.name << " room " << room;
+            unsigned char* const dest = bytes.arm(capacity + 1);
+            unsigned int const expected = capacity < 6 ? 0 : 6;
+            ASSERT_EQ(tested.converter.fromUTF16(dest, unmappable, capacity, ILLCHAR_ESCAPE, nullptr), expected)
+                << tested.name << " capacity " << capacity;
             EXPECT_STREQ(reinterpret_cast<char const*>(dest), expected == 0 ? "" : "U+D800") << tested.name;
             EXPECT_TRUE(bytes.intact()) << tested.name;
         }

@@ -72,16 +72,16 @@ TEST(CP932, BlankIsNoTrailByte)
         {"escape acts as replace", "\x82\x20", 8, ILLCHAR_ESCAPE, -1, u"\uFFFD ", SET},
         {"an operation without a name too", "\x82\x20", 8, UNNAMED_OPERATION, -1, u"\uFFFD ", SET},
         {"stopped", "\x82\x20", 8, ILLCHAR_STOP, -1, {}, SET},
-        {"stopped behind a letter", "Q\x82\x20", 8, ILLCHAR_STOP, -1, u"Q", SET},
+        {"stopped after a letter", "Q\x82\x20", 8, ILLCHAR_STOP, -1, u"Q", SET},
     });
 }
 
-TEST(CP932, ByteBehindABadLeadIsReadAfresh)
+TEST(CP932, ByteAfterABadLeadIsReadAfresh)
 {
     cp932.decodes({
         {"a byte that neither trails nor leads", "\x82\xFE\x82\xA0", 8, ILLCHAR_REPLACE, -1, u"\uFFFD\uFFFD\u3042",
          SET},
-        {"stop behind the replacement", "\x82\x20", 1, ILLCHAR_REPLACE, -1, u"\uFFFD", SET},
+        {"stop after the replacement", "\x82\x20", 1, ILLCHAR_REPLACE, -1, u"\uFFFD", SET},
     });
 }
 
@@ -91,7 +91,7 @@ TEST(DoubleByte, LeadByteAtTheEndIsReplacedAndEnds)
         tested.decodes({
             {"replaced", "\x82", 8, ILLCHAR_REPLACE, -1, u"\uFFFD", SET},
             {"stopped", "\x82", 8, ILLCHAR_STOP, -1, {}, SET},
-            {"behind a letter", "Z\xFC", 8, ILLCHAR_REPLACE, -1, u"Z\uFFFD", SET},
+            {"after a letter", "Z\xFC", 8, ILLCHAR_REPLACE, -1, u"Z\uFFFD", SET},
             {"with a limit before it", "Z\xFC", 8, ILLCHAR_REPLACE, 1, u"Z", CLEARED},
         });
 }
@@ -103,7 +103,7 @@ TEST(DoubleByte, LimitIsNotAppliedAfterAnIllegalSequence)
             {"goes on to the blank", "\x82\x20Z", 8, ILLCHAR_REPLACE, 1, u"\uFFFD ", SET},
             {"reached by the blank", "\x82\x20Z", 8, ILLCHAR_REPLACE, 2, u"\uFFFD ", SET},
             {"reached by a letter", "Z\x82\x20Z", 8, ILLCHAR_REPLACE, 1, u"Z", CLEARED},
-            {"room ends it nevertheless", "\x82\x20Z", 1, ILLCHAR_REPLACE, 1, u"\uFFFD", SET},
+            {"capacity ends it nevertheless", "\x82\x20Z", 1, ILLCHAR_REPLACE, 1, u"\uFFFD", SET},
         });
 }
 
@@ -125,16 +125,16 @@ TEST(DoubleByte, LimitIsAppliedAfterAnUnmappedCode)
 TEST(DoubleByte, LimitCountsBytesAndZeroOrLessIsNone)
 {
     cp932.decodes({
-        {"behind the first pair", "\x82\xA0\x82\xA2", 8, ILLCHAR_REPLACE, 2, u"\u3042", CLEARED},
+        {"after the first pair", "\x82\xA0\x82\xA2", 8, ILLCHAR_REPLACE, 2, u"\u3042", CLEARED},
         {"cuts a pair, which is converted whole", "\x82\xA0\x82\xA2", 8, ILLCHAR_REPLACE, 3, u"\u3042\u3044", CLEARED},
         {"cuts the first", "\x82\xA0\x82\xA2", 8, ILLCHAR_REPLACE, 1, u"\u3042", CLEARED},
         {"none", "\x82\xA0\x82\xA2", 8, ILLCHAR_REPLACE, 0, u"\u3042\u3044", CLEARED},
         {"none either", "\x82\xA0\x82\xA2", 8, ILLCHAR_REPLACE, INT_MIN, u"\u3042\u3044", CLEARED},
-        {"far behind", "\x82\xA0", 8, ILLCHAR_REPLACE, INT_MAX, u"\u3042", CLEARED},
+        {"far after", "\x82\xA0", 8, ILLCHAR_REPLACE, INT_MAX, u"\u3042", CLEARED},
     });
 }
 
-TEST(DoubleByte, RoomOfExactlyTheTextHasItsTerminatorBehind)
+TEST(DoubleByte, CapacityOfExactlyTheTextHasItsTerminatorAfter)
 {
     cp932.decodes({
         {"all", "\x82\xA0\x82\xA2", 2, ILLCHAR_REPLACE, -1, u"\u3042\u3044", CLEARED},
@@ -171,7 +171,7 @@ TEST(DoubleByte, EscapeThatDoesNotFitEndsTheText)
         tested.encodes({
             {"five", u"\u0E01z", 5, ILLCHAR_ESCAPE, {}, SET},
             {"six", u"\u0E01z", 6, ILLCHAR_ESCAPE, "U+0E01", SET},
-            {"five behind a letter", u"Q\u0E01z", 6, ILLCHAR_ESCAPE, "Q", SET},
+            {"five after a letter", u"Q\u0E01z", 6, ILLCHAR_ESCAPE, "Q", SET},
         });
 }
 
@@ -271,7 +271,7 @@ TEST(ShiftJis2004, CodeBeyondThePlaneIsAPair)
     shiftJis2004.decodes({
         {"pair", "\x87\xA0", 8, ILLCHAR_STOP, -1, u"\U0002000B", CLEARED},
         {"it fits", "z\x87\xA0", 3, ILLCHAR_STOP, -1, u"z\U0002000B", CLEARED},
-        {"behind a replacement", "\x82 \x87\xA0", 8, ILLCHAR_REPLACE, -1, u"\uFFFD \U0002000B", SET},
+        {"after a replacement", "\x82 \x87\xA0", 8, ILLCHAR_REPLACE, -1, u"\uFFFD \U0002000B", SET},
         {"at its limit", "\x87\xA0z", 8, ILLCHAR_STOP, 2, u"\U0002000B", CLEARED},
     });
     shiftJis2004.encodes({{"pair", u"\U0002000B\u3042", 8, ILLCHAR_STOP, "\x87\xA0\x82\xA0", CLEARED},
@@ -281,7 +281,7 @@ TEST(ShiftJis2004, CodeBeyondThePlaneIsAPair)
     shiftJis2004.countsBytes(u"\U0002000Bz", UNTIL_TERMINATOR, 3);
 }
 
-TEST(ShiftJis2004, PairWithRoomForOneUnitEndsTheText)
+TEST(ShiftJis2004, PairWithCapacityForOneUnitEndsTheText)
 {
     shiftJis2004.decodes({
         {"one unit", "\x87\xA0", 1, ILLCHAR_REPLACE, -1, {}, CLEARED},

@@ -46,7 +46,7 @@ TEST(EUC, Sizes)
 TEST(EUCKR, PairsBothWays)
 {
     eucKr.decodes({{"syllable", "\xB0\xA1z", 8, ILLCHAR_STOP, -1, u"\uAC00z", CLEARED},
-                   {"room", "\xB0\xA1\xB0\xA1", 1, ILLCHAR_STOP, -1, u"\uAC00", CLEARED}});
+                   {"capacity", "\xB0\xA1\xB0\xA1", 1, ILLCHAR_STOP, -1, u"\uAC00", CLEARED}});
     eucKr.encodes({{"syllable", u"\uAC00z", 3, ILLCHAR_STOP, "\xB0\xA1z", CLEARED},
                    {"half of it", u"z\uAC00", 2, ILLCHAR_STOP, "z", CLEARED}});
     eucCn.decodes({{"character", "\xB0\xA1z", 8, ILLCHAR_STOP, -1, u"\u554Az", CLEARED}});
@@ -127,12 +127,12 @@ TEST(EUCKR, HalvesOfAPairAreUnmapped)
         tested.encodes({
             {"replaced", u"\U0001F600", 8, ILLCHAR_REPLACE, "??", SET},
             {"escaped", u"\U0001F600", 12, ILLCHAR_ESCAPE, "U+D83DU+DE00", SET},
-            {"five bytes of room", u"\U0001F600", 5, ILLCHAR_ESCAPE, {}, SET},
+            {"five bytes of capacity", u"\U0001F600", 5, ILLCHAR_ESCAPE, {}, SET},
             {"at the end", {0xD800}, 8, ILLCHAR_REPLACE, "?", SET},
         });
 }
 
-TEST(EUCJP, KatakanaBehindSingleShift2)
+TEST(EUCJP, KatakanaAfterSingleShift2)
 {
     eucJp.decodes({
         {"katakana", "\x8E\xB1", 8, ILLCHAR_STOP, -1, u"\uFF71", CLEARED},
@@ -156,9 +156,9 @@ TEST(EUCJP, SingleShift3IsUnmappedAndWhatFollowsIsReadOnItsOwn)
     });
 }
 
-TEST(EUCJP, NothingIsReadBehindAZeroByteAfterSingleShift3)
+TEST(EUCJP, NothingIsReadAfterAZeroByteAfterSingleShift3)
 {
-    // The row ends at an unreadable page behind its terminator.
+    // The row ends at an unreadable page after its terminator.
     eucJp.decodes({{"end", "\x8F", 8, ILLCHAR_REPLACE, -1, u"\uFFFD", SET},
                    {"one byte", "\x8Fz", 8, ILLCHAR_REPLACE, -1, u"\uFFFDz", SET}});
 }

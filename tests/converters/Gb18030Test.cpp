@@ -73,7 +73,7 @@ TEST(GB18030, SupplementaryPlanesAreComputed)
     gb18030.decodes({
         {"U+10000", "\x90\x30\x81\x30", 8, ILLCHAR_STOP, -1, {0xD800, 0xDC00}, CLEARED},
         {"U+10FFFF", "\xE3\x32\x9A\x35", 8, ILLCHAR_STOP, -1, {0xDBFF, 0xDFFF}, CLEARED},
-        {"room for one unit", "z\x90\x30\x81\x30", 2, ILLCHAR_REPLACE, -1, u"z", CLEARED},
+        {"space for one unit", "z\x90\x30\x81\x30", 2, ILLCHAR_REPLACE, -1, u"z", CLEARED},
         {"limit within", "\x90\x30\x81\x30z", 8, ILLCHAR_REPLACE, 1, {0xD800, 0xDC00}, CLEARED},
     });
     gb18030.encodes({
@@ -98,7 +98,7 @@ TEST(GB18030, CodeJustPastU10FFFFIsIllegal)
 TEST(GB18030, CodesBetweenThePlaneAndTheSupplementaryOnesAreUnmapped)
 {
     gb18030.decodes({
-        {"first behind", "\x84\x31\xA5\x30z", 8, ILLCHAR_REPLACE, -1, u"\uFFFDz", SET},
+        {"first after", "\x84\x31\xA5\x30z", 8, ILLCHAR_REPLACE, -1, u"\uFFFDz", SET},
         {"last before", "\x8F\x39\xFE\x39z", 8, ILLCHAR_REPLACE, -1, u"\uFFFDz", SET},
         {"between", "\x85\x30\x81\x30z", 8, ILLCHAR_REPLACE, -1, u"\uFFFDz", SET},
     });
@@ -164,9 +164,9 @@ TEST(GB18030, LoneLowSurrogateIsUnmapped)
     gb18030.encodes({
         {"replaced", {0xDC00, u'z'}, 8, ILLCHAR_REPLACE, "?z", SET},
         {"escaped", {0xDC00, u'z'}, 8, ILLCHAR_ESCAPE, "U+DC00z", SET},
-        {"escape without room", {u'z', 0xDC00, u'z'}, 6, ILLCHAR_ESCAPE, "z", SET},
+        {"escape without capacity", {u'z', 0xDC00, u'z'}, 6, ILLCHAR_ESCAPE, "z", SET},
         {"stopped", {u'z', 0xDC00, u'z'}, 8, ILLCHAR_STOP, "z", SET},
-        {"behind a pair", {0xD800, 0xDC00, 0xDC00}, 8, ILLCHAR_REPLACE, "\x90\x30\x81\x30?", SET},
+        {"after a pair", {0xD800, 0xDC00, 0xDC00}, 8, ILLCHAR_REPLACE, "\x90\x30\x81\x30?", SET},
     });
     gb18030.countsBytes({0xDC00, u'z'}, UNTIL_TERMINATOR, 2);
 }

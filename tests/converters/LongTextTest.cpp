@@ -1,4 +1,4 @@
-// kx7text tests - texts longer than what the library looks at in one go, and texts that memory ends behind.
+// kx7text tests - texts longer than what the library looks at in one go, and texts that memory ends after.
 #include <gtest/gtest.h>
 
 #include <climits>
@@ -131,9 +131,9 @@ TEST_F(LongTexts, RandomTextsEncode)
     }
 }
 
-TEST_F(LongTexts, NothingIsReadBehindTheCharacterThatFillsTheRoom)
+TEST_F(LongTexts, NothingIsReadAfterTheCharacterThatFillsTheCapacity)
 {
-    // Without a terminator: the room is what says that the text is over.
+    // Without a terminator: the capacity is what says that the text is over.
     std::string const wholeCharacters[] = {"A", "\xC3\xA9", "\xE2\x82\xAC", "\xF0\x9F\x98\x80", "\xED\xA0\x80"};
     Utf8Model const model;
     Probe probe(g_oConverterUTF8, model);
@@ -142,13 +142,13 @@ TEST_F(LongTexts, NothingIsReadBehindTheCharacterThatFillsTheRoom)
             for (std::string const& b : wholeCharacters) {
                 std::string const bytes = std::string(letters, 'x') + a + b;
                 Decoded const expected = model.toUTF16({bytes, INT_MAX, ILLCHAR_REPLACE, -1});
-                auto const room = static_cast<unsigned int>(expected.units.size());
-                probe.decode({bytes, room, ILLCHAR_REPLACE, -1}, expected, FlagArgument::NONE, "room",
+                auto const capacity = static_cast<unsigned int>(expected.units.size());
+                probe.decode({bytes, capacity, ILLCHAR_REPLACE, -1}, expected, FlagArgument::NONE, "capacity",
                              Terminator::ABSENT);
             }
 }
 
-TEST_F(LongTexts, NothingIsReadBehindTheCharacterThatReachesTheLimit)
+TEST_F(LongTexts, NothingIsReadAfterTheCharacterThatReachesTheLimit)
 {
     for (Subject const& subject : subjects()) {
         SCOPED_TRACE(subject.name);
@@ -171,7 +171,7 @@ TEST_F(LongTexts, NothingIsReadBehindTheCharacterThatReachesTheLimit)
     }
 }
 
-TEST_F(LongTexts, NothingIsReadBehindTheUnitThatFillsTheRoom)
+TEST_F(LongTexts, NothingIsReadAfterTheUnitThatFillsTheCapacity)
 {
     for (Subject const& subject : subjects()) {
         SCOPED_TRACE(subject.name);
@@ -179,7 +179,7 @@ TEST_F(LongTexts, NothingIsReadBehindTheUnitThatFillsTheRoom)
         for (size_t const length : {size_t{1}, size_t{7}, PIECE_UNITS - 1, PIECE_UNITS, PIECE_UNITS + 1}) {
             std::u16string const letters(length, u'x');
             EncodeCall const call{letters, static_cast<unsigned int>(length), ILLCHAR_REPLACE};
-            probe.encode(call, subject.model.fromUTF16(call), FlagArgument::NONE, "room", Terminator::ABSENT);
+            probe.encode(call, subject.model.fromUTF16(call), FlagArgument::NONE, "capacity", Terminator::ABSENT);
         }
     }
 }

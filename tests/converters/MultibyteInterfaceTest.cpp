@@ -81,23 +81,26 @@ TEST(MultibyteConverters, CountingNothingYieldsZero)
     }
 }
 
-TEST(MultibyteConverters, NoRoomOrNoSourceWritesTheTerminatorOnlyAndClearsTheFlag)
+TEST(MultibyteConverters, NoCapacityOrNoSourceWritesTheTerminatorOnlyAndClearsTheFlag)
 {
     char const nothing[4] = {};
     unsigned short const noUnits[] = {0};
     for (NamedConverter const& tested : CONVERTERS) {
         unsigned int const size = tested.converter.getNullCharSize();
         for (ILLCHAR_OPTYPE const op : OPERATIONS)
-            for (unsigned int const room : {0u, 1u, 7u, 0x7FFFFFFFu, 0xFFFFFFFFu}) {
+            for (unsigned int const capacity : {0u, 1u, 7u, 0x7FFFFFFFu, 0xFFFFFFFFu}) {
                 Fenced<unsigned short> units;
                 Fenced<unsigned char> bytes;
                 unsigned short* const unitDest = units.arm(1);
                 unsigned char* const byteDest = bytes.arm(size);
                 bool flags[] = {true, true};
-                EXPECT_EQ(tested.converter.toUTF16(unitDest, room == 0 ? SOME_BYTES : nothing, room, op, flags, 4), 0u)
+                EXPECT_EQ(
+                    tested.converter.toUTF16(unitDest, capacity == 0 ? SOME_BYTES : nothing, capacity, op, flags, 4),
+                    0u)
                     << tested.name;
-                EXPECT_EQ(tested.converter.fromUTF16(byteDest, room == 0 ? SOME_UNITS : noUnits, room, op, flags + 1),
-                          0u)
+                EXPECT_EQ(
+                    tested.converter.fromUTF16(byteDest, capacity == 0 ? SOME_UNITS : noUnits, capacity, op, flags + 1),
+                    0u)
                     << tested.name;
                 EXPECT_EQ(unitDest[0], 0u) << tested.name;
                 EXPECT_TRUE(std::all_of(byteDest, byteDest + size, [](unsigned char byte) { return byte == 0; }))

@@ -122,8 +122,8 @@ TEST(SingleByte, UndefinedByteBecomesAReplacementOrStops)
                            {0x0E01},
                            Flag::SET},
                           {"stop at once", "\xDB", 8, ILLCHAR_STOP, -1, {}, Flag::SET},
-                          {"behind the room", "A\xDB", 1, ILLCHAR_REPLACE, -1, u"A", Flag::CLEARED},
-                          {"behind the limit", "A\xDB", 8, ILLCHAR_REPLACE, 1, u"A", Flag::CLEARED},
+                          {"after the capacity", "A\xDB", 1, ILLCHAR_REPLACE, -1, u"A", Flag::CLEARED},
+                          {"after the limit", "A\xDB", 8, ILLCHAR_REPLACE, 1, u"A", Flag::CLEARED},
                           {"counts for the limit",
                            "\xDB"
                            "AB",
@@ -132,7 +132,7 @@ TEST(SingleByte, UndefinedByteBecomesAReplacementOrStops)
                            2,
                            {0xFFFD, 'A'},
                            Flag::SET},
-                          {"no room", "\xDB", 0, ILLCHAR_REPLACE, -1, {}, Flag::CLEARED},
+                          {"no space", "\xDB", 0, ILLCHAR_REPLACE, -1, {}, Flag::CLEARED},
                       });
 }
 
@@ -143,7 +143,7 @@ TEST(SingleByte, UnmappableUnitIsReplacedEscapedOrStops)
                           {"replaced", {'A', 0x4E00, 'B'}, 8, ILLCHAR_REPLACE, "A?B", Flag::LEFT},
                           {"unnamed replaces", {0x4E00, 'B'}, 8, UNNAMED_OPERATION, "?B", Flag::LEFT},
                           {"escaped", {0x4E00}, 8, ILLCHAR_ESCAPE, "U+4E00", Flag::LEFT},
-                          {"escaped, text behind", {0x4E00, 'A'}, 8, ILLCHAR_ESCAPE, "U+4E00A", Flag::LEFT},
+                          {"escaped, text after", {0x4E00, 'A'}, 8, ILLCHAR_ESCAPE, "U+4E00A", Flag::LEFT},
                           {"four upper-case digits", {0x0ABC}, 8, ILLCHAR_ESCAPE, "U+0ABC", Flag::LEFT},
                           {"stop ends before it", {'A', 0x4E00, 'B'}, 8, ILLCHAR_STOP, "A", Flag::LEFT},
                           {"stop at once", {0x4E00}, 8, ILLCHAR_STOP, "", Flag::LEFT},
@@ -165,13 +165,13 @@ TEST(SingleByte, EncodingLeavesTheFlagAsItWas)
         }
 }
 
-TEST(SingleByte, EscapeTakesSixBytesOfRoomAndNeverIsCut)
+TEST(SingleByte, EscapeTakesSixBytesOfCapacityAndNeverIsCut)
 {
     expectEncodedRows(g_oConverterWCP1252, western,
                       {
-                          {"five bytes of room", {0x4E00}, 5, ILLCHAR_ESCAPE, "", Flag::LEFT},
-                          {"a letter behind it is not taken", {0x4E00, 'A'}, 5, ILLCHAR_ESCAPE, "", Flag::LEFT},
-                          {"six bytes of room", {0x4E00, 'A'}, 6, ILLCHAR_ESCAPE, "U+4E00", Flag::LEFT},
+                          {"five bytes of capacity", {0x4E00}, 5, ILLCHAR_ESCAPE, "", Flag::LEFT},
+                          {"a letter after it is not taken", {0x4E00, 'A'}, 5, ILLCHAR_ESCAPE, "", Flag::LEFT},
+                          {"six bytes of capacity", {0x4E00, 'A'}, 6, ILLCHAR_ESCAPE, "U+4E00", Flag::LEFT},
                           {"eleven hold one", {0x4E00, 0x4E01}, 11, ILLCHAR_ESCAPE, "U+4E00", Flag::LEFT},
                           {"twelve hold two", {0x4E00, 0x4E01}, 12, ILLCHAR_ESCAPE, "U+4E00U+4E01", Flag::LEFT},
                       });
@@ -195,7 +195,7 @@ TEST(SingleByte, SourceLimitCountsBytesAndZeroConvertsNothing)
                           {"zero", "ABCDE", 8, ILLCHAR_REPLACE, 0, {}, Flag::CLEARED},
                           {"below zero: none", "ABCDE", 8, ILLCHAR_REPLACE, -1, u"ABCDE", Flag::CLEARED},
                           {"far below", "ABCDE", 8, ILLCHAR_REPLACE, INT_MIN, u"ABCDE", Flag::CLEARED},
-                          {"behind the text", "ABC", 8, ILLCHAR_REPLACE, 7, u"ABC", Flag::CLEARED},
+                          {"after the text", "ABC", 8, ILLCHAR_REPLACE, 7, u"ABC", Flag::CLEARED},
                       });
 }
 
@@ -241,27 +241,27 @@ TEST(SingleByte, EveryByteAndUnitOfAMappingList)
     compareEveryByteAndUnit(sample.probe);
 }
 
-TEST(SingleByte, EveryRoomAndLimit)
+TEST(SingleByte, EveryCapacityAndLimit)
 {
     Sample sample;
     std::vector<std::string> const fragments = sampleByteFragments();
     for (std::string const& a : fragments)
         for (std::string const& b : fragments)
             for (ILLCHAR_OPTYPE const op : OPERATIONS)
-                for (unsigned int room = 0; room <= a.size() + b.size() + 9; ++room)
+                for (unsigned int capacity = 0; capacity <= a.size() + b.size() + 9; ++capacity)
                     for (int limit = -1; limit <= static_cast<int>(a.size() + b.size() + 9); ++limit)
-                        sample.probe.compareDecode({a + b + "C", room, op, limit});
+                        sample.probe.compareDecode({a + b + "C", capacity, op, limit});
 }
 
-TEST(SingleByte, EveryRoomForEncoding)
+TEST(SingleByte, EveryCapacityForEncoding)
 {
     Sample sample;
     std::vector<std::u16string> const fragments = sampleUnitFragments();
     for (std::u16string const& a : fragments)
         for (std::u16string const& b : fragments)
             for (ILLCHAR_OPTYPE const op : OPERATIONS)
-                for (unsigned int room = 0; room <= 6 * (a.size() + b.size() + 1) + 8; ++room)
-                    sample.probe.compareEncode({a + b + u"C", room, op});
+                for (unsigned int capacity = 0; capacity <= 6 * (a.size() + b.size() + 1) + 8; ++capacity)
+                    sample.probe.compareEncode({a + b + u"C", capacity, op});
 }
 
 TEST(SingleByte, ConverterWithoutAListMapsNothing)

@@ -44,10 +44,10 @@ TEST(UTF16, LimitCountsUnits)
 {
     utf16.decodes({
         {"three", bytes(u"abcde"), 8, ILLCHAR_STOP, 3, u"abc", CLEARED},
-        {"behind the text", bytes(u"abc"), 8, ILLCHAR_STOP, 5, u"abc", CLEARED},
-        {"far behind", bytes(u"abc"), 8, ILLCHAR_STOP, INT_MAX, u"abc", CLEARED},
-        {"a room that is smaller", bytes(u"abcde"), 2, ILLCHAR_STOP, 3, u"ab", CLEARED},
-        {"no room", bytes(u"abc"), 0, ILLCHAR_STOP, 3, {}, CLEARED},
+        {"after the text", bytes(u"abc"), 8, ILLCHAR_STOP, 5, u"abc", CLEARED},
+        {"far after", bytes(u"abc"), 8, ILLCHAR_STOP, INT_MAX, u"abc", CLEARED},
+        {"a capacity that is smaller", bytes(u"abcde"), 2, ILLCHAR_STOP, 3, u"ab", CLEARED},
+        {"no space", bytes(u"abc"), 0, ILLCHAR_STOP, 3, {}, CLEARED},
     });
 }
 
@@ -60,7 +60,7 @@ TEST(UTF16, UnitsAreCopiedAsTheyAre)
     }
 }
 
-TEST(UTF16, OddRoomLeavesItsLastByte)
+TEST(UTF16, OddCapacityLeavesItsLastByte)
 {
     utf16.encodes({
         {"five bytes are two units", u"abc", 5, ILLCHAR_STOP, bytes(u"ab"), CLEARED},
@@ -70,7 +70,7 @@ TEST(UTF16, OddRoomLeavesItsLastByte)
     });
 }
 
-TEST(UTF16, PairMayBeCutByTheRoom)
+TEST(UTF16, PairMayBeCutByTheCapacity)
 {
     utf16.encodes({{"half", u"\U0001F600", 2, ILLCHAR_STOP, bytes({0xD83D}), CLEARED}});
     utf16.decodes({{"half", bytes(u"\U0001F600"), 1, ILLCHAR_STOP, 2, {0xD83D}, CLEARED}});
@@ -134,7 +134,7 @@ TEST(UTF16Escape, CutEscapeIsText)
 {
     escaped.decodes({
         {"four units", "U+12", 8, ILLCHAR_STOP, -1, u"U+12", CLEARED},
-        {"an escape behind a cut one", "U+12U+00E9", 8, ILLCHAR_STOP, -1, {'U', '+', '1', '2', 0xE9}, CLEARED},
+        {"an escape after a cut one", "U+12U+00E9", 8, ILLCHAR_STOP, -1, {'U', '+', '1', '2', 0xE9}, CLEARED},
         {"two of U", "UU+00E9", 8, ILLCHAR_STOP, -1, {'U', 0xE9}, CLEARED},
         {"U at the end", "U", 8, ILLCHAR_STOP, -1, u"U", CLEARED},
     });
@@ -161,7 +161,7 @@ TEST(UTF16Escape, EscapeThatDoesNotFitEndsTheText)
     escaped.encodes({
         {"five bytes", {0xE9}, 5, ILLCHAR_ESCAPE, {}, CLEARED},
         {"six", {0xE9}, 6, ILLCHAR_ESCAPE, "U+00E9", CLEARED},
-        {"a letter behind does not slip in", {0xE9, u'a'}, 5, ILLCHAR_REPLACE, {}, CLEARED},
+        {"a letter after does not slip in", {0xE9, u'a'}, 5, ILLCHAR_REPLACE, {}, CLEARED},
     });
 }
 
@@ -179,9 +179,9 @@ TEST(UTF16Escape, LimitCountsBytesAndZeroOrLessIsNone)
     escaped.decodes({
         {"within an escape, which is converted whole", "U+00E9z", 8, ILLCHAR_STOP, 1, {0xE9}, CLEARED},
         {"at its end", "U+00E9z", 8, ILLCHAR_STOP, 6, {0xE9}, CLEARED},
-        {"behind it", "U+00E9z", 8, ILLCHAR_STOP, 7, {0xE9, u'z'}, CLEARED},
+        {"after it", "U+00E9z", 8, ILLCHAR_STOP, 7, {0xE9, u'z'}, CLEARED},
         {"none", "U+00E9z", 8, ILLCHAR_STOP, 0, {0xE9, u'z'}, CLEARED},
-        {"no room", "U+00E9z", 0, ILLCHAR_STOP, -1, {}, CLEARED},
-        {"room of one", "U+00E9z", 1, ILLCHAR_STOP, -1, {0xE9}, CLEARED},
+        {"no space", "U+00E9z", 0, ILLCHAR_STOP, -1, {}, CLEARED},
+        {"capacity of one", "U+00E9z", 1, ILLCHAR_STOP, -1, {0xE9}, CLEARED},
     });
 }

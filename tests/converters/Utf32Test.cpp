@@ -46,39 +46,39 @@ void expectSequence(std::string const& text, unsigned int codePoint, unsigned in
 }
 
 /** fromUTF8 as the model has it, with and without a flag, in memory of exactly what may be written. */
-void compareFromUTF8(std::string const& text, unsigned int room)
+void compareFromUTF8(std::string const& text, unsigned int capacity)
 {
-    std::u32string const expected = Utf32Model::fromUTF8(text, room);
+    std::u32string const expected = Utf32Model::fromUTF8(text, capacity);
     static PageEnd<unsigned char> memory;
     for (bool const withFlag : {false, true}) {
         Fenced<unsigned int> dest;
         unsigned int* const out = dest.arm(expected.size());
         bool flag = true;
         unsigned int const count =
-            g_oConverterUTF32.fromUTF8(out, memory.hold(text, 1), room, ILLCHAR_STOP, withFlag ? &flag : nullptr);
-        ASSERT_EQ(count, expected.size() - 1) << hex(text) << " room " << room;
-        ASSERT_EQ(std::u32string(out, out + expected.size()), expected) << hex(text) << " room " << room;
-        ASSERT_TRUE(dest.intact()) << hex(text) << " room " << room;
+            g_oConverterUTF32.fromUTF8(out, memory.hold(text, 1), capacity, ILLCHAR_STOP, withFlag ? &flag : nullptr);
+        ASSERT_EQ(count, expected.size() - 1) << hex(text) << " capacity " << capacity;
+        ASSERT_EQ(std::u32string(out, out + expected.size()), expected) << hex(text) << " capacity " << capacity;
+        ASSERT_TRUE(dest.intact()) << hex(text) << " capacity " << capacity;
         ASSERT_EQ(flag, !withFlag) << "it is cleared and never set";
     }
 }
 
 /** toUTF8 as the model has it; what it writes is all that may be written. */
-void compareToUTF8(std::u32string const& codePoints, unsigned int room)
+void compareToUTF8(std::u32string const& codePoints, unsigned int capacity)
 {
-    Utf32Model::Utf8 const expected = Utf32Model::toUTF8(codePoints, room);
+    Utf32Model::Utf8 const expected = Utf32Model::toUTF8(codePoints, capacity);
     static PageEnd<unsigned char> memory;
     for (bool const before : {false, true}) {
         Fenced<unsigned char> dest;
         unsigned char* const out = dest.arm(expected.bytes.size() + (expected.terminated ? 1 : 0));
         bool flag = before;
         unsigned int const count =
-            g_oConverterUTF32.toUTF8(out, memory.hold(bytes(codePoints), 4), room, ILLCHAR_STOP, &flag);
-        ASSERT_EQ(count, expected.bytes.size()) << hex(codePoints) << " room " << room;
-        ASSERT_EQ(std::string(out, out + count), expected.bytes) << hex(codePoints) << " room " << room;
-        ASSERT_TRUE(!expected.terminated || out[count] == 0) << hex(codePoints) << " room " << room;
-        ASSERT_TRUE(dest.intact()) << hex(codePoints) << " room " << room;
-        ASSERT_EQ(flag, expected.flag == SET) << hex(codePoints) << " room " << room;
+            g_oConverterUTF32.toUTF8(out, memory.hold(bytes(codePoints), 4), capacity, ILLCHAR_STOP, &flag);
+        ASSERT_EQ(count, expected.bytes.size()) << hex(codePoints) << " capacity " << capacity;
+        ASSERT_EQ(std::string(out, out + count), expected.bytes) << hex(codePoints) << " capacity " << capacity;
+        ASSERT_TRUE(!expected.terminated || out[count] == 0) << hex(codePoints) << " capacity " << capacity;
+        ASSERT_TRUE(dest.intact()) << hex(codePoints) << " capacity " << capacity;
+        ASSERT_EQ(flag, expected.flag == SET) << hex(codePoints) << " capacity " << capacity;
     }
 }
 
@@ -105,8 +105,8 @@ TEST(UTF32, DecodesPairs)
          -1,
          {0xFFFF, 0xD800, 0xDC00, 0xDBFF, 0xDFFF},
          CLEARED},
-        {"room for one unit", bytes({u'z', 0x1F600}), 2, ILLCHAR_REPLACE, -1, u"z", CLEARED},
-        {"no room", bytes({0x1F600}), 0, ILLCHAR_REPLACE, -1, {}, CLEARED},
+        {"space for one unit", bytes({u'z', 0x1F600}), 2, ILLCHAR_REPLACE, -1, u"z", CLEARED},
+        {"no space", bytes({0x1F600}), 0, ILLCHAR_REPLACE, -1, {}, CLEARED},
     });
 }
 
@@ -132,7 +132,7 @@ TEST(UTF32, LimitCountsCodePointsAndZeroConvertsNothing)
         {"zero", bytes(U"abc"), 8, ILLCHAR_STOP, 0, {}, CLEARED},
         {"none", bytes(U"abc"), 8, ILLCHAR_STOP, -1, u"abc", CLEARED},
         {"none either", bytes(U"abc"), 8, ILLCHAR_STOP, INT_MIN, u"abc", CLEARED},
-        {"far behind", bytes(U"abc"), 8, ILLCHAR_STOP, INT_MAX, u"abc", CLEARED},
+        {"far after", bytes(U"abc"), 8, ILLCHAR_STOP, INT_MAX, u"abc", CLEARED},
     });
 }
 
@@ -228,7 +228,7 @@ TEST(UTF32FromUTF8, EverySequenceOfTwoBytesAndEveryLeadWithBoundaryBytes)
                     }
 }
 
-TEST(UTF32FromUTF8, RoomIsCountedInCodePoints)
+TEST(UTF32FromUTF8, CapacityIsCountedInCodePoints)
 {
     unsigned int dest[4] = {9, 9, 9, 9};
     EXPECT_EQ(g_oConverterUTF32.fromUTF8(dest, reinterpret_cast<unsigned char const*>("abc"), 2, ILLCHAR_STOP, nullptr),
@@ -237,21 +237,21 @@ TEST(UTF32FromUTF8, RoomIsCountedInCodePoints)
     EXPECT_EQ(dest[1], 'b');
     EXPECT_EQ(dest[2], 0u);
     EXPECT_EQ(dest[3], 9u);
-    for (unsigned int room = 0; room <= 6; ++room)
-        compareFromUTF8("ab\xC3\xA9\xF0\x9F\x98\x80\x80", room);
+    for (unsigned int capacity = 0; capacity <= 6; ++capacity)
+        compareFromUTF8("ab\xC3\xA9\xF0\x9F\x98\x80\x80", capacity);
     compareFromUTF8("abc", UINT_MAX);
     compareFromUTF8("", 3);
 }
 
-TEST(UTF32FromUTF8, EveryRoomOfTextsThatCrossAllBranches)
+TEST(UTF32FromUTF8, EveryCapacityOfTextsThatCrossAllBranches)
 {
     std::vector<std::string> fragments = utf8Fragments();
     fragments.push_back("\xFC\x84\x80\x80\x80\x80");
     fragments.push_back("\xF8\x88\x80\x80\x80");
     for (std::string const& a : fragments)
         for (std::string const& b : fragments)
-            for (unsigned int room = 0; room <= a.size() + b.size() + 1; ++room)
-                compareFromUTF8(a + b, room);
+            for (unsigned int capacity = 0; capacity <= a.size() + b.size() + 1; ++capacity)
+                compareFromUTF8(a + b, capacity);
     std::mt19937 random(32);
     for (int i = 0; i < 50; ++i) {
         std::string const text = randomText(random, fragments, random() % (3 * PIECE_UNITS));
@@ -321,24 +321,24 @@ TEST(UTF32ToUTF8, CodePointsWhoseLowBitsAreThoseOfASurrogateAreCharacters)
     EXPECT_EQ(Utf32Model::toUTF8({0x1D800}, 4).flag, CLEARED);
 }
 
-TEST(UTF32ToUTF8, CharacterIsWrittenWholeEvenPastTheRoom)
+TEST(UTF32ToUTF8, CharacterIsWrittenWholeEvenPastTheCapacity)
 {
     unsigned int const source[] = {0xE9, 0};
     Fenced<unsigned char> dest;
     unsigned char* const out = dest.arm(2);
     EXPECT_EQ(g_oConverterUTF32.toUTF8(out, source, 1, ILLCHAR_STOP, nullptr), 2u);
     EXPECT_EQ(std::string(out, out + 2), "\xC3\xA9");
-    EXPECT_TRUE(dest.intact()) << "no terminator behind it";
+    EXPECT_TRUE(dest.intact()) << "no terminator after it";
     compareToUTF8({0x7FFFFFFF, U'A'}, 1);
-    EXPECT_EQ(Utf32Model::toUTF8({0x7FFFFFFF}, 1).bytes.size(), 6u) << "five bytes past the room";
+    EXPECT_EQ(Utf32Model::toUTF8({0x7FFFFFFF}, 1).bytes.size(), 6u) << "five bytes past the capacity";
 }
 
-TEST(UTF32ToUTF8, EveryRoomOfTextsThatCrossAllBranches)
+TEST(UTF32ToUTF8, EveryCapacityOfTextsThatCrossAllBranches)
 {
     for (std::u32string const& a : CODE_POINT_FRAGMENTS)
         for (std::u32string const& b : CODE_POINT_FRAGMENTS)
-            for (unsigned int room = 0; room <= 14; ++room)
-                compareToUTF8(a + b, room);
+            for (unsigned int capacity = 0; capacity <= 14; ++capacity)
+                compareToUTF8(a + b, capacity);
     std::mt19937 random(33);
     for (int i = 0; i < 50; ++i) {
         std::u32string const text = randomText(random, CODE_POINT_FRAGMENTS, random() % (3 * PIECE_UNITS));

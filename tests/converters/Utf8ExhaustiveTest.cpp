@@ -20,14 +20,15 @@ char const BOUNDARY_BYTES[] = {'\x01', '\x41', '\x7F', '\x80', '\x8F', '\x90', '
 char16_t const BOUNDARY_UNITS[] = {0x01,   0x7F,   0x80,   0x7FF,  0x800,  0xD7FF, 0xD800, 0xD801, 0xDBFE,
                                    0xDBFF, 0xDC00, 0xDC01, 0xDFFE, 0xDFFF, 0xE000, 0xFFFD, 0xFFFF};
 
-/** Every operation, every limit that matters and some rooms. */
+/** Every operation, every limit that matters and some capacities. */
 void compareAllWays(Probe& probe, std::string const& bytes)
 {
     int const length = static_cast<int>(bytes.size());
     for (ILLCHAR_OPTYPE const op : OPERATIONS)
         for (int limit = -1; limit <= length + 1; ++limit)
-            for (unsigned int const room : {1u, 2u, 8u})
-                probe.compareDecode({bytes, room, op, limit}, FLAG_ARGUMENTS[static_cast<unsigned int>(limit + 1) % 3]);
+            for (unsigned int const capacity : {1u, 2u, 8u})
+                probe.compareDecode({bytes, capacity, op, limit},
+                                    FLAG_ARGUMENTS[static_cast<unsigned int>(limit + 1) % 3]);
     probe.compareNumUnits(bytes, UNTIL_TERMINATOR);
     for (unsigned int count = 0; count <= bytes.size() + 1; ++count)
         probe.compareNumUnits(bytes, count);
@@ -47,9 +48,9 @@ TEST(UTF8, EverySequenceOfOneOrTwoBytes)
 
 TEST(UTF8, EverySequenceOfThreeBytes)
 {
-    // Operations, rooms and flag arguments take turns.
+    // Operations, capacities and flag arguments take turns.
     Probe probe(g_oConverterUTF8, model);
-    unsigned int const rooms[] = {1, 2, 3, 4, 7};
+    unsigned int const capacities[] = {1, 2, 3, 4, 7};
     size_t turn = 0;
     for (int const limit : {-1, 1, 2, 3}) {
         DecodeCall call{std::string(3, '\0'), 0, ILLCHAR_STOP, limit};
@@ -60,7 +61,7 @@ TEST(UTF8, EverySequenceOfThreeBytes)
                     call.bytes[0] = static_cast<char>(a);
                     call.bytes[1] = static_cast<char>(b);
                     call.bytes[2] = static_cast<char>(c);
-                    call.room = rooms[turn % 5];
+                    call.capacity = capacities[turn % 5];
                     call.op = OPERATIONS[turn % 4];
                     probe.compareDecode(call, FLAG_ARGUMENTS[turn % 3]);
                 }
@@ -92,8 +93,8 @@ TEST(UTF8, EveryUnit)
     for (unsigned int unit = 1; unit <= 0xFFFF && !probe.gaveUp(); ++unit) {
         std::u16string const units(1, static_cast<char16_t>(unit));
         for (ILLCHAR_OPTYPE const op : OPERATIONS)
-            for (unsigned int const room : {1u, 2u, 3u, 7u})
-                probe.compareEncode({units, room, op}, FLAG_ARGUMENTS[(unit + room) % 3]);
+            for (unsigned int const capacity : {1u, 2u, 3u, 7u})
+                probe.compareEncode({units, capacity, op}, FLAG_ARGUMENTS[(unit + capacity) % 3]);
         probe.compareNumBytes(units, UNTIL_TERMINATOR);
         probe.compareNumBytes(units, 1);
     }
@@ -106,8 +107,8 @@ TEST(UTF8, EveryPairOfBoundaryUnits)
         for (char16_t const b : BOUNDARY_UNITS) {
             std::u16string const units{a, b, u'C'};
             for (ILLCHAR_OPTYPE const op : OPERATIONS)
-                for (unsigned int room = 0; room <= 20; ++room)
-                    probe.compareEncode({units, room, op});
+                for (unsigned int capacity = 0; capacity <= 20; ++capacity)
+                    probe.compareEncode({units, capacity, op});
             probe.compareNumBytes(units, UNTIL_TERMINATOR);
             for (unsigned int count = 0; count <= 4; ++count)
                 probe.compareNumBytes(units, count);
@@ -137,7 +138,7 @@ TEST(UTF8, EverySupplementaryCharacterBothWays)
         }
 }
 
-TEST(UTF8, EveryRoomAndLimit)
+TEST(UTF8, EveryCapacityAndLimit)
 {
     Probe probe(g_oConverterUTF8, model);
     std::vector<std::string> const fragments = utf8Fragments();
@@ -145,17 +146,17 @@ TEST(UTF8, EveryRoomAndLimit)
         for (std::string const& b : fragments) {
             std::string const bytes = a + b + "C";
             unsigned int const most = static_cast<unsigned int>(bytes.size()) + 8;
-            for (unsigned int room = 0; room <= most; ++room)
+            for (unsigned int capacity = 0; capacity <= most; ++capacity)
                 for (int limit = -1; limit <= static_cast<int>(most); ++limit)
                     for (FlagArgument const argument : FLAG_ARGUMENTS)
-                        probe.compareDecode({bytes, room, OPERATIONS[room % 4], limit}, argument);
+                        probe.compareDecode({bytes, capacity, OPERATIONS[capacity % 4], limit}, argument);
             probe.compareNumUnits(bytes, UNTIL_TERMINATOR);
             for (unsigned int count = 0; count <= most; ++count)
                 probe.compareNumUnits(bytes, count);
         }
 }
 
-TEST(UTF8, EveryRoomForEncoding)
+TEST(UTF8, EveryCapacityForEncoding)
 {
     Probe probe(g_oConverterUTF8, model);
     std::vector<std::u16string> const fragments = utf16Fragments();
@@ -165,8 +166,8 @@ TEST(UTF8, EveryRoomForEncoding)
                 std::u16string const units = a + b + c;
                 for (ILLCHAR_OPTYPE const op : OPERATIONS) {
                     auto const needed = static_cast<unsigned int>(model.fromUTF16({units, INT_MAX, op}).bytes.size());
-                    for (unsigned int room = 0; room <= needed + 8; ++room)
-                        probe.compareEncode({units, room, op}, FLAG_ARGUMENTS[room % 3]);
+                    for (unsigned int capacity = 0; capacity <= needed + 8; ++capacity)
+                        probe.compareEncode({units, capacity, op}, FLAG_ARGUMENTS[capacity % 3]);
                 }
                 probe.compareNumBytes(units, UNTIL_TERMINATOR);
                 for (unsigned int count = 0; count <= units.size() + 1; ++count)
@@ -174,16 +175,16 @@ TEST(UTF8, EveryRoomForEncoding)
             }
 }
 
-TEST(UTF8, RoomsAndLimitsWithoutEnd)
+TEST(UTF8, CapacitiesAndLimitsWithoutEnd)
 {
     Probe probe(g_oConverterUTF8, model);
     std::string const bytes = "A\xC3\xA9\x80\xE2\x82\xAC\xF0\x9F\x98\x80\xC3";
     std::u16string const units{'A', 0xE9, 0x20AC, 0xD83D, 0xDE00, 0xD800, 'B', 'C'};
-    for (unsigned int const room : {0x7FFFFFFEu, 0x7FFFFFFFu, 0x80000000u, 0xFFFFFFFEu, 0xFFFFFFFFu}) {
+    for (unsigned int const capacity : {0x7FFFFFFEu, 0x7FFFFFFFu, 0x80000000u, 0xFFFFFFFEu, 0xFFFFFFFFu}) {
         for (int const limit : {INT_MIN, INT_MIN + 1, INT_MAX - 1, INT_MAX})
-            probe.compareDecode({bytes, room, ILLCHAR_REPLACE, limit});
+            probe.compareDecode({bytes, capacity, ILLCHAR_REPLACE, limit});
         for (ILLCHAR_OPTYPE const op : OPERATIONS)
-            probe.compareEncode({units, room, op});
+            probe.compareEncode({units, capacity, op});
     }
 }
 

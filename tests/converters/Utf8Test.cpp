@@ -65,12 +65,12 @@ TEST(UTF8, DecodesEachLength)
     });
 }
 
-TEST(UTF8, PairNeedsTwoUnitsOfRoomOrBecomesOneReplacement)
+TEST(UTF8, PairNeedsTwoUnitsOfCapacityOrBecomesOneReplacement)
 {
     expectDecodedRows({
-        {"room for both", "\xF0\x9F\x98\x80", 2, ILLCHAR_REPLACE, -1, {0xD83D, 0xDE00}, Flag::CLEARED},
-        {"room for one", "\xF0\x9F\x98\x80", 1, ILLCHAR_REPLACE, -1, {0xFFFD}, Flag::CLEARED},
-        {"room for one, text behind",
+        {"space for both", "\xF0\x9F\x98\x80", 2, ILLCHAR_REPLACE, -1, {0xD83D, 0xDE00}, Flag::CLEARED},
+        {"space for one", "\xF0\x9F\x98\x80", 1, ILLCHAR_REPLACE, -1, {0xFFFD}, Flag::CLEARED},
+        {"space for one, text after",
          "\xF0\x9F\x98\x80"
          "A",
          1,
@@ -78,14 +78,14 @@ TEST(UTF8, PairNeedsTwoUnitsOfRoomOrBecomesOneReplacement)
          -1,
          {0xFFFD},
          Flag::CLEARED},
-        {"room for one after another",
+        {"space for one after another",
          "\xF0\x9F\x98\x80\xF0\x9F\x98\x80",
          3,
          ILLCHAR_STOP,
          -1,
          {0xD83D, 0xDE00, 0xFFFD},
          Flag::CLEARED},
-        {"room for none", "\xF0\x9F\x98\x80", 0, ILLCHAR_REPLACE, -1, {}, Flag::CLEARED},
+        {"space for none", "\xF0\x9F\x98\x80", 0, ILLCHAR_REPLACE, -1, {}, Flag::CLEARED},
     });
 }
 
@@ -102,8 +102,8 @@ TEST(UTF8, StrayContinuationByteVanishes)
          "A\xBF"
          "B",
          8, ILLCHAR_REPLACE, -1, u"AB", Flag::CLEARED},
-        {"behind a whole character", "\xC3\xA9\xA9", 8, ILLCHAR_REPLACE, -1, {0xE9}, Flag::CLEARED},
-        {"uses no room",
+        {"after a whole character", "\xC3\xA9\xA9", 8, ILLCHAR_REPLACE, -1, {0xE9}, Flag::CLEARED},
+        {"uses no space",
          "\x80\x80"
          "A",
          1, ILLCHAR_REPLACE, -1, u"A", Flag::CLEARED},
@@ -220,7 +220,7 @@ TEST(UTF8, FourBitsOfAFourByteLeadCount)
     });
 }
 
-TEST(UTF8, SourceLimitEndsBehindTheCharacterThatReachesIt)
+TEST(UTF8, SourceLimitEndsAfterTheCharacterThatReachesIt)
 {
     expectDecodedRows({
         {"letters", "ABC", 8, ILLCHAR_REPLACE, 2, u"AB", Flag::CLEARED},
@@ -248,7 +248,7 @@ TEST(UTF8, SourceLimitEndsBehindTheCharacterThatReachesIt)
          2,
          {0xE9},
          Flag::CLEARED},
-        {"limit one behind it",
+        {"limit one after it",
          "\xC3\xA9"
          "AB",
          8,
@@ -256,7 +256,7 @@ TEST(UTF8, SourceLimitEndsBehindTheCharacterThatReachesIt)
          3,
          {0xE9, 'A'},
          Flag::CLEARED},
-        {"limit behind a malformed lead",
+        {"limit after a malformed lead",
          "\xC3"
          "AB",
          8,
@@ -264,11 +264,11 @@ TEST(UTF8, SourceLimitEndsBehindTheCharacterThatReachesIt)
          1,
          {0xFFFD},
          Flag::CLEARED},
-        {"limit behind the text", "AB", 8, ILLCHAR_REPLACE, 7, u"AB", Flag::CLEARED},
+        {"limit after the text", "AB", 8, ILLCHAR_REPLACE, 7, u"AB", Flag::CLEARED},
     });
 }
 
-TEST(UTF8, SourceLimitIsLookedAtBehindAStrayByteToo)
+TEST(UTF8, SourceLimitIsLookedAtAfterAStrayByteToo)
 {
     expectDecodedRows({
         {"stray byte alone",
@@ -283,7 +283,7 @@ TEST(UTF8, SourceLimitIsLookedAtBehindAStrayByteToo)
          "\x80"
          "AB",
          8, ILLCHAR_REPLACE, 2, u"A", Flag::CLEARED},
-        {"stray byte behind a letter",
+        {"stray byte after a letter",
          "A\x80"
          "B",
          8, ILLCHAR_REPLACE, 2, u"A", Flag::CLEARED},
@@ -296,12 +296,12 @@ TEST(UTF8, SourceLimitOfZeroOrBelowIsNone)
         expectDecodedRows({{"no limit", "AB\xC3\xA9", 8, ILLCHAR_REPLACE, limit, {'A', 'B', 0xE9}, Flag::CLEARED}});
 }
 
-TEST(UTF8, DecodingEndsWithTheRoom)
+TEST(UTF8, DecodingEndsWithTheCapacity)
 {
     expectDecodedRows({
-        {"room of the text", "AB", 2, ILLCHAR_REPLACE, -1, u"AB", Flag::CLEARED},
+        {"capacity of the text", "AB", 2, ILLCHAR_REPLACE, -1, u"AB", Flag::CLEARED},
         {"less", "ABC", 2, ILLCHAR_REPLACE, -1, u"AB", Flag::CLEARED},
-        {"no room", "ABC", 0, ILLCHAR_REPLACE, -1, {}, Flag::CLEARED},
+        {"no space", "ABC", 0, ILLCHAR_REPLACE, -1, {}, Flag::CLEARED},
         {"empty text", "", 8, ILLCHAR_REPLACE, -1, {}, Flag::CLEARED},
     });
 }
@@ -375,11 +375,11 @@ TEST(UTF8, LoneHighSurrogateIsReplacedAndWhatFollowsIsKept)
         {"before a pair", {0xD800, 0xD83D, 0xDE00}, 8, ILLCHAR_REPLACE, "?\xF0\x9F\x98\x80", Flag::SET},
         {"before another", {0xD800, 0xDBFF, 'A'}, 8, ILLCHAR_REPLACE, "??A", Flag::SET},
         {"at the end", {'A', 0xD800}, 8, ILLCHAR_REPLACE, "A?", Flag::SET},
-        {"room for the substitute only", {0xD800, 'A'}, 1, ILLCHAR_REPLACE, "?", Flag::SET},
+        {"space for the substitute only", {0xD800, 'A'}, 1, ILLCHAR_REPLACE, "?", Flag::SET},
     });
 }
 
-TEST(UTF8, EscapeOfALoneHighSurrogateDropsTheUnitBehindIt)
+TEST(UTF8, EscapeOfALoneHighSurrogateDropsTheUnitAfterIt)
 {
     expectEncodedRows({
         {"a letter is lost", {0xD800, 'A'}, 8, ILLCHAR_ESCAPE, "U+D800", Flag::SET},
@@ -389,26 +389,26 @@ TEST(UTF8, EscapeOfALoneHighSurrogateDropsTheUnitBehindIt)
     });
 }
 
-TEST(UTF8, EscapeAtTheEndIsWrittenAndNothingBehindTheTerminatorIsRead)
+TEST(UTF8, EscapeAtTheEndIsWrittenAndNothingAfterTheTerminatorIsRead)
 {
     expectEncodedRows({
         {"alone", {0xD800}, 8, ILLCHAR_ESCAPE, "U+D800", Flag::SET},
-        {"behind a letter", {'A', 0xDBFF}, 8, ILLCHAR_ESCAPE, "AU+DBFF", Flag::SET},
+        {"after a letter", {'A', 0xDBFF}, 8, ILLCHAR_ESCAPE, "AU+DBFF", Flag::SET},
     });
-    // What lies behind the closing 0 is text of somebody else.
+    // What lies after the closing 0 is text of somebody else.
     unsigned short const units[] = {0xD800, 0, 'B', 'C', 0};
     char bytes[16] = {};
     EXPECT_EQ(g_oConverterUTF8.fromUTF16(bytes, units, 12, ILLCHAR_ESCAPE, nullptr), 6u);
     EXPECT_STREQ(bytes, "U+D800");
 }
 
-TEST(UTF8, EscapeTakesFiveBytesFromTheRoomButWritesSix)
+TEST(UTF8, EscapeTakesFiveBytesFromTheCapacityButWritesSix)
 {
     expectEncodedRows({
-        {"six bytes of room leave one", {0xD800, 'A', 'B', 'C'}, 6, ILLCHAR_ESCAPE, "U+D800B", Flag::SET},
+        {"six bytes of capacity leave one", {0xD800, 'A', 'B', 'C'}, 6, ILLCHAR_ESCAPE, "U+D800B", Flag::SET},
         {"eleven take two escapes", {0xD800, 'A', 0xD801, 'A', 'B'}, 11, ILLCHAR_ESCAPE, "U+D800U+D801B", Flag::SET},
         {"ten take one", {0xD800, 'A', 0xD801, 'A', 'B'}, 10, ILLCHAR_ESCAPE, "U+D800", Flag::SET},
-        {"three of them write two bytes more than the room",
+        {"three of them write two bytes more than the capacity",
          {0xD800, 'A', 0xD801, 'A', 0xD802, 'A'},
          16,
          ILLCHAR_ESCAPE,
@@ -420,9 +420,9 @@ TEST(UTF8, EscapeTakesFiveBytesFromTheRoomButWritesSix)
 TEST(UTF8, EscapeThatDoesNotFitEndsTheConversion)
 {
     expectEncodedRows({
-        {"five bytes of room", {0xD800, 'A'}, 5, ILLCHAR_ESCAPE, "", Flag::SET},
-        {"one byte of room", {0xD800, 'A'}, 1, ILLCHAR_ESCAPE, "", Flag::SET},
-        {"no room: not even looked at", {0xD800, 'A'}, 0, ILLCHAR_ESCAPE, "", Flag::CLEARED},
+        {"five bytes of capacity", {0xD800, 'A'}, 5, ILLCHAR_ESCAPE, "", Flag::SET},
+        {"one byte of capacity", {0xD800, 'A'}, 1, ILLCHAR_ESCAPE, "", Flag::SET},
+        {"no space: not even looked at", {0xD800, 'A'}, 0, ILLCHAR_ESCAPE, "", Flag::CLEARED},
     });
 }
 
@@ -430,7 +430,7 @@ TEST(UTF8, StopEndsBeforeALoneHighSurrogate)
 {
     expectEncodedRows({
         {"at once", {0xD800, 'A'}, 8, ILLCHAR_STOP, "", Flag::SET},
-        {"behind text", {'A', 0xE9, 0xD800, 'A'}, 8, ILLCHAR_STOP, "A\xC3\xA9", Flag::SET},
+        {"after text", {'A', 0xE9, 0xD800, 'A'}, 8, ILLCHAR_STOP, "A\xC3\xA9", Flag::SET},
         {"at the end", {'A', 0xD800}, 8, ILLCHAR_STOP, "A", Flag::SET},
     });
 }
@@ -449,7 +449,7 @@ TEST(UTF8, CharacterThatDoesNotFitEndsTheConversionBeforeIt)
     expectEncodedRows({
         {"two bytes into one", {0xE9}, 1, ILLCHAR_REPLACE, "", Flag::CLEARED},
         {"two bytes into two", {0xE9}, 2, ILLCHAR_REPLACE, "\xC3\xA9", Flag::CLEARED},
-        {"a shorter one behind it is not taken", {0xE9, 'A'}, 1, ILLCHAR_REPLACE, "", Flag::CLEARED},
+        {"a shorter one after it is not taken", {0xE9, 'A'}, 1, ILLCHAR_REPLACE, "", Flag::CLEARED},
         {"three bytes into two", {'A', 0x20AC}, 3, ILLCHAR_REPLACE, "A", Flag::CLEARED},
         {"four bytes into three", {'A', 0xD83D, 0xDE00, 'B'}, 4, ILLCHAR_REPLACE, "A", Flag::CLEARED},
         {"four bytes into four", {0xD83D, 0xDE00, 'B'}, 4, ILLCHAR_REPLACE, "\xF0\x9F\x98\x80", Flag::CLEARED},
@@ -460,8 +460,8 @@ TEST(UTF8, EncodingOfAnEmptyTextWritesTheTerminator)
 {
     expectEncodedRows({
         {"empty", {}, 8, ILLCHAR_REPLACE, "", Flag::CLEARED},
-        {"empty, no room", {}, 0, ILLCHAR_REPLACE, "", Flag::CLEARED},
-        {"no room", u"A", 0, ILLCHAR_REPLACE, "", Flag::CLEARED},
+        {"empty, no space", {}, 0, ILLCHAR_REPLACE, "", Flag::CLEARED},
+        {"no space", u"A", 0, ILLCHAR_REPLACE, "", Flag::CLEARED},
     });
 }
 

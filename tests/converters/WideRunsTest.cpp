@@ -1,4 +1,4 @@
-// kx7text tests - UTF-16 and UTF-32 at every length and room around the blocks that are converted at once.
+// kx7text tests - UTF-16 and UTF-32 at every length and capacity around the blocks that are converted at once.
 #include <gtest/gtest.h>
 
 #include <random>
@@ -39,18 +39,18 @@ std::u16string unitsOf(std::u32string const& text)
     return units;
 }
 
-/** The part of `units` that fits into `room` without cutting a pair. */
-std::u16string cut(std::u16string units, size_t room)
+/** The part of `units` that fits into `capacity` without cutting a pair. */
+std::u16string cut(std::u16string units, size_t capacity)
 {
-    if (units.size() > room) {
-        units.resize(room);
-        if (room != 0 && (units.back() & 0xFC00) == 0xD800)
+    if (units.size() > capacity) {
+        units.resize(capacity);
+        if (capacity != 0 && (units.back() & 0xFC00) == 0xD800)
             units.pop_back();
     }
     return units;
 }
 
-/** What `convert` (destination, room) writes, which is at most `size` values of T with the terminator. */
+/** What `convert` (destination, capacity) writes, which is at most `size` values of T with the terminator. */
 template <class T, class Convert>
 std::basic_string<T> written(size_t size, Convert convert)
 {
@@ -75,7 +75,7 @@ private:
     Guarded<unsigned char> m_bytes;
 };
 
-TEST(WideRuns, Utf32AtEveryLengthAndRoom)
+TEST(WideRuns, Utf32AtEveryLengthAndCapacity)
 {
     std::mt19937 random(31);
     for (size_t length = 0; length <= LONGEST; ++length) {
@@ -84,26 +84,28 @@ TEST(WideRuns, Utf32AtEveryLengthAndRoom)
             std::u16string const units = unitsOf(text);
             Source<char32_t> bytes(text, length % 4);
             Source<char16_t> source(units, 0);
-            for (size_t room = units.size() < 40 ? 0 : units.size() - 40; room <= units.size() + 2; ++room) {
-                auto const unitRoom = static_cast<unsigned int>(room);
-                ASSERT_EQ(written<char16_t>(std::min(room, units.size()) + 1,
+            for (size_t capacity = units.size() < 40 ? 0 : units.size() - 40; capacity <= units.size() + 2;
+                 ++capacity) {
+                auto const unitCapacity = static_cast<unsigned int>(capacity);
+                ASSERT_EQ(written<char16_t>(std::min(capacity, units.size()) + 1,
                                             [&](char16_t* dest) {
                                                 return g_oConverterUTF32.toUTF16(
-                                                    reinterpret_cast<unsigned short*>(dest), bytes.data(), unitRoom,
+                                                    reinterpret_cast<unsigned short*>(dest), bytes.data(), unitCapacity,
                                                     ILLCHAR_REPLACE, nullptr, -1);
                                             }),
-                          cut(units, room))
-                    << length << ' ' << room;
-                size_t const fitting = std::min(room, text.size());
+                          cut(units, capacity))
+                    << length << ' ' << capacity;
+                size_t const fitting = std::min(capacity, text.size());
                 ASSERT_EQ(written<char32_t>(fitting + 1,
                                             [&](char32_t* dest) {
                                                 return g_oConverterUTF32.fromUTF16(
                                                            dest, reinterpret_cast<unsigned short*>(source.data()),
-                                                           4 * unitRoom + unitRoom % 4, ILLCHAR_REPLACE, nullptr) /
+                                                           4 * unitCapacity + unitCapacity % 4, ILLCHAR_REPLACE,
+                                                           nullptr) /
                                                        4;
                                             }),
                           text.substr(0, fitting))
-                    << length << ' ' << room;
+                    << length << ' ' << capacity;
             }
             ASSERT_EQ(g_oConverterUTF32.getNumUnits(bytes.data(), 0xFFFFFFFF), text.size());
             ASSERT_EQ(g_oConverterUTF32.getNumUnits(bytes.data(), static_cast<unsigned int>(2 * length)), length / 2);
@@ -175,7 +177,7 @@ TEST(WideRuns, CountsOfSurrogatesInAnyOrder)
     }
 }
 
-TEST(WideRuns, Utf16AtEveryLengthRoomAndLimit)
+TEST(WideRuns, Utf16AtEveryLengthCapacityAndLimit)
 {
     std::mt19937 random(32);
     for (size_t length = 0; length <= LONGEST; ++length) {
@@ -184,26 +186,27 @@ TEST(WideRuns, Utf16AtEveryLengthRoomAndLimit)
         for (size_t const shift : {size_t{0}, size_t{1}}) {
             Source<char16_t> source(units, shift);
             ASSERT_EQ(g_oConverterUTF16.getNumUnits(source.data(), 0xFFFFFFFF), length);
-            for (size_t room = length < 20 ? 0 : length - 20; room <= length + 2; ++room) {
-                auto const unitRoom = static_cast<unsigned int>(room);
+            for (size_t capacity = length < 20 ? 0 : length - 20; capacity <= length + 2; ++capacity) {
+                auto const unitCapacity = static_cast<unsigned int>(capacity);
                 for (int const limit : {static_cast<int>(length) + 1, static_cast<int>(length / 2) + 1})
-                    ASSERT_EQ(written<char16_t>(std::min(room, length) + 1,
+                    ASSERT_EQ(written<char16_t>(std::min(capacity, length) + 1,
                                                 [&](char16_t* dest) {
                                                     return g_oConverterUTF16.toUTF16(
                                                         reinterpret_cast<unsigned short*>(dest), source.data(),
-                                                        unitRoom, ILLCHAR_REPLACE, nullptr, limit);
+                                                        unitCapacity, ILLCHAR_REPLACE, nullptr, limit);
                                                 }),
-                              units.substr(0, std::min(room, static_cast<size_t>(limit))))
-                        << length << ' ' << room;
+                              units.substr(0, std::min(capacity, static_cast<size_t>(limit))))
+                        << length << ' ' << capacity;
                 if (shift == 0) {
-                    ASSERT_EQ(written<char16_t>(std::min(room, length) + 1,
+                    ASSERT_EQ(written<char16_t>(std::min(capacity, length) + 1,
                                                 [&](char16_t* dest) {
                                                     return g_oConverterUTF16.fromUTF16(
                                                                dest, reinterpret_cast<unsigned short*>(source.data()),
-                                                               2 * unitRoom + room % 2, ILLCHAR_REPLACE, nullptr) /
+                                                               2 * unitCapacity + capacity % 2, ILLCHAR_REPLACE,
+                                                               nullptr) /
                                                            2;
                                                 }),
-                              units.substr(0, std::min(room, length)));
+                              units.substr(0, std::min(capacity, length)));
                 }
             }
         }

@@ -21,9 +21,9 @@
 
 namespace {
 
-unsigned char room8[16];
-unsigned short room16[16];
-char roomLocal[16];
+unsigned char bytes8[16];
+unsigned short units16[16];
+char capacityLocal[16];
 
 [[maybe_unused]] KX7CharSetConverter& converter(KX7CharSet set)
 {
@@ -36,10 +36,10 @@ char roomLocal[16];
 }
 
 [[maybe_unused]] std::u16string decode(KX7CharSet set, char const* bytes, ILLCHAR_OPTYPE op = ILLCHAR_REPLACE,
-                                       unsigned int room = 1000, int limit = -1, bool* illegal = nullptr)
+                                       unsigned int capacity = 1000, int limit = -1, bool* illegal = nullptr)
 {
-    std::vector<unsigned short> text(room + 1);
-    unsigned int const length = converter(set).toUTF16(text.data(), bytes, room, op, illegal, limit);
+    std::vector<unsigned short> text(capacity + 1);
+    unsigned int const length = converter(set).toUTF16(text.data(), bytes, capacity, op, illegal, limit);
     return {text.begin(), text.begin() + length};
 }
 
@@ -51,10 +51,10 @@ char roomLocal[16];
 }
 
 [[maybe_unused]] std::string encode(KX7CharSet set, std::u16string const& text, ILLCHAR_OPTYPE op = ILLCHAR_REPLACE,
-                                    unsigned int room = 1000, bool* illegal = nullptr)
+                                    unsigned int capacity = 1000, bool* illegal = nullptr)
 {
-    std::vector<char> bytes(room + 1000);
-    unsigned int const length = converter(set).fromUTF16(bytes.data(), units(text.c_str()), room, op, illegal);
+    std::vector<char> bytes(capacity + 1000);
+    unsigned int const length = converter(set).fromUTF16(bytes.data(), units(text.c_str()), capacity, op, illegal);
     return {bytes.data(), length};
 }
 
@@ -68,7 +68,7 @@ char roomLocal[16];
 [[maybe_unused]] bool flagAfterNullSource(bool before)
 {
     bool illegal = before;
-    converter(KX7CS_UTF8).toUTF16(room16, nullptr, 9, ILLCHAR_REPLACE, &illegal, -1);
+    converter(KX7CS_UTF8).toUTF16(units16, nullptr, 9, ILLCHAR_REPLACE, &illegal, -1);
     return illegal;
 }
 
@@ -93,7 +93,7 @@ char roomLocal[16];
 
 enum class Missing { TABLE, PAGES };
 
-/** What a converter writes that has memory again, but had none for its tables, or for what is behind them. */
+/** What a converter writes that has memory again, but had none for its tables, or for what is after them. */
 [[maybe_unused]] std::string encodedAfterAFailure(Missing missing, std::u16string const& text)
 {
     static unsigned short const PAIRS[] = {'a', 'a', 0x80, 0x20AC, 0, 0};

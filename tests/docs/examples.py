@@ -3,7 +3,7 @@
 
     examples.py [--peers] DOCUMENT…
 
-A block is marked by the line "<!-- compiled -->" in front of its fence, or "<!-- compiled: peers -->" where it needs ICU or
+A block is marked by the line "<!-- compiled -->" before its fence, or "<!-- compiled: peers -->" where it needs ICU or
 iconv's modules, which only the machine's own word size has; such blocks are left out without --peers. Its #include lines come first, the rest is the body of a test in which assert holds.
 """
 

@@ -203,7 +203,7 @@ TEST(DefaultCharSet, OfThreeUnitsHasNoEUCSuffix)
     EXPECT_EQ(detected("pck"), both(932));
 }
 
-TEST(DefaultCharSet, TakesTheModifierBehindTheCodesetOnly)
+TEST(DefaultCharSet, TakesTheModifierAfterTheCodesetOnly)
 {
     EXPECT_EQ(detected("xx@a.UTF-8"), both(65001));
     EXPECT_EQ(detected("xx.UTF-8@a.b"), both(65001));

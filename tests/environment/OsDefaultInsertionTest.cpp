@@ -62,9 +62,9 @@ void expectNotFixedBy(std::function<void()> const& call)
     expectDefault(true);
 }
 
-unsigned char roomUTF8[16];
-char roomLocal[16];
-unsigned short room16[16];
+unsigned char capacityUTF8[16];
+char capacityLocal[16];
+unsigned short units16[16];
 
 }  // namespace
 
@@ -81,17 +81,18 @@ TEST(OsDefaultInsertion, AfterTheConverterWasAskedForComesTooLate)
 
 TEST(OsDefaultInsertion, AfterAConversionComesTooLate)
 {
-    expectFixedBy([] { LocalToUTF8(roomUTF8, "a", sizeof roomUTF8, KX7CS_OS_DEFAULT); });
+    expectFixedBy([] { LocalToUTF8(capacityUTF8, "a", sizeof capacityUTF8, KX7CS_OS_DEFAULT); });
 }
 
 TEST(OsDefaultInsertion, AfterThePathOfAFileComesTooLate)
 {
-    expectFixedBy([] { LocalPathToUTF8(roomUTF8, "a", sizeof roomUTF8); });
+    expectFixedBy([] { LocalPathToUTF8(capacityUTF8, "a", sizeof capacityUTF8); });
 }
 
 TEST(OsDefaultInsertion, AfterAnEmptyPathInUTF8ComesTooLate)
 {
-    expectFixedBy([] { UTF8ToLocalPath(roomLocal, reinterpret_cast<unsigned char const*>(""), sizeof roomLocal); });
+    expectFixedBy(
+        [] { UTF8ToLocalPath(capacityLocal, reinterpret_cast<unsigned char const*>(""), sizeof capacityLocal); });
 }
 
 TEST(OsDefaultInsertion, AfterASizeWasAskedForComesTooLate)
@@ -101,7 +102,7 @@ TEST(OsDefaultInsertion, AfterASizeWasAskedForComesTooLate)
 
 TEST(OsDefaultInsertion, AfterANullSourceOfUTF16ComesTooLate)
 {
-    expectFixedBy([] { UTF16ToLocal(roomLocal, nullptr, sizeof roomLocal, KX7CS_OS_DEFAULT); });
+    expectFixedBy([] { UTF16ToLocal(capacityLocal, nullptr, sizeof capacityLocal, KX7CS_OS_DEFAULT); });
 }
 
 TEST(OsDefaultInsertion, AfterAStringOfBytesComesTooLate)
@@ -117,7 +118,7 @@ TEST(OsDefaultInsertion, AfterAStringWasWrittenComesTooLate)
 TEST(OsDefaultInsertion, AfterQuestionsForTheSetItselfCounts)
 {
     expectNotFixedBy([] {
-        LocalToUTF8(roomUTF8, "a", sizeof roomUTF8, DETECTED);
+        LocalToUTF8(capacityUTF8, "a", sizeof capacityUTF8, DETECTED);
         KX7CharSetConverter::getConverter(DETECTED);
     });
 }
@@ -130,12 +131,12 @@ TEST(OsDefaultInsertion, AfterAQuestionToTheRegistryCounts)
 TEST(OsDefaultInsertion, AfterTextsOfNothingCounts)
 {
     expectNotFixedBy([] {
-        LocalToUTF8(roomUTF8, "", sizeof roomUTF8, KX7CS_OS_DEFAULT);
-        LocalToUTF8(roomUTF8, nullptr, sizeof roomUTF8, KX7CS_OS_DEFAULT);
-        LocalToUTF8(roomUTF8, "a", 0, KX7CS_OS_DEFAULT);
-        LocalPathToUTF8(roomUTF8, "", sizeof roomUTF8);
-        UTF8ToLocal(roomLocal, nullptr, sizeof roomLocal, KX7CS_OS_DEFAULT);
-        LocalToUTF16(room16, "a", 0, KX7CS_OS_DEFAULT);
+        LocalToUTF8(capacityUTF8, "", sizeof capacityUTF8, KX7CS_OS_DEFAULT);
+        LocalToUTF8(capacityUTF8, nullptr, sizeof capacityUTF8, KX7CS_OS_DEFAULT);
+        LocalToUTF8(capacityUTF8, "a", 0, KX7CS_OS_DEFAULT);
+        LocalPathToUTF8(capacityUTF8, "", sizeof capacityUTF8);
+        UTF8ToLocal(capacityLocal, nullptr, sizeof capacityLocal, KX7CS_OS_DEFAULT);
+        LocalToUTF16(units16, "a", 0, KX7CS_OS_DEFAULT);
         KX7UString s(static_cast<char const*>(nullptr));
         s = static_cast<char const*>(nullptr);
         s = '\0';
@@ -145,7 +146,7 @@ TEST(OsDefaultInsertion, AfterTextsOfNothingCounts)
         s + '\0';
         s.c_str();
         s.length(KX7CS_OS_DEFAULT);
-        s.copy(roomLocal, sizeof roomLocal);
+        s.copy(capacityLocal, sizeof capacityLocal);
         std::ostringstream() << s;
         std::istringstream in("");
         in >> s;

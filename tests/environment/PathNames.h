@@ -134,8 +134,8 @@ inline std::string escapeOf(char16_t unit)
     return "U+" + hexDigits(static_cast<unsigned short>(unit));
 }
 
-/** UTF-8 with escapes and a room that is never left: ends before the first character that does not fit. */
-inline std::string escapedUTF8(std::u16string const& text, size_t room)
+/** UTF-8 with escapes and a capacity that is never left: ends before the first character that does not fit. */
+inline std::string escapedUTF8(std::u16string const& text, size_t capacity)
 {
     std::string bytes;
     for (size_t i = 0; i < text.size() && text[i] != 0; ++i) {
@@ -166,10 +166,10 @@ inline std::string escapedUTF8(std::u16string const& text, size_t room)
             put(0x80 | (unit >> 6 & 0x3F));
             put(0x80 | (unit & 0x3F));
         }
-        if (bytes.size() + character.size() > room)
+        if (bytes.size() + character.size() > capacity)
             break;
         bytes += character;
-        // The escape of a high surrogate drops the unit behind it; a 0 unit ends the text all the same.
+        // The escape of a high surrogate drops the unit after it; a 0 unit ends the text all the same.
         if (isHigh && i + 1 < text.size() && text[i + 1] != 0)
             ++i;
     }

@@ -145,7 +145,7 @@ TEST(PathNames, WithEscapesAreDecoded)
         {"five units", "U+123", "U+123"},
         {"exactly six", "U+0041", "A"},
         {"a decoded U begins no escape", "U+0055+0041", "U+0041"},
-        {"one behind the other", "U+0055U+0041", "UA"},
+        {"one after the other", "U+0055U+0041", "UA"},
         {"a U before an escape", "UU+0041", "UA"},
         {"an escape that was literally part of the name", "U+4E2D", "\xE4\xB8\xAD"},
         {"a pair", "U+D83DU+DE00", "\xF0\x9F\x98\x80"},
@@ -187,7 +187,7 @@ TEST(PathNames, InUTF8KeepWithinTheirCapacityAlsoWithEscapes)
     }
 }
 
-TEST(PathNames, InUTF8EndAtAZeroUnitBehindAnEscapedHighSurrogate)
+TEST(PathNames, InUTF8EndAtAZeroUnitAfterAnEscapedHighSurrogate)
 {
     if (defaultCharSet() != KX7CS_UTF8)
         return;

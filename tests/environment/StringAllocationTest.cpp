@@ -1,4 +1,4 @@
-// kx7text tests - strings and lists when memory runs out, and that they leave none behind.
+// kx7text tests - strings and lists when memory runs out, and that nothing is leaked.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -429,27 +429,28 @@ struct QuietRow {
     char const* what;
     bool (*run)();
 };
-char16_t unitRoom[8 * LONG];
-char byteRoom[8 * LONG];
+char16_t unitCapacity[8 * LONG];
+char byteCapacity[8 * LONG];
 
 QuietRow const QUIET_ROWS[] = {
     {"Decoder",
      [] {
          kx7::Decoder const decoder(KX7CS_WCP1252);
          return decoder.maxUnits(LONG) == LONG && convertTwice(decoder, kx7::Span<char const>(TEXT_1252),
-                                                               kx7::Span<char16_t>(unitRoom, GROWN)) == LONG + 1;
+                                                               kx7::Span<char16_t>(unitCapacity, GROWN)) == LONG + 1;
      }},
     {"Encoder",
      [] {
          kx7::Encoder const encoder(KX7CS_WCP1252, {ErrorPolicy::ESCAPE});
-         return encoder.maxBytes(LONG) == 6 * LONG && convertTwice(encoder, kx7::Span<char16_t const>(U16_TEXT),
-                                                                   kx7::Span<char>(byteRoom, 8 * LONG)) == 1 + 6 * LONG;
+         return encoder.maxBytes(LONG) == 6 * LONG &&
+                convertTwice(encoder, kx7::Span<char16_t const>(U16_TEXT), kx7::Span<char>(byteCapacity, 8 * LONG)) ==
+                    1 + 6 * LONG;
      }},
     {"Transcoder",
      [] {
          kx7::Transcoder const transcoder(KX7CS_WCP1252, KX7CS_UTF8);
          return transcoder.maxBytes(1).has_value() && convertTwice(transcoder, kx7::Span<char const>(TEXT_1252),
-                                                                   kx7::Span<char>(byteRoom, 8 * LONG)) == LONG + 2;
+                                                                   kx7::Span<char>(byteCapacity, 8 * LONG)) == LONG + 2;
      }},
     {"validation",
      [] {

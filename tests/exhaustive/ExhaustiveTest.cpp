@@ -52,7 +52,7 @@ std::string suffixOf(testing::TestParamInfo<SetName> const& info)
 
 class EverySet : public testing::TestWithParam<SetName> {};
 
-/** All sequences of three bytes behind the first one, in three modes. */
+/** All sequences of three bytes after the first one, in three modes. */
 void compareThreeBytes(KX7CharSetConverter& converter, unsigned int firstLead, unsigned int lastLead)
 {
     Probe probe(converter, *setOf(converter).model);
@@ -65,7 +65,7 @@ void compareThreeBytes(KX7CharSetConverter& converter, unsigned int firstLead, u
                 call.bytes[0] = static_cast<char>(a);
                 call.bytes[1] = static_cast<char>(b);
                 call.bytes[2] = static_cast<char>(c);
-                call.room = 1 + turn % 5;
+                call.capacity = 1 + turn % 5;
                 for (ILLCHAR_OPTYPE const mode : MODES) {
                     call.op = mode;
                     probe.compareDecode(call, FLAG_ARGUMENTS[turn % 3]);
@@ -93,8 +93,8 @@ TEST_P(EverySet, DecodesEverySequenceOfOneOrTwoBytesInThreeModes)
             if (b != 0)
                 bytes += static_cast<char>(b);
             for (ILLCHAR_OPTYPE const mode : MODES)
-                for (unsigned int const room : {1U, 2U, 8U})
-                    probe.compareDecode({bytes, room, mode, -1}, FLAG_ARGUMENTS[(a + b + room) % 3]);
+                for (unsigned int const capacity : {1U, 2U, 8U})
+                    probe.compareDecode({bytes, capacity, mode, -1}, FLAG_ARGUMENTS[(a + b + capacity) % 3]);
             probe.compareNumUnits(bytes, UNTIL_TERMINATOR);
         }
 }
@@ -106,8 +106,8 @@ TEST_P(EverySet, EncodesEveryUnitInThreeModes)
     for (unsigned int unit = 1; unit <= 0xFFFF && !probe.gaveUp(); ++unit) {
         std::u16string const units(1, static_cast<char16_t>(unit));
         for (ILLCHAR_OPTYPE const mode : MODES)
-            for (unsigned int const room : {1U, 3U, 24U})
-                probe.compareEncode({units, room, mode}, FLAG_ARGUMENTS[(unit + room) % 3]);
+            for (unsigned int const capacity : {1U, 3U, 24U})
+                probe.compareEncode({units, capacity, mode}, FLAG_ARGUMENTS[(unit + capacity) % 3]);
         probe.compareNumBytes(units, UNTIL_TERMINATOR);
     }
 }
@@ -142,7 +142,7 @@ INSTANTIATE_TEST_SUITE_P(Parts, FirstOfThree, testing::Range(0U, 0x100U, LEADS_A
 
 TEST_P(FirstOfFour, DecodesEverySequenceOfUTF8)
 {
-    // A zero byte behind the lead ends the text there. The modes take turns: UTF-8 has no use for them.
+    // A zero byte after the lead ends the text there. The modes take turns: UTF-8 has no use for them.
     Probe probe(g_oConverterUTF8, *setOf(g_oConverterUTF8).model);
     DecodeCall call{std::string(4, '\0'), 8, ILLCHAR_STOP, -1};
     call.bytes[0] = static_cast<char>(GetParam());
@@ -151,7 +151,7 @@ TEST_P(FirstOfFour, DecodesEverySequenceOfUTF8)
         call.bytes[2] = static_cast<char>(followers >> 8);
         call.bytes[3] = static_cast<char>(followers);
         call.op = MODES[followers % 3];
-        call.room = 1 + followers % 5;
+        call.capacity = 1 + followers % 5;
         probe.compareDecode(call, FLAG_ARGUMENTS[followers / 3 % 3]);
     }
 }

@@ -9,9 +9,9 @@ extern "C" int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size)
     Input input(data, size);
     Probe& probe = *probes()[input.below(probes().size())];
     ILLCHAR_OPTYPE const op = OPERATIONS[input.below(4)];
-    unsigned int const room = input.room();
+    unsigned int const capacity = input.capacity();
     auto const units = input.rest<char16_t>();
-    probe.compareEncode({units, room, op}, FLAG_ARGUMENTS[units.size() % 3]);
+    probe.compareEncode({units, capacity, op}, FLAG_ARGUMENTS[units.size() % 3]);
     probe.compareNumBytes(units, UNTIL_TERMINATOR);
     probe.compareNumBytes(units, static_cast<unsigned int>(units.size()));
     require();

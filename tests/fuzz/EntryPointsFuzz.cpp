@@ -47,7 +47,7 @@ extern "C" int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size)
     unsigned short const* const source = memory.hold(units, 0);
     auto const* const bytes = reinterpret_cast<char const*>(source);
     auto const* const utf8 = reinterpret_cast<unsigned char const*>(source);
-    int const room = static_cast<int>(capacity);
+    int const destSize = static_cast<int>(capacity);
     switch (which) {
         case 0:
             if (capacity == 0 || row.charSet == KX7CS_UTF16)
@@ -55,18 +55,18 @@ extern "C" int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size)
             if (row.charSet != KX7CS_UTF8 && row.charSet != KX7CS_UTF32)
                 requireSame(fenced(capacity,
                                    [&](char* dest) {
-                                       return LocalToUTF8(reinterpret_cast<unsigned char*>(dest), bytes, room,
+                                       return LocalToUTF8(reinterpret_cast<unsigned char*>(dest), bytes, destSize,
                                                           row.charSet);
                                    }),
                             referenceThroughUTF16(converter, bytes, g_oConverterUTF8, capacity, 1), "LocalToUTF8");
             else
                 fenced(capacity, [&](char* dest) {
-                    return LocalToUTF8(reinterpret_cast<unsigned char*>(dest), bytes, room, row.charSet);
+                    return LocalToUTF8(reinterpret_cast<unsigned char*>(dest), bytes, destSize, row.charSet);
                 });
             break;
         case 1: {
             Outcome const got =
-                fenced(capacity, [&](char* dest) { return UTF8ToLocal(dest, utf8, room, row.charSet); });
+                fenced(capacity, [&](char* dest) { return UTF8ToLocal(dest, utf8, destSize, row.charSet); });
             if (capacity >= nullSize && row.charSet != KX7CS_UTF8)
                 requireSame(got, referenceThroughUTF16(g_oConverterUTF8, bytes, converter, capacity, nullSize),
                             "UTF8ToLocal");
@@ -74,15 +74,16 @@ extern "C" int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size)
         }
         case 2:
             fenced(capacity * 2, [&](char* dest) {
-                return LocalToUTF16(reinterpret_cast<unsigned short*>(dest), bytes, room, row.charSet);
+                return LocalToUTF16(reinterpret_cast<unsigned short*>(dest), bytes, destSize, row.charSet);
             });
             break;
-        case 3: fenced(capacity, [&](char* dest) { return UTF16ToLocal(dest, source, room, row.charSet); }); break;
+        case 3: fenced(capacity, [&](char* dest) { return UTF16ToLocal(dest, source, destSize, row.charSet); }); break;
         case 4:
-            fenced(capacity,
-                   [&](char* dest) { return LocalPathToUTF8(reinterpret_cast<unsigned char*>(dest), bytes, room); });
+            fenced(capacity, [&](char* dest) {
+                return LocalPathToUTF8(reinterpret_cast<unsigned char*>(dest), bytes, destSize);
+            });
             break;
-        default: fenced(capacity, [&](char* dest) { return UTF8ToLocalPath(dest, utf8, room); });
+        default: fenced(capacity, [&](char* dest) { return UTF8ToLocalPath(dest, utf8, destSize); });
     }
     (void)GetNumUnits(bytes, row.charSet);
     (void)GetNumBytes(source, row.charSet);

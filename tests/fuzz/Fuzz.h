@@ -16,7 +16,7 @@
 
 namespace kx7test {
 
-/** The input, taken from the front; zeros behind its end. */
+/** The input, taken from the front; zeros after its end. */
 class Input {
 public:
     Input(uint8_t const* data, size_t size) : m_data(data), m_left(size) {}
@@ -35,7 +35,7 @@ public:
     size_t below(size_t count) { return (byte() | (count > 256 ? byte() << 8 : 0U)) % count; }
 
     /** Mostly small, now and then at one of the ends of its type. */
-    unsigned int room()
+    unsigned int capacity()
     {
         unsigned int const kind = byte();
         return kind < 240 ? kind : kind < 250 ? kind * 40 : 0xFFFFFFFF - (kind - 250);

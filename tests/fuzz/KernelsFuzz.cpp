@@ -19,48 +19,48 @@ using Result = std::tuple<size_t, size_t, kx7::Stop, unsigned int, std::string>;
 
 template <class Convert, class Source, class Dest>
 Result run(Convert convert, KX7CharSetConverter& converter, Source const* source, size_t size, Fenced<Dest>& memory,
-           size_t room, bool last)
+           size_t capacity, bool last)
 {
-    Dest* const dest = memory.arm(room);
-    Progress const p = convert(converter, source, source + size, dest, dest + room, last);
-    require(memory.intact(), "wrote outside its room");
+    Dest* const dest = memory.arm(capacity);
+    Progress const p = convert(converter, source, source + size, dest, dest + capacity, last);
+    require(memory.intact(), "wrote outside its capacity");
     return {p.consumed, p.written, p.stop, p.length,
             std::string(reinterpret_cast<char const*>(dest), p.written * sizeof(Dest))};
 }
 
 template <class Convert, class Source, class Dest>
 void compare(Convert convert, KX7CharSetConverter& converter, Source const* source, size_t size, Fenced<Dest>& memory,
-             size_t room, bool last)
+             size_t capacity, bool last)
 {
     kx7::useInstructionSet(InstructionSet::PLAIN);
-    Result const expected = run(convert, converter, source, size, memory, room, last);
+    Result const expected = run(convert, converter, source, size, memory, capacity, last);
     for (InstructionSet const set : {InstructionSet::BASELINE, InstructionSet::AVX2, InstructionSet::AVX512})
         if (kx7::useInstructionSet(set))
-            require(run(convert, converter, source, size, memory, room, last) == expected, "kernels differ");
+            require(run(convert, converter, source, size, memory, capacity, last) == expected, "kernels differ");
 }
 
 /** Zero-terminated text from one converter to another. */
-std::string runThrough(KX7CharSetConverter& from, std::string const& text, KX7CharSetConverter& to, unsigned int room,
-                       ILLCHAR_OPTYPE op)
+std::string runThrough(KX7CharSetConverter& from, std::string const& text, KX7CharSetConverter& to,
+                       unsigned int capacity, ILLCHAR_OPTYPE op)
 {
     static PageEnd<unsigned char> source;
     static Fenced<unsigned char> dest;
     size_t const terminator = to.getNullCharSize();
-    unsigned char* const bytes = dest.arm(room + terminator);
+    unsigned char* const bytes = dest.arm(capacity + terminator);
     auto const* const in = reinterpret_cast<char const*>(source.hold(text, from.getNullCharSize()));
-    unsigned int const n = kx7::convertThroughUTF16(from, in, to, bytes, room, {false, op});
-    require(dest.intact(), "wrote outside its room");
+    unsigned int const n = kx7::convertThroughUTF16(from, in, to, bytes, capacity, {false, op});
+    require(dest.intact(), "wrote outside its capacity");
     return {bytes, bytes + n};
 }
 
-void compareThrough(KX7CharSetConverter& from, std::string const& text, KX7CharSetConverter& to, unsigned int room,
+void compareThrough(KX7CharSetConverter& from, std::string const& text, KX7CharSetConverter& to, unsigned int capacity,
                     ILLCHAR_OPTYPE op)
 {
     kx7::useInstructionSet(InstructionSet::PLAIN);
-    std::string const expected = runThrough(from, text, to, room, op);
+    std::string const expected = runThrough(from, text, to, capacity, op);
     for (InstructionSet const set : {InstructionSet::BASELINE, InstructionSet::AVX2, InstructionSet::AVX512})
         if (kx7::useInstructionSet(set))
-            require(runThrough(from, text, to, room, op) == expected, "kernels differ");
+            require(runThrough(from, text, to, capacity, op) == expected, "kernels differ");
 }
 
 }  // namespace
@@ -76,7 +76,7 @@ extern "C" int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size)
     Engine const& engine = *kx7::engineOf(converter);
     unsigned int const how = input.byte();
     bool const last = how & 1;
-    size_t room = input.byte();
+    size_t capacity = input.byte();
     // Repeated, so that short inputs fill the blocks of the kernels.
     size_t const repeat = 1 + input.byte() % 16;
     if ((how & 6) == 6 && converter.getNullCharSize() == 1) {
@@ -84,7 +84,7 @@ extern "C" int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size)
         std::string text;
         for (size_t i = 0; i < repeat; ++i)
             text += piece;
-        auto const most = static_cast<unsigned int>(how & 8 ? room * 4 : text.size() * 6 + 8);
+        auto const most = static_cast<unsigned int>(how & 8 ? capacity * 4 : text.size() * 6 + 8);
         auto const op = static_cast<ILLCHAR_OPTYPE>((how >> 4) % 3);
         if (how & 128)
             compareThrough(g_oConverterUTF8, text, converter, most, op);
@@ -97,17 +97,17 @@ extern "C" int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size)
         std::u16string text;
         for (size_t i = 0; i < repeat; ++i)
             text += piece;
-        room = how & 8 ? room * 4 : text.size() * 6 + 8;
-        compare(engine.encode, converter, unitsIn.hold(text, 0), text.size(), bytesOut, room, last);
+        capacity = how & 8 ? capacity * 4 : text.size() * 6 + 8;
+        compare(engine.encode, converter, unitsIn.hold(text, 0), text.size(), bytesOut, capacity, last);
     }
     else {
         auto const piece = input.rest<char>();
         std::string text;
         for (size_t i = 0; i < repeat; ++i)
             text += piece;
-        room = how & 8 ? room : text.size() * 2 + 8;
+        capacity = how & 8 ? capacity : text.size() * 2 + 8;
         compare(how & 16 ? engine.decodeStrict : engine.decode, converter, bytesIn.hold(text, 0), text.size(), unitsOut,
-                room, last);
+                capacity, last);
     }
     return 0;
 }

@@ -8,7 +8,7 @@ using namespace kx7test;
 
 namespace {
 
-/** The parts of a text: an empty one behind the last separator does not count; an empty separator separates nothing. */
+/** The parts of a text: an empty one after the last separator does not count; an empty separator separates nothing. */
 Texts partsOf(std::u16string const& text, std::u16string const& separator)
 {
     if (separator.empty())

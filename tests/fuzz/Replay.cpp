@@ -21,7 +21,7 @@ int main(int argc, char** argv)
         std::vector<char> const text{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
         // The last name is that of a failure.
         fprintf(stderr, "%s\n", file.c_str());
-        // A block of the exact size, so that sanitizers see what is read behind it.
+        // A block of the exact size, so that sanitizers see what is read after it.
         std::vector<uint8_t> const data(text.begin(), text.end());
         LLVMFuzzerTestOneInput(data.data(), data.size());
     }

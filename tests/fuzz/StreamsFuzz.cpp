@@ -1,5 +1,5 @@
-// kx7text fuzzing - streams in pieces, in little room, against the whole text at once, and the functions of whole texts
-// against both.
+// kx7text fuzzing - streams in pieces, in little capacity, against the whole text at once, and the functions of whole
+// texts against both.
 #include "tests/convert/Samples.h"
 #include "tests/fuzz/Fuzz.h"
 #include "tests/support/Memory.h"
@@ -84,13 +84,13 @@ extern "C" int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size)
     KX7CharSet const to = charSetFrom(input);
     kx7::Options const options = optionsFrom(input);
     std::vector<size_t> const pieces = piecesFrom(input);
-    size_t const room = input.below(64);
+    size_t const capacity = input.below(64);
     if (kind == 0) {
         auto const text = input.rest<char16_t>();
         std::u16string_view const source(unitsIn.hold(text, 0), text.size());
         kx7::Encoder const encoder(to, options);
         auto const whole = runStream<std::string>(encoder, source, {}, ENOUGH);
-        require(whole == runStream<std::string>(encoder, source, pieces, room), "encoder in pieces");
+        require(whole == runStream<std::string>(encoder, source, pieces, capacity), "encoder in pieces");
         require(whole.text.size() <= encoder.maxBytes(source.size()), "longer than the most");
         requireSameResult(kx7::encode(source, to, options), whole, options);
         return 0;
@@ -101,7 +101,7 @@ extern "C" int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size)
     if (kind == 1) {
         kx7::Decoder const decoder(from, options);
         auto const whole = runStream<std::u16string>(decoder, source, {}, ENOUGH);
-        require(whole == runStream<std::u16string>(decoder, source, pieces, room), "decoder in pieces");
+        require(whole == runStream<std::u16string>(decoder, source, pieces, capacity), "decoder in pieces");
         require(whole.text.size() <= decoder.maxUnits(source.size()), "longer than the most");
         requireSameResult(units, whole, options);
         requireErrorInPlace(units, source);
@@ -110,7 +110,7 @@ extern "C" int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size)
     }
     kx7::Transcoder const transcoder(from, to, options);
     auto const whole = runStream<std::string>(transcoder, source, {}, ENOUGH);
-    require(whole == runStream<std::string>(transcoder, source, pieces, room), "transcoder in pieces");
+    require(whole == runStream<std::string>(transcoder, source, pieces, capacity), "transcoder in pieces");
     require(whole.text.size() <= transcoder.maxBytes(source.size()), "longer than the most");
     kx7::Bytes const bytes = kx7::transcode(source, from, to, options);
     requireSameResult(bytes, whole, options);

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """kx7text tests - reads the includes of the library and of kx7conv: they go down only, and in no circle.
 
-    layers.py [--graph]    --graph also prints the files behind each arrow
+    layers.py [--graph]    --graph also prints the files after each arrow
 
 Prints how many files of each layer include files of each other. Fails where one includes a file of a layer above its
 own, where kx7conv includes an internal header, or files include each other in a circle.

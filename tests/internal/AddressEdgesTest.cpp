@@ -66,7 +66,7 @@ public:
 
     void decode(MultibyteSet const& set, std::string const& bytes, ILLCHAR_OPTYPE op, unsigned int capacity, int limit)
     {
-        // Every limit here is behind the end of the text or none.
+        // Every limit here is after the end of the text or none.
         int const plainLimit = limit > 0 ? 1 << 20 : limit;
         std::u16string const expected = set.model->toUTF16({bytes, MOST_BYTES / 2 - 1, op, plainLimit}).units;
         void const* const source = m_source.hold(bytes, set.converter.getNullCharSize());

@@ -302,9 +302,9 @@ TEST(ConverterAllocation, ConversionsAllocateNothingOnceLoaded)
     std::vector<unsigned short> units(bytes.size() + 1);
     std::vector<char> back(6 * bytes.size() + 1);
     Allocations::Watch const watch;
-    auto const room = static_cast<unsigned int>(bytes.size());
-    EXPECT_EQ(converter.toUTF16(units.data(), bytes.c_str(), room, ILLCHAR_REPLACE, nullptr, -1), room);
-    EXPECT_EQ(converter.fromUTF16(back.data(), units.data(), 6 * room, ILLCHAR_ESCAPE, nullptr), room);
+    auto const capacity = static_cast<unsigned int>(bytes.size());
+    EXPECT_EQ(converter.toUTF16(units.data(), bytes.c_str(), capacity, ILLCHAR_REPLACE, nullptr, -1), capacity);
+    EXPECT_EQ(converter.fromUTF16(back.data(), units.data(), 6 * capacity, ILLCHAR_ESCAPE, nullptr), capacity);
     EXPECT_EQ(watch.made(), 0u);
     EXPECT_EQ(watch.freed(), 0u);
 }

@@ -20,19 +20,19 @@ namespace {
 Utf8Model const utf8;
 SingleByteModel const thai(pairsOf(oCP874map));
 
-/** decodeCounted in watched memory: nothing behind the count can be read. */
+/** decodeCounted in watched memory: nothing after the count can be read. */
 class CountedDecoder {
 public:
     explicit CountedDecoder(KX7CharSetConverter& converter) : m_converter(converter) {}
 
-    std::u16string operator()(std::string const& bytes, unsigned int room, int limit)
+    std::u16string operator()(std::string const& bytes, unsigned int capacity, int limit)
     {
         auto const* const source = reinterpret_cast<char const*>(m_source.hold(bytes, 0));
-        unsigned short* const dest = m_dest.arm(room + size_t{1});
+        unsigned short* const dest = m_dest.arm(capacity + size_t{1});
         unsigned int const units =
-            kx7::decodeCounted(m_converter, dest, source, static_cast<unsigned int>(bytes.size()), room, limit);
-        EXPECT_TRUE(m_dest.intact()) << hex(bytes) << " room " << room << " limit " << limit;
-        EXPECT_LE(units, room) << hex(bytes);
+            kx7::decodeCounted(m_converter, dest, source, static_cast<unsigned int>(bytes.size()), capacity, limit);
+        EXPECT_TRUE(m_dest.intact()) << hex(bytes) << " capacity " << capacity << " limit " << limit;
+        EXPECT_LE(units, capacity) << hex(bytes);
         EXPECT_EQ(dest[units], 0u) << hex(bytes);
         return std::u16string(dest, dest + units);
     }
@@ -52,11 +52,11 @@ void expectAsTheModelOfCutText(KX7CharSetConverter& converter, Model const& mode
             std::string const whole = a + b + "C";
             for (size_t count = 0; count <= whole.size(); ++count) {
                 std::string const bytes = whole.substr(0, count);
-                for (unsigned int room = 0; room <= count + 2; ++room)
+                for (unsigned int capacity = 0; capacity <= count + 2; ++capacity)
                     for (int limit = -1; limit <= static_cast<int>(count) + 1; ++limit)
-                        ASSERT_TRUE(sameText(decode(bytes, room, limit),
-                                             model.toUTF16({bytes, room, ILLCHAR_REPLACE, limit}).units))
-                            << hex(bytes) << " room " << room << " limit " << limit;
+                        ASSERT_TRUE(sameText(decode(bytes, capacity, limit),
+                                             model.toUTF16({bytes, capacity, ILLCHAR_REPLACE, limit}).units))
+                            << hex(bytes) << " capacity " << capacity << " limit " << limit;
             }
         }
 }
@@ -71,7 +71,7 @@ TEST(DecodeCounted, CutOffCharacterMeetsAZeroByte)
     EXPECT_EQ(decode("A\xE2\x82", 8, -1), u"A\uFFFD") << "the second byte is a stray one then";
     EXPECT_EQ(decode("\xF0\x9F\x98", 8, -1), u"\uFFFD");
     EXPECT_EQ(decode("\xF0\x9F\x98\x80", 8, -1), u"\U0001F600");
-    EXPECT_EQ(decode("\xF0\x9F\x98\x80", 1, -1), u"\uFFFD") << "no room for the pair";
+    EXPECT_EQ(decode("\xF0\x9F\x98\x80", 1, -1), u"\uFFFD") << "no space for the pair";
     EXPECT_EQ(decode("", 8, -1), u"");
 }
 
@@ -114,8 +114,8 @@ TEST(DecodeCounted, LongTextsCutAnywhere)
     for (int i = 0; i < 400; ++i) {
         std::string const bytes = randomText(random, utf8Fragments(), random() % 7000);
         std::string const cut = bytes.substr(0, random() % (bytes.size() + 1));
-        auto const room = static_cast<unsigned int>(random() % (cut.size() + 1));
-        for (unsigned int const r : {room, static_cast<unsigned int>(cut.size())})
+        auto const capacity = static_cast<unsigned int>(random() % (cut.size() + 1));
+        for (unsigned int const r : {capacity, static_cast<unsigned int>(cut.size())})
             for (int const limit : {-1, static_cast<int>(random() % (cut.size() + 1))})
                 ASSERT_TRUE(sameText(decode(cut, r, limit), utf8.toUTF16({cut, r, ILLCHAR_REPLACE, limit}).units));
     }
@@ -135,7 +135,7 @@ TEST(DecodeCounted, DerivedConverterWorksThroughItsOwnOperation)
     EXPECT_EQ(decode("", 8, -1), u"");
 }
 
-TEST(DecodeCounted, ForeignConverterFindsAWholeTerminatorBehindACutCharacter)
+TEST(DecodeCounted, ForeignConverterFindsAWholeTerminatorAfterACutCharacter)
 {
     for (size_t count = 0; count <= 12; ++count) {
         Wide wide;

@@ -31,19 +31,19 @@ struct Way {
 
     bool isToUTF8() const { return &to == &g_oConverterUTF8; }
 
-    size_t convert(unsigned char const* source, unsigned char* dest, size_t room) const
+    size_t convert(unsigned char const* source, unsigned char* dest, size_t capacity) const
     {
-        return isToUTF8() ? kx7::engineOf(from)->toUTF8(from, source, dest, room)
-                          : kx7::engineOf(to)->fromUTF8(to, source, dest, room);
+        return isToUTF8() ? kx7::engineOf(from)->toUTF8(from, source, dest, capacity)
+                          : kx7::engineOf(to)->fromUTF8(to, source, dest, capacity);
     }
 };
 
-std::string inTwoSteps(Way const& way, std::string const& text, size_t room)
+std::string inTwoSteps(Way const& way, std::string const& text, size_t capacity)
 {
     Using const plain(kx7::InstructionSet::PLAIN);
-    std::string result(room + 1, '\0');
+    std::string result(capacity + 1, '\0');
     result.resize(kx7::convertThroughUTF16(way.from, text.c_str(), way.to, result.data(),
-                                           static_cast<unsigned int>(room), {false, ILLCHAR_REPLACE}));
+                                           static_cast<unsigned int>(capacity), {false, ILLCHAR_REPLACE}));
     return result;
 }
 
@@ -103,26 +103,26 @@ std::string textOf(Way const& way, std::mt19937& random, size_t length, unsigned
 
 class Direct {
 public:
-    /** A text `behind` bytes in front of an unreadable page is converted as in two steps, or left to them. */
-    testing::AssertionResult isAsInTwoSteps(Way const& way, std::string const& text, size_t room, size_t behind = 0)
+    /** A text `after` bytes before an unreadable page is converted as in two steps, or left to them. */
+    testing::AssertionResult isAsInTwoSteps(Way const& way, std::string const& text, size_t capacity, size_t after = 0)
     {
-        unsigned char const* const source = m_source.hold(text, 1 + behind);
-        unsigned char* const dest = m_dest.arm(room);
-        std::vector<unsigned char> const before(dest, dest + room);
-        size_t const written = way.convert(source, dest, room);
-        std::string const expected = inTwoSteps(way, text, room);
+        unsigned char const* const source = m_source.hold(text, 1 + after);
+        unsigned char* const dest = m_dest.arm(capacity);
+        std::vector<unsigned char> const before(dest, dest + capacity);
+        size_t const written = way.convert(source, dest, capacity);
+        std::string const expected = inTwoSteps(way, text, capacity);
         bool const isTaken = written != kx7::NOT_DIRECT;
         m_taken += isTaken;
         bool isRight = m_dest.intact() && (!isTaken || written == expected.size());
-        for (size_t i = 0; i < room && isRight; ++i) {
+        for (size_t i = 0; i < capacity && isRight; ++i) {
             bool const isExpected = i < expected.size() && dest[i] == static_cast<unsigned char>(expected[i]);
             isRight = isExpected || (dest[i] == before[i] && (!isTaken || i >= expected.size()));
         }
         if (isRight)
             return testing::AssertionSuccess();
         return testing::AssertionFailure()
-               << way.name << ", room " << room << ", " << behind << " behind, of " << hex(text, text.size()) << "\n  "
-               << static_cast<ptrdiff_t>(written) << " written, expected " << hex(expected, expected.size());
+               << way.name << ", capacity " << capacity << ", " << after << " after, of " << hex(text, text.size())
+               << "\n  " << static_cast<ptrdiff_t>(written) << " written, expected " << hex(expected, expected.size());
     }
 
     /** Texts that were not left. */
@@ -151,7 +151,7 @@ TEST(DirectUtf8, EveryLengthAndEveryPlaceInFrontOfAPage)
     }
 }
 
-TEST(DirectUtf8, EveryRoom)
+TEST(DirectUtf8, EveryCapacity)
 {
     for (kx7::InstructionSet const set : sets()) {
         Using const kernels(set);
@@ -160,8 +160,8 @@ TEST(DirectUtf8, EveryRoom)
         for (Way const& way : ways())
             for (unsigned int const length : {1U, 3U, 7U, 15U, 16U, 17U, 24U, 33U, 64U, 70U, 100U}) {
                 std::string const text = textOf(way, random, length, 2);
-                for (size_t room = 0; room <= 3 * length + 4; ++room)
-                    ASSERT_TRUE(direct.isAsInTwoSteps(way, text, room)) << nameOf(set);
+                for (size_t capacity = 0; capacity <= 3 * length + 4; ++capacity)
+                    ASSERT_TRUE(direct.isAsInTwoSteps(way, text, capacity)) << nameOf(set);
             }
     }
 }
@@ -203,7 +203,7 @@ TEST(DirectUtf8, WhatBothSidesHaveIsTaken)
     }
 }
 
-TEST(DirectUtf8, NothingBehindTheEndIsReadWhereAListMapsAByteToIt)
+TEST(DirectUtf8, NothingAfterTheEndIsReadWhereAListMapsAByteToIt)
 {
     std::vector<unsigned short> list = {0x10, 0};
     for (unsigned short byte = 1; byte < 0x80; ++byte)
@@ -238,8 +238,8 @@ TEST(DirectUtf8, InOneBufferAsInTwo)
         std::mt19937 random(4);
         for (Way const& way : ways()) {
             KX7CharSet const charSet = charSetOf(way.isToUTF8() ? way.from : way.to);
-            auto const convert = [&](void* dest, void const* source, size_t room) -> size_t {
-                auto const bytes = static_cast<int>(room);
+            auto const convert = [&](void* dest, void const* source, size_t capacity) -> size_t {
+                auto const bytes = static_cast<int>(capacity);
                 return way.isToUTF8() ? LocalToUTF8(static_cast<unsigned char*>(dest), static_cast<char const*>(source),
                                                     bytes, charSet)
                                       : UTF8ToLocal(static_cast<char*>(dest), static_cast<unsigned char const*>(source),
@@ -249,13 +249,13 @@ TEST(DirectUtf8, InOneBufferAsInTwo)
             for (size_t length = 0; length <= (onlyShrinks ? 5000u : 1500u); length += length < 80 ? 1 : 37)
                 for (size_t const shift : {0U, 1U, 7U, 40U}) {
                     std::string const text = textOf(way, random, length, 3);
-                    size_t const room = 4 * length + 1;
-                    std::vector<unsigned char> apart(room);
-                    size_t const expected = convert(apart.data(), text.c_str(), room);
-                    // The result begins where the text does, or in front of it.
-                    std::vector<unsigned char> buffer(room + shift);
+                    size_t const capacity = 4 * length + 1;
+                    std::vector<unsigned char> apart(capacity);
+                    size_t const expected = convert(apart.data(), text.c_str(), capacity);
+                    // The result begins where the text does, or before it.
+                    std::vector<unsigned char> buffer(capacity + shift);
                     memcpy(buffer.data() + shift, text.c_str(), length + 1);
-                    ASSERT_EQ(convert(buffer.data(), buffer.data() + shift, room), expected)
+                    ASSERT_EQ(convert(buffer.data(), buffer.data() + shift, capacity), expected)
                         << way.name << ", " << length << " bytes, " << shift << ", " << nameOf(set);
                     ASSERT_EQ(memcmp(buffer.data(), apart.data(), expected + 1), 0)
                         << way.name << ", " << length << " bytes, " << shift << ", " << nameOf(set);
@@ -290,17 +290,17 @@ TEST(DirectUtf8, InOneBufferWhereTheResultGetsLongerThanTheText)
                                                   {c.shrinks, 3000}})
                     for (size_t i = 0; i < count; ++i)
                         text += part;
-                size_t const room = 3 * text.size();
+                size_t const capacity = 3 * text.size();
                 auto const convert = [&](char* dest, char const* source) {
-                    unsigned int const bytes = kx7::convertThroughUTF16(g_oConverterUTF8, source, c.to, dest,
-                                                                        static_cast<unsigned int>(room), {false, c.op});
+                    unsigned int const bytes = kx7::convertThroughUTF16(
+                        g_oConverterUTF8, source, c.to, dest, static_cast<unsigned int>(capacity), {false, c.op});
                     return std::string(dest, bytes);
                 };
-                std::vector<char> apart(room + SHIFT);
+                std::vector<char> apart(capacity + SHIFT);
                 std::string const expected = convert(apart.data(), text.c_str());
                 auto const isRight = [&](kx7::InstructionSet set) {
                     Using const kernels(set);
-                    std::vector<char> buffer(room + SHIFT);
+                    std::vector<char> buffer(capacity + SHIFT);
                     memcpy(buffer.data() + SHIFT, text.c_str(), text.size() + 1);
                     return convert(buffer.data(), buffer.data() + SHIFT) == expected;
                 };

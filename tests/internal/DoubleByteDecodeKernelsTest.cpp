@@ -178,7 +178,7 @@ void expectPatternAlike(Subject const& subject, Bench& bench, Among<std::string>
     expectAlike(what, [&] { return bench.countUnits(text); });
 }
 
-/** The places around edges: where a sequence that the edge cuts begins, and the first behind it. */
+/** The places around edges: where a sequence that the edge cuts begins, and the first after it. */
 std::vector<size_t> placesAround(std::initializer_list<size_t> edges)
 {
     std::vector<size_t> places;
@@ -237,7 +237,7 @@ TEST_F(DoubleByteDecodeKernels, EveryLengthAtEveryAlignment)
 TEST_F(DoubleByteDecodeKernels, EveryPairAtABlockEdge)
 {
     // Each of the 65,536 pairs at one place around an edge, and every pair of kinds at every place of every edge. The
-    // kernels that decode begin behind 16 bytes or 17 and take 64, with AVX2 four times; those that count begin with
+    // kernels that decode begin after 16 bytes or 17 and take 64, with AVX2 four times; those that count begin with
     // the text.
     std::vector<size_t> const places = placesAround({16, 64, 80, 144, 272});
     for (Subject const& subject : subjects()) {
@@ -356,11 +356,11 @@ TEST_F(DoubleByteDecodeKernels, BytesThatOverlap)
                 std::string bytes;
                 for (size_t length = 60 + random() % 200; bytes.size() < length;)
                     bytes += kind[random() % kind.size()];
-                size_t const room = round % 3 == 0 ? random() % bytes.size() : bytes.size();
-                expectAlike(subject.name, [&] { return bench.decode(bytes, room, Bench::NOWHERE); });
+                size_t const capacity = round % 3 == 0 ? random() % bytes.size() : bytes.size();
+                expectAlike(subject.name, [&] { return bench.decode(bytes, capacity, Bench::NOWHERE); });
                 expectAlike(subject.name + ", units", [&] { return bench.countUnits(bytes); });
                 expectAlike(subject.name + ", as text", [&] {
-                    return bench.decodeText(bytes.c_str(), static_cast<unsigned int>(room), ILLCHAR_REPLACE);
+                    return bench.decodeText(bytes.c_str(), static_cast<unsigned int>(capacity), ILLCHAR_REPLACE);
                 });
                 if (HasFatalFailure())
                     return;
@@ -425,23 +425,24 @@ TEST_F(DoubleByteDecodeKernels, EveryFourByteCode)
             check(place);
 }
 
-TEST_F(DoubleByteDecodeKernels, EveryRoomAndEveryLimit)
+TEST_F(DoubleByteDecodeKernels, EveryCapacityAndEveryLimit)
 {
     std::mt19937 random(33);
     for (Subject const& subject : subjects()) {
         Bench bench(*subject.converter);
         for (Mix const& mix : MIXES) {
             std::string const bytes = randomBytes(subject, random, 260, mix);
-            for (size_t room = 0; room <= 270; ++room) {
-                expectAlike(subject.name + ", room " + std::to_string(room),
-                            [&] { return bench.decode(bytes, room, Bench::NOWHERE); });
-                expectAlike(subject.name + ", room " + std::to_string(room),
-                            [&] { return bench.decodeText(bytes, static_cast<unsigned int>(room), ILLCHAR_REPLACE); });
-                expectAlike(subject.name + ", limit " + std::to_string(room), [&] {
+            for (size_t capacity = 0; capacity <= 270; ++capacity) {
+                expectAlike(subject.name + ", capacity " + std::to_string(capacity),
+                            [&] { return bench.decode(bytes, capacity, Bench::NOWHERE); });
+                expectAlike(subject.name + ", capacity " + std::to_string(capacity), [&] {
+                    return bench.decodeText(bytes, static_cast<unsigned int>(capacity), ILLCHAR_REPLACE);
+                });
+                expectAlike(subject.name + ", limit " + std::to_string(capacity), [&] {
                     std::vector<unsigned short> units(bytes.size() + 1);
                     unsigned int const n =
                         subject.converter->toUTF16(units.data(), bytes.c_str(), static_cast<unsigned int>(bytes.size()),
-                                                   ILLCHAR_REPLACE, nullptr, static_cast<int>(room));
+                                                   ILLCHAR_REPLACE, nullptr, static_cast<int>(capacity));
                     return Outcome{0, n, {}, 0, {reinterpret_cast<char const*>(units.data()), n * 2}};
                 });
                 if (HasFatalFailure())
@@ -451,7 +452,7 @@ TEST_F(DoubleByteDecodeKernels, EveryRoomAndEveryLimit)
     }
 }
 
-TEST_F(DoubleByteDecodeKernels, NothingIsWrittenBehindTheTextWhateverTheRoom)
+TEST_F(DoubleByteDecodeKernels, NothingIsWrittenAfterTheTextWhateverTheCapacity)
 {
     constexpr unsigned short UNTOUCHED = 0xA5A5;
     std::mt19937 random(34);

@@ -181,9 +181,9 @@ TEST_F(DoubleByteEncodeKernels, BrokenText)
                 for (char16_t& unit : units)
                     if (random() % 1000 < brokenInAThousand)
                         unit = static_cast<char16_t>(1 + random() % 0xFFFF);
-                auto const room = static_cast<unsigned int>(units.size() * 6);
+                auto const capacity = static_cast<unsigned int>(units.size() * 6);
                 for (ILLCHAR_OPTYPE const op : {ILLCHAR_STOP, ILLCHAR_REPLACE, ILLCHAR_ESCAPE})
-                    expectAlike(subject.name + ", broken", [&] { return bench.encodeText(units, room, op); });
+                    expectAlike(subject.name + ", broken", [&] { return bench.encodeText(units, capacity, op); });
                 expectAlike(subject.name + ", broken and counted", [&] { return bench.countBytes(units); });
                 if (HasFatalFailure())
                     return;
@@ -192,18 +192,18 @@ TEST_F(DoubleByteEncodeKernels, BrokenText)
     }
 }
 
-TEST_F(DoubleByteEncodeKernels, EveryRoomAroundABlockEdge)
+TEST_F(DoubleByteEncodeKernels, EveryCapacityAroundABlockEdge)
 {
     std::mt19937 random(23);
     for (Subject const& subject : subjects()) {
         Bench bench(*subject.converter);
         for (auto const& mix : MIXES) {
             std::u16string const units = randomText(subject, random, 130, mix);
-            for (size_t room = 0; room <= 300; ++room) {
-                std::string const what = subject.name + ", room " + std::to_string(room);
-                expectAlike(what, [&] { return bench.encode(units, room, Bench::NOWHERE); });
+            for (size_t capacity = 0; capacity <= 300; ++capacity) {
+                std::string const what = subject.name + ", capacity " + std::to_string(capacity);
+                expectAlike(what, [&] { return bench.encode(units, capacity, Bench::NOWHERE); });
                 for (ILLCHAR_OPTYPE const op : {ILLCHAR_STOP, ILLCHAR_REPLACE, ILLCHAR_ESCAPE})
-                    expectAlike(what, [&] { return bench.encodeText(units, static_cast<unsigned int>(room), op); });
+                    expectAlike(what, [&] { return bench.encodeText(units, static_cast<unsigned int>(capacity), op); });
                 if (HasFatalFailure())
                     return;
             }
@@ -211,7 +211,7 @@ TEST_F(DoubleByteEncodeKernels, EveryRoomAroundABlockEdge)
     }
 }
 
-TEST_F(DoubleByteEncodeKernels, NothingIsWrittenBehindTheTextWhateverTheRoom)
+TEST_F(DoubleByteEncodeKernels, NothingIsWrittenAfterTheTextWhateverTheCapacity)
 {
     std::mt19937 random(24);
     for (Subject const& subject : subjects()) {
@@ -245,8 +245,8 @@ TEST_F(DoubleByteEncodeKernels, EveryCharacter)
             }
         Bench bench(*subject.converter);
         for (std::u16string const& text : texts) {
-            auto const room = static_cast<unsigned int>(text.size() * 4);
-            expectAlike(subject.name, [&] { return bench.encodeText(text, room, ILLCHAR_REPLACE); });
+            auto const capacity = static_cast<unsigned int>(text.size() * 4);
+            expectAlike(subject.name, [&] { return bench.encodeText(text, capacity, ILLCHAR_REPLACE); });
             expectAlike(subject.name, [&] { return bench.countBytes(text); });
             if (HasFatalFailure())
                 return;

@@ -26,13 +26,13 @@ static_assert(PIECE_UNITS == kx7::PIECE, "texts are long enough to cross a piece
 
 SingleByteModel const thai(pairsOf(oCP874map));
 Utf8Model const utf8;
-Utf8Model const utf8WithinItsRoom(6);
+Utf8Model const utf8WithinItsCapacity(6);
 
 struct Subject {
     char const* name;
     KX7CharSetConverter& converter;
     Model const& model;
-    Model const& modelWithinItsRoom;
+    Model const& modelWithinItsCapacity;
     std::vector<std::string> byteFragments;
     std::vector<std::u16string> unitFragments;
 };
@@ -48,7 +48,7 @@ std::vector<Subject> subjects()
         fragments->push_back("\0"s);
     for (auto* fragments : {&utf8Units, &thaiUnits})
         fragments->push_back(u"\0"s);
-    return {{"UTF-8", g_oConverterUTF8, utf8, utf8WithinItsRoom, utf8Bytes, utf8Units},
+    return {{"UTF-8", g_oConverterUTF8, utf8, utf8WithinItsCapacity, utf8Bytes, utf8Units},
             {"code page 874", g_oConverterWCP874, thai, thai, thaiBytes, thaiUnits}};
 }
 
@@ -111,22 +111,22 @@ TEST(Engines, DecodeSaysWhyItStopsAndHowFarItCame)
         char const* what;
         KX7CharSetConverter& converter;
         std::string bytes;
-        size_t room;
+        size_t capacity;
         DecodedRange expected;
     };
     Row const rows[] = {
         {"nothing", g_oConverterUTF8, "", 4, {u"", 0, Stop::SOURCE_USED, 0}},
         {"nothing into nothing", g_oConverterUTF8, "", 0, {u"", 0, Stop::SOURCE_USED, 0}},
         {"letters", g_oConverterUTF8, "AB", 4, {u"AB", 2, Stop::SOURCE_USED, 0}},
-        {"room of the text", g_oConverterUTF8, "AB", 2, {u"AB", 2, Stop::SOURCE_USED, 0}},
-        {"no room", g_oConverterUTF8, "AB", 0, {u"", 0, Stop::DESTINATION_FULL, 0}},
-        {"room for one", g_oConverterUTF8, "AB", 1, {u"A", 1, Stop::DESTINATION_FULL, 0}},
+        {"capacity of the text", g_oConverterUTF8, "AB", 2, {u"AB", 2, Stop::SOURCE_USED, 0}},
+        {"no space", g_oConverterUTF8, "AB", 0, {u"", 0, Stop::DESTINATION_FULL, 0}},
+        {"space for one", g_oConverterUTF8, "AB", 1, {u"A", 1, Stop::DESTINATION_FULL, 0}},
         {"zero is a character", g_oConverterUTF8, "A\0B"s, 4, {u"A\0B"s, 3, Stop::SOURCE_USED, 0}},
         {"a pair", g_oConverterUTF8, "\xF0\x9F\x98\x80", 2, {{0xD83D, 0xDE00}, 4, Stop::SOURCE_USED, 0}},
         {"a pair stays whole", g_oConverterUTF8, "\xF0\x9F\x98\x80", 1, {u"", 0, Stop::DESTINATION_FULL, 0}},
-        {"cut after one", g_oConverterUTF8, "A\xE2", 4, {u"A", 1, Stop::SOURCE_CUT, 0}},
-        {"cut after two", g_oConverterUTF8, "A\xE2\x82", 4, {u"A", 1, Stop::SOURCE_CUT, 0}},
-        {"cut after three", g_oConverterUTF8, "\xF0\x9F\x98", 4, {u"", 0, Stop::SOURCE_CUT, 0}},
+        {"cut after one", g_oConverterUTF8, "A\xE2", 4, {u"A", 1, Stop::SOURCE_TRUNCATED, 0}},
+        {"cut after two", g_oConverterUTF8, "A\xE2\x82", 4, {u"A", 1, Stop::SOURCE_TRUNCATED, 0}},
+        {"cut after three", g_oConverterUTF8, "\xF0\x9F\x98", 4, {u"", 0, Stop::SOURCE_TRUNCATED, 0}},
         {"zero does not continue", g_oConverterUTF8, "A\xE2\0"s, 4, {u"A", 1, Stop::ILLEGAL, 1}},
         {"malformed",
          g_oConverterUTF8,
@@ -149,11 +149,11 @@ TEST(Engines, DecodeSaysWhyItStopsAndHowFarItCame)
          "B",
          4,
          {u"A", 1, Stop::ILLEGAL, 1}},
-        {"Thai without room", g_oConverterWCP874, "A\xA1", 1, {u"A", 1, Stop::DESTINATION_FULL, 0}},
+        {"Thai without capacity", g_oConverterWCP874, "A\xA1", 1, {u"A", 1, Stop::DESTINATION_FULL, 0}},
     };
     for (Row const& row : rows) {
         RangeProbe probe(row.converter);
-        EXPECT_EQ(probe.decode(row.bytes, row.room), row.expected) << row.what;
+        EXPECT_EQ(probe.decode(row.bytes, row.capacity), row.expected) << row.what;
     }
 }
 
@@ -163,18 +163,18 @@ TEST(Engines, EncodeSaysWhyItStopsAndHowFarItCame)
         char const* what;
         KX7CharSetConverter& converter;
         std::u16string units;
-        size_t room;
+        size_t capacity;
         EncodedRange expected;
     };
     Row const rows[] = {
         {"nothing", g_oConverterUTF8, u"", 4, {"", 0, Stop::SOURCE_USED, 0}},
         {"letters", g_oConverterUTF8, u"AB", 2, {"AB", 2, Stop::SOURCE_USED, 0}},
-        {"no room", g_oConverterUTF8, u"AB", 0, {"", 0, Stop::DESTINATION_FULL, 0}},
+        {"no space", g_oConverterUTF8, u"AB", 0, {"", 0, Stop::DESTINATION_FULL, 0}},
         {"zero is a character", g_oConverterUTF8, u"A\0B"s, 4, {"A\0B"s, 3, Stop::SOURCE_USED, 0}},
         {"two bytes into one", g_oConverterUTF8, {'A', 0xE9}, 2, {"A", 1, Stop::DESTINATION_FULL, 0}},
         {"pair", g_oConverterUTF8, {0xD83D, 0xDE00}, 4, {"\xF0\x9F\x98\x80", 2, Stop::SOURCE_USED, 0}},
         {"pair into three", g_oConverterUTF8, {0xD83D, 0xDE00}, 3, {"", 0, Stop::DESTINATION_FULL, 0}},
-        {"cut pair", g_oConverterUTF8, {'A', 0xD83D}, 8, {"A", 1, Stop::SOURCE_CUT, 0}},
+        {"cut pair", g_oConverterUTF8, {'A', 0xD83D}, 8, {"A", 1, Stop::SOURCE_TRUNCATED, 0}},
         {"high surrogate alone", g_oConverterUTF8, {'A', 0xD83D, 'B'}, 8, {"A", 1, Stop::UNMAPPABLE, 1}},
         {"high surrogate before 0", g_oConverterUTF8, {'A', 0xD83D, 0}, 8, {"A", 1, Stop::UNMAPPABLE, 1}},
         {"low surrogate alone", g_oConverterUTF8, {0xDC00}, 8, {"\xED\xB0\x80", 1, Stop::SOURCE_USED, 0}},
@@ -184,7 +184,7 @@ TEST(Engines, EncodeSaysWhyItStopsAndHowFarItCame)
     };
     for (Row const& row : rows) {
         RangeProbe probe(row.converter);
-        EXPECT_EQ(probe.encode(row.units, row.room), row.expected) << row.what;
+        EXPECT_EQ(probe.encode(row.units, row.capacity), row.expected) << row.what;
     }
 }
 
@@ -241,17 +241,17 @@ TEST(Engines, DecodingGoesOnWhereAFullDestinationEndedIt)
         RangeProbe probe(subject.converter);
         for (std::string const& bytes : triplesOf(subject.byteFragments)) {
             DecodedRange const whole = probe.decode(bytes, 16);
-            for (size_t room = 0; room <= whole.text.size() + 1; ++room) {
-                DecodedRange const first = probe.decode(bytes, room);
+            for (size_t capacity = 0; capacity <= whole.text.size() + 1; ++capacity) {
+                DecodedRange const first = probe.decode(bytes, capacity);
                 if (first.stop == Stop::DESTINATION_FULL) {
-                    ASSERT_GE(first.text.size() + 1, room) << "only a pair may leave room: " << hex(bytes);
+                    ASSERT_GE(first.text.size() + 1, capacity) << "only a pair may leave capacity: " << hex(bytes);
                     DecodedRange rest = probe.decode(bytes.substr(first.consumed), 16);
                     rest.text = first.text + rest.text;
                     rest.consumed += first.consumed;
-                    ASSERT_EQ(rest, whole) << hex(bytes) << " room " << room;
+                    ASSERT_EQ(rest, whole) << hex(bytes) << " capacity " << capacity;
                 }
                 else {
-                    ASSERT_EQ(first, whole) << hex(bytes) << " room " << room;
+                    ASSERT_EQ(first, whole) << hex(bytes) << " capacity " << capacity;
                 }
             }
         }
@@ -265,17 +265,17 @@ TEST(Engines, EncodingGoesOnWhereAFullDestinationEndedIt)
         RangeProbe probe(subject.converter);
         for (std::u16string const& units : triplesOf(subject.unitFragments)) {
             EncodedRange const whole = probe.encode(units, 32);
-            for (size_t room = 0; room <= whole.text.size() + 1; ++room) {
-                EncodedRange const first = probe.encode(units, room);
+            for (size_t capacity = 0; capacity <= whole.text.size() + 1; ++capacity) {
+                EncodedRange const first = probe.encode(units, capacity);
                 if (first.stop == Stop::DESTINATION_FULL) {
-                    ASSERT_GE(first.text.size() + 3, room) << "a character is four bytes at most: " << hex(units);
+                    ASSERT_GE(first.text.size() + 3, capacity) << "a character is four bytes at most: " << hex(units);
                     EncodedRange rest = probe.encode(units.substr(first.consumed), 32);
                     rest.text = first.text + rest.text;
                     rest.consumed += first.consumed;
-                    ASSERT_EQ(rest, whole) << hex(units) << " room " << room;
+                    ASSERT_EQ(rest, whole) << hex(units) << " capacity " << capacity;
                 }
                 else {
-                    ASSERT_EQ(first, whole) << hex(units) << " room " << room;
+                    ASSERT_EQ(first, whole) << hex(units) << " capacity " << capacity;
                 }
             }
         }
@@ -316,24 +316,24 @@ TEST(Engines, DecodeTextIsThePublishedConversionWithoutItsTerminator)
         PageEnd<unsigned char> memory;
         Fenced<unsigned short> dest;
         for (std::string const& bytes : triplesOf(subject.byteFragments))
-            for (unsigned int room = 0; room <= bytes.size() + 1; ++room)
+            for (unsigned int capacity = 0; capacity <= bytes.size() + 1; ++capacity)
                 for (bool const bounded : {false, true}) {
                     unsigned char const* const begin = memory.hold(bytes, bounded ? 0 : 1);
-                    unsigned short* const out = dest.arm(room);
+                    unsigned short* const out = dest.arm(capacity);
                     TextProgress const text = engine.decodeText(
-                        subject.converter, {begin, bounded ? begin + bytes.size() : nullptr}, out, room);
-                    std::u16string expected = subject.model.toUTF16({bytes, room, ILLCHAR_REPLACE, -1}).units;
-                    bool const fillsTheRoom = expected.size() == room;
-                    // The published conversion replaces a pair that finds room for one unit; this leaves it.
-                    std::u16string const more = subject.model.toUTF16({bytes, room + 1, ILLCHAR_REPLACE, -1}).units;
-                    bool const pairDoesNotFit =
-                        fillsTheRoom && room != 0 && more.size() == room + 1 && more.compare(0, room, expected) != 0;
+                        subject.converter, {begin, bounded ? begin + bytes.size() : nullptr}, out, capacity);
+                    std::u16string expected = subject.model.toUTF16({bytes, capacity, ILLCHAR_REPLACE, -1}).units;
+                    bool const fillsTheCapacity = expected.size() == capacity;
+                    // The published conversion replaces a pair that finds space for one unit; this leaves it.
+                    std::u16string const more = subject.model.toUTF16({bytes, capacity + 1, ILLCHAR_REPLACE, -1}).units;
+                    bool const pairDoesNotFit = fillsTheCapacity && capacity != 0 && more.size() == capacity + 1 &&
+                                                more.compare(0, capacity, expected) != 0;
                     if (pairDoesNotFit)
                         expected.pop_back();
                     ASSERT_TRUE(sameText(std::u16string(out, out + text.written), expected))
-                        << hex(bytes) << " room " << room << " bounded " << bounded;
-                    ASSERT_EQ(text.full, fillsTheRoom) << hex(bytes) << " room " << room;
-                    ASSERT_TRUE(dest.intact()) << hex(bytes) << " room " << room;
+                        << hex(bytes) << " capacity " << capacity << " bounded " << bounded;
+                    ASSERT_EQ(text.full, fillsTheCapacity) << hex(bytes) << " capacity " << capacity;
+                    ASSERT_TRUE(dest.intact()) << hex(bytes) << " capacity " << capacity;
                 }
     }
 }
@@ -352,8 +352,8 @@ TEST(Engines, DecodeTextGoesOnWhereItWasFull)
             std::u16string units;
             unsigned short piece[3000];
             for (;;) {
-                unsigned int const room = 2 + static_cast<unsigned int>(random() % 2990);
-                TextProgress const text = engine.decodeText(subject.converter, {in, nullptr}, piece, room);
+                unsigned int const capacity = 2 + static_cast<unsigned int>(random() % 2990);
+                TextProgress const text = engine.decodeText(subject.converter, {in, nullptr}, piece, capacity);
                 units.append(piece, piece + text.written);
                 in += text.consumed;
                 if (!text.full)
@@ -366,29 +366,30 @@ TEST(Engines, DecodeTextGoesOnWhereItWasFull)
     }
 }
 
-TEST(Engines, EncodeTextIsThePublishedConversionWithinItsRoom)
+TEST(Engines, EncodeTextIsThePublishedConversionWithinItsCapacity)
 {
     for (Subject const& subject : subjects()) {
         SCOPED_TRACE(subject.name);
         kx7::Engine const& engine = *kx7::engineOf(subject.converter);
-        Model const& model = subject.modelWithinItsRoom;
+        Model const& model = subject.modelWithinItsCapacity;
         PageEnd<unsigned short> memory;
         Fenced<unsigned char> dest;
         for (std::u16string const& units : triplesOf(subject.unitFragments))
             for (ILLCHAR_OPTYPE const op : OPERATIONS)
-                for (unsigned int room = 0; room <= 3 * units.size() + 3; ++room)
+                for (unsigned int capacity = 0; capacity <= 3 * units.size() + 3; ++capacity)
                     for (bool const bounded : {false, true}) {
                         unsigned short const* const begin = memory.hold(units, bounded ? 0 : 1);
-                        unsigned char* const out = dest.arm(room);
-                        TextProgress const text = engine.encodeText(
-                            subject.converter, {begin, bounded ? begin + units.size() : nullptr}, out, room, op, true);
-                        std::string const expected = model.fromUTF16({units, room, op}).bytes;
-                        std::string const more = model.fromUTF16({units, room + 6, op}).bytes;
+                        unsigned char* const out = dest.arm(capacity);
+                        TextProgress const text =
+                            engine.encodeText(subject.converter, {begin, bounded ? begin + units.size() : nullptr}, out,
+                                              capacity, op, true);
+                        std::string const expected = model.fromUTF16({units, capacity, op}).bytes;
+                        std::string const more = model.fromUTF16({units, capacity + 6, op}).bytes;
                         ASSERT_TRUE(sameText(std::string(out, out + text.written), expected))
-                            << hex(units) << " room " << room << " operation " << op << " bounded " << bounded;
-                        ASSERT_EQ(text.full, expected.size() == room || more != expected)
-                            << hex(units) << " room " << room << " operation " << op;
-                        ASSERT_TRUE(dest.intact()) << hex(units) << " room " << room << " operation " << op;
+                            << hex(units) << " capacity " << capacity << " operation " << op << " bounded " << bounded;
+                        ASSERT_EQ(text.full, expected.size() == capacity || more != expected)
+                            << hex(units) << " capacity " << capacity << " operation " << op;
+                        ASSERT_TRUE(dest.intact()) << hex(units) << " capacity " << capacity << " operation " << op;
                     }
     }
 }
@@ -408,9 +409,9 @@ TEST(Engines, EncodeTextGoesOnWhereItWasFull)
                 std::string bytes;
                 unsigned char piece[3000];
                 for (;;) {
-                    unsigned int const room = 6 + static_cast<unsigned int>(random() % 2990);
+                    unsigned int const capacity = 6 + static_cast<unsigned int>(random() % 2990);
                     TextProgress const text =
-                        engine.encodeText(subject.converter, {in, nullptr}, piece, room, op, true);
+                        engine.encodeText(subject.converter, {in, nullptr}, piece, capacity, op, true);
                     bytes.append(piece, piece + text.written);
                     in += text.consumed;
                     if (!text.full)

@@ -21,10 +21,10 @@ class DerivedUtf8 : public KX7CharSetConverterUTF8 {
 public:
     DerivedUtf8() : KX7CharSetConverterUTF8(KX7CS_UTF8) {}
 
-    unsigned int toUTF16(unsigned short* dest, void const* source, unsigned int room, ILLCHAR_OPTYPE op, bool* illegal,
-                         int sourceLimit) override
+    unsigned int toUTF16(unsigned short* dest, void const* source, unsigned int capacity, ILLCHAR_OPTYPE op,
+                         bool* illegal, int sourceLimit) override
     {
-        unsigned int const units = KX7CharSetConverterUTF8::toUTF16(dest, source, room, op, illegal, sourceLimit);
+        unsigned int const units = KX7CharSetConverterUTF8::toUTF16(dest, source, capacity, op, illegal, sourceLimit);
         std::replace(dest, dest + units, static_cast<unsigned short>('A'), static_cast<unsigned short>('B'));
         return units;
     }
@@ -38,12 +38,12 @@ public:
     size_t bytesLookedAt = 0;
 
     unsigned int getNumUnits(void const*, unsigned int byteCount) override { return byteCount / 4; }
-    unsigned int toUTF16(unsigned short* dest, void const* source, unsigned int room, ILLCHAR_OPTYPE, bool*,
+    unsigned int toUTF16(unsigned short* dest, void const* source, unsigned int capacity, ILLCHAR_OPTYPE, bool*,
                          int) override
     {
         unsigned int units = 0;
         bytesLookedAt = 0;
-        while (units != room) {
+        while (units != capacity) {
             unsigned char bytes[4];
             memcpy(bytes, static_cast<unsigned char const*>(source) + bytesLookedAt, sizeof bytes);
             bytesLookedAt += sizeof bytes;
@@ -55,11 +55,12 @@ public:
         return units;
     }
     unsigned int getNumBytes(unsigned short const*, unsigned int unitCount) override { return unitCount * 4; }
-    unsigned int fromUTF16(void* dest, unsigned short const* source, unsigned int room, ILLCHAR_OPTYPE, bool*) override
+    unsigned int fromUTF16(void* dest, unsigned short const* source, unsigned int capacity, ILLCHAR_OPTYPE,
+                           bool*) override
     {
         auto* const out = static_cast<unsigned char*>(dest);
         unsigned int bytes = 0;
-        for (; *source != 0 && room - bytes >= 4; ++source) {
+        for (; *source != 0 && capacity - bytes >= 4; ++source) {
             unsigned char const unit[] = {static_cast<unsigned char>(*source), static_cast<unsigned char>(*source >> 8),
                                           0, 0};
             memcpy(out + bytes, unit, sizeof unit);

@@ -1,5 +1,5 @@
-// kx7text tests - every converter with source and destination between unreadable pages: every room, every alignment,
-// every set of kernels.
+// kx7text tests - every converter with source and destination between unreadable pages: every capacity, every
+// alignment, every set of kernels.
 #include <gtest/gtest.h>
 
 #include <climits>
@@ -25,7 +25,7 @@ std::vector<kx7::InstructionSet> allKernels()
     return found;
 }
 
-/** A text in front of `letters` ASCII letters: lengths, and so alignments, of every kind. */
+/** A text before `letters` ASCII letters: lengths, and so alignments, of every kind. */
 struct Subject {
     std::string bytes;
     std::u16string units;
@@ -48,7 +48,7 @@ Subject subjectOf(MultibyteSet const& set, unsigned int letters)
     return subject;
 }
 
-/** Where the source lies; the destination ends at its page and so begins at every alignment as rooms go by. */
+/** Where the source lies; the destination ends at its page and so begins at every alignment as capacities go by. */
 class Guards {
 public:
     explicit Guards(MultibyteSet const& set) : m_set(set), m_kernels(allKernels()) {}
@@ -61,12 +61,13 @@ public:
         for (kx7::InstructionSet const kernels : m_kernels) {
             Using const use(kernels);
             unsigned char const* const source = m_bytes.hold(call.bytes, m_set.converter.getNullCharSize());
-            size_t const extent = std::min<size_t>(call.room, expected.units.size()) + 1;
-            // The destination is as large as the text that has to be there, whatever larger room the call is told of.
+            size_t const extent = std::min<size_t>(call.capacity, expected.units.size()) + 1;
+            // The destination is as large as the text that has to be there, whatever larger capacity the call is told
+            // of.
             unsigned short* const dest = m_unitsOut.arm(extent);
-            unsigned int const n = m_set.converter.toUTF16(dest, source, call.room, call.op, nullptr, call.limit);
+            unsigned int const n = m_set.converter.toUTF16(dest, source, call.capacity, call.op, nullptr, call.limit);
             check(n == expected.units.size() && memcmp(dest, expected.units.data(), 2 * n) == 0 && dest[n] == 0,
-                  "toUTF16 of " + hex(call.bytes), call.room, call.op, kernels);
+                  "toUTF16 of " + hex(call.bytes), call.capacity, call.op, kernels);
         }
     }
 
@@ -78,17 +79,19 @@ public:
             unsigned short const* const source = m_units.hold(call.units, 1);
             size_t const zeros = m_set.converter.getNullCharSize();
             unsigned char* const dest = m_bytesOut.arm(expected.bytes.size() + zeros);
-            unsigned int const n = m_set.converter.fromUTF16(dest, source, call.room, call.op, nullptr);
+            unsigned int const n = m_set.converter.fromUTF16(dest, source, call.capacity, call.op, nullptr);
             check(n == expected.bytes.size() && memcmp(dest, expected.bytes.data(), n) == 0 && dest[n] == 0,
-                  "fromUTF16 of " + hex(call.units), call.room, call.op, kernels);
+                  "fromUTF16 of " + hex(call.units), call.capacity, call.op, kernels);
         }
     }
 
 private:
-    void check(bool right, std::string const& what, unsigned int room, ILLCHAR_OPTYPE op, kx7::InstructionSet kernels)
+    void check(bool right, std::string const& what, unsigned int capacity, ILLCHAR_OPTYPE op,
+               kx7::InstructionSet kernels)
     {
         if (!right && ++m_failures <= 5)
-            ADD_FAILURE() << what << " room " << room << " operation " << op << " with " << kx7test::nameOf(kernels);
+            ADD_FAILURE() << what << " capacity " << capacity << " operation " << op << " with "
+                          << kx7test::nameOf(kernels);
     }
 
     MultibyteSet const& m_set;
@@ -100,7 +103,7 @@ private:
     int m_failures = 0;
 };
 
-void everyRoom(MultibyteSet const& set, unsigned int firstLetters, unsigned int lastLetters)
+void everyCapacity(MultibyteSet const& set, unsigned int firstLetters, unsigned int lastLetters)
 {
     SCOPED_TRACE(set.name);
     Guards guards(set);
@@ -111,27 +114,27 @@ void everyRoom(MultibyteSet const& set, unsigned int firstLetters, unsigned int 
         for (ILLCHAR_OPTYPE const mode : MODES) {
             auto const bytes =
                 static_cast<unsigned int>(set.model->fromUTF16({subject.units, INT_MAX, mode}).bytes.size());
-            for (unsigned int room = 0; room <= units + 2; ++room)
-                guards.decode({subject.bytes, room, mode, INT_MAX});
-            for (unsigned int room = 0; room <= bytes + 2; ++room)
-                guards.encode({subject.units, room, mode});
+            for (unsigned int capacity = 0; capacity <= units + 2; ++capacity)
+                guards.decode({subject.bytes, capacity, mode, INT_MAX});
+            for (unsigned int capacity = 0; capacity <= bytes + 2; ++capacity)
+                guards.encode({subject.units, capacity, mode});
         }
     }
 }
 
 }  // namespace
 
-TEST(GuardPages, EveryRoomOfEverySetAtAlignmentsZeroToThree)
+TEST(GuardPages, EveryCapacityOfEverySetAtAlignmentsZeroToThree)
 {
     EXPECT_EQ(allSets().size(), 41u);
     for (MultibyteSet const& set : allSets())
-        everyRoom(set, 0, 3);
+        everyCapacity(set, 0, 3);
 }
 
-TEST(GuardPages, EveryRoomAtEveryOtherAlignment)
+TEST(GuardPages, EveryCapacityAtEveryOtherAlignment)
 {
     for (MultibyteSet const& set : allSets())
-        everyRoom(set, 4, 63);
+        everyCapacity(set, 4, 63);
 }
 
 TEST(GuardPages, CountsAndCountedTextReadNothingAfterTheTerminator)

@@ -51,28 +51,29 @@ public:
     {
     }
 
-    Outcome decode(std::string const& bytes, size_t room, size_t shift)
+    Outcome decode(std::string const& bytes, size_t capacity, size_t shift)
     {
         unsigned char* const source = place(m_source, bytes.size(), shift);
         memcpy(source, bytes.data(), bytes.size());
-        auto* const dest = reinterpret_cast<unsigned short*>(m_dest.data() + CAPACITY) - room;
-        memset(dest, CANARY, room * 2);
-        kx7::Progress const p = m_engine.decode(m_converter, source, source + bytes.size(), dest, dest + room, false);
-        return {p.consumed, p.written, p.stop, p.length, {reinterpret_cast<char const*>(dest), p.written * 2}};
-    }
-
-    Outcome decodeStrict(std::string const& bytes, size_t room, size_t shift)
-    {
-        unsigned char* const source = place(m_source, bytes.size(), shift);
-        memcpy(source, bytes.data(), bytes.size());
-        auto* const dest = reinterpret_cast<unsigned short*>(m_dest.data() + CAPACITY) - room;
-        memset(dest, CANARY, room * 2);
+        auto* const dest = reinterpret_cast<unsigned short*>(m_dest.data() + CAPACITY) - capacity;
+        memset(dest, CANARY, capacity * 2);
         kx7::Progress const p =
-            m_engine.decodeStrict(m_converter, source, source + bytes.size(), dest, dest + room, false);
+            m_engine.decode(m_converter, source, source + bytes.size(), dest, dest + capacity, false);
         return {p.consumed, p.written, p.stop, p.length, {reinterpret_cast<char const*>(dest), p.written * 2}};
     }
 
-    /** getNumUnits of bytes: by their count, and by a zero byte in front of a larger count. */
+    Outcome decodeStrict(std::string const& bytes, size_t capacity, size_t shift)
+    {
+        unsigned char* const source = place(m_source, bytes.size(), shift);
+        memcpy(source, bytes.data(), bytes.size());
+        auto* const dest = reinterpret_cast<unsigned short*>(m_dest.data() + CAPACITY) - capacity;
+        memset(dest, CANARY, capacity * 2);
+        kx7::Progress const p =
+            m_engine.decodeStrict(m_converter, source, source + bytes.size(), dest, dest + capacity, false);
+        return {p.consumed, p.written, p.stop, p.length, {reinterpret_cast<char const*>(dest), p.written * 2}};
+    }
+
+    /** getNumUnits of bytes: by their count, and by a zero byte before a larger count. */
     Outcome countUnits(std::string const& bytes, size_t shift = NOWHERE)
     {
         unsigned char* source = place(m_source, bytes.size(), shift);
@@ -102,15 +103,15 @@ public:
         return {counted, terminated, {}, 0, {}};
     }
 
-    Outcome encode(std::u16string const& units, size_t room, size_t shift)
+    Outcome encode(std::u16string const& units, size_t capacity, size_t shift)
     {
         unsigned char* const source = place(m_source, units.size() * 2, shift == NOWHERE ? NOWHERE : shift * 2);
         memcpy(source, units.data(), units.size() * 2);
         auto const* const begin = reinterpret_cast<unsigned short const*>(source);
-        unsigned char* const dest = m_dest.data() + CAPACITY - room;
-        memset(dest, CANARY, room);
-        kx7::Progress const p = m_engine.encode(m_converter, begin, begin + units.size(), dest, dest + room, false);
-        expectUntouched(dest + p.written, dest + room);
+        unsigned char* const dest = m_dest.data() + CAPACITY - capacity;
+        memset(dest, CANARY, capacity);
+        kx7::Progress const p = m_engine.encode(m_converter, begin, begin + units.size(), dest, dest + capacity, false);
+        expectUntouched(dest + p.written, dest + capacity);
         return {p.consumed, p.written, p.stop, p.length, {reinterpret_cast<char const*>(dest), p.written}};
     }
 
@@ -123,61 +124,61 @@ public:
     }
 
     /** Zero-terminated text against the page; the terminator is the last thing that can be read. */
-    Outcome encodeText(std::u16string const& units, unsigned int room, ILLCHAR_OPTYPE op, size_t shift = NOWHERE)
+    Outcome encodeText(std::u16string const& units, unsigned int capacity, ILLCHAR_OPTYPE op, size_t shift = NOWHERE)
     {
         size_t const size = units.size() * 2 + 2;
         unsigned char* const source = place(m_source, size, shift == NOWHERE ? NOWHERE : shift * 2);
         memcpy(source, units.c_str(), size);
-        unsigned char* const dest = m_dest.data() + CAPACITY - room - 1 - units.size();
-        memset(dest, CANARY, room + 1 + units.size());
+        unsigned char* const dest = m_dest.data() + CAPACITY - capacity - 1 - units.size();
+        memset(dest, CANARY, capacity + 1 + units.size());
         bool flag = false;
         unsigned int const n =
-            m_converter.fromUTF16(dest, reinterpret_cast<unsigned short const*>(source), room, op, &flag);
+            m_converter.fromUTF16(dest, reinterpret_cast<unsigned short const*>(source), capacity, op, &flag);
         return {flag, n, {}, 0, {reinterpret_cast<char const*>(dest), n + 1}};
     }
 
-    Outcome decodeText(std::string const& bytes, unsigned int room, ILLCHAR_OPTYPE op, size_t shift = NOWHERE)
+    Outcome decodeText(std::string const& bytes, unsigned int capacity, ILLCHAR_OPTYPE op, size_t shift = NOWHERE)
     {
         unsigned char* const source = place(m_source, bytes.size() + 1, shift);
         memcpy(source, bytes.c_str(), bytes.size() + 1);
-        auto* const dest = reinterpret_cast<unsigned short*>(m_dest.data() + CAPACITY) - room - 1;
-        memset(dest, CANARY, (room + 1) * 2);
+        auto* const dest = reinterpret_cast<unsigned short*>(m_dest.data() + CAPACITY) - capacity - 1;
+        memset(dest, CANARY, (capacity + 1) * 2);
         bool flag = false;
-        unsigned int const n = m_converter.toUTF16(dest, source, room, op, &flag, -1);
+        unsigned int const n = m_converter.toUTF16(dest, source, capacity, op, &flag, -1);
         return {flag, n, {}, 0, {reinterpret_cast<char const*>(dest), (n + 1) * 2}};
     }
 
     /** Zero-terminated text from UTF-8 to the converter's set, or back, in the two steps or at once. */
-    Outcome fromUTF8(std::string const& bytes, unsigned int room, size_t shift = NOWHERE,
+    Outcome fromUTF8(std::string const& bytes, unsigned int capacity, size_t shift = NOWHERE,
                      kx7::Transit transit = {false, ILLCHAR_REPLACE})
     {
-        return through(g_oConverterUTF8, m_converter, bytes, room, shift, transit);
+        return through(g_oConverterUTF8, m_converter, bytes, capacity, shift, transit);
     }
-    Outcome toUTF8(std::string const& bytes, unsigned int room, size_t shift = NOWHERE,
+    Outcome toUTF8(std::string const& bytes, unsigned int capacity, size_t shift = NOWHERE,
                    kx7::Transit transit = {false, ILLCHAR_REPLACE})
     {
-        return through(m_converter, g_oConverterUTF8, bytes, room, shift, transit);
+        return through(m_converter, g_oConverterUTF8, bytes, capacity, shift, transit);
     }
 
     static constexpr size_t NOWHERE = SIZE_MAX;
 
 private:
-    Outcome through(KX7CharSetConverter& from, KX7CharSetConverter& to, std::string const& bytes, unsigned int room,
+    Outcome through(KX7CharSetConverter& from, KX7CharSetConverter& to, std::string const& bytes, unsigned int capacity,
                     size_t shift, kx7::Transit transit)
     {
         unsigned char* const source = place(m_source, bytes.size() + 1, shift);
         memcpy(source, bytes.c_str(), bytes.size() + 1);
         unsigned char* const end = m_dest.data() + CAPACITY;
-        unsigned char* const dest = end - room - 1;
-        memset(dest, CANARY, room + size_t{1});
+        unsigned char* const dest = end - capacity - 1;
+        memset(dest, CANARY, capacity + size_t{1});
         unsigned int const n =
-            kx7::convertThroughUTF16(from, reinterpret_cast<char const*>(source), to, dest, room, transit);
+            kx7::convertThroughUTF16(from, reinterpret_cast<char const*>(source), to, dest, capacity, transit);
         // Nothing at all is written for a text that decodes to nothing.
         expectUntouched(dest + n + (dest[0] == CANARY && n == 0 ? 0 : 1), end);
         return {0, n, {}, 0, {reinterpret_cast<char const*>(dest), n + size_t{1}}};
     }
 
-    /** Kernels write what the text has and nothing behind it. */
+    /** Kernels write what the text has and nothing after it. */
     static void expectUntouched(unsigned char const* begin, unsigned char const* end)
     {
         EXPECT_EQ(std::find_if(begin, end, [](unsigned char c) { return c != CANARY; }), end);
@@ -196,7 +197,7 @@ private:
     Guarded<unsigned char> m_dest;
 };
 
-/** A text between the same characters again and again, that begin anew behind it. */
+/** A text between the same characters again and again, that begin anew after it. */
 template <class Text>
 class Among {
 public:
@@ -206,13 +207,13 @@ public:
             m_fillers += filler;
     }
 
-    /** `pattern` at `position`, and about `behind` of the filler behind it. */
-    Text operator()(size_t position, Text const& pattern, size_t behind) const
+    /** `pattern` at `position`, and about `after` of the filler after it. */
+    Text operator()(size_t position, Text const& pattern, size_t after) const
     {
         Text text(m_fillers, 0, position - position % m_size);
         text.append(position % m_size, 'x');
         text += pattern;
-        text.append(m_fillers, 0, behind - behind % m_size);
+        text.append(m_fillers, 0, after - after % m_size);
         return text;
     }
 

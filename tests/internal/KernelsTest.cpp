@@ -164,11 +164,11 @@ TEST_F(Kernels, EveryLengthOfTerminatedTextAtEveryAlignment)
         Bench bench(*converter);
         for (size_t length = 0; length <= 300; ++length) {
             std::u16string const units = randomUnits(random, length, randomMix(random));
-            auto const room = static_cast<unsigned int>(units.size() * 4);
-            std::string bytes = bench.encodeText(units, room, ILLCHAR_REPLACE).text;
+            auto const capacity = static_cast<unsigned int>(units.size() * 4);
+            std::string bytes = bench.encodeText(units, capacity, ILLCHAR_REPLACE).text;
             bytes.pop_back();
             // What the set maps comes back, whichever kernels convert it.
-            Outcome const decoded = bench.decodeText(bytes, room, ILLCHAR_REPLACE);
+            Outcome const decoded = bench.decodeText(bytes, capacity, ILLCHAR_REPLACE);
             std::u16string expected = units;
             for (char16_t& unit : expected)
                 if (converter != &g_oConverterUTF8 &&
@@ -178,9 +178,9 @@ TEST_F(Kernels, EveryLengthOfTerminatedTextAtEveryAlignment)
             for (size_t shift = 0; shift <= 64; ++shift) {
                 size_t const at = shift == 64 ? Bench::NOWHERE : shift;
                 expectAlike("decoding " + std::to_string(length) + " at " + std::to_string(shift),
-                            [&] { return bench.decodeText(bytes, room, ILLCHAR_REPLACE, at); });
+                            [&] { return bench.decodeText(bytes, capacity, ILLCHAR_REPLACE, at); });
                 expectAlike("encoding " + std::to_string(length) + " at " + std::to_string(shift),
-                            [&] { return bench.encodeText(units, room, ILLCHAR_REPLACE, at); });
+                            [&] { return bench.encodeText(units, capacity, ILLCHAR_REPLACE, at); });
                 if (HasFatalFailure())
                     return;
             }
@@ -214,8 +214,8 @@ void expectSingleByteTextsAlike(KX7CharSetConverter& converter, std::string cons
                             bytes += ' ';
                     }
                 }
-                auto const room = static_cast<unsigned int>(length);
-                std::u16string units = unitsOf(bench.decodeText(bytes, room, ILLCHAR_REPLACE));
+                auto const capacity = static_cast<unsigned int>(length);
+                std::u16string units = unitsOf(bench.decodeText(bytes, capacity, ILLCHAR_REPLACE));
                 for (char16_t& unit : units)
                     if (random() % 1000 < brokenInAThousand)
                         unit = static_cast<char16_t>(1 + random() % 0xFFFF);
@@ -229,7 +229,7 @@ void expectSingleByteTextsAlike(KX7CharSetConverter& converter, std::string cons
                                std::to_string(shift);
                     };
                     for (ILLCHAR_OPTYPE const op : {ILLCHAR_STOP, ILLCHAR_REPLACE}) {
-                        expectAlike(what, [&] { return bench.decodeText(bytes, room, op, at); });
+                        expectAlike(what, [&] { return bench.decodeText(bytes, capacity, op, at); });
                         expectAlike(what, [&] {
                             return bench.encodeText(units, static_cast<unsigned int>(units.size()), op, at);
                         });
@@ -299,7 +299,7 @@ TEST_F(Kernels, EveryPatternAtEveryPositionOfABlockEdge)
         if (isSecond || position <= 72)
             unitEdges.push_back(position);
     }
-    constexpr size_t BEHIND = 100;
+    constexpr size_t AFTER = 100;
     for (KX7CharSetConverter* const converter : {CONVERTERS[0], CONVERTERS[1]}) {
         Bench bench(*converter);
         for (std::string const filler : {"a", "\xD0\xB0", "\xE3\x81\x82", "\xF0\x9F\x98\x80"}) {
@@ -313,7 +313,7 @@ TEST_F(Kernels, EveryPatternAtEveryPositionOfABlockEdge)
                             if (converter != &g_oConverterUTF8 && b != c)
                                 continue;
                             char const pattern[] = {static_cast<char>(a), static_cast<char>(b), static_cast<char>(c)};
-                            std::string const text = among(position, {pattern, sizeof pattern}, BEHIND);
+                            std::string const text = among(position, {pattern, sizeof pattern}, AFTER);
                             expectAlike(what, [&] { return bench.decode(text, text.size(), Bench::NOWHERE); });
                             expectAlike(what, [&] { return bench.decodeStrict(text, text.size(), Bench::NOWHERE); });
                             expectAlike(what, [&] { return bench.countUnits(text); });
@@ -328,7 +328,7 @@ TEST_F(Kernels, EveryPatternAtEveryPositionOfABlockEdge)
                 std::string const what = "units of a pattern at " + std::to_string(position);
                 for (char16_t const a : units)
                     for (char16_t const b : units) {
-                        std::u16string const text = among(position, {a, b}, BEHIND);
+                        std::u16string const text = among(position, {a, b}, AFTER);
                         expectAlike(what, [&] { return bench.encode(text, text.size() * 3, Bench::NOWHERE); });
                         expectAlike(what, [&] { return bench.countBytes(text); });
                     }
@@ -359,8 +359,8 @@ TEST_F(Kernels, BrokenText)
                         expectAlike("broken bytes", [&] {
                             return bench.decodeText(bytes, static_cast<unsigned int>(bytes.size()), op);
                         });
-                        auto const room = static_cast<unsigned int>(units.size() * 6);
-                        expectAlike("broken units", [&] { return bench.encodeText(units, room, op); });
+                        auto const capacity = static_cast<unsigned int>(units.size() * 6);
+                        expectAlike("broken units", [&] { return bench.encodeText(units, capacity, op); });
                     }
                     expectAlike("broken bytes, strictly",
                                 [&] { return bench.decodeStrict(bytes, bytes.size(), Bench::NOWHERE); });
@@ -374,7 +374,7 @@ TEST_F(Kernels, BrokenText)
     }
 }
 
-TEST_F(Kernels, EveryRoomAroundABlockEdge)
+TEST_F(Kernels, EveryCapacityAroundABlockEdge)
 {
     std::mt19937 random(13);
     for (KX7CharSetConverter* const converter : CONVERTERS) {
@@ -382,15 +382,19 @@ TEST_F(Kernels, EveryRoomAroundABlockEdge)
         for (Mix const& mix : mixes()) {
             std::u16string const units = randomUnits(random, 200, mix);
             std::string const bytes = utf8Of(units);
-            for (size_t room = 0; room <= 300; ++room) {
-                expectAlike("room " + std::to_string(room), [&] { return bench.decode(bytes, room, Bench::NOWHERE); });
-                expectAlike("room " + std::to_string(room), [&] { return bench.encode(units, room, Bench::NOWHERE); });
-                expectAlike("strictly, room " + std::to_string(room),
-                            [&] { return bench.decodeStrict(bytes, room, Bench::NOWHERE); });
-                expectAlike("room " + std::to_string(room),
-                            [&] { return bench.decodeText(bytes, static_cast<unsigned int>(room), ILLCHAR_REPLACE); });
-                expectAlike("room " + std::to_string(room),
-                            [&] { return bench.encodeText(units, static_cast<unsigned int>(room), ILLCHAR_REPLACE); });
+            for (size_t capacity = 0; capacity <= 300; ++capacity) {
+                expectAlike("capacity " + std::to_string(capacity),
+                            [&] { return bench.decode(bytes, capacity, Bench::NOWHERE); });
+                expectAlike("capacity " + std::to_string(capacity),
+                            [&] { return bench.encode(units, capacity, Bench::NOWHERE); });
+                expectAlike("strictly, capacity " + std::to_string(capacity),
+                            [&] { return bench.decodeStrict(bytes, capacity, Bench::NOWHERE); });
+                expectAlike("capacity " + std::to_string(capacity), [&] {
+                    return bench.decodeText(bytes, static_cast<unsigned int>(capacity), ILLCHAR_REPLACE);
+                });
+                expectAlike("capacity " + std::to_string(capacity), [&] {
+                    return bench.encodeText(units, static_cast<unsigned int>(capacity), ILLCHAR_REPLACE);
+                });
                 if (HasFatalFailure())
                     return;
             }
@@ -398,7 +402,7 @@ TEST_F(Kernels, EveryRoomAroundABlockEdge)
     }
 }
 
-TEST_F(Kernels, NothingIsWrittenBehindTheTextWhateverTheRoom)
+TEST_F(Kernels, NothingIsWrittenAfterTheTextWhateverTheCapacity)
 {
     std::mt19937 random(14);
     for (KX7CharSetConverter* const converter : CONVERTERS) {
@@ -426,7 +430,7 @@ TEST_F(Kernels, NothingIsWrittenBehindTheTextWhateverTheRoom)
     }
 }
 
-TEST_F(Kernels, NothingBehindWhatAKernelReturnsIsTouchedThoughItStopsAtBrokenText)
+TEST_F(Kernels, NothingAfterWhatAKernelReturnsIsTouchedThoughItStopsAtBrokenText)
 {
     std::mt19937 random(15);
     for (InstructionSet const set : sets()) {
@@ -459,7 +463,7 @@ TEST_F(Kernels, NothingBehindWhatAKernelReturnsIsTouchedThoughItStopsAtBrokenTex
     }
 }
 
-TEST_F(Kernels, LengthOfTextEndsAtTheFirstZeroOrTheBoundAndTouchesNoPageBehind)
+TEST_F(Kernels, LengthOfTextEndsAtTheFirstZeroOrTheBoundAndTouchesNoPageAfter)
 {
     for (InstructionSet const set : sets()) {
         kx7::Kernels const& kernels = kx7::kernelsOf(set);

@@ -58,7 +58,7 @@ struct DecodeRange {
     char const* what;
     KX7CharSetConverter& converter;
     std::string bytes;
-    size_t room;
+    size_t capacity;
     bool last;
     DecodedRange expected;
 };
@@ -67,7 +67,7 @@ void expectRanges(std::vector<DecodeRange> const& rows, bool strict)
 {
     for (DecodeRange const& row : rows) {
         RangeProbe probe(row.converter, strict);
-        EXPECT_EQ(probe.decode(row.bytes, row.room, row.last), row.expected) << row.what;
+        EXPECT_EQ(probe.decode(row.bytes, row.capacity, row.last), row.expected) << row.what;
     }
 }
 
@@ -124,25 +124,25 @@ TEST(MultibyteEngines, FullDestinationEndsBetweenCharactersAndTheRestGoesOn)
         RangeProbe probe(set.converter);
         forEachText(byteFragmentsOf(set), [&](std::string const& bytes) {
             DecodedRange const whole = probe.decode(bytes, 32, true);
-            for (size_t room = 0; room <= whole.text.size(); ++room) {
-                DecodedRange range = probe.decode(bytes, room, true);
+            for (size_t capacity = 0; capacity <= whole.text.size(); ++capacity) {
+                DecodedRange range = probe.decode(bytes, capacity, true);
                 if (range.stop == Stop::DESTINATION_FULL) {
-                    ASSERT_GE(range.text.size() + 1, room) << "only a pair leaves room " << hex(bytes);
+                    ASSERT_GE(range.text.size() + 1, capacity) << "only a pair leaves capacity " << hex(bytes);
                     DecodedRange const rest = probe.decode(bytes.substr(range.consumed), 32, true);
                     range = {range.text + rest.text, range.consumed + rest.consumed, rest.stop, rest.length};
                 }
-                ASSERT_EQ(range, whole) << hex(bytes) << " room " << room;
+                ASSERT_EQ(range, whole) << hex(bytes) << " capacity " << capacity;
             }
         });
         forEachText(unitFragmentsOf(set), [&](Units const& units) {
             EncodedRange const whole = probe.encode(units, 64, true);
-            for (size_t room = 0; room <= whole.text.size(); ++room) {
-                EncodedRange range = probe.encode(units, room, true);
+            for (size_t capacity = 0; capacity <= whole.text.size(); ++capacity) {
+                EncodedRange range = probe.encode(units, capacity, true);
                 if (range.stop == Stop::DESTINATION_FULL) {
                     EncodedRange const rest = probe.encode(units.substr(range.consumed), 64, true);
                     range = {range.text + rest.text, range.consumed + rest.consumed, rest.stop, rest.length};
                 }
-                ASSERT_EQ(range, whole) << hex(units) << " room " << room;
+                ASSERT_EQ(range, whole) << hex(units) << " capacity " << capacity;
             }
         });
     }
@@ -157,7 +157,7 @@ TEST(MultibyteEngines, RangesWithTheirStopsHandledAreThePublishedConversion)
         RangeProbe probe(set.converter);
         std::mt19937 random(11);
         for (int i = 0; i < 60; ++i) {
-            // The letters see to it that nothing is cut off.
+            // The letters see to it that nothing is truncated.
             std::string const bytes = randomText(random, set.byteFragments, random() % 6000) + "CCCC";
             Units units;
             size_t at = 0;
@@ -206,11 +206,11 @@ TEST(MultibyteEngines, ZeroIsACharacterLikeAnyOther)
     }
     expectRanges(
         {
-            {"behind a lead byte", g_oConverterWCP932, "A\x82\0\xA0"s, 8, false, {u"A", 1, Stop::ILLEGAL, 1}},
+            {"after a lead byte", g_oConverterWCP932, "A\x82\0\xA0"s, 8, false, {u"A", 1, Stop::ILLEGAL, 1}},
             {"EUC-KR", g_oConverterEUCKR, "A\xB0\0"s, 8, false, {u"A", 1, Stop::ILLEGAL, 1}},
             {"EUC-JP", g_oConverterEUCJP, "A\xB0\0"s, 8, false, {u"A", 1, Stop::ILLEGAL, 1}},
-            {"behind single shift 2", g_oConverterEUCJP, "\x8E\0"s, 8, false, {u"", 0, Stop::ILLEGAL, 1}},
-            {"behind single shift 3", g_oConverterEUCJP, "\x8F\0"s, 8, false, {u"", 0, Stop::ILLEGAL, 1}},
+            {"after single shift 2", g_oConverterEUCJP, "\x8E\0"s, 8, false, {u"", 0, Stop::ILLEGAL, 1}},
+            {"after single shift 3", g_oConverterEUCJP, "\x8F\0"s, 8, false, {u"", 0, Stop::ILLEGAL, 1}},
             {"third of three", g_oConverterEUCJP, "\x8F\xB0\0"s, 8, false, {u"", 0, Stop::ILLEGAL, 1}},
             {"third of four", g_oConverterGB18030, "\x81\x30\0"s, 8, false, {u"", 0, Stop::ILLEGAL, 1}},
             {"within an escape", g_oConverterUTF16Esc, "U+\0"s, 8, false, {u"U+\0"s, 3, Stop::SOURCE_USED, 0}},
@@ -223,38 +223,38 @@ TEST(MultibyteEngines, CutCharacterWaitsForMoreUnlessItIsTheLast)
     std::string const three = isLittleEndian() ? std::string("\x41\0\0", 3) : std::string("\0\x41\0", 3);
     expectRanges(
         {
-            {"lead byte", g_oConverterWCP932, "A\x82", 8, false, {u"A", 1, Stop::SOURCE_CUT, 0}},
+            {"lead byte", g_oConverterWCP932, "A\x82", 8, false, {u"A", 1, Stop::SOURCE_TRUNCATED, 0}},
             {"lead byte, last", g_oConverterWCP932, "A\x82", 8, true, {u"A", 1, Stop::ILLEGAL, 1}},
-            {"Shift_JIS-2004", g_oConverterSJIS2004, "\x87", 8, false, {u"", 0, Stop::SOURCE_CUT, 0}},
+            {"Shift_JIS-2004", g_oConverterSJIS2004, "\x87", 8, false, {u"", 0, Stop::SOURCE_TRUNCATED, 0}},
             {"Shift_JIS-2004, last", g_oConverterSJIS2004, "\x87", 8, true, {u"", 0, Stop::ILLEGAL, 1}},
-            {"EUC-KR", g_oConverterEUCKR, "A\xB0", 8, false, {u"A", 1, Stop::SOURCE_CUT, 0}},
+            {"EUC-KR", g_oConverterEUCKR, "A\xB0", 8, false, {u"A", 1, Stop::SOURCE_TRUNCATED, 0}},
             {"EUC-KR, last", g_oConverterEUCKR, "A\xB0", 8, true, {u"A", 1, Stop::ILLEGAL, 1}},
-            {"EUC-JP", g_oConverterEUCJP, "A\xB0", 8, false, {u"A", 1, Stop::SOURCE_CUT, 0}},
-            {"single shift 2", g_oConverterEUCJP, "A\x8E", 8, false, {u"A", 1, Stop::SOURCE_CUT, 0}},
-            {"single shift 3", g_oConverterEUCJP, "A\x8F\xB0", 8, false, {u"A", 1, Stop::SOURCE_CUT, 0}},
+            {"EUC-JP", g_oConverterEUCJP, "A\xB0", 8, false, {u"A", 1, Stop::SOURCE_TRUNCATED, 0}},
+            {"single shift 2", g_oConverterEUCJP, "A\x8E", 8, false, {u"A", 1, Stop::SOURCE_TRUNCATED, 0}},
+            {"single shift 3", g_oConverterEUCJP, "A\x8F\xB0", 8, false, {u"A", 1, Stop::SOURCE_TRUNCATED, 0}},
             {"single shift 2, last", g_oConverterEUCJP, "A\x8E", 8, true, {u"A", 1, Stop::ILLEGAL, 1}},
-            {"one of four", g_oConverterGB18030, "\x81", 8, false, {u"", 0, Stop::SOURCE_CUT, 0}},
-            {"two of four", g_oConverterGB18030, "\x81\x30", 8, false, {u"", 0, Stop::SOURCE_CUT, 0}},
-            {"three of four", g_oConverterGB18030, "\x81\x30\x81", 8, false, {u"", 0, Stop::SOURCE_CUT, 0}},
+            {"one of four", g_oConverterGB18030, "\x81", 8, false, {u"", 0, Stop::SOURCE_TRUNCATED, 0}},
+            {"two of four", g_oConverterGB18030, "\x81\x30", 8, false, {u"", 0, Stop::SOURCE_TRUNCATED, 0}},
+            {"three of four", g_oConverterGB18030, "\x81\x30\x81", 8, false, {u"", 0, Stop::SOURCE_TRUNCATED, 0}},
             {"one of two, last", g_oConverterGB18030, "\x81", 8, true, {u"", 0, Stop::ILLEGAL, 1}},
-            {"half a unit", g_oConverterUTF16, three, 8, false, {u"A", 2, Stop::SOURCE_CUT, 0}},
+            {"half a unit", g_oConverterUTF16, three, 8, false, {u"A", 2, Stop::SOURCE_TRUNCATED, 0}},
             {"half a unit, last", g_oConverterUTF16, three, 8, true, {u"A", 2, Stop::ILLEGAL, 1}},
-            {"three bytes of four", g_oConverterUTF32, three, 8, false, {u"", 0, Stop::SOURCE_CUT, 0}},
+            {"three bytes of four", g_oConverterUTF32, three, 8, false, {u"", 0, Stop::SOURCE_TRUNCATED, 0}},
             {"three bytes of four, last", g_oConverterUTF32, three, 8, true, {u"", 0, Stop::ILLEGAL, 3}},
-            {"an escape", g_oConverterUTF16Esc, "AU+20A", 8, false, {u"A", 1, Stop::SOURCE_CUT, 0}},
+            {"an escape", g_oConverterUTF16Esc, "AU+20A", 8, false, {u"A", 1, Stop::SOURCE_TRUNCATED, 0}},
             {"an escape, last, is text", g_oConverterUTF16Esc, "AU+20A", 8, true, {u"AU+20A", 6, Stop::SOURCE_USED, 0}},
         },
         false);
     RangeProbe shiftJis2004(g_oConverterSJIS2004);
-    EXPECT_EQ(shiftJis2004.encode({u'A', 0xD840}, 8), (EncodedRange{"A", 1, Stop::SOURCE_CUT, 0}));
+    EXPECT_EQ(shiftJis2004.encode({u'A', 0xD840}, 8), (EncodedRange{"A", 1, Stop::SOURCE_TRUNCATED, 0}));
     EXPECT_EQ(shiftJis2004.encode({u'A', 0xD840}, 8, true), (EncodedRange{"A", 1, Stop::UNMAPPABLE, 1}));
     EXPECT_EQ(shiftJis2004.encode({0xD83D, 0xDE00}, 8), (EncodedRange{"", 0, Stop::UNMAPPABLE, 2}));
     RangeProbe gb18030(g_oConverterGB18030);
-    EXPECT_EQ(gb18030.encode({u'A', 0xD840}, 8), (EncodedRange{"A", 1, Stop::SOURCE_CUT, 0}));
+    EXPECT_EQ(gb18030.encode({u'A', 0xD840}, 8), (EncodedRange{"A", 1, Stop::SOURCE_TRUNCATED, 0}));
     EXPECT_EQ(gb18030.encode({u'A', 0xD840}, 8, true), (EncodedRange{"A", 1, Stop::UNMAPPABLE, 1}));
     EXPECT_EQ(gb18030.encode({u'A', 0xD840, u'B'}, 8), (EncodedRange{"A", 1, Stop::UNMAPPABLE, 1}));
     RangeProbe utf32(g_oConverterUTF32);
-    EXPECT_EQ(utf32.encode({u'A', 0xD840}, 8), (EncodedRange{wide32(U"A"), 1, Stop::SOURCE_CUT, 0}));
+    EXPECT_EQ(utf32.encode({u'A', 0xD840}, 8), (EncodedRange{wide32(U"A"), 1, Stop::SOURCE_TRUNCATED, 0}));
     EXPECT_EQ(utf32.encode({u'A', 0xD840}, 8, true), (EncodedRange{wide32(U"A"), 1, Stop::UNMAPPABLE, 1}));
     RangeProbe utf16(g_oConverterUTF16);
     EXPECT_EQ(utf16.encode({0xD840}, 8), (EncodedRange{wide16({0xD840}), 1, Stop::SOURCE_USED, 0}));
@@ -280,13 +280,13 @@ TEST(MultibyteEngines, StrictUTF16RefusesUnpairedSurrogates)
             {"low", g_oConverterUTF16, wide16({u'A', 0xDC00}), 8, false, {u"A", 2, Stop::ILLEGAL, 2}},
             {"high high", g_oConverterUTF16, wide16({0xD800, 0xD800, 0xDC00}), 8, false, {u"", 0, Stop::ILLEGAL, 2}},
             {"high before zero", g_oConverterUTF16, wide16({0xD800, 0}), 8, false, {u"", 0, Stop::ILLEGAL, 2}},
-            {"high, cut", g_oConverterUTF16, wide16({u'A', 0xD800}), 8, false, {u"A", 2, Stop::SOURCE_CUT, 0}},
+            {"high, cut", g_oConverterUTF16, wide16({u'A', 0xD800}), 8, false, {u"A", 2, Stop::SOURCE_TRUNCATED, 0}},
             {"high, and half a unit",
              g_oConverterUTF16,
              wide16({0xD800, 0xDC00}).substr(0, 3),
              8,
              false,
-             {u"", 0, Stop::SOURCE_CUT, 0}},
+             {u"", 0, Stop::SOURCE_TRUNCATED, 0}},
             {"high, last", g_oConverterUTF16, wide16({u'A', 0xD800}), 8, true, {u"A", 2, Stop::ILLEGAL, 2}},
         },
         true);
@@ -330,7 +330,7 @@ TEST(MultibyteEngines, StrictEscapedFormRefusesBytesFrom80AndUnpairedSurrogates)
             {"high", g_oConverterUTF16Esc, "AU+D83DB", 8, false, {u"A", 1, Stop::ILLEGAL, 6}},
             {"low", g_oConverterUTF16Esc, "AU+DE00B", 8, false, {u"A", 1, Stop::ILLEGAL, 6}},
             {"high high", g_oConverterUTF16Esc, "U+D83DU+D83DU+DE00", 8, false, {u"", 0, Stop::ILLEGAL, 6}},
-            {"high, cut", g_oConverterUTF16Esc, "AU+D83D", 8, false, {u"A", 1, Stop::SOURCE_CUT, 0}},
+            {"high, cut", g_oConverterUTF16Esc, "AU+D83D", 8, false, {u"A", 1, Stop::SOURCE_TRUNCATED, 0}},
             {"high, last", g_oConverterUTF16Esc, "AU+D83D", 8, true, {u"A", 1, Stop::ILLEGAL, 6}},
             {"high and what cannot be a low one",
              g_oConverterUTF16Esc,
@@ -355,8 +355,8 @@ TEST(MultibyteEngines, StrictEscapedFormRefusesEscapesOfASCII)
             {"the first that is written", g_oConverterUTF16Esc, "U+0080", 8, true, {u"\x80", 6, Stop::SOURCE_USED, 0}},
             {"for a low surrogate", g_oConverterUTF16Esc, "U+D83DU+0041", 8, true, {u"", 0, Stop::ILLEGAL, 6}},
             {"no digits of an escape", g_oConverterUTF16Esc, "U+002f", 8, true, {u"U+002f", 6, Stop::SOURCE_USED, 0}},
-            {"cut off", g_oConverterUTF16Esc, "aU+002", 8, false, {u"a", 1, Stop::SOURCE_CUT, 0}},
-            {"cut off, last, is text", g_oConverterUTF16Esc, "U+002", 8, true, {u"U+002", 5, Stop::SOURCE_USED, 0}},
+            {"truncated", g_oConverterUTF16Esc, "aU+002", 8, false, {u"a", 1, Stop::SOURCE_TRUNCATED, 0}},
+            {"truncated, last, is text", g_oConverterUTF16Esc, "U+002", 8, true, {u"U+002", 5, Stop::SOURCE_USED, 0}},
         },
         true);
     RangeProbe lenient(g_oConverterUTF16Esc);
@@ -426,19 +426,19 @@ TEST(MultibyteEngines, BytesGivenWithACountAreThePublishedConversionOfWhatItCove
                 std::string const whole = a + b;
                 for (size_t count = 0; count <= whole.size(); ++count) {
                     std::string const bytes = whole.substr(0, count);
-                    std::string padded = bytes;  // zeros stand in for what the count cuts off
+                    std::string padded = bytes;  // zeros stand in for what the count truncates
                     padded.resize((count + size - 1) / size * size);
-                    // Wide text is given as much room as it has whole units.
+                    // Wide text is given as much capacity as it has whole units.
                     auto const most = static_cast<unsigned int>(set.isWide ? count / size : count + 1);
-                    for (unsigned int room = 0; room <= most; ++room)
+                    for (unsigned int capacity = 0; capacity <= most; ++capacity)
                         for (int limit = -1; limit <= static_cast<int>(count) + 1; ++limit) {
-                            unsigned short* const out = dest.arm(room + size_t{1});
+                            unsigned short* const out = dest.arm(capacity + size_t{1});
                             unsigned int const length = kx7::decodeCounted(
                                 set.converter, out, reinterpret_cast<char const*>(memory.hold(bytes, 0)),
-                                static_cast<unsigned int>(count), room, limit);
-                            Units const expected = set.model->toUTF16({padded, room, ILLCHAR_REPLACE, limit}).units;
+                                static_cast<unsigned int>(count), capacity, limit);
+                            Units const expected = set.model->toUTF16({padded, capacity, ILLCHAR_REPLACE, limit}).units;
                             ASSERT_TRUE(sameText(Units(out, out + length), expected))
-                                << hex(bytes) << " room " << room << " limit " << limit;
+                                << hex(bytes) << " capacity " << capacity << " limit " << limit;
                             ASSERT_TRUE(dest.intact()) << hex(bytes);
                             ASSERT_EQ(out[length], 0u);
                         }

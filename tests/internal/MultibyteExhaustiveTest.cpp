@@ -1,5 +1,5 @@
 // kx7text tests - multibyte, UTF-16 and UTF-32 converters against their models: sequences, units and code points
-// without exception, and every room and limit of texts that cross all branches.
+// without exception, and every capacity and limit of texts that cross all branches.
 #include <gtest/gtest.h>
 
 #include <climits>
@@ -28,15 +28,15 @@ std::string bytesOf(std::initializer_list<unsigned int> values)
     return bytes;
 }
 
-/** All operations and some limits; rooms and flag arguments take turns. */
+/** All operations and some limits; capacities and flag arguments take turns. */
 void compareSequence(Probe& probe, std::string const& bytes)
 {
     static unsigned int turn = 0;
-    unsigned int const rooms[] = {8, 1, 2, 8, 3};
+    unsigned int const capacities[] = {8, 1, 2, 8, 3};
     for (ILLCHAR_OPTYPE const op : {ILLCHAR_STOP, ILLCHAR_REPLACE, ILLCHAR_ESCAPE})
         for (int const limit : {-1, 1, 2, 3}) {
             ++turn;
-            probe.compareDecode({bytes, rooms[turn % 5], op, limit}, FLAG_ARGUMENTS[turn % 3]);
+            probe.compareDecode({bytes, capacities[turn % 5], op, limit}, FLAG_ARGUMENTS[turn % 3]);
         }
 }
 
@@ -70,7 +70,7 @@ TEST(Multibyte, EverySequenceOfOneOrTwoBytes)
     }
 }
 
-TEST(Multibyte, EveryLeadWithEverySecondByteAndALetterBehind)
+TEST(Multibyte, EveryLeadWithEverySecondByteAndALetterAfter)
 {
     for (MultibyteSet const& set : multibyteSets()) {
         if (set.isWide)
@@ -230,7 +230,7 @@ TEST(Multibyte, EveryCodePointDecodedFromUTF32AndSomeBeyond)
     }
 }
 
-TEST(Multibyte, EveryRoomAndLimit)
+TEST(Multibyte, EveryCapacityAndLimit)
 {
     for (MultibyteSet const& set : multibyteSets()) {
         SCOPED_TRACE(set.name);
@@ -243,9 +243,9 @@ TEST(Multibyte, EveryRoomAndLimit)
                 std::string const bytes = a + b + last;
                 auto const length = static_cast<unsigned int>(bytes.size());
                 for (ILLCHAR_OPTYPE const op : OPERATIONS)
-                    for (unsigned int room = 0; room <= length + 1; ++room)
+                    for (unsigned int capacity = 0; capacity <= length + 1; ++capacity)
                         for (int limit = -1; limit <= static_cast<int>(length) + 1; ++limit)
-                            probe.compareDecode({bytes, room, op, limit}, FLAG_ARGUMENTS[++turn % 3]);
+                            probe.compareDecode({bytes, capacity, op, limit}, FLAG_ARGUMENTS[++turn % 3]);
                 probe.compareNumUnits(bytes, UNTIL_TERMINATOR);
                 for (unsigned int count = 0; count <= length + 1; ++count)
                     probe.compareNumUnits(bytes, count);
@@ -253,7 +253,7 @@ TEST(Multibyte, EveryRoomAndLimit)
     }
 }
 
-TEST(Multibyte, EveryRoomForEncoding)
+TEST(Multibyte, EveryCapacityForEncoding)
 {
     for (MultibyteSet const& set : multibyteSets()) {
         SCOPED_TRACE(set.name);
@@ -265,8 +265,8 @@ TEST(Multibyte, EveryRoomForEncoding)
                 std::u16string const units = a + b + u"C";
                 auto const length = static_cast<unsigned int>(units.size());
                 for (ILLCHAR_OPTYPE const op : OPERATIONS)
-                    for (unsigned int room = 0; room <= escape * length + 2; ++room)
-                        probe.compareEncode({units, room, op}, FLAG_ARGUMENTS[++turn % 3]);
+                    for (unsigned int capacity = 0; capacity <= escape * length + 2; ++capacity)
+                        probe.compareEncode({units, capacity, op}, FLAG_ARGUMENTS[++turn % 3]);
                 probe.compareNumBytes(units, UNTIL_TERMINATOR);
                 for (unsigned int count = 0; count <= length + 1; ++count)
                     probe.compareNumBytes(units, count);
@@ -274,7 +274,7 @@ TEST(Multibyte, EveryRoomForEncoding)
     }
 }
 
-TEST(Multibyte, NothingIsReadBehindTheCharacterThatFillsTheRoomOrReachesTheLimit)
+TEST(Multibyte, NothingIsReadAfterTheCharacterThatFillsTheCapacityOrReachesTheLimit)
 {
     for (MultibyteSet const& set : multibyteSets()) {
         SCOPED_TRACE(set.name);
@@ -285,14 +285,14 @@ TEST(Multibyte, NothingIsReadBehindTheCharacterThatFillsTheRoomOrReachesTheLimit
                 Decoded const whole = set.model->toUTF16({bytes, INT_MAX, ILLCHAR_REPLACE, INT_MAX});
                 if (whole.flag == Flag::SET)
                     continue;
-                // Without a terminator: an escape that is cut off looks for its next byte.
+                // Without a terminator: an escape that is truncated looks for its next byte.
                 if (fragment[0] == 'U' && fragment.size() != 6)
                     continue;
-                auto const room = static_cast<unsigned int>(whole.units.size());
-                probe.decode({bytes, room, ILLCHAR_REPLACE, INT_MAX}, whole, FlagArgument::NONE, "room",
+                auto const capacity = static_cast<unsigned int>(whole.units.size());
+                probe.decode({bytes, capacity, ILLCHAR_REPLACE, INT_MAX}, whole, FlagArgument::NONE, "capacity",
                              Terminator::ABSENT);
                 int const limit = static_cast<int>(bytes.size() / set.converter.getMinUnitSize());
-                probe.decode({bytes, room + 9, ILLCHAR_REPLACE, limit}, whole, FlagArgument::NONE, "limit",
+                probe.decode({bytes, capacity + 9, ILLCHAR_REPLACE, limit}, whole, FlagArgument::NONE, "limit",
                              Terminator::ABSENT);
             }
     }
@@ -360,10 +360,10 @@ TEST(Multibyte, RandomTexts)
             auto const length = static_cast<unsigned int>(bytes.size());
             auto const unitCount = static_cast<unsigned int>(units.size());
             for (ILLCHAR_OPTYPE const op : OPERATIONS) {
-                auto const room = static_cast<unsigned int>(random() % (length + 1));
+                auto const capacity = static_cast<unsigned int>(random() % (length + 1));
                 int const limit = static_cast<int>(random() % (length / unitSize + 1));
                 probe.compareDecode({bytes, length, op, INT_MAX}, FLAG_ARGUMENTS[random() % 3]);
-                probe.compareDecode({bytes, room, op, -1}, FLAG_ARGUMENTS[random() % 3]);
+                probe.compareDecode({bytes, capacity, op, -1}, FLAG_ARGUMENTS[random() % 3]);
                 probe.compareDecode({bytes, length, op, limit}, FLAG_ARGUMENTS[random() % 3]);
                 probe.compareEncode({units, 24 * unitCount, op}, FLAG_ARGUMENTS[random() % 3]);
                 probe.compareEncode({units, static_cast<unsigned int>(random() % (3 * unitCount + 1)), op},

@@ -321,9 +321,9 @@ TEST(MultibyteLoading, EUCJPWithoutAJIS0208ListHasItsJIS0212List)
         std::string const bytes = "A\x8F\xA2\xA1\xA1\xA1\x8E\xB1\x80\xDC\x8F\xA3\xA2";
         Units const units{u'A', 0x4E02, 0x5E04, 0x3042, 0xFF71, 0xA5};
         for (ILLCHAR_OPTYPE const op : OPERATIONS)
-            for (unsigned int room = 0; room <= 24; ++room) {
-                probe.compareDecode({bytes, room, op, -1});
-                probe.compareEncode({units, room, op});
+            for (unsigned int capacity = 0; capacity <= 24; ++capacity) {
+                probe.compareDecode({bytes, capacity, op, -1});
+                probe.compareEncode({units, capacity, op});
             }
         probe.compareNumUnits(bytes, UNTIL_TERMINATOR);
         probe.compareNumBytes(units, UNTIL_TERMINATOR);
@@ -350,9 +350,9 @@ TEST(MultibyteLoading, EUCJPWithAJIS0212List)
         for (std::string const& b : fragments) {
             std::string const bytes = a + b;
             for (ILLCHAR_OPTYPE const op : OPERATIONS)
-                for (unsigned int room = 0; room <= 7; ++room)
+                for (unsigned int capacity = 0; capacity <= 7; ++capacity)
                     for (int limit = -1; limit <= 7; ++limit)
-                        probe.compareDecode({bytes, room, op, limit});
+                        probe.compareDecode({bytes, capacity, op, limit});
             probe.compareNumUnits(bytes, UNTIL_TERMINATOR);
             for (unsigned int count = 0; count <= 7; ++count)
                 probe.compareNumUnits(bytes, count);
@@ -360,8 +360,8 @@ TEST(MultibyteLoading, EUCJPWithAJIS0212List)
     for (Units const& a : unitFragments)
         for (Units const& b : unitFragments) {
             for (ILLCHAR_OPTYPE const op : OPERATIONS)
-                for (unsigned int room = 0; room <= 13; ++room)
-                    probe.compareEncode({a + b, room, op});
+                for (unsigned int capacity = 0; capacity <= 13; ++capacity)
+                    probe.compareEncode({a + b, capacity, op});
             probe.compareNumBytes(a + b, UNTIL_TERMINATOR);
         }
 }
@@ -403,8 +403,8 @@ TEST(MultibyteLoading, CodePointBeyondTheLastOneIsMappedWhenDecodingOnly)
     for (unsigned int high = 0xD800; high <= 0xDBFF; ++high)
         for (char16_t const low : {u'\xDC00', u'\xDC41', u'\xDFFF'})
             probe.compareEncode({{static_cast<char16_t>(high), low}, 12, ILLCHAR_ESCAPE}, FlagArgument::TRUE_BEFORE);
-    for (unsigned int room = 0; room <= 7; ++room)
-        probe.compareDecode({"\x82\xA0\x82\xA1\x82\xA2", room, ILLCHAR_STOP, -1});
+    for (unsigned int capacity = 0; capacity <= 7; ++capacity)
+        probe.compareDecode({"\x82\xA0\x82\xA1\x82\xA2", capacity, ILLCHAR_STOP, -1});
 }
 
 TEST(MultibyteLoading, LaterPairWinsInBothDirections)

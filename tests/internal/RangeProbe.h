@@ -12,7 +12,7 @@ namespace kx7test {
 
 inline char const* nameOf(kx7::Stop stop)
 {
-    char const* const names[] = {"SOURCE_USED", "SOURCE_CUT", "DESTINATION_FULL", "ILLEGAL", "UNMAPPABLE"};
+    char const* const names[] = {"SOURCE_USED", "SOURCE_TRUNCATED", "DESTINATION_FULL", "ILLEGAL", "UNMAPPABLE"};
     return names[static_cast<unsigned int>(stop)];
 }
 
@@ -45,25 +45,26 @@ public:
     {
     }
 
-    DecodedRange decode(std::string const& bytes, size_t room, bool last = false)
+    DecodedRange decode(std::string const& bytes, size_t capacity, bool last = false)
     {
         unsigned char const* const source = m_bytes.hold(bytes, 0);
-        unsigned short* const dest = m_unitsOut.arm(room);
+        unsigned short* const dest = m_unitsOut.arm(capacity);
         auto* const decodeRange = m_strict ? m_engine.decodeStrict : m_engine.decode;
-        kx7::Progress const progress = decodeRange(m_converter, source, source + bytes.size(), dest, dest + room, last);
-        EXPECT_TRUE(m_unitsOut.intact()) << hex(bytes) << " room " << room;
-        EXPECT_LE(progress.written, room);
+        kx7::Progress const progress =
+            decodeRange(m_converter, source, source + bytes.size(), dest, dest + capacity, last);
+        EXPECT_TRUE(m_unitsOut.intact()) << hex(bytes) << " capacity " << capacity;
+        EXPECT_LE(progress.written, capacity);
         return {std::u16string(dest, dest + progress.written), progress.consumed, progress.stop, progress.length};
     }
 
-    EncodedRange encode(std::u16string const& units, size_t room, bool last = false)
+    EncodedRange encode(std::u16string const& units, size_t capacity, bool last = false)
     {
         unsigned short const* const source = m_units.hold(units, 0);
-        unsigned char* const dest = m_bytesOut.arm(room);
+        unsigned char* const dest = m_bytesOut.arm(capacity);
         kx7::Progress const progress =
-            m_engine.encode(m_converter, source, source + units.size(), dest, dest + room, last);
-        EXPECT_TRUE(m_bytesOut.intact()) << hex(units) << " room " << room;
-        EXPECT_LE(progress.written, room);
+            m_engine.encode(m_converter, source, source + units.size(), dest, dest + capacity, last);
+        EXPECT_TRUE(m_bytesOut.intact()) << hex(units) << " capacity " << capacity;
+        EXPECT_LE(progress.written, capacity);
         return {std::string(dest, dest + progress.written), progress.consumed, progress.stop, progress.length};
     }
 
@@ -82,7 +83,7 @@ template <class Text, class Convert>
 auto inTwoRanges(Text const& text, size_t split, Convert convert)
 {
     auto first = convert(text.substr(0, split), false);
-    if (first.stop != kx7::Stop::SOURCE_USED && first.stop != kx7::Stop::SOURCE_CUT)
+    if (first.stop != kx7::Stop::SOURCE_USED && first.stop != kx7::Stop::SOURCE_TRUNCATED)
         return first;
     EXPECT_EQ(first.stop == kx7::Stop::SOURCE_USED, first.consumed == split);
     auto second = convert(text.substr(first.consumed), true);

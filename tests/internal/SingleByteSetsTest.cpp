@@ -36,10 +36,10 @@ TEST(SingleByteSets, RandomTextsOfEverySet)
         for (int i = 0; i < 8; ++i)
             for (ILLCHAR_OPTYPE const op : OPERATIONS) {
                 size_t const length = random() % (3 * PIECE_UNITS);
-                auto const room = static_cast<unsigned int>(random() % (4 * PIECE_UNITS));
+                auto const capacity = static_cast<unsigned int>(random() % (4 * PIECE_UNITS));
                 int const limit = static_cast<int>(random() % (4 * PIECE_UNITS)) - 100;
-                probe.compareDecode({randomText(random, bytes, length), room, op, limit});
-                probe.compareEncode({randomText(random, units, length), room, op});
+                probe.compareDecode({randomText(random, bytes, length), capacity, op, limit});
+                probe.compareEncode({randomText(random, units, length), capacity, op});
             }
     }
 }

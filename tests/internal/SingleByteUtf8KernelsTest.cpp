@@ -104,18 +104,18 @@ std::string broken(Random& random, std::string text, unsigned int inAThousand)
     return text;
 }
 
-unsigned int roomOf(std::string const& text)
+unsigned int capacityOf(std::string const& text)
 {
     return static_cast<unsigned int>(text.size());
 }
 
-void expectBothWaysAlike(Bench& bench, std::string const& what, std::string const& text, unsigned int room,
+void expectBothWaysAlike(Bench& bench, std::string const& what, std::string const& text, unsigned int capacity,
                          size_t shift = Bench::NOWHERE)
 {
     auto const described = [&] { return what + " at " + std::to_string(static_cast<ptrdiff_t>(shift)); };
-    expectAlike([&] { return "from UTF-8, " + described(); }, [&] { return bench.fromUTF8(text, room, shift); });
+    expectAlike([&] { return "from UTF-8, " + described(); }, [&] { return bench.fromUTF8(text, capacity, shift); });
     // The same bytes as text of the set: its letters in another order, and what it leaves undefined.
-    expectAlike([&] { return "to UTF-8, " + described(); }, [&] { return bench.toUTF8(text, 3 * room, shift); });
+    expectAlike([&] { return "to UTF-8, " + described(); }, [&] { return bench.toUTF8(text, 3 * capacity, shift); });
 }
 
 /**
@@ -139,8 +139,8 @@ TEST_F(SingleByteUtf8Kernels, EveryLengthAtEveryAlignment)
             std::string const text = randomText(random, subject, MIXES[length % std::size(MIXES)], length);
             std::string const what = subject.name + ", " + std::to_string(length);
             for (size_t shift = isWhole ? 0 : length % 8; shift < 64; shift += isWhole ? 1 : 8)
-                expectBothWaysAlike(bench, what, text, roomOf(text), shift);
-            expectBothWaysAlike(bench, what, text, roomOf(text));
+                expectBothWaysAlike(bench, what, text, capacityOf(text), shift);
+            expectBothWaysAlike(bench, what, text, capacityOf(text));
             if (HasFatalFailure())
                 return;
         }
@@ -158,13 +158,13 @@ TEST_F(SingleByteUtf8Kernels, BrokenText)
                     std::string const text =
                         broken(random, randomText(random, subject, mix, 1000 + random() % 12000), inAThousand);
                     std::string const what = subject.name + ", broken " + std::to_string(inAThousand);
-                    expectBothWaysAlike(bench, what, text, roomOf(text), random() % 64);
-                    expectBothWaysAlike(bench, what, text, roomOf(text));
+                    expectBothWaysAlike(bench, what, text, capacityOf(text), random() % 64);
+                    expectBothWaysAlike(bench, what, text, capacityOf(text));
                     for (kx7::Transit const transit :
                          {kx7::Transit{false, ILLCHAR_ESCAPE}, kx7::Transit{false, ILLCHAR_STOP},
                           kx7::Transit{true, ILLCHAR_REPLACE}}) {
-                        expectAlike(what, [&] { return bench.fromUTF8(text, roomOf(text), 0, transit); });
-                        expectAlike(what, [&] { return bench.toUTF8(text, roomOf(text), 0, transit); });
+                        expectAlike(what, [&] { return bench.fromUTF8(text, capacityOf(text), 0, transit); });
+                        expectAlike(what, [&] { return bench.toUTF8(text, capacityOf(text), 0, transit); });
                     }
                     if (HasFatalFailure())
                         return;
@@ -172,15 +172,15 @@ TEST_F(SingleByteUtf8Kernels, BrokenText)
     }
 }
 
-TEST_F(SingleByteUtf8Kernels, EveryRoomAroundABlockEdge)
+TEST_F(SingleByteUtf8Kernels, EveryCapacityAroundABlockEdge)
 {
     std::mt19937 random(23);
     for (Subject const& subject : subjects()) {
         Bench bench(subject.converter);
         for (Mix const& mix : MIXES) {
             std::string const text = randomText(random, subject, mix, 700);
-            for (unsigned int room = 0; room <= 720; room += room < 300 ? 1 : 5)
-                expectBothWaysAlike(bench, subject.name + ", room " + std::to_string(room), text, room);
+            for (unsigned int capacity = 0; capacity <= 720; capacity += capacity < 300 ? 1 : 5)
+                expectBothWaysAlike(bench, subject.name + ", capacity " + std::to_string(capacity), text, capacity);
             if (HasFatalFailure())
                 return;
         }
@@ -198,7 +198,7 @@ TEST_F(SingleByteUtf8Kernels, EveryPatternAtEveryPositionOfABlockEdge)
         Bench bench(subject.converter);
         for (std::string const& filler : {std::string("a"), utf8Of(subject.letters[subject.letters.size() / 2])})
             for (size_t const edge : {size_t{32}, size_t{64}, size_t{256}}) {
-                std::string const behind = "aa" + filler + filler + "a" + filler;
+                std::string const after = "aa" + filler + filler + "a" + filler;
                 for (size_t position = edge - 3; position <= edge; ++position) {
                     std::string front;
                     while (front.size() + filler.size() <= position)
@@ -215,9 +215,9 @@ TEST_F(SingleByteUtf8Kernels, EveryPatternAtEveryPositionOfABlockEdge)
                                 std::string text =
                                     front + static_cast<char>(a) + static_cast<char>(b) + static_cast<char>(c);
                                 for (int i = 0; i < 40; ++i)
-                                    text += behind;
+                                    text += after;
                                 expectAlike(subject.name + ", a pattern at " + std::to_string(position),
-                                            [&] { return bench.fromUTF8(text, roomOf(text)); });
+                                            [&] { return bench.fromUTF8(text, capacityOf(text)); });
                             }
                     if (HasFatalFailure())
                         return;
@@ -226,7 +226,7 @@ TEST_F(SingleByteUtf8Kernels, EveryPatternAtEveryPositionOfABlockEdge)
     }
 }
 
-// Kernels find the end as they go and must not read the page behind it.
+// Kernels find the end as they go and must not read the page after it.
 TEST_F(SingleByteUtf8Kernels, TextsThatEndWherePagesDo)
 {
     std::mt19937 random(24);
@@ -239,8 +239,8 @@ TEST_F(SingleByteUtf8Kernels, TextsThatEndWherePagesDo)
                 for (size_t left = 0; left < 72; left += 1 + left / 2) {
                     std::string const front = text.substr(0, pages * PAGE - left - 1);
                     // From the first byte of a page, and up to the last of one.
-                    expectBothWaysAlike(bench, subject.name, front, roomOf(front), 0);
-                    expectBothWaysAlike(bench, subject.name, front, roomOf(front));
+                    expectBothWaysAlike(bench, subject.name, front, capacityOf(front), 0);
+                    expectBothWaysAlike(bench, subject.name, front, capacityOf(front));
                 }
             if (HasFatalFailure())
                 return;

@@ -54,7 +54,7 @@ Front frontOf(unsigned char const* bytes, unsigned int count)
         longest = std::max(longest, n);
     }
     if (longest == count)
-        return {Stop::SOURCE_CUT, 0};
+        return {Stop::SOURCE_TRUNCATED, 0};
     return {Stop::ILLEGAL, std::max(longest, 1U)};
 }
 
@@ -76,7 +76,7 @@ protected:
         unsigned short units[2] = {};
         Front const front = frontOf(bytes, count);
         bool const isCharacter = front.stop == Stop::SOURCE_USED;
-        // Only one character is asked for: the range ends behind it.
+        // Only one character is asked for: the range ends after it.
         unsigned char const* const end = source + (isCharacter ? front.length : count);
         Progress const progress = m_engine.decodeStrict(g_oConverterUTF8, source, end, units, units + 2, false);
 
@@ -183,7 +183,7 @@ TEST_F(StrictUTF8, RefusesWhatThePublishedDecoderTakes)
         }
 }
 
-TEST_F(StrictUTF8, RoomRunsOutBeforeAPairWhole)
+TEST_F(StrictUTF8, CapacityRunsOutBeforeAPairWhole)
 {
     unsigned char const* const source = m_source.hold("A\xF0\x9F\x98\x80"s, 0);
     unsigned short units[3];

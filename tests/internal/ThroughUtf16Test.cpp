@@ -37,33 +37,33 @@ std::u16string unescaped(std::u16string const& units)
     return result;
 }
 
-/** One call of toUTF16 and one of fromUTF16; the latter as modelled where it might go beyond its room. */
-std::string inOnePass(KX7CharSetConverter& from, std::string const& bytes, KX7CharSetConverter& to, unsigned int room,
-                      Transit transit)
+/** One call of toUTF16 and one of fromUTF16; the latter as modelled where it might go beyond its capacity. */
+std::string inOnePass(KX7CharSetConverter& from, std::string const& bytes, KX7CharSetConverter& to,
+                      unsigned int capacity, Transit transit)
 {
     std::vector<unsigned short> decoded(bytes.size() + 1);
-    auto const unitRoom = static_cast<unsigned int>(bytes.size());
-    unsigned int const length = from.toUTF16(decoded.data(), bytes.c_str(), unitRoom, ILLCHAR_REPLACE, nullptr, -1);
+    auto const unitCapacity = static_cast<unsigned int>(bytes.size());
+    unsigned int const length = from.toUTF16(decoded.data(), bytes.c_str(), unitCapacity, ILLCHAR_REPLACE, nullptr, -1);
     std::u16string units(decoded.data(), decoded.data() + length);
     if (transit.unescape)
         units = unescaped(units);
     if (&to == &g_oConverterUTF8)
-        return Utf8Model(6).fromUTF16({units, room, transit.op}).bytes;
+        return Utf8Model(6).fromUTF16({units, capacity, transit.op}).bytes;
     PageEnd<unsigned short> memory;
-    std::string result(room + size_t{4}, '\0');
-    result.resize(to.fromUTF16(result.data(), memory.hold(units, 1), room, transit.op, nullptr));
+    std::string result(capacity + size_t{4}, '\0');
+    result.resize(to.fromUTF16(result.data(), memory.hold(units, 1), capacity, transit.op, nullptr));
     return result;
 }
 
 class Passage {
 public:
-    /** convertThroughUTF16 gives what one pass gives, and stays within its room. */
+    /** convertThroughUTF16 gives what one pass gives, and stays within its capacity. */
     testing::AssertionResult isOnePass(KX7CharSetConverter& from, std::string const& bytes, KX7CharSetConverter& to,
-                                       unsigned int room, Transit transit = PLAIN)
+                                       unsigned int capacity, Transit transit = PLAIN)
     {
         auto const* const source = reinterpret_cast<char const*>(m_source.hold(bytes, 1));
-        unsigned char* const dest = m_dest.arm(room + size_t{1});
-        unsigned int const written = kx7::convertThroughUTF16(from, source, to, dest, room, transit);
+        unsigned char* const dest = m_dest.arm(capacity + size_t{1});
+        unsigned int const written = kx7::convertThroughUTF16(from, source, to, dest, capacity, transit);
         std::vector<unsigned short> units(bytes.size() + 1);
         bool const nothing = from.toUTF16(units.data(), bytes.c_str(), static_cast<unsigned int>(bytes.size()),
                                           ILLCHAR_REPLACE, nullptr, -1) == 0;
@@ -71,20 +71,20 @@ public:
             return testing::AssertionFailure() << "nothing to convert, but something is written: " << hex(bytes);
         if (nothing)
             return testing::AssertionSuccess();
-        if (!m_dest.intact() || written > room || dest[written] != 0)
-            return testing::AssertionFailure() << "outside its room, or not terminated: " << hex(bytes);
-        std::string const expected = inOnePass(from, bytes, to, room, transit);
+        if (!m_dest.intact() || written > capacity || dest[written] != 0)
+            return testing::AssertionFailure() << "outside its capacity, or not terminated: " << hex(bytes);
+        std::string const expected = inOnePass(from, bytes, to, capacity, transit);
         std::string const got(dest, dest + written);
-        return sameText(got, expected) << "\n  of " << hex(bytes, bytes.size()) << " room " << room << " operation "
-                                       << transit.op << " unescape " << transit.unescape;
+        return sameText(got, expected) << "\n  of " << hex(bytes, bytes.size()) << " capacity " << capacity
+                                       << " operation " << transit.op << " unescape " << transit.unescape;
     }
 
     /** The same with every transit. */
     testing::AssertionResult isAlwaysOnePass(KX7CharSetConverter& from, std::string const& bytes,
-                                             KX7CharSetConverter& to, unsigned int room)
+                                             KX7CharSetConverter& to, unsigned int capacity)
     {
         for (Transit const transit : TRANSITS)
-            if (testing::AssertionResult const result = isOnePass(from, bytes, to, room, transit); !result)
+            if (testing::AssertionResult const result = isOnePass(from, bytes, to, capacity, transit); !result)
                 return result;
         return testing::AssertionSuccess();
     }
@@ -123,16 +123,16 @@ TEST(ThroughUTF16, EveryFragmentAtAPieceBoundary)
             }
 }
 
-TEST(ThroughUTF16, EveryRoomOfShortTexts)
+TEST(ThroughUTF16, EveryCapacityOfShortTexts)
 {
     Passage passage;
     std::vector<std::string> const fragments = fragmentsAndEscapes();
     for (std::string const& a : fragments)
         for (std::string const& b : fragments)
-            for (unsigned int room = 0; room <= 16; ++room) {
-                ASSERT_TRUE(passage.isAlwaysOnePass(g_oConverterUTF8, a + b, g_oConverterUTF8, room));
-                ASSERT_TRUE(passage.isAlwaysOnePass(g_oConverterUTF8, a + b, g_oConverterWCP874, room));
-                ASSERT_TRUE(passage.isAlwaysOnePass(g_oConverterWCP874, a + b, g_oConverterUTF8, room));
+            for (unsigned int capacity = 0; capacity <= 16; ++capacity) {
+                ASSERT_TRUE(passage.isAlwaysOnePass(g_oConverterUTF8, a + b, g_oConverterUTF8, capacity));
+                ASSERT_TRUE(passage.isAlwaysOnePass(g_oConverterUTF8, a + b, g_oConverterWCP874, capacity));
+                ASSERT_TRUE(passage.isAlwaysOnePass(g_oConverterWCP874, a + b, g_oConverterUTF8, capacity));
             }
 }
 
@@ -143,10 +143,10 @@ TEST(ThroughUTF16, RandomLongTexts)
     for (int i = 0; i < 200; ++i) {
         std::string const bytes = randomText(random, fragmentsAndEscapes(), random() % 20000);
         auto const length = static_cast<unsigned int>(bytes.size());
-        for (unsigned int const room : {3 * length, static_cast<unsigned int>(random() % (length + 1))}) {
-            ASSERT_TRUE(passage.isAlwaysOnePass(g_oConverterUTF8, bytes, g_oConverterUTF8, room));
-            ASSERT_TRUE(passage.isAlwaysOnePass(g_oConverterUTF8, bytes, g_oConverterWCP1252, room));
-            ASSERT_TRUE(passage.isAlwaysOnePass(g_oConverterWCP1252, bytes, g_oConverterUTF8, room));
+        for (unsigned int const capacity : {3 * length, static_cast<unsigned int>(random() % (length + 1))}) {
+            ASSERT_TRUE(passage.isAlwaysOnePass(g_oConverterUTF8, bytes, g_oConverterUTF8, capacity));
+            ASSERT_TRUE(passage.isAlwaysOnePass(g_oConverterUTF8, bytes, g_oConverterWCP1252, capacity));
+            ASSERT_TRUE(passage.isAlwaysOnePass(g_oConverterWCP1252, bytes, g_oConverterUTF8, capacity));
         }
     }
 }
@@ -171,9 +171,10 @@ TEST(ThroughUTF16, EscapesWhereverAPieceMayEnd)
             for (size_t i = 0; i < units / text.units; ++i)
                 bytes += text.character;
             bytes += "U+00E9UU+20ACz";
-            auto const room = static_cast<unsigned int>(3 * bytes.size());
-            ASSERT_TRUE(passage.isOnePass(text.from, bytes, g_oConverterUTF8, room, {true, ILLCHAR_REPLACE})) << units;
-            ASSERT_TRUE(passage.isOnePass(text.from, bytes, g_oConverterWCP1252, room, {true, ILLCHAR_ESCAPE}))
+            auto const capacity = static_cast<unsigned int>(3 * bytes.size());
+            ASSERT_TRUE(passage.isOnePass(text.from, bytes, g_oConverterUTF8, capacity, {true, ILLCHAR_REPLACE}))
+                << units;
+            ASSERT_TRUE(passage.isOnePass(text.from, bytes, g_oConverterWCP1252, capacity, {true, ILLCHAR_ESCAPE}))
                 << units;
         }
 }

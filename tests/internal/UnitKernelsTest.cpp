@@ -73,7 +73,7 @@ TEST_F(UnitKernels, FindAtEveryLengthPlaceAndPosition)
         for (size_t length = 0; length <= LONGEST; ++length) {
             for (size_t const place : Pages::places(length)) {
                 unsigned short* const text = pages.begin() + place;
-                // What stands behind the text is not found.
+                // What stands after the text is not found.
                 bool const isFollowed = place + length < 2 * PAGE;
                 if (isFollowed)
                     text[length] = 0x2603;
@@ -125,7 +125,7 @@ TEST_F(UnitKernels, MatchEndsAtTheFirstDifferenceTheFirstZeroOrTheBound)
     }
 }
 
-TEST_F(UnitKernels, MatchTouchesNoPageBehindTheFirstDifference)
+TEST_F(UnitKernels, MatchTouchesNoPageAfterTheFirstDifference)
 {
     for (InstructionSet const set : sets()) {
         Kernels const& kernels = kx7::kernelsOf(set);

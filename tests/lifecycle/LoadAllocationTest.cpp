@@ -28,7 +28,7 @@ namespace {
 struct Heap {
     size_t calls = 0;
     size_t live = 0;
-    size_t failing = 0;  ///< 1: the next allocation fails, 2: the one behind it; 0: none
+    size_t failing = 0;  ///< 1: the next allocation fails, 2: the one after it; 0: none
     bool failsOn = false;
     size_t failedPages = 0;
 };
@@ -95,14 +95,14 @@ void operator delete[](void* memory, size_t) noexcept
 
 namespace {
 
-/** Room for a text of 64 units with the longest escapes. */
-constexpr unsigned int ROOM = 1024;
+/** space for a text of 64 units with the longest escapes. */
+constexpr unsigned int CAPACITY = 1024;
 
 char16_t const UNITS[] = u"a\xA5\x20AC\x3042\x4E02\x4E2D\xAC00\xE9\xD840\xDC0B";
 
 struct Text {
-    char bytes[ROOM + 4];
-    unsigned short units[ROOM + 1];
+    char bytes[CAPACITY + 4];
+    unsigned short units[CAPACITY + 1];
     unsigned int byteCount;
     unsigned int unitCount;
 };
@@ -111,9 +111,9 @@ struct Text {
 Text convert(KX7CharSetConverter& converter, std::string const& source)
 {
     Text text = {};
-    text.unitCount = converter.toUTF16(text.units, source.c_str(), ROOM, ILLCHAR_REPLACE, nullptr, -1);
+    text.unitCount = converter.toUTF16(text.units, source.c_str(), CAPACITY, ILLCHAR_REPLACE, nullptr, -1);
     auto const* const units = reinterpret_cast<unsigned short const*>(UNITS);
-    text.byteCount = converter.fromUTF16(text.bytes, units, ROOM, ILLCHAR_REPLACE, nullptr);
+    text.byteCount = converter.fromUTF16(text.bytes, units, CAPACITY, ILLCHAR_REPLACE, nullptr);
     converter.getNumUnits(source.c_str(), 0xFFFFFFFF);
     converter.getNumBytes(units, 0xFFFFFFFF);
     return text;
@@ -176,7 +176,7 @@ struct Outcome {
     size_t failedPages;
 };
 
-/** Runs `run` with its `failing`-th allocation failing, and all behind it if `failsOn`. */
+/** Runs `run` with its `failing`-th allocation failing, and all after it if `failsOn`. */
 Outcome withFailure(size_t failing, bool failsOn, std::function<void()> const& run)
 {
     Outcome outcome = {};
@@ -218,7 +218,7 @@ TEST(LoadAllocation, WhicheverAllocationOfALoadFailsNothingIsThrownOrLeftBehind)
                 EXPECT_FALSE(outcome.threw) << row.name << ", " << failing;
                 EXPECT_GT(heap.live, liveBefore);
                 converter.reset();
-                EXPECT_EQ(heap.live, liveBefore) << row.name << ", " << failing << ": tables left behind";
+                EXPECT_EQ(heap.live, liveBefore) << row.name << ", " << failing << ": tables leaked";
                 if (!outcome.failed) {
                     EXPECT_TRUE(same(without, expected)) << row.name;
                     break;
@@ -243,7 +243,7 @@ TEST(LoadAllocation, WhicheverAllocationOfALoadFailsNothingIsThrownOrLeftBehind)
 // Short texts between UTF-8 and a set look their characters up elsewhere.
 TEST(LoadAllocation, OfWhatShortTextsNeed)
 {
-    unsigned char dest[ROOM + 4];
+    unsigned char dest[CAPACITY + 4];
     auto const* const utf8 = reinterpret_cast<unsigned char const*>("a\xE4\xB8\xAD\xEA\xB0\x80\xC3\xA9");
     for (Row const& row : ROWS) {
         auto const* const source = reinterpret_cast<unsigned char const*>(row.source.c_str());
@@ -252,13 +252,13 @@ TEST(LoadAllocation, OfWhatShortTextsNeed)
         size_t decoded = 0;
         size_t encoded = 0;
         Outcome const outcome = withFailure(1, true, [&] {
-            decoded = engine.toUTF8(*converter, source, dest, ROOM);
-            encoded = engine.fromUTF8(*converter, utf8, dest, ROOM);
+            decoded = engine.toUTF8(*converter, source, dest, CAPACITY);
+            encoded = engine.fromUTF8(*converter, utf8, dest, CAPACITY);
         });
         EXPECT_TRUE(outcome.failed && !outcome.threw) << row.name;
         EXPECT_EQ(decoded, kx7::NOT_DIRECT) << row.name;
         EXPECT_EQ(encoded, kx7::NOT_DIRECT) << row.name;
-        EXPECT_NE(engine.fromUTF8(*converter, reinterpret_cast<unsigned char const*>("a"), dest, ROOM),
+        EXPECT_NE(engine.fromUTF8(*converter, reinterpret_cast<unsigned char const*>("a"), dest, CAPACITY),
                   kx7::NOT_DIRECT);
     }
 }
@@ -358,7 +358,7 @@ using kx7::ErrorPolicy;
 
 /** What an operation of the layer made, in no memory of its own. */
 struct Result {
-    char bytes[4 * ROOM];
+    char bytes[4 * CAPACITY];
     size_t size;
     unsigned long long errorCount;
 
@@ -380,18 +380,18 @@ struct Result {
     }
 };
 
-/** A stream that is given few units at a time and little room, and goes on behind each error. */
+/** A stream that is given few units at a time and little capacity, and goes on after each error. */
 template <class Unit, class Stream, class Source>
 void convertInPieces(Stream& stream, Source rest, Result& result)
 {
     bool done = false;
     while (!done) {
-        Unit room[Stream::MINIMUM_ROOM];
+        Unit capacity[Stream::MINIMUM_CAPACITY];
         size_t const count = std::min<size_t>(rest.size(), 3);
         bool const last = count == rest.size();
-        kx7::StreamResult const step = stream.convert({rest.data(), count}, {room, Stream::MINIMUM_ROOM}, last);
-        result.add(room, step.written);
-        rest = rest.behind(step.consumed);
+        kx7::StreamResult const step = stream.convert({rest.data(), count}, {capacity, Stream::MINIMUM_CAPACITY}, last);
+        result.add(capacity, step.written);
+        rest = rest.after(step.consumed);
         done = last && step.status == kx7::Status::DONE;
     }
     result.errorCount = stream.errorCount();

@@ -86,7 +86,7 @@ std::vector<Sample> const SAMPLES = {
 class Corpus {
 public:
     Corpus(Sample const& sample, size_t textBytes)
-        : charSet(sample.charSet), room(static_cast<unsigned int>(3 * textBytes))
+        : charSet(sample.charSet), capacity(static_cast<unsigned int>(3 * textBytes))
     {
         std::string text;
         while (text.size() + sample.bytes.size() < textBytes)
@@ -111,7 +111,7 @@ public:
     }
 
     KX7CharSet charSet;
-    unsigned int room;  ///< bytes that a result may have
+    unsigned int capacity;  ///< bytes that a result may have
     std::vector<std::string> bytes;
     std::vector<std::vector<unsigned short>> units;
     std::vector<KX7UString> strings;
@@ -125,13 +125,13 @@ public:
     char* out(size_t i) const
     {
         static std::vector<char> dest(3 * TOTAL + 8);
-        return dest.data() + i * room;
+        return dest.data() + i * capacity;
     }
     unsigned char* outUTF8(size_t i) const { return reinterpret_cast<unsigned char*>(out(i)); }
     unsigned short* outUnits(size_t i) const { return reinterpret_cast<unsigned short*>(out(i)); }
     unsigned char const* asUTF8(size_t i) const { return reinterpret_cast<unsigned char const*>(bytes[i].c_str()); }
-    int size() const { return static_cast<int>(room - 8); }
-    int sizeInUnits() const { return static_cast<int>(room / 2 - 8); }
+    int size() const { return static_cast<int>(capacity - 8); }
+    int sizeInUnits() const { return static_cast<int>(capacity / 2 - 8); }
     KX7CharSetConverter& converter() const { return *KX7CharSetConverter::getConverter(charSet); }
 };
 
@@ -161,15 +161,15 @@ void convertInPieces(Stream stream, kx7::Span<Source> source, kx7::Span<Unit> de
     while (!source.empty()) {
         size_t const size = std::min(source.size(), PIECE);
         kx7::StreamResult const step = stream.convert({source.data(), size}, dest, size == source.size());
-        source = source.behind(step.consumed);
-        dest = dest.behind(step.written);
+        source = source.after(step.consumed);
+        dest = dest.after(step.written);
         if (step.status != kx7::Status::DONE)
             abort();
     }
     sink = static_cast<unsigned int>(stream.errorCount());
 }
 
-/** Goes on behind each error. */
+/** Goes on after each error. */
 template <class View>
 void validateOn(View text, kx7::Validity (*validate)(View))
 {
@@ -196,24 +196,24 @@ Row const ROWS[] = {
     {"GetNumBytes", Kind::ANY_SET, [](C& c, size_t i) { sink = GetNumBytes(c.units[i].data(), c.charSet); }},
     {"toUTF16, stopping", Kind::ANY_SET,
      [](C& c, size_t i) {
-         sink = c.converter().toUTF16(c.outUnits(i), c.bytes[i].c_str(), c.room / 2 - 8, ILLCHAR_STOP, nullptr, -1);
+         sink = c.converter().toUTF16(c.outUnits(i), c.bytes[i].c_str(), c.capacity / 2 - 8, ILLCHAR_STOP, nullptr, -1);
      }},
     {"fromUTF16, escapes", Kind::ANY_SET,
      [](C& c, size_t i) {
-         sink = c.converter().fromUTF16(c.out(i), c.units[i].data(), c.room - 8, ILLCHAR_ESCAPE, nullptr);
+         sink = c.converter().fromUTF16(c.out(i), c.units[i].data(), c.capacity - 8, ILLCHAR_ESCAPE, nullptr);
      }},
     {"toUTF8", Kind::ONE_SET,
      [](C& c, size_t i) {
-         sink = c.converter().toUTF8(c.outUTF8(i), c.bytes[i].c_str(), c.room - 8, ILLCHAR_REPLACE, nullptr);
+         sink = c.converter().toUTF8(c.outUTF8(i), c.bytes[i].c_str(), c.capacity - 8, ILLCHAR_REPLACE, nullptr);
      }},
     {"fromUTF8", Kind::ONE_SET,
      [](C& c, size_t i) {
-         sink = c.converter().fromUTF8(c.out(i), c.asUTF8(i), c.room - 8, ILLCHAR_REPLACE, nullptr);
+         sink = c.converter().fromUTF8(c.out(i), c.asUTF8(i), c.capacity - 8, ILLCHAR_REPLACE, nullptr);
      }},
     {"UTF16ToUTF8", Kind::ONE_SET,
-     [](C& c, size_t i) { sink = UTF16ToUTF8(c.outUTF8(i), c.units[i].data(), c.room - 8); }},
+     [](C& c, size_t i) { sink = UTF16ToUTF8(c.outUTF8(i), c.units[i].data(), c.capacity - 8); }},
     {"UTF8ToUTF16", Kind::ONE_SET,
-     [](C& c, size_t i) { sink = UTF8ToUTF16(c.outUnits(i), c.asUTF8(i), c.room / 2 - 8); }},
+     [](C& c, size_t i) { sink = UTF8ToUTF16(c.outUnits(i), c.asUTF8(i), c.capacity / 2 - 8); }},
     {"LocalPathToUTF8", Kind::ONE_SET,
      [](C& c, size_t i) { sink = LocalPathToUTF8(c.outUTF8(i), c.bytes[i].c_str(), c.size()); }},
     {"UTF8ToLocalPath", Kind::ONE_SET, [](C& c, size_t i) { sink = UTF8ToLocalPath(c.out(i), c.asUTF8(i), c.size()); }},
@@ -263,17 +263,17 @@ Row const ROWS[] = {
     {"Decoder", Kind::ONE_SET,
      [](C& c, size_t i) {
          convertInPieces(kx7::Decoder(c.charSet, REPLACE), kx7::Span<char const>(c.bytes[i]),
-                         kx7::Span<char16_t>(reinterpret_cast<char16_t*>(c.out(i)), c.room / 2));
+                         kx7::Span<char16_t>(reinterpret_cast<char16_t*>(c.out(i)), c.capacity / 2));
      }},
     {"Encoder", Kind::ONE_SET,
      [](C& c, size_t i) {
          convertInPieces(kx7::Encoder(c.charSet, REPLACE), kx7::Span<char16_t const>(unitsOf(c, i)),
-                         kx7::Span<char>(c.out(i), c.room));
+                         kx7::Span<char>(c.out(i), c.capacity));
      }},
     {"Transcoder", Kind::ONE_SET,
      [](C& c, size_t i) {
          convertInPieces(kx7::Transcoder(c.charSet, KX7CS_UTF8, REPLACE), kx7::Span<char const>(c.bytes[i]),
-                         kx7::Span<char>(c.out(i), c.room));
+                         kx7::Span<char>(c.out(i), c.capacity));
      }},
     {"validateUtf8", Kind::ONE_SET,
      [](C& c, size_t i) { validateOn(std::string_view(c.bytes[i]), kx7::validateUtf8); }},

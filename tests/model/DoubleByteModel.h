@@ -59,7 +59,7 @@ public:
     {
         Reader<char> const source(call.bytes);
         Decoded result{{}, Flag::CLEARED};
-        if (call.room == 0)
+        if (call.capacity == 0)
             return result;
         size_t at = 0;  // as many bytes are consumed
         while (source[at] != 0) {
@@ -73,7 +73,7 @@ public:
                     if (call.op == ILLCHAR_STOP)
                         break;
                     result.units += char16_t{0xFFFD};
-                    if (result.units.size() == call.room)
+                    if (result.units.size() == call.capacity)
                         break;
                     continue;  // without a look at the limit
                 }
@@ -90,7 +90,7 @@ public:
             result.units += static_cast<char16_t>(unit);
             if (call.limit > 0 && at >= static_cast<size_t>(call.limit))
                 break;
-            if (result.units.size() == call.room)
+            if (result.units.size() == call.capacity)
                 break;
         }
         return result;
@@ -109,33 +109,33 @@ public:
     {
         Reader<char16_t> const source(call.units);
         Encoded result{{}, Flag::CLEARED};
-        unsigned int room = call.room;
-        for (size_t at = 0; room != 0 && source[at] != 0; ++at) {
+        unsigned int capacity = call.capacity;
+        for (size_t at = 0; capacity != 0 && source[at] != 0; ++at) {
             unsigned int const code = m_map.codeOf(source[at]);
             if (code >= 256) {
-                if (room < 2)
+                if (capacity < 2)
                     break;
                 result.bytes += static_cast<char>(code / 256);
                 result.bytes += static_cast<char>(code % 256);
-                room -= 2;
+                capacity -= 2;
             }
             else if (code != 0) {
                 result.bytes += static_cast<char>(code);
-                room -= 1;
+                capacity -= 1;
             }
             else {
                 result.flag = Flag::SET;
                 if (call.op == ILLCHAR_STOP)
                     break;
                 if (call.op == ILLCHAR_ESCAPE) {
-                    if (room < 6)
+                    if (capacity < 6)
                         break;
                     result.bytes += escapeOf(source[at]);
-                    room -= 6;
+                    capacity -= 6;
                 }
                 else {
                     result.bytes += '?';
-                    room -= 1;
+                    capacity -= 1;
                 }
             }
         }

@@ -33,7 +33,7 @@ public:
             else if (b == 0x8F) {
                 if (remaining < 3)
                     break;
-                if (unitBehindShift3(source, at) != 0)
+                if (unitAfterShift3(source, at) != 0)
                     step = 3;
             }
             else if (b > 0x7E) {
@@ -53,7 +53,7 @@ public:
     {
         Reader<char> const source(call.bytes);
         Decoded result{{}, Flag::CLEARED};
-        if (call.room == 0)
+        if (call.capacity == 0)
             return result;
         size_t at = 0;  // as many bytes are consumed
         while (source[at] != 0) {
@@ -69,7 +69,7 @@ public:
                 length = 2;
             }
             else if (b == 0x8F) {
-                unit = unitBehindShift3(source, at);
+                unit = unitAfterShift3(source, at);
                 length = 3;
             }
             else {
@@ -87,7 +87,7 @@ public:
             at += length;
             if (call.limit > 0 && at >= static_cast<size_t>(call.limit))
                 break;
-            if (result.units.size() == call.room)
+            if (result.units.size() == call.capacity)
                 break;
         }
         return result;
@@ -108,9 +108,9 @@ public:
     {
         Reader<char16_t> const source(call.units);
         Encoded result{{}, Flag::CLEARED};
-        auto const room = [&] { return call.room - result.bytes.size(); };
+        auto const capacity = [&] { return call.capacity - result.bytes.size(); };
         auto const put = [&](unsigned int byte) { result.bytes += static_cast<char>(byte); };
-        for (size_t at = 0; room() != 0 && source[at] != 0; ++at) {
+        for (size_t at = 0; capacity() != 0 && source[at] != 0; ++at) {
             unsigned int const u = source[at];
             if (u <= 0x7E) {
                 put(u);
@@ -118,7 +118,7 @@ public:
             }
             unsigned int const v = m_main.codeOf(u);
             if (v != 0) {
-                if (room() < 2)
+                if (capacity() < 2)
                     break;
                 if (isKatakana(v)) {
                     put(0x8E);
@@ -132,7 +132,7 @@ public:
             }
             unsigned int const w = m_jis0212.codeOf(u);
             if (w != 0) {
-                if (room() < 3)
+                if (capacity() < 3)
                     break;
                 put(0x8F);
                 put((w + 0x8080) / 256 % 256);
@@ -143,7 +143,7 @@ public:
             if (call.op == ILLCHAR_STOP)
                 break;
             if (call.op == ILLCHAR_ESCAPE) {
-                if (room() < 6)
+                if (capacity() < 6)
                     break;
                 result.bytes += escapeOf(u);
             }
@@ -169,7 +169,7 @@ private:
         return second == 0 ? 0 : m_main.codePointOf((first & 0x7F) * 256 + (second & 0x7F));
     }
 
-    unsigned int unitBehindShift3(Reader<char> const& source, size_t at) const
+    unsigned int unitAfterShift3(Reader<char> const& source, size_t at) const
     {
         if (source[at + 1] == 0 || source[at + 2] == 0)
             return 0;

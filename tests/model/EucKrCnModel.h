@@ -33,7 +33,7 @@ public:
     {
         Reader<char> const source(call.bytes);
         Decoded result{{}, Flag::CLEARED};
-        if (call.room == 0)
+        if (call.capacity == 0)
             return result;
         size_t at = 0;  // as many bytes are consumed
         while (source[at] != 0) {
@@ -63,7 +63,7 @@ public:
             result.units += static_cast<char16_t>(unit);
             if (!badTrail && call.limit > 0 && at >= static_cast<size_t>(call.limit))
                 break;
-            if (result.units.size() == call.room)
+            if (result.units.size() == call.capacity)
                 break;
         }
         return result;
@@ -82,8 +82,8 @@ public:
     {
         Reader<char16_t> const source(call.units);
         Encoded result{{}, Flag::CLEARED};
-        auto const room = [&] { return call.room - result.bytes.size(); };
-        for (size_t at = 0; room() != 0 && source[at] != 0; ++at) {
+        auto const capacity = [&] { return call.capacity - result.bytes.size(); };
+        for (size_t at = 0; capacity() != 0 && source[at] != 0; ++at) {
             unsigned int const u = source[at];
             if (u <= 0x7E) {
                 result.bytes += static_cast<char>(u);
@@ -91,7 +91,7 @@ public:
             }
             unsigned int const v = m_map.codeOf(u);
             if (v != 0) {
-                if (room() < 2)
+                if (capacity() < 2)
                     break;
                 unsigned int const pair = (v + 0x8080) % 0x10000;
                 result.bytes += static_cast<char>(pair / 256);
@@ -102,7 +102,7 @@ public:
             if (call.op == ILLCHAR_STOP)
                 break;
             if (call.op == ILLCHAR_ESCAPE) {
-                if (room() < 6)
+                if (capacity() < 6)
                     break;
                 result.bytes += escapeOf(u);
             }

@@ -44,7 +44,7 @@ public:
     {
         Reader<char> const source(call.bytes);
         Decoded result{{}, Flag::CLEARED};
-        if (call.room == 0)
+        if (call.capacity == 0)
             return result;
         size_t at = 0;  // as many bytes are consumed
         while (source[at] != 0) {
@@ -62,7 +62,7 @@ public:
                     limited = false;
             }
             else if (codePoint > 0xFFFF) {
-                if (call.room - result.units.size() < 2)
+                if (call.capacity - result.units.size() < 2)
                     break;
                 result.units += static_cast<char16_t>((codePoint >> 10) + 0xD7C0);
                 result.units += static_cast<char16_t>((codePoint & 0x3FF) + 0xDC00);
@@ -73,7 +73,7 @@ public:
             at += s.length;
             if (limited && at >= static_cast<size_t>(call.limit))
                 break;
-            if (result.units.size() == call.room)
+            if (result.units.size() == call.capacity)
                 break;
         }
         return result;
@@ -108,10 +108,10 @@ public:
     {
         Reader<char16_t> const source(call.units);
         Encoded result{{}, Flag::CLEARED};
-        auto const room = [&] { return call.room - result.bytes.size(); };
+        auto const capacity = [&] { return call.capacity - result.bytes.size(); };
         auto const put = [&](unsigned int byte) { result.bytes += static_cast<char>(byte); };
         size_t at = 0;
-        while (room() != 0 && source[at] != 0) {
+        while (capacity() != 0 && source[at] != 0) {
             unsigned int const u = source[at];
             unsigned int code = 0;
             unsigned int used = 1;
@@ -129,7 +129,7 @@ public:
                 if (call.op == ILLCHAR_STOP)
                     break;
                 if (call.op == ILLCHAR_ESCAPE) {
-                    if (room() < 6)
+                    if (capacity() < 6)
                         break;
                     result.bytes += escapeOf(u);
                 }
@@ -141,13 +141,13 @@ public:
                 put(code);
             }
             else if (code < 0x10000) {
-                if (room() < 2)
+                if (capacity() < 2)
                     break;
                 put(code / 256);
                 put(code % 256);
             }
             else {
-                if (room() < 4)
+                if (capacity() < 4)
                     break;
                 unsigned int const index = code - 0x10000;
                 put(index / 12600 + 0x81);

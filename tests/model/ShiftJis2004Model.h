@@ -36,7 +36,7 @@ public:
     {
         Reader<char> const source(call.bytes);
         Decoded result{{}, Flag::CLEARED};
-        if (call.room == 0)
+        if (call.capacity == 0)
             return result;
         size_t at = 0;  // as many bytes are consumed
         while (source[at] != 0) {
@@ -50,7 +50,7 @@ public:
                     if (call.op == ILLCHAR_STOP)
                         break;
                     result.units += char16_t{0xFFFD};
-                    if (result.units.size() == call.room)
+                    if (result.units.size() == call.capacity)
                         break;
                     continue;  // without a look at the limit
                 }
@@ -65,7 +65,7 @@ public:
                 result.units += char16_t{0xFFFD};
             }
             else if (codePoint >= 0x10000 && codePoint <= 0x10FFFF) {
-                if (call.room - result.units.size() < 2)
+                if (call.capacity - result.units.size() < 2)
                     break;
                 result.units += static_cast<char16_t>((codePoint >> 10) + 0xD7C0);
                 result.units += static_cast<char16_t>((codePoint & 0x3FF) + 0xDC00);
@@ -75,7 +75,7 @@ public:
             }
             if (call.limit > 0 && at >= static_cast<size_t>(call.limit))
                 break;
-            if (result.units.size() == call.room)
+            if (result.units.size() == call.capacity)
                 break;
         }
         return result;
@@ -111,9 +111,9 @@ public:
     {
         Reader<char16_t> const source(call.units);
         Encoded result{{}, Flag::CLEARED};
-        auto const room = [&] { return call.room - result.bytes.size(); };
+        auto const capacity = [&] { return call.capacity - result.bytes.size(); };
         size_t at = 0;
-        while (room() != 0 && source[at] != 0) {
+        while (capacity() != 0 && source[at] != 0) {
             unsigned int const u = source[at];
             unsigned int low = 0;
             unsigned int code = 0;
@@ -127,7 +127,7 @@ public:
                 code = m_map.codeOf(u);
             }
             if (code >= 256) {
-                if (room() < 2)
+                if (capacity() < 2)
                     break;
                 result.bytes += static_cast<char>(code / 256);
                 result.bytes += static_cast<char>(code % 256);
@@ -140,13 +140,13 @@ public:
                 if (call.op == ILLCHAR_STOP)
                     break;
                 if (call.op == ILLCHAR_ESCAPE && low != 0) {
-                    if (room() < 12)
+                    if (capacity() < 12)
                         break;
                     result.bytes += escapeOf(u) + "U+04X";
                     result.bytes += '\0';
                 }
                 else if (call.op == ILLCHAR_ESCAPE) {
-                    if (room() < 6)
+                    if (capacity() < 6)
                         break;
                     result.bytes += escapeOf(u);
                 }

@@ -31,9 +31,9 @@ public:
     {
         Reader<char> const source(call.bytes);
         Decoded result{{}, Flag::CLEARED};
-        unsigned int room = call.room;
+        unsigned int capacity = call.capacity;
         int limit = call.limit;
-        if (room == 0 || limit == 0)
+        if (capacity == 0 || limit == 0)
             return result;
         for (size_t at = 0; source[at] != 0; ++at) {
             char16_t const unit = m_units[source[at]];
@@ -46,13 +46,13 @@ public:
             else {
                 result.units += unit;
             }
-            room -= 1;
+            capacity -= 1;
             if (limit > 0) {
                 limit -= 1;
                 if (limit == 0)
                     break;
             }
-            if (room == 0)
+            if (capacity == 0)
                 break;
         }
         return result;
@@ -67,25 +67,25 @@ public:
     {
         Reader<char16_t> const source(call.units);
         Encoded result{{}, Flag::LEFT};
-        unsigned int room = call.room;
-        for (size_t at = 0; room != 0 && source[at] != 0; ++at) {
+        unsigned int capacity = call.capacity;
+        for (size_t at = 0; capacity != 0 && source[at] != 0; ++at) {
             unsigned char const byte = m_bytes[source[at]];
             if (byte != 0) {
                 result.bytes += static_cast<char>(byte);
-                room -= 1;
+                capacity -= 1;
             }
             else if (call.op == ILLCHAR_STOP) {
                 break;
             }
             else if (call.op == ILLCHAR_ESCAPE) {
-                if (room < 6)
+                if (capacity < 6)
                     break;
                 result.bytes += escapeOf(source[at]);
-                room -= 6;
+                capacity -= 6;
             }
             else {
                 result.bytes += '?';
-                room -= 1;
+                capacity -= 1;
             }
         }
         return result;

@@ -28,7 +28,7 @@ public:
         Reader<char> const source(call.bytes);
         Decoded result{{}, Flag::CLEARED};
         size_t at = 0;  // as many bytes are consumed
-        while (result.units.size() != call.room && source[at] != 0) {
+        while (result.units.size() != call.capacity && source[at] != 0) {
             if (isEscape(source, at)) {
                 unsigned int unit = 0;
                 for (size_t i = 2; i < 6; ++i)
@@ -61,19 +61,19 @@ public:
         Reader<char16_t> const source(call.units);
         Encoded result{{}, Flag::CLEARED};
         for (size_t at = 0; source[at] != 0; ++at) {
-            size_t const room = call.room - result.bytes.size();
+            size_t const capacity = call.capacity - result.bytes.size();
             if (source[at] < 0x80) {
-                if (room == 0)
+                if (capacity == 0)
                     break;
                 result.bytes += static_cast<char>(source[at]);
             }
             else {
-                if (room < 6)
+                if (capacity < 6)
                     break;
                 result.bytes += escapeOf(source[at]);
             }
-            // Nothing behind the room is looked at.
-            if (result.bytes.size() == call.room)
+            // Nothing after the capacity is looked at.
+            if (result.bytes.size() == call.capacity)
                 break;
         }
         return result;

@@ -21,7 +21,7 @@ public:
         if (call.limit <= 0)
             return result;
         size_t const limit = static_cast<size_t>(call.limit);
-        for (size_t at = 0; at != call.room && at != limit && source[at] != 0; ++at)
+        for (size_t at = 0; at != call.capacity && at != limit && source[at] != 0; ++at)
             result.units += source[at];
         return result;
     }
@@ -39,7 +39,7 @@ public:
     {
         Reader<char16_t> const source(call.units);
         std::u16string copied;
-        for (size_t at = 0; call.room - 2 * at >= 2 && source[at] != 0; ++at)
+        for (size_t at = 0; call.capacity - 2 * at >= 2 && source[at] != 0; ++at)
             copied += static_cast<char16_t>(source[at]);
         return {bytesOfValues(copied), Flag::CLEARED};
     }

@@ -18,22 +18,22 @@ public:
     {
         WideReader<char32_t> const source(call.bytes);
         Decoded result{{}, Flag::CLEARED};
-        unsigned int room = call.room;
+        unsigned int capacity = call.capacity;
         int limit = call.limit;
-        for (size_t at = 0; room != 0 && limit != 0; ++at) {
+        for (size_t at = 0; capacity != 0 && limit != 0; ++at) {
             unsigned int const c = source[at];
             if (c == 0)
                 break;
             if (c <= 0xFFFF) {
                 result.units += static_cast<char16_t>(c);
-                room -= 1;
+                capacity -= 1;
             }
             else {
-                if (room < 2)
+                if (capacity < 2)
                     break;
                 result.units += static_cast<char16_t>(((c >> 10) + 0xD7C0) & 0xFFFF);
                 result.units += static_cast<char16_t>((c & 0x3FF) + 0xDC00);
-                room -= 2;
+                capacity -= 2;
             }
             if (limit > 0)
                 limit -= 1;
@@ -68,22 +68,22 @@ public:
         Reader<char16_t> const source(call.units);
         Flag flag = Flag::CLEARED;
         std::u32string codes;
-        unsigned int room = call.room / 4;
+        unsigned int capacity = call.capacity / 4;
         size_t at = 0;
-        while (room != 0) {
+        while (capacity != 0) {
             unsigned int const u = source[at];
             if (u == 0)
                 break;
             at += 1;
             if (!isHigh(u)) {
                 codes += static_cast<char32_t>(u);
-                room -= 1;
+                capacity -= 1;
                 continue;
             }
             unsigned int const v = source[at];
             if (isLow(v)) {
                 codes += static_cast<char32_t>((u << 10) + v - 0x35FDC00);
-                room -= 1;
+                capacity -= 1;
                 at += 1;
                 continue;
             }
@@ -91,15 +91,15 @@ public:
             if (call.op == ILLCHAR_STOP)
                 break;
             if (call.op == ILLCHAR_ESCAPE) {
-                if (room < 6)
+                if (capacity < 6)
                     break;
                 for (char const c : escapeOf(u))
                     codes += static_cast<char32_t>(c);
-                room -= 6;
+                capacity -= 6;
             }
             else {
                 codes += U'?';
-                room -= 1;
+                capacity -= 1;
             }
         }
         return {bytesOfValues(codes), flag};
@@ -110,7 +110,7 @@ public:
         unsigned int length;
     };
 
-    /** The UTF-8 sequence at a place, and how far to go on behind it. */
+    /** The UTF-8 sequence at a place, and how far to go on after it. */
     static Sequence sequenceAt(Reader<char> const& source, size_t at)
     {
         unsigned int const b = source[at];
@@ -133,12 +133,12 @@ public:
     }
 
     /** What fromUTF8 stores, the closing 0 included; it returns one less. */
-    static std::u32string fromUTF8(std::string const& bytes, unsigned int room)
+    static std::u32string fromUTF8(std::string const& bytes, unsigned int capacity)
     {
         Reader<char> const source(bytes);
         std::u32string codes;
         size_t at = 0;
-        while (codes.size() < room) {
+        while (codes.size() < capacity) {
             Sequence const s = sequenceAt(source, at);
             codes += static_cast<char32_t>(s.codePoint);
             if (s.codePoint == 0)
@@ -155,11 +155,11 @@ public:
         Flag flag;
     };
 
-    /** What toUTF8 writes; the whole of a character that runs past the room, and then no terminator. */
-    static Utf8 toUTF8(std::u32string const& codes, unsigned int room)
+    /** What toUTF8 writes; the whole of a character that runs past the capacity, and then no terminator. */
+    static Utf8 toUTF8(std::u32string const& codes, unsigned int capacity)
     {
         Utf8 result{{}, true, Flag::CLEARED};
-        for (size_t at = 0; result.bytes.size() < room && at != codes.size() && codes[at] != 0; ++at) {
+        for (size_t at = 0; result.bytes.size() < capacity && at != codes.size() && codes[at] != 0; ++at) {
             unsigned int c = codes[at];
             if ((c >= 0xD800 && c <= 0xDFFF) || c >= 0x80000000) {
                 result.flag = Flag::SET;
@@ -194,7 +194,7 @@ public:
                 putRest(5);
             }
         }
-        result.terminated = result.bytes.size() <= room;
+        result.terminated = result.bytes.size() <= capacity;
         return result;
     }
 };

@@ -8,7 +8,8 @@ namespace kx7test {
 
 class Utf8Model : public Model {
 public:
-    /** @param escapeCost what an escape of six bytes takes from the room: five as published, six to stay within it */
+    /** @param escapeCost what an escape of six bytes takes from the capacity: five as published, six to stay within it
+     */
     explicit Utf8Model(unsigned int escapeCost = 5) : m_escapeCost(escapeCost) {}
 
     unsigned int getNumUnits(std::string const& bytes, unsigned int byteCount) const override
@@ -34,13 +35,13 @@ public:
     {
         Reader<char> const source(call.bytes);
         Decoded result{{}, Flag::CLEARED};
-        unsigned int room = call.room;
+        unsigned int capacity = call.capacity;
         size_t at = 0;  // as many bytes are consumed
         auto const put = [&](unsigned int unit) {
             result.units += static_cast<char16_t>(unit & 0xFFFF);
-            room -= 1;
+            capacity -= 1;
         };
-        while (room != 0) {
+        while (capacity != 0) {
             unsigned int const lead = source[at];
             if (lead == 0)
                 break;
@@ -66,7 +67,7 @@ public:
                     }
                     break;
                 case 4:
-                    if (room >= 2 && isContinuation(source[at]) && isContinuation(source[at + 1]) &&
+                    if (capacity >= 2 && isContinuation(source[at]) && isContinuation(source[at + 1]) &&
                         isContinuation(source[at + 2])) {
                         unsigned int const c = ((lead & 0x0F) << 18) | ((source[at] & 0x3F) << 12) |
                                                ((source[at + 1] & 0x3F) << 6) | (source[at + 2] & 0x3F);
@@ -125,36 +126,36 @@ public:
     {
         Reader<char16_t> const source(call.units);
         Encoded result{{}, Flag::CLEARED};
-        unsigned int room = call.room;
+        unsigned int capacity = call.capacity;
         size_t at = 0;
         auto const put = [&](unsigned int byte) { result.bytes += static_cast<char>(byte); };
-        while (room != 0) {
+        while (capacity != 0) {
             unsigned int const u = source[at];
             if (u == 0)
                 break;
             at += 1;
             if (u < 0x80) {
                 put(u);
-                room -= 1;
+                capacity -= 1;
             }
             else if (u < 0x800) {
-                if (room < 2)
+                if (capacity < 2)
                     break;
                 put(0xC0 + ((u >> 6) & 0x1F));
                 put(0x80 + (u & 0x3F));
-                room -= 2;
+                capacity -= 2;
             }
             else if (!isHigh(u)) {
-                if (room < 3)
+                if (capacity < 3)
                     break;
                 put(0xE0 + (u >> 12));
                 put(0x80 + ((u >> 6) & 0x3F));
                 put(0x80 + (u & 0x3F));
-                room -= 3;
+                capacity -= 3;
             }
             else if (isLow(source[at])) {
                 unsigned int const v = source[at];
-                if (room < 4)
+                if (capacity < 4)
                     break;
                 at += 1;
                 unsigned int const c = 0x10000 + ((u - 0xD800) << 10) + (v - 0xDC00);
@@ -162,24 +163,24 @@ public:
                 put(0x80 + ((c >> 12) & 0x3F));
                 put(0x80 + ((c >> 6) & 0x3F));
                 put(0x80 + (c & 0x3F));
-                room -= 4;
+                capacity -= 4;
             }
             else {
                 result.flag = Flag::SET;
                 if (call.op == ILLCHAR_STOP)
                     break;
                 if (call.op == ILLCHAR_ESCAPE) {
-                    if (room < 6)
+                    if (capacity < 6)
                         break;
                     result.bytes += escapeOf(u);
-                    room -= m_escapeCost;
+                    capacity -= m_escapeCost;
                     if (source[at] == 0)
                         break;
                     at += 1;  // whatever it is, it is dropped
                 }
                 else {
                     put('?');
-                    room -= 1;
+                    capacity -= 1;
                 }
             }
         }

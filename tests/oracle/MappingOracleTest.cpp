@@ -158,14 +158,14 @@ private:
     /** Bytes written; 0 where not all of it is converted as it is. */
     static size_t convert(iconv_t converter, char* in, size_t inBytes, char* out, size_t outBytes)
     {
-        size_t const room = outBytes;
+        size_t const capacity = outBytes;
         iconv(converter, nullptr, nullptr, nullptr, nullptr);
         if (iconv(converter, &in, &inBytes, &out, &outBytes) != 0 || inBytes != 0)
             return 0;
         // A base letter is held back until it is known what follows.
         if (iconv(converter, nullptr, nullptr, &out, &outBytes) != 0)
             return 0;
-        return room - outBytes;
+        return capacity - outBytes;
     }
 
     static inline iconv_t const NO_CONVERTER = reinterpret_cast<iconv_t>(-1);

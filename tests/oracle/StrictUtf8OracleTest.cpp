@@ -150,7 +150,7 @@ TEST(StrictUtf8Oracle, EverySequenceOfUpToTwoBytesAndByClassOfUpToFourAgainstPyt
         std::string bytes;
         size_t length;
     };
-    // Behind so much text the kernels find what is malformed.
+    // After so much text the kernels find what is malformed.
     std::string const front(128, 'x');
     for (Part const& part : {Part{allBytes(), 1}, Part{allBytes(), 2}, Part{CLASSES, 3}, Part{CLASSES, 4}}) {
         std::string command = "/usr/bin/python3 tests/oracle/python_utf8.py " + std::to_string(part.length) + " ";
@@ -166,7 +166,7 @@ TEST(StrictUtf8Oracle, EverySequenceOfUpToTwoBytesAndByClassOfUpToFourAgainstPyt
                 return false;
             ++sequences;
             kx7::Validity const validity = kx7::validateUtf8(text);
-            kx7::Validity const behind = kx7::validateUtf8(front + text + front);
+            kx7::Validity const after = kx7::validateUtf8(front + text + front);
             bool const isValid = expected.length == 0;
             kx7::Units const units = kx7::decode(text, KX7CS_UTF8);
             Malformed const decoded = units.status == kx7::Status::INVALID
@@ -174,13 +174,13 @@ TEST(StrictUtf8Oracle, EverySequenceOfUpToTwoBytesAndByClassOfUpToFourAgainstPyt
                                           : Malformed{text.size(), 0};
             bool const right =
                 Malformed{validity.offset, validity.length} == expected && decoded == expected &&
-                behind.offset == front.size() + (isValid ? text.size() + front.size() : expected.offset) &&
-                behind.length == expected.length && units.isComplete() == isValid;
+                after.offset == front.size() + (isValid ? text.size() + front.size() : expected.offset) &&
+                after.length == expected.length && units.isComplete() == isValid;
             if (!right) {
                 ADD_FAILURE() << hex(text) << ": Python finds " << expected.length << " bytes at " << expected.offset
                               << ", validateUtf8 " << validity.length << " at " << validity.offset << ", decode "
-                              << decoded.length << " at " << decoded.offset << ", behind other text " << behind.length
-                              << " at " << behind.offset;
+                              << decoded.length << " at " << decoded.offset << ", after other text " << after.length
+                              << " at " << after.offset;
                 ++failures;
             }
             return failures < 20;

@@ -1,4 +1,4 @@
-// kx7text tests - one call of a conversion, and what it leaves behind.
+// kx7text tests - one call of a conversion, and its effects.
 #ifndef KX7_TESTS_SUPPORT_CALLS_H
 #define KX7_TESTS_SUPPORT_CALLS_H
 
@@ -18,7 +18,7 @@ constexpr FlagArgument FLAG_ARGUMENTS[] = {FlagArgument::NONE, FlagArgument::FAL
 /** A call of toUTF16. The terminator of `bytes` is understood; a zero byte inside ends the text before. */
 struct DecodeCall {
     std::string bytes;
-    unsigned int room;
+    unsigned int capacity;
     ILLCHAR_OPTYPE op;
     int limit;
 };
@@ -26,7 +26,7 @@ struct DecodeCall {
 /** A call of fromUTF16. The closing 0 of `units` is understood; a 0 unit inside ends the text before. */
 struct EncodeCall {
     std::u16string units;
-    unsigned int room;
+    unsigned int capacity;
     ILLCHAR_OPTYPE op;
 };
 

@@ -12,7 +12,7 @@
 namespace kx7test {
 
 /**
- * `count` values of T whose end is the end of a readable page; a touch behind them faults. So does one before the page
+ * `count` values of T whose end is the end of a readable page; a touch after them faults. So does one before the page
  * in which they begin.
  */
 template <class T>

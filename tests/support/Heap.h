@@ -14,12 +14,12 @@ struct Heap {
     size_t lastSize = 0;
     size_t liveBlocks = 0;
     size_t liveBytes = 0;
-    size_t failing = 0;    ///< 1: the next allocation fails, 2: the one behind it; 0: none
+    size_t failing = 0;    ///< 1: the next allocation fails, 2: the one after it; 0: none
     bool failsOn = false;  ///< all that follow a failing one fail too
 };
 inline Heap heap;
 
-/** In front of each block: its size, in as many bytes as keep the block aligned. */
+/** Before each block: its size, in as many bytes as keep the block aligned. */
 union Header {
     size_t size;
     std::max_align_t alignment;

@@ -15,7 +15,7 @@ namespace kx7test {
 template <class T>
 class PageEnd {
 public:
-    /** A copy of `text` with `zeros` zeros behind it, which ends at the page. Valid until the next call. */
+    /** A copy of `text` with `zeros` zeros after it, which ends at the page. Valid until the next call. */
     template <class Char>
     T const* hold(std::basic_string<Char> const& text, size_t zeros)
     {
@@ -49,7 +49,7 @@ private:
     size_t m_capacity = 0;
 };
 
-/** A destination with canaries before and behind it. */
+/** A destination with canaries before and after it. */
 template <class T>
 class Fenced {
 public:
@@ -66,9 +66,9 @@ public:
     bool intact() const
     {
         auto const isCanary = [](T value) { return value == CANARY; };
-        auto const behind = m_memory.begin() + static_cast<ptrdiff_t>(FENCE + m_count);
+        auto const after = m_memory.begin() + static_cast<ptrdiff_t>(FENCE + m_count);
         return std::all_of(m_memory.begin(), m_memory.begin() + FENCE, isCanary) &&
-               std::all_of(behind, behind + FENCE, isCanary);
+               std::all_of(after, after + FENCE, isCanary);
     }
 
     /** Nothing at all was written. */

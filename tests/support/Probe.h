@@ -38,34 +38,35 @@ public:
     {
         size_t const zeros = terminator == Terminator::PRESENT ? m_converter.getNullCharSize() : 0;
         unsigned char const* const source = m_bytes.hold(call.bytes, zeros);
-        size_t const extent = extentOf(call.room, expected.units.size());
+        size_t const extent = extentOf(call.capacity, expected.units.size());
         unsigned short* const dest = m_unitsOut.arm(extent + 1);
         bool flag = argument == FlagArgument::TRUE_BEFORE;
 
         unsigned int const result =
-            m_converter.toUTF16(dest, source, call.room, call.op, pointerTo(flag, argument), call.limit);
+            m_converter.toUTF16(dest, source, call.capacity, call.op, pointerTo(flag, argument), call.limit);
 
         size_t const length = expected.units.size();
         bool const right = result == length && memcmp(dest, expected.units.data(), length * 2) == 0;
         if (right && dest[length] == 0 && m_unitsOut.intact() && flag == flagAfter(argument, expected.flag))
             return;
         std::u16string const units(dest, dest + std::min<size_t>(result, extent));
-        fail(std::string(what) + ": toUTF16 of " + hex(call.bytes) + " limit " + std::to_string(call.limit), call.room,
-             call.op, argument, expected.units, expected.flag, result, units, flag, !right || dest[length] == 0,
-             m_unitsOut.intact());
+        fail(std::string(what) + ": toUTF16 of " + hex(call.bytes) + " limit " + std::to_string(call.limit),
+             call.capacity, call.op, argument, expected.units, expected.flag, result, units, flag,
+             !right || dest[length] == 0, m_unitsOut.intact());
     }
 
-    /** Runs fromUTF16. Where more is expected than the room holds, exactly so much may be written. */
+    /** Runs fromUTF16. Where more is expected than the capacity holds, exactly so much may be written. */
     void encode(EncodeCall const& call, Encoded const& expected, FlagArgument argument, char const* what = "",
                 Terminator terminator = Terminator::PRESENT)
     {
         unsigned short const* const source = m_units.hold(call.units, terminator == Terminator::PRESENT ? 1 : 0);
-        size_t const extent = extentOf(call.room, expected.bytes.size());
+        size_t const extent = extentOf(call.capacity, expected.bytes.size());
         size_t const nullSize = m_converter.getNullCharSize();
         unsigned char* const dest = m_bytesOut.arm(extent + nullSize);
         bool flag = argument == FlagArgument::TRUE_BEFORE;
 
-        unsigned int const result = m_converter.fromUTF16(dest, source, call.room, call.op, pointerTo(flag, argument));
+        unsigned int const result =
+            m_converter.fromUTF16(dest, source, call.capacity, call.op, pointerTo(flag, argument));
 
         size_t const length = expected.bytes.size();
         bool const right = result == length && memcmp(dest, expected.bytes.data(), length) == 0;
@@ -74,7 +75,7 @@ public:
         if (closed && m_bytesOut.intact() && flag == flagAfter(argument, expected.flag))
             return;
         std::string const bytes(reinterpret_cast<char const*>(dest), std::min<size_t>(result, extent));
-        fail(std::string(what) + ": fromUTF16 of " + hex(call.units), call.room, call.op, argument, expected.bytes,
+        fail(std::string(what) + ": fromUTF16 of " + hex(call.units), call.capacity, call.op, argument, expected.bytes,
              expected.flag, result, bytes, flag, !right || closed, m_bytesOut.intact());
     }
 
@@ -127,10 +128,10 @@ public:
 private:
     static constexpr unsigned int MOST_FAILURES = 12;
 
-    /** Values that a call may fill; for rooms without end as many as it should, and some more. */
-    static size_t extentOf(unsigned int room, size_t expected)
+    /** Values that a call may fill; for capacities without end as many as it should, and some more. */
+    static size_t extentOf(unsigned int capacity, size_t expected)
     {
-        return std::max(std::min<size_t>(room, expected + 4096), expected);
+        return std::max(std::min<size_t>(capacity, expected + 4096), expected);
     }
 
     static bool* pointerTo(bool& flag, FlagArgument argument)
@@ -145,7 +146,7 @@ private:
         return flag == Flag::LEFT ? argument == FlagArgument::TRUE_BEFORE : flag == Flag::SET;
     }
 
-    /** Exactly `count` values, which nothing may be read behind. */
+    /** Exactly `count` values, which nothing may be read after. */
     template <class Char>
     static std::basic_string<Char> counted(std::basic_string<Char> text, unsigned int count)
     {
@@ -165,7 +166,7 @@ private:
     }
 
     template <class Char>
-    void fail(std::string const& call, unsigned int room, ILLCHAR_OPTYPE op, FlagArgument argument,
+    void fail(std::string const& call, unsigned int capacity, ILLCHAR_OPTYPE op, FlagArgument argument,
               std::basic_string<Char> const& expected, Flag expectedFlag, unsigned int result,
               std::basic_string<Char> const& got, bool flag, bool closed, bool intact)
     {
@@ -175,9 +176,9 @@ private:
         std::string flags;
         if (argument != FlagArgument::NONE && flag != flagAfter(argument, expectedFlag))
             flags = flag ? ", flag set" : ", flag not set";
-        ADD_FAILURE() << call << " room " << room << " operation " << op << "\n  expected " << hex(expected, at)
+        ADD_FAILURE() << call << " capacity " << capacity << " operation " << op << "\n  expected " << hex(expected, at)
                       << "\n  got      " << hex(got, at) << " result " << result << flags
-                      << (closed ? "" : ", no terminator") << (intact ? "" : ", WROTE OUTSIDE ITS ROOM");
+                      << (closed ? "" : ", no terminator") << (intact ? "" : ", WROTE OUTSIDE ITS CAPACITY");
     }
 
     KX7CharSetConverter& m_converter;

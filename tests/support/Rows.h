@@ -14,7 +14,7 @@ namespace kx7test {
 struct DecodeRow {
     char const* what;
     std::string bytes;
-    unsigned int room;
+    unsigned int capacity;
     ILLCHAR_OPTYPE op;
     int limit;
     std::u16string units;
@@ -24,7 +24,7 @@ struct DecodeRow {
 struct EncodeRow {
     char const* what;
     std::u16string units;
-    unsigned int room;
+    unsigned int capacity;
     ILLCHAR_OPTYPE op;
     std::string bytes;
     Flag flag;
@@ -39,13 +39,13 @@ inline std::string asciiLetters(size_t length)
     return text;
 }
 
-/** The longest text that rows are repeated behind. */
+/** The longest text that rows are repeated after. */
 inline unsigned int longestPrefix(KX7CharSetConverter const& converter)
 {
     return converter.getNullCharSize() == 1 ? 31 : 0;
 }
 
-/** The row holds, of the converter and of the model, with every flag argument and behind 0 to 31 letters. */
+/** The row holds, of the converter and of the model, with every flag argument and after 0 to 31 letters. */
 inline void expectDecoded(Probe& probe, DecodeRow const& row)
 {
     // Where a limit of 0 converts nothing, it converts no letters either.
@@ -54,7 +54,7 @@ inline void expectDecoded(Probe& probe, DecodeRow const& row)
         std::string const letters = asciiLetters(n);
         bool const hasLimit = row.limit > 0 && row.limit != INT_MAX;
         int const limit = hasLimit ? row.limit + static_cast<int>(n) : row.limit;
-        DecodeCall const call{letters + row.bytes, row.room + n, row.op, limit};
+        DecodeCall const call{letters + row.bytes, row.capacity + n, row.op, limit};
         Decoded const expected{std::u16string(letters.begin(), letters.end()) + row.units, row.flag};
         for (FlagArgument const argument : FLAG_ARGUMENTS)
             probe.decode(call, expected, argument, row.what);
@@ -64,12 +64,12 @@ inline void expectDecoded(Probe& probe, DecodeRow const& row)
     }
 }
 
-/** The row holds, of the converter and of the model, with every flag argument and behind 0 to 31 letters. */
+/** The row holds, of the converter and of the model, with every flag argument and after 0 to 31 letters. */
 inline void expectEncoded(Probe& probe, EncodeRow const& row)
 {
     for (unsigned int n = 0; n <= longestPrefix(probe.converter()); ++n) {
         std::string const letters = asciiLetters(n);
-        EncodeCall const call{std::u16string(letters.begin(), letters.end()) + row.units, row.room + n, row.op};
+        EncodeCall const call{std::u16string(letters.begin(), letters.end()) + row.units, row.capacity + n, row.op};
         Encoded const expected{letters + row.bytes, row.flag};
         for (FlagArgument const argument : FLAG_ARGUMENTS)
             probe.encode(call, expected, argument, row.what);

@@ -75,7 +75,7 @@ TEST(StringConcatenation, TakesTheHeapOnlyFor258UnitsAndMore)
     KX7UString roomy;
     roomy.AssureSpace(5000);
     roomy = raw(u"ab");
-    expectStorage(roomy + 'c', 0, "the room of an operand is not taken over");
+    expectStorage(roomy + 'c', 0, "the capacity of an operand is not taken over");
 }
 
 TEST(StringConcatenation, ReadsBytesInTheDefaultSet)

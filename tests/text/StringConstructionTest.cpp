@@ -34,14 +34,15 @@ void expectInline(KX7UString const& s, Units const& units, std::string const& wh
 unsigned short const* const NO_UNITS = nullptr;
 char const* const NO_BYTES = nullptr;
 
-/** What counted byte text has to become, where no character is cut off: toUTF16 with the room that is counted. */
+/** What counted byte text has to become, where no character is truncated: toUTF16 with the capacity that is counted. */
 Units decodedCounted(KX7CharSetConverter& converter, std::string const& bytes, int sourceLimit)
 {
     std::string const text = bytes + std::string(8, '\0');
-    unsigned int const room = converter.getNumUnits(text.data(), static_cast<unsigned int>(bytes.size()));
-    Units units(room + 1);
+    unsigned int const capacity = converter.getNumUnits(text.data(), static_cast<unsigned int>(bytes.size()));
+    Units units(capacity + 1);
     unsigned int const written =
-        room == 0 ? 0 : converter.toUTF16(units.data(), text.data(), room, ILLCHAR_REPLACE, nullptr, sourceLimit);
+        capacity == 0 ? 0
+                      : converter.toUTF16(units.data(), text.data(), capacity, ILLCHAR_REPLACE, nullptr, sourceLimit);
     units.resize(written);
     return units;
 }
@@ -87,8 +88,8 @@ TEST(StringFromNothing, EveryEmptyArgumentGivesAnEmptyString)
     expectInline(KX7UString(KX7UString()), {}, "copy of an empty string");
     expectInline(KX7UString(filled, 0, 0), {}, "part of no units");
     expectInline(KX7UString(filled, 4, 3), {}, "part at the end");
-    expectInline(KX7UString(filled, 5, 3), {}, "part behind the end");
-    expectInline(KX7UString(filled, 0xFFFFFFFF, 0xFFFFFFFF), {}, "part far behind the end");
+    expectInline(KX7UString(filled, 5, 3), {}, "part after the end");
+    expectInline(KX7UString(filled, 0xFFFFFFFF, 0xFFFFFFFF), {}, "part far after the end");
 }
 
 TEST(StringFromChar, DecodesTheByte)
@@ -122,8 +123,8 @@ TEST(StringFromRepeatedChar, DecodesTheRunAsAWhole)
     expectString(large, Units(300, 'x'));
     expectStorage(large, 300);
     expectInline(KX7UString('\xC3', 4, KX7CS_UTF8), {0xFFFD, 0xFFFD}, "counted in twos, replaced one by one");
-    expectInline(KX7UString('\xC3', 3, KX7CS_UTF8), {0xFFFD}, "the last one is cut off");
-    expectInline(KX7UString('\xC3', 1, KX7CS_UTF8), {}, "cut off from the start");
+    expectInline(KX7UString('\xC3', 3, KX7CS_UTF8), {0xFFFD}, "the last one is truncated");
+    expectInline(KX7UString('\xC3', 1, KX7CS_UTF8), {}, "truncated from the start");
     expectInline(KX7UString('\x80', 5, KX7CS_UTF8), {}, "stray bytes");
 }
 
@@ -165,9 +166,9 @@ TEST(StringFromBytes, WithoutACharSetAreInTheOSDefault)
     EXPECT_EQ(unitsOf(KX7UString(&pascal)), unitsOf(KX7UString(pascal)));
 }
 
-TEST(StringFromBytes, TheRoomIsWhatTheConverterCounts)
+TEST(StringFromBytes, TheCapacityIsWhatTheConverterCounts)
 {
-    expectInline(KX7UString("\xF0\x9F\x98\x80", KX7CS_UTF8), {0xFFFD}, "a pair finds room for one unit");
+    expectInline(KX7UString("\xF0\x9F\x98\x80", KX7CS_UTF8), {0xFFFD}, "a pair finds space for one unit");
     expectInline(KX7UString("a\xF0\x9F\x98\x80"
                             "b",
                             KX7CS_UTF8),
@@ -184,7 +185,7 @@ TEST(StringFromBytes, TheRoomIsWhatTheConverterCounts)
                             "Ab",
                             KX7CS_UTF8),
                  {0xFFFD, 'A'}, "a lead byte counts for two bytes");
-    expectInline(KX7UString("ab\xE4", KX7CS_UTF8), {'a', 'b'}, "a sequence cut off by the end");
+    expectInline(KX7UString("ab\xE4", KX7CS_UTF8), {'a', 'b'}, "a sequence truncated by the end");
     expectInline(KX7UString("\xC0\x80"
                             "b",
                             KX7CS_UTF8),
@@ -199,16 +200,16 @@ TEST(StringFromCountedBytes, EndAtTheCountOrTheZeroByte)
     expectInline(KX7UString("a\0b", 3, KX7CS_WCP1252), {'a'});
     expectInline(KX7UString("abc", 0xFFFFFFFF, KX7CS_WCP1252), {'a', 'b', 'c'}, "the count that means to the end");
     expectInline(KX7UString("abc", 0xFFFFFFFE, KX7CS_WCP1252), {'a', 'b', 'c'});
-    expectInline(KX7UString("\xC3\xA9\xC3\xA8", 3, KX7CS_UTF8), {0xE9}, "the second character is cut off");
-    expectInline(KX7UString("\xC3\xA9\xC3\xA8", 1, KX7CS_UTF8), {}, "the first character is cut off");
-    expectInline(KX7UString("\xF0\x9F\x98\x80zz", 4, KX7CS_UTF8), {0xFFFD}, "a pair finds room for one unit");
-    expectInline(KX7UString("\xF0\x9F\x98\x80zz", 5, KX7CS_UTF8), {0xD83D, 0xDE00}, "the letter's room for the pair");
+    expectInline(KX7UString("\xC3\xA9\xC3\xA8", 3, KX7CS_UTF8), {0xE9}, "the second character is truncated");
+    expectInline(KX7UString("\xC3\xA9\xC3\xA8", 1, KX7CS_UTF8), {}, "the first character is truncated");
+    expectInline(KX7UString("\xF0\x9F\x98\x80zz", 4, KX7CS_UTF8), {0xFFFD}, "a pair finds space for one unit");
+    expectInline(KX7UString("\xF0\x9F\x98\x80zz", 5, KX7CS_UTF8), {0xD83D, 0xDE00}, "the letter's space for the pair");
     KX7UString const large(std::string(400, 'x').c_str(), 300, KX7CS_UTF8);
     expectString(large, Units(300, 'x'));
     expectStorage(large, 300);
 }
 
-TEST(StringFromCountedBytes, NothingBehindTheCountIsRead)
+TEST(StringFromCountedBytes, NothingAfterTheCountIsRead)
 {
     std::string bytes;
     for (int i = 0; i < 300; ++i)
@@ -264,7 +265,7 @@ TEST(StringFromCountedBytes, ConvertersFromOutsideMeetATerminator)
         expectInline(KX7UString(source.data(), n, cs), Units(n, 0x161));
     }
     EXPECT_EQ(converter.toCalls.back().text, std::string(19, 'a'));
-    EXPECT_EQ(converter.toCalls.back().room, 19u);
+    EXPECT_EQ(converter.toCalls.back().capacity, 19u);
     EXPECT_EQ(converter.toCalls.back().op, ILLCHAR_REPLACE);
     EXPECT_EQ(converter.toCalls.back().illegal, nullptr);
     EXPECT_EQ(converter.toCalls.back().sourceLimit, -1);
@@ -277,7 +278,7 @@ TEST(StringFromCountedBytes, ConvertersFromOutsideMeetATerminator)
     converter.unitsTooMany = 0;
 
     KX7UString("abc", cs);
-    EXPECT_EQ(converter.toCalls.back().room, 3u);
+    EXPECT_EQ(converter.toCalls.back().capacity, 3u);
     EXPECT_EQ(converter.toCalls.back().sourceLimit, -1);
     KX7PascalString const pascal = {2, {'a', 'b'}};
     KX7UString(pascal, cs);
@@ -309,20 +310,20 @@ TEST(StringFromUnits, EndAtTheZeroUnit)
     }
 }
 
-TEST(StringFromCountedUnits, EndAtTheCountOrTheZeroUnitAndKeepTheRoom)
+TEST(StringFromCountedUnits, EndAtTheCountOrTheZeroUnitAndKeepTheCapacity)
 {
     unsigned short const text[] = {'a', 'b', 0, 'c', 'd'};
     expectInline(KX7UString(text, 10u), {'a', 'b'});
     expectInline(KX7UString(text, 1u), {'a'});
     expectInline(KX7UString(text, 2u), {'a', 'b'});
     Guarded<unsigned short> const guarded(text, 3);
-    expectInline(KX7UString(guarded.data(), 257u), {'a', 'b'}, "nothing behind the zero is read");
+    expectInline(KX7UString(guarded.data(), 257u), {'a', 'b'}, "nothing after the zero is read");
     KX7UString const roomy(guarded.data(), 300u);
     expectString(roomy, {'a', 'b'});
     expectStorage(roomy, 300);
 }
 
-TEST(StringFromCountedUnits, NothingBehindTheCountIsRead)
+TEST(StringFromCountedUnits, NothingAfterTheCountIsRead)
 {
     for (unsigned int const n : {1u, 2u, 8u, 257u, 258u, 1000u}) {
         Units const units(n, 'u');
@@ -351,7 +352,7 @@ TEST(StringFromPascal, DecodesAsManyBytesAsTheLengthSays)
     pascal = {4, {'a', '\0', 'b', 'c'}};
     expectInline(KX7UString(pascal, KX7CS_WCP1252), {'a'}, "a zero byte ends it");
     pascal = {3, {'\xC3', '\xA9', '\xC3', '\xA8'}};
-    expectInline(KX7UString(pascal, KX7CS_UTF8), {0xE9}, "the second character is cut off");
+    expectInline(KX7UString(pascal, KX7CS_UTF8), {0xE9}, "the second character is truncated");
     pascal.length = 255;
     memset(pascal.text, 'p', sizeof pascal.text);
     expectInline(KX7UString(pascal, KX7CS_UTF8), Units(255, 'p'));
@@ -359,7 +360,7 @@ TEST(StringFromPascal, DecodesAsManyBytesAsTheLengthSays)
     expectInline(KX7UString(pascal, KX7CS_UTF8), Units(63, 0xFFFD), "lead bytes count for four");
 }
 
-TEST(StringFromPascal, NothingBehindTheLengthIsRead)
+TEST(StringFromPascal, NothingAfterTheLengthIsRead)
 {
     for (CharSetRow const& row : charSetRows()) {
         unsigned int const step = row.converter->getMinUnitSize();
@@ -395,7 +396,7 @@ TEST(StringFromBSTR, CopiesAsManyUnitsAsTheLengthSays)
     }
 }
 
-TEST(StringFromBSTR, NothingBehindTheLengthIsRead)
+TEST(StringFromBSTR, NothingAfterTheLengthIsRead)
 {
     for (unsigned short n = 1; n <= 300; ++n) {
         Units units(1, n);
@@ -405,7 +406,7 @@ TEST(StringFromBSTR, NothingBehindTheLengthIsRead)
     }
 }
 
-TEST(StringCopy, HasTheTextAndJustItsRoom)
+TEST(StringCopy, HasTheTextAndJustItsCapacity)
 {
     for (unsigned int const n : {0u, 1u, 257u, 258u, 1000u}) {
         KX7UString const original(static_cast<unsigned short>('x'), n);

@@ -151,7 +151,7 @@ TEST(StringCStr, HasNoSubstituteForAHighSurrogateAtTheEnd)
     for (KX7CharSet const cs : {KX7CS_UTF8, KX7CS_UTF32}) {
         KX7UString s = stringOf(u"a\xD800");
         s.c_str(cs);
-        EXPECT_EQ(spaceOf(s).narrowCacheLength, GetMinUnitSize(cs)) << "it is not counted, so it has no room";
+        EXPECT_EQ(spaceOf(s).narrowCacheLength, GetMinUnitSize(cs)) << "it is not counted, so it has no space";
     }
     EXPECT_STREQ(stringOf(u"a\xD800z").c_str(KX7CS_UTF8), "a?z");
 }
@@ -327,7 +327,7 @@ std::string copied(KX7UString const& s, unsigned int size, KX7CharSet cs, unsign
 
 }  // namespace
 
-TEST(StringCopyToBytes, WritesTheTerminatorBehindTheSize)
+TEST(StringCopyToBytes, WritesTheTerminatorAfterTheSize)
 {
     for (EncodedRow const& row : ENCODED) {
         unsigned int result = 0;
@@ -352,7 +352,7 @@ TEST(StringCopyToBytes, CutsBetweenCharacters)
     }
 }
 
-TEST(StringCopyToBytes, WritesNothingWithoutATextOrRoom)
+TEST(StringCopyToBytes, WritesNothingWithoutATextOrCapacity)
 {
     char dst[8] = {'x', 'x'};
     KX7UString const s = stringOf(u"abc");
@@ -386,7 +386,7 @@ TEST(StringCopyToUnits, WritesUnitsWithoutATerminator)
     EXPECT_EQ(dst[0], 7);
 }
 
-TEST(StringCopyToPascal, CutsAt255BytesBehindAWholeCharacter)
+TEST(StringCopyToPascal, CutsAt255BytesAfterAWholeCharacter)
 {
     struct {
         char const* what;
@@ -426,12 +426,12 @@ TEST(StringCopyToBSTR, TakesTheLengthModulo65536)
         {"fits", 5, 10, 5, 5, 5},
         {"fits exactly", 5, 5, 5, 5, 5},
         {"cut", 5, 3, 3, 3, 3},
-        {"no room", 5, 0, 0, 0, 0},
+        {"no space", 5, 0, 0, 0, 0},
         {"empty", 0, 10, 0, 0, 0},
         {"the longest", 65535, 65535, 65535, 65535, 65535},
         {"cut to the longest", 70000, 65535, 65535, 65535, 65535},
-        {"room of 65,536 is none", 70000, 65536, 0, 0, 0},
-        {"room of 65,539 is three", 70000, 65539, 3, 3, 3},
+        {"capacity of 65,536 is none", 70000, 65536, 0, 0, 0},
+        {"capacity of 65,539 is three", 70000, 65539, 3, 3, 3},
         {"65,536 units that fit are none", 65536, 70000, 65536, 0, 0},
         {"65,538 units that fit are two in the length field", 65538, 70000, 65538, 2, 65538},
     };

@@ -21,7 +21,7 @@ OrderRow const ROWS[] = {
     {"equal", {'a', 'b'}, {'a', 'b'}, ALL, 0},
     {"both empty", {}, {}, ALL, 0},
     {"empty before all else", {}, {1}, ALL, -1},
-    {"longer behind its prefix", {'a', 'b', 'c'}, {'a', 'b'}, ALL, 1},
+    {"longer after its prefix", {'a', 'b', 'c'}, {'a', 'b'}, ALL, 1},
     {"first difference decides", {'a', 'z', 'a'}, {'b', 'a', 'z', 'z'}, ALL, -1},
     {"units are unsigned", {0x7FFF}, {0x8000}, ALL, -1},
     {"high byte weighs more", {0x01FF}, {0x0200}, ALL, -1},

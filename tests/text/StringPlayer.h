@@ -34,7 +34,7 @@ struct StringModel {
 
     unsigned int length() const { return static_cast<unsigned int>(text.size()); }
 
-    /** Room for `n` units; where it grows the text is lost. */
+    /** space for `n` units; where it grows the text is lost. */
     void grow(size_t n)
     {
         if (n <= capacity)
@@ -445,12 +445,12 @@ inline StringPlayer::Operation const StringPlayer::OPERATION_TABLE[] = {
             p.m().cachedSet = cs;
             p.m().cachedText = p.m().text;
         }
-        // The room is what the converter counts, which is nothing for a high surrogate at the end.
+        // The capacity is what the converter counts, which is nothing for a high surrogate at the end.
         std::u16string const& t = p.m().cachedText;
         KX7CharSetConverter& converter = *KX7CharSetConverter::getConverter(cs);
-        unsigned int const room = converter.getNumBytes(raw(t), static_cast<unsigned int>(t.size()));
-        std::string expected(room + 4, '\0');
-        expected.resize(converter.fromUTF16(&expected[0], raw(t), room, ILLCHAR_REPLACE, nullptr));
+        unsigned int const capacity = converter.getNumBytes(raw(t), static_cast<unsigned int>(t.size()));
+        std::string expected(capacity + 4, '\0');
+        expected.resize(converter.fromUTF16(&expected[0], raw(t), capacity, ILLCHAR_REPLACE, nullptr));
         expected.append(converter.getNullCharSize(), '\0');
         p.same(std::string(p.s().c_str(cs), expected.size()), expected, "c_str");
     },

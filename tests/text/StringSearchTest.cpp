@@ -27,12 +27,12 @@ TEST(StringFind, OfAUnit)
         {"next", u"abcabc", 'a', 1, 3},
         {"at the position", u"abcabc", 'c', 5, 5},
         {"the last unit", u"abc", 'c', 0, 2},
-        {"behind the last", u"abcabc", 'a', 4, NPOS},
+        {"after the last", u"abcabc", 'a', 4, NPOS},
         {"not there", u"abc", 'x', 0, NPOS},
         {"position at the end", u"abc", 'a', 3, NPOS},
         {"position npos", u"abc", 'a', NPOS, NPOS},
         {"zero is never found", u"a\0b"s, 0, 0, NPOS},
-        {"behind a zero", u"a\0b"s, 'b', 0, 2},
+        {"after a zero", u"a\0b"s, 'b', 0, 2},
         {"in nothing", u"", 'a', 0, NPOS},
         {"surrogate", u"a\xD83D\xDE00", 0xDE00, 0, 2},
     };
@@ -100,7 +100,7 @@ TEST(StringFind, OfAString)
         {"after a beginning that fails", u"aab", u"ab", 0, 1},
         {"not there", u"aaa", u"ab", 0, NPOS},
         {"case matters", u"abc", u"B", 0, NPOS},
-        {"behind a zero", u"a\0bc"s, u"bc", 0, 2},
+        {"after a zero", u"a\0bc"s, u"bc", 0, 2},
         {"a zero in both ends the comparison", u"ab\0xy"s, u"b\0zz"s, 0, 1},
         {"a zero in one does not match", u"ab\0xy"s, u"bcx", 0, NPOS},
     };

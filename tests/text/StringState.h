@@ -14,7 +14,7 @@ namespace kx7test {
 
 using Units = std::vector<unsigned short>;
 
-/** The header: the object's first field, behind the pointer to its virtual functions, points at it. */
+/** The header: the object's first field, after the pointer to its virtual functions, points at it. */
 inline KX7UString::Space const& spaceOf(KX7UString const& s)
 {
     KX7UString::Space const* space;

@@ -36,9 +36,9 @@ static_assert(offsetof(Space, narrowCacheCharSet) + 4 == offsetof(Space, inlineB
 static_assert(sizeof(Space::inlineBuffer) == 258 * 2, "257 units and the terminator");
 static_assert(sizeof(KX7UString) == 2 * sizeof(void*) + sizeof(Space), "virtual functions, header pointer, header");
 static_assert(sizeof(KX7PascalString) == 256, "length byte and 255 bytes");
-static_assert(offsetof(KX7PascalString, text) == 1, "text behind the length");
+static_assert(offsetof(KX7PascalString, text) == 1, "text after the length");
 static_assert(sizeof(KX7BSTR) == 2 + 2 * 65535, "16-bit length and 65,535 units");
-static_assert(offsetof(KX7BSTR, text) == 2, "text behind the length");
+static_assert(offsetof(KX7BSTR, text) == 2, "text after the length");
 static_assert(KX7UString::npos == 0xFFFFFFFF, "all bits set");
 
 TEST(StringStorage, HeaderIsEmbeddedAndItsPointerFollowsTheVirtualTable)
@@ -153,14 +153,14 @@ TEST(StringStorage, SetupSpaceWithASizeGrowsTheResetHeader)
 
 namespace {
 
-void useRawMemory(KX7UString* s, unsigned int roomWithSetup)
+void useRawMemory(KX7UString* s, unsigned int capacityWithSetup)
 {
-    if (roomWithSetup == 0)
+    if (capacityWithSetup == 0)
         s->initForAlloc();
     else
-        s->SetupSpace(roomWithSetup);
+        s->SetupSpace(capacityWithSetup);
     expectString(*s, {});
-    expectStorage(*s, roomWithSetup > 257 ? roomWithSetup : 0);
+    expectStorage(*s, capacityWithSetup > 257 ? capacityWithSetup : 0);
     s->assign(KX7UString(static_cast<unsigned short>('y'), 258));
     expectString(*s, Units(258, 'y'));
     s->assign(KX7UString("inline", KX7CS_UTF8));
@@ -176,14 +176,14 @@ struct FreeMemory {
 
 TEST(StringStorage, RawMemoryBecomesAString)
 {
-    for (unsigned int const room : {0u, 1u, 257u, 258u, 1000u}) {
+    for (unsigned int const capacity : {0u, 1u, 257u, 258u, 1000u}) {
         std::unique_ptr<void, FreeMemory> const memory(::operator new(sizeof(KX7UString)));
         memset(memory.get(), 0xEE, sizeof(KX7UString));
 #ifdef KX7_SANITIZED  // what no constructor has seen is no object to UBSan
         KX7UString const object;
         memcpy(memory.get(), reinterpret_cast<char const*>(&object), sizeof(void*));
 #endif
-        useRawMemory(static_cast<KX7UString*>(memory.get()), room);
+        useRawMemory(static_cast<KX7UString*>(memory.get()), capacity);
     }
 }
 

@@ -61,14 +61,14 @@ TEST(StringRead, AWord)
 {
     ReadRow const rows[] = {
         {"between blanks", "  abc ", 0, u"abc", GOOD, " "},
-        {"behind any white space", " \t\n\v\f\rabc\n", 0, u"abc", GOOD, "\n"},
+        {"after any white space", " \t\n\v\f\rabc\n", 0, u"abc", GOOD, "\n"},
         {"to the end", "abc", 0, u"abc", END, ""},
         {"of nothing", "", 0, u"", FAILED, ""},
         {"of blanks alone", "  \n", 0, u"", FAILED, ""},
         {"with a width", "abcdef", 3, u"ab", GOOD, "cdef"},
-        {"with a width behind blanks", "  abcdef", 3, u"ab", GOOD, "cdef"},
+        {"with a width after blanks", "  abcdef", 3, u"ab", GOOD, "cdef"},
         {"with a width of 1", "abc", 1, u"", FAIL, "abc"},
-        {"with a width of 1 behind blanks", " abc", 1, u"", FAIL, "abc"},
+        {"with a width of 1 after blanks", " abc", 1, u"", FAIL, "abc"},
         {"with a width of one more than it has", "abc", 4, u"abc", GOOD, ""},
         {"with a large width", "abc def", 100, u"abc", GOOD, " def"},
         {"with a negative width", "abc def", -5, u"abc", GOOD, " def"},
@@ -84,7 +84,7 @@ TEST(StringRead, AWord)
          0, u"", FAILED,
          "\xFF"
          "cd"},
-        {"0xFF behind blanks", "  \xFF", 0, u"", FAILED, "\xFF"},
+        {"0xFF after blanks", "  \xFF", 0, u"", FAILED, "\xFF"},
         {"up to a zero byte, with what follows taken", "a\0b c"s, 0, u"a", GOOD, " c"},
     };
     for (ReadRow const& row : rows)

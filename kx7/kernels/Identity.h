@@ -1,11 +1,11 @@
 // kx7text - which codes of a set are the units that they stand for (internal).
-#ifndef KX7_KERNELS_SAME_H
-#define KX7_KERNELS_SAME_H
+#ifndef KX7_KERNELS_IDENTITY_H
+#define KX7_KERNELS_IDENTITY_H
 
 namespace kx7 {
 
 /** Which codes stand for themselves. */
-enum class Same : unsigned char {
+enum class Identity : unsigned char {
     NONE,
     PRINTABLE,  ///< those of isPrintable: what all sets have in common
     ASCII,      ///< those below 0x80, 0 included
@@ -23,7 +23,7 @@ constexpr bool isPrintable(unsigned int code)
 
 /** How many of the first codes of a table are themselves. `table` (code) is 0 for what it lacks. */
 template <class Table>
-Same sameOf(Table table)
+Identity identityOf(Table table)
 {
     bool all = table(0U) == 0;
     bool printable = all;
@@ -32,7 +32,7 @@ Same sameOf(Table table)
         all = all && isSame;
         printable = printable && (isSame || !isPrintable(code));
     }
-    return all ? Same::ASCII : printable ? Same::PRINTABLE : Same::NONE;
+    return all ? Identity::ASCII : printable ? Identity::PRINTABLE : Identity::NONE;
 }
 
 }  // namespace kx7
