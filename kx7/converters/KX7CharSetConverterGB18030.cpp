@@ -11,7 +11,7 @@
 #include "kx7/base/LoadLock.h"
 #include "kx7/converters/DoubleByte.h"
 #include "kx7/converters/EngineOf.h"
-#include "kx7/converters/MultibyteTables.h"
+#include "kx7/converters/GB18030Index.h"
 #include "kx7/tables/GB18030Ranges.h"
 
 namespace {
@@ -22,17 +22,6 @@ using kx7::FIRST_FOUR_BYTE_CODE;
 using kx7::FIRST_SUPPLEMENTARY_CODE;
 using kx7::fourBytesOf;
 using kx7::SUPPLEMENTARY_OFFSET;
-
-// The index over GB codes: one entry for each 256 codes from the first two-byte code to the end of the last run.
-constexpr unsigned int FIRST_INDEXED_CODE = 0x8100;
-constexpr unsigned int LAST_INDEXED_CODE = 0x19FFF;
-constexpr unsigned int GB_BLOCK_SHIFT = 8;
-constexpr size_t GB_BLOCKS = ((LAST_INDEXED_CODE - FIRST_INDEXED_CODE) >> GB_BLOCK_SHIFT) + 1;
-static_assert(GB_BLOCKS == 287, "blocks of GB codes");
-
-constexpr unsigned int UNIT_BLOCK_SHIFT = 7;
-constexpr size_t UNIT_BLOCKS = 0x10000 >> UNIT_BLOCK_SHIFT;
-static_assert(UNIT_BLOCKS == 512, "blocks of units");
 
 constexpr bool isDigit(unsigned char byte)
 {
@@ -52,74 +41,6 @@ constexpr bool isTrail(unsigned char byte)
 constexpr unsigned int fourByteCode(unsigned char const* p)
 {
     return FIRST_FOUR_BYTE_CODE + (((p[0] - 0x81U) * 10 + (p[1] - 0x30U)) * 126 + (p[2] - 0x81U)) * 10 + (p[3] - 0x30U);
-}
-
-bool isTerminator(GB18030Range const& range)
-{
-    return range.last == 0;
-}
-
-/** For each block of keys the last range that starts before it; a search forward from there misses no range. */
-void fillIndex(GB18030Range const** index, size_t blocks, GB18030Range const* ranges, unsigned int firstKey,
-               unsigned int shift)
-{
-    GB18030Range const* next = ranges + 1;
-    for (size_t i = 0; i < blocks; ++i) {
-        unsigned int const start = firstKey + static_cast<unsigned int>(i << shift);
-        while (!isTerminator(*next) && next->first < start)
-            ++next;
-        index[i] = next - 1;
-    }
-}
-
-/** The first range from `range` on that reaches `key`, or the terminator. */
-GB18030Range const* firstToReach(GB18030Range const* range, unsigned int key)
-{
-    while (!isTerminator(*range) && range->last < key)
-        ++range;
-    return range;
-}
-
-/** What that range maps `key` to; 0 where it lies before it. */
-unsigned int search(GB18030Range const* range, unsigned int key)
-{
-    range = firstToReach(range, key);
-    if (isTerminator(*range) || key < range->first)
-        return 0;
-    return key - range->first + range->value;
-}
-
-/** The four-byte sequences of units that `oneOrTwo` leaves: their indexes, plus 1, and the runs of them by block. */
-void fillFourByteCodes(unsigned short* indexes, GB18030Range const** runs, unsigned short const* oneOrTwo)
-{
-    for (GB18030Range const* range = oUni2GBRange; !isTerminator(*range); ++range) {
-        if (range->value < FIRST_FOUR_BYTE_CODE)
-            continue;
-        unsigned int listed = 0;
-        for (unsigned int unit = range->first; unit <= range->last; ++unit) {
-            listed |= oneOrTwo[unit];
-            if (oneOrTwo[unit] == 0)
-                indexes[unit] =
-                    static_cast<unsigned short>(unit - range->first + range->value - FIRST_FOUR_BYTE_CODE + 1);
-        }
-        for (unsigned int i = range->first >> UNIT_BLOCK_SHIFT; listed == 0 && i <= range->last >> UNIT_BLOCK_SHIFT;
-             ++i)
-            runs[i] = range;
-    }
-}
-
-/** Gives `tables` the four-byte sequences of all units; none without memory. */
-void makeFourByteCodes(kx7::MultibyteTables& tables)
-{
-    if (!tables.unitCodes || kx7::mapsHighSurrogates(tables.unitCodes))
-        return;
-    kx7::KeyArray indexes = kx7::makeKeyArray();
-    std::unique_ptr<GB18030Range const*[]> runs(new (std::nothrow) GB18030Range const*[UNIT_BLOCKS]());
-    if (!indexes || !runs)
-        return;
-    fillFourByteCodes(indexes.get(), runs.get(), tables.unitCodes);
-    tables.fourByteCodes = std::move(indexes);
-    tables.fourByteRuns = std::move(runs);
 }
 
 }  // namespace
@@ -144,7 +65,7 @@ struct KX7CharSetConverterGB18030::Decoder : kx7::PairDecoder {
         if (isTrail(p[1])) {
             unsigned int const code = kx7::doubleByteCode(p);
             unsigned int const unit = m_toUnicode.get(static_cast<unsigned short>(code));
-            return found(unit != 0 ? unit : search(m_converter.getGB2UniRange(code), code), 2);
+            return found(unit != 0 ? unit : kx7::search(m_converter.getGB2UniRange(code), code), 2);
         }
         // Kept on purpose: after a sequence that is illegal or unmapped the limit waits for the character after it.
         if (!isDigit(p[1]))
@@ -157,7 +78,7 @@ struct KX7CharSetConverterGB18030::Decoder : kx7::PairDecoder {
         }
         unsigned int const code = fourByteCode(p);
         if (code < FIRST_SUPPLEMENTARY_CODE)
-            return found(search(m_converter.getGB2UniRange(code), code), 4);
+            return found(kx7::search(m_converter.getGB2UniRange(code), code), 4);
         unsigned int const codePoint = code - SUPPLEMENTARY_OFFSET;
         return found(codePoint <= kx7::LAST_CODE_POINT ? codePoint : 0, 4);
     }
@@ -307,7 +228,7 @@ struct KX7CharSetConverterGB18030::Encoder : kx7::EncoderBase {
         }
         unsigned int code = m_fromUnicode.get(p[0]);
         if (code == 0)
-            code = search(m_converter.getUni2GBRange(p[0]), p[0]);
+            code = kx7::search(m_converter.getUni2GBRange(p[0]), p[0]);
         if (code >= FIRST_FOUR_BYTE_CODE)
             return {fourBytesOf(code), 4, 1, kx7::Found::CHARACTER};
         return kx7::EncodedChar::oneOrTwo(code, p[0], 1);
@@ -364,12 +285,12 @@ void KX7CharSetConverterGB18030::load()
     kx7::LoadLock const lock(m_oIndexMutex);
     if (m_pUni2GBIndex.load(std::memory_order_relaxed))
         return;
-    std::unique_ptr<GB18030Range const*[]> gb2Uni(new (std::nothrow) GB18030Range const*[GB_BLOCKS]);
-    std::unique_ptr<GB18030Range const*[]> uni2GB(new (std::nothrow) GB18030Range const*[UNIT_BLOCKS]);
+    std::unique_ptr<GB18030Range const*[]> gb2Uni(new (std::nothrow) GB18030Range const*[kx7::GB_BLOCKS]);
+    std::unique_ptr<GB18030Range const*[]> uni2GB(new (std::nothrow) GB18030Range const*[kx7::UNIT_BLOCKS]);
     if (!gb2Uni || !uni2GB || (m_pMap && !tablesBuilt()))
         return;
-    fillIndex(gb2Uni.get(), GB_BLOCKS, oGB2UniRange, FIRST_INDEXED_CODE, GB_BLOCK_SHIFT);
-    fillIndex(uni2GB.get(), UNIT_BLOCKS, oUni2GBRange, 0, UNIT_BLOCK_SHIFT);
+    kx7::fillIndex(gb2Uni.get(), kx7::GB_BLOCKS, oGB2UniRange, kx7::FIRST_INDEXED_CODE, kx7::GB_BLOCK_SHIFT);
+    kx7::fillIndex(uni2GB.get(), kx7::UNIT_BLOCKS, oUni2GBRange, 0, kx7::UNIT_BLOCK_SHIFT);
     // No conversion reads the tables of the base before the index is published, so they may still change.
     if (LookupTable<unsigned short>* const toUnicode = m_pToUnicode.load(std::memory_order_acquire)) {
         for (GB18030Range const* range = oGB2UniRange; range->first < FIRST_FOUR_BYTE_CODE; ++range)
@@ -379,7 +300,7 @@ void KX7CharSetConverterGB18030::load()
         if (kx7::MultibyteTables* const tables = kx7::multibyteTables(m_pKernelTables)) {
             kx7::makePairUnits(*tables, tables->toUnicodePages.get(),
                                [toUnicode](kx7::PairUnits& pairs) { Decoder::fill(pairs, *toUnicode); });
-            makeFourByteCodes(*tables);
+            kx7::makeFourByteCodes(*tables);
         }
     }
     m_pGB2UniIndex = gb2Uni.release();
@@ -396,15 +317,15 @@ bool KX7CharSetConverterGB18030::assureLoaded()
 
 GB18030Range const* KX7CharSetConverterGB18030::getGB2UniRange(unsigned int code) const
 {
-    if (code < FIRST_INDEXED_CODE || !m_pUni2GBIndex.load(std::memory_order_acquire))
+    if (code < kx7::FIRST_INDEXED_CODE || !m_pUni2GBIndex.load(std::memory_order_acquire))
         return oGB2UniRange;
-    return m_pGB2UniIndex[(std::min(code, LAST_INDEXED_CODE) - FIRST_INDEXED_CODE) >> GB_BLOCK_SHIFT];
+    return m_pGB2UniIndex[(std::min(code, kx7::LAST_INDEXED_CODE) - kx7::FIRST_INDEXED_CODE) >> kx7::GB_BLOCK_SHIFT];
 }
 
 GB18030Range const* KX7CharSetConverterGB18030::getUni2GBRange(unsigned int unit) const
 {
     GB18030Range const* const* const index = m_pUni2GBIndex.load(std::memory_order_acquire);
-    return index ? index[(unit & 0xFFFF) >> UNIT_BLOCK_SHIFT] : oUni2GBRange;
+    return index ? index[(unit & 0xFFFF) >> kx7::UNIT_BLOCK_SHIFT] : oUni2GBRange;
 }
 
 KX7CharSetConverterGB18030::Decoder KX7CharSetConverterGB18030::decoder()
