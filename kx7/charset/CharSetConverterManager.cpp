@@ -9,7 +9,6 @@
 #include <clocale>
 #include <cstdint>
 #include <cstdlib>
-#include <exception>
 #include <vector>
 
 #include "kx7/charset/CharSetNames.h"
@@ -193,15 +192,11 @@ KX7CharSet CharSetConverterManager::charSetFromString(char const* name)
         return KX7CS_OS_DEFAULT;
     if (kx7::CharSetName const* const own = kx7::charSetOf(name))
         return own->charSet;
-    if (nameToCharSetMap.empty())
-        return KX7CS_OS_DEFAULT;
-    try {
-        auto const found = nameToCharSetMap.find(name);
-        return found == nameToCharSetMap.end() ? KX7CS_OS_DEFAULT : found->second;
-    }
-    catch (std::exception const&) {
-        return KX7CS_OS_DEFAULT;
-    }
+    // One by one: a key to search for would need memory, and programs enter few names.
+    for (auto const& entered : nameToCharSetMap)
+        if (entered.first == name)
+            return entered.second;
+    return KX7CS_OS_DEFAULT;
 }
 
 void CharSetConverterManager::initLocaleMap()

@@ -34,7 +34,8 @@ public:
 
     /**
      * Registers `converter` for `cs` unless a converter is registered for it already; then nothing happens, and the
-     * converter given is neither stored nor deleted.
+     * converter given is neither stored nor deleted. Null is stored and counts as no converter. KX7CS_OS_DEFAULT keeps
+     * the converter that KX7CharSetConverter::getConverter first found for it.
      */
     void insert(KX7CharSet cs, KX7CharSetConverter* converter, bool isStatic);
 

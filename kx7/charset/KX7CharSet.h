@@ -4,13 +4,12 @@
 //     LocalToUTF8(utf8, "caf\xE9", sizeof utf8, KX7CS_WCP1252);   // 5: 63 61 66 C3 A9
 //
 // All functions may be called from any thread at once. None throws; they report through their result alone. None
-// allocates, but that a character set builds its tables on first use, that a name is kept when it is first asked for,
-// and that the conversions from bytes to bytes (LocalToUTF8, UTF8ToLocal and the two of paths) take memory for a
-// converter that a caller has registered, and for a long text that they write over. In these four, source and
-// destination may overlap in any way; the result is that of separate buffers. Texts beyond about 1,700 bytes are copied
-// then; without memory for that nothing is written, and the result is 0. In the others they must not overlap. Text is
-// zero-terminated; null pointers are allowed and yield 0. Destination sizes are full capacities, space for the
-// terminator included: bytes for byte text, code units for UTF-16.
+// allocates, but that a character set builds its tables on first use, and that the conversions from bytes to bytes
+// (LocalToUTF8, UTF8ToLocal and the two of paths) take memory for a converter that a caller has registered, and for a
+// long text that they write over. In these four, source and destination may overlap in any way; the result is that of
+// separate buffers. Texts beyond about 1,700 bytes are copied then; without memory for that nothing is written, and the
+// result is 0. In the others they must not overlap. Text is zero-terminated; null pointers are allowed and yield 0.
+// Destination sizes are full capacities, space for the terminator included: bytes for byte text, code units for UTF-16.
 #ifndef KX7_CHARSET_KX7CHARSET_H
 #define KX7_CHARSET_KX7CHARSET_H
 

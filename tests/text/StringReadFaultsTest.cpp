@@ -121,6 +121,8 @@ void expectFaults(FaultRow const& row, bool consuming, Fault fault)
 TEST(StringRead, EndsWhereTheBufferFailsToLookAtOrToConsumeAByte)
 {
     FaultRow const rows[] = {
+        {Reader::WORD, "xxx ", 0, 3},
+        {Reader::WORD, "   xxx ", 3, 3},
         {Reader::LINE, "xxx\n", 0, 3},
         {Reader::LINE, "\n", 0, 0},
     };
