@@ -154,7 +154,8 @@ void Files::enter(FolderPointer const& folder)
     Level level;
     level.folder = folder;
     level.id = folder->id();
-    level.mode = folder->mode();
+    if (!m_options.outputFolder.empty())
+        level.mode = folder->mostPermissions();
     level.pathLength = m_path.size();
     level.relativeLength = m_relative.size();
     m_levels.push_back(std::move(level));

@@ -61,9 +61,11 @@ void Targets::check(Output const* shared, Place const& place)
         m_inputs.emplace_back(status);
         if (isToFile && !shared->isFile() && m_inputs.back() == *shared->file())
             throw UsageError(inputName(input) + ": is the output, too");
-        if (S_ISDIR(status.st_mode) && m_options.recursive) {
-            m_trees.emplace_back(status);
-            m_treeMode &= status.st_mode;
+        FolderPointer const tree =
+            S_ISDIR(status.st_mode) && m_options.recursive ? Folder::open(AT_FDCWD, input, 0) : nullptr;
+        if (tree) {
+            m_trees.push_back(tree->id());
+            m_treeMode &= tree->mostPermissions();
         }
     }
     std::sort(m_inputs.begin(), m_inputs.end());
