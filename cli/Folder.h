@@ -91,6 +91,7 @@ struct File {
     FolderPointer folder;       ///< it is opened by its name there, and links are not followed
     std::string name;           ///< in the folder
     bool isFound = false;       ///< found in a folder, where only regular files are inputs
+    FileId tree;                ///< then: the folder that was named
     std::vector<mode_t> modes;  ///< that new folders permit: for the one that was named and those below it
 };
 

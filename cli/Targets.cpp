@@ -190,9 +190,10 @@ FolderPointer Targets::folderFor(File const& file)
         m_outputFolder = makeOutputFolder();
     size_t const slash = file.relative.rfind('/');
     std::string const path = slash == std::string::npos ? std::string() : file.relative.substr(0, slash);
-    if (!m_folder || path != m_path)
+    if (!m_folder || path != m_path || file.tree != m_tree)
         m_folder = makeFolders(file, path);
     m_path = path;
+    m_tree = file.tree;
     return m_folder;
 }
 
@@ -211,7 +212,8 @@ FolderPointer Targets::makeFolders(File const& file, std::string const& path)
         folder = Folder::open(folder->get(), name, O_NOFOLLOW);
         if (!folder)
             throw OutputError(errno, std::generic_category(), told);
-        if (std::binary_search(m_trees.begin(), m_trees.end(), folder->id()))
+        // The folders of a list are not among those that are known.
+        if (folder->id() == file.tree || std::binary_search(m_trees.begin(), m_trees.end(), folder->id()))
             throw UsageError(inputName(file.path) + ": its output is in a folder that is converted");
         begin = end + 1;
     }

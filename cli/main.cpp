@@ -89,6 +89,8 @@ int guessAll(Options const& options)
                 break;
             Input input(file);
             files.check(input);
+            if (output.file() && FileId(input.status()) == *output.file())
+                throw UsageError(input.name() + ": is the output, too");
             std::vector<kx7::CharSetInfo const*> const charSets = guess(input);
             std::string text;
             for (kx7::CharSetInfo const* const charSet : charSets)
