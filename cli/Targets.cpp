@@ -51,13 +51,10 @@ void Targets::check(Output const* shared, Place const& place)
     bool const isToFile = shared && (shared->isFile() || shared->file());
     if (!isToFile && m_options.backupSuffix.empty() && m_options.outputFolder.empty())
         return;
-    std::vector<std::string> inputs = m_options.files;
-    if (!m_options.namesFrom.empty())
-        inputs.push_back(m_options.namesFrom);
-    for (std::string const& input : inputs) {
+    auto const look = [&](std::string const& input) {
         struct stat status;
         if ((input == "-" ? fstat(STDIN_FILENO, &status) : stat(input.c_str(), &status)) == -1)
-            continue;
+            return;
         m_inputs.emplace_back(status);
         if (isToFile && !shared->isFile() && m_inputs.back() == *shared->file())
             throw UsageError(inputName(input) + ": is the output, too");
@@ -67,7 +64,12 @@ void Targets::check(Output const* shared, Place const& place)
             m_trees.push_back(tree->id());
             m_treeMode &= tree->mostPermissions();
         }
-    }
+    };
+    m_inputs.reserve(m_options.files.size() + 1);
+    for (char const* const input : m_options.files)
+        look(input);
+    if (!m_options.namesFrom.empty())
+        look(m_options.namesFrom);
     std::sort(m_inputs.begin(), m_inputs.end());
     std::sort(m_trees.begin(), m_trees.end());
     if (isToFile && !m_trees.empty())
@@ -109,7 +111,7 @@ void Targets::checkTrees(Output const& shared, Place const& place) const
 /** The backups of all inputs that are named. */
 void Targets::checkBackups() const
 {
-    for (std::string const& path : m_options.files) {
+    for (std::string const path : m_options.files) {
         Place place;
         struct stat input;
         struct stat backup;
