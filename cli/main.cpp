@@ -160,7 +160,7 @@ void occupyStandardDescriptors()
 {
     for (int const file : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
         if (fcntl(file, F_GETFD) == -1)
-            open("/dev/null", file == STDOUT_FILENO ? O_RDONLY : O_WRONLY);  // so that using it fails
+            open("/", O_PATH);  // there without any device, and neither read nor written
 }
 
 }  // namespace
