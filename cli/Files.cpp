@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <dirent.h>
 #include <fcntl.h>
+#include <unistd.h>
 
 namespace kx7conv {
 
@@ -34,10 +35,15 @@ Files::Files(Options const& options)
     : m_options(options),
       m_list(options.namesFrom.empty() ? nullptr : std::make_unique<NameList>(options.namesFrom, options.zeroSeparated))
 {
+    struct stat status;
+    if (fstat(STDERR_FILENO, &status) == 0 && S_ISREG(status.st_mode))
+        m_messages = FileId(status);
 }
 
 void Files::check(Input const& input) const
 {
+    if (m_messages && FileId(input.status()) == *m_messages)
+        throw UsageError(input.name() + ": messages are written to it");
     if (m_list && m_list->isReadBy(input))
         throw UsageError(input.name() + ": the list of names comes from it");
 }
@@ -52,6 +58,7 @@ bool Files::next(File& file)
         file.relative = baseName(file.path);
         file.folder.reset();
         file.isFound = false;
+        file.tree = FileId();
         if (!m_options.recursive || file.path == "-")
             return true;
         FolderPointer const folder = Folder::open(AT_FDCWD, file.path, 0);
@@ -130,6 +137,7 @@ void Files::describe(std::string const& name, File& file) const
     file.folder = m_levels.back().folder;
     file.name = name;
     file.isFound = true;
+    file.tree = m_levels.front().id;
     file.modes.clear();
     if (!m_options.outputFolder.empty())
         for (Level const& level : m_levels)
@@ -154,14 +162,18 @@ void Files::enter(FolderPointer const& folder)
     Level level;
     level.folder = folder;
     level.id = folder->id();
-    level.mode = folder->mode();
+    if (!m_options.outputFolder.empty())
+        level.mode = folder->mostPermissions();
     level.pathLength = m_path.size();
     level.relativeLength = m_relative.size();
     m_levels.push_back(std::move(level));
     struct stat output;
     if (!m_options.outputFolder.empty() && stat(m_options.outputFolder.c_str(), &output) == 0 &&
-        FileId(output) == folder->id())
+        FileId(output) == folder->id()) {
         leave();  // what is written there is no input
+        if (m_levels.empty())
+            throw UsageError(inputName(m_path) + ": is the folder of the output");
+    }
     else if (m_levels.size() > OPEN_LEVELS)
         m_levels[m_levels.size() - 1 - OPEN_LEVELS].folder.reset();
 }

@@ -3,6 +3,7 @@
 #define KX7_CLI_FILES_H
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -24,7 +25,7 @@ public:
      */
     bool next(File& file);
 
-    /** Throws UsageError for an input that the list of names is read from. */
+    /** Throws UsageError for an input that the list of names is read from, or that messages are written to. */
     void check(Input const& input) const;
 
 private:
@@ -48,6 +49,7 @@ private:
     Options const& m_options;
     size_t m_nextArgument = 0;
     std::unique_ptr<NameList> m_list;  ///< null: there is none
+    std::optional<FileId> m_messages;  ///< the file that standard error is, if it is one
     std::vector<Level> m_levels;
     std::string m_path;      ///< of the folder that is visited
     std::string m_relative;  ///< the same below --output-dir

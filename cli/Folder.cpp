@@ -13,6 +13,7 @@
 #include <sys/vfs.h>
 #include <unistd.h>
 
+#include "Rights.h"
 #include "Uninterrupted.h"
 
 namespace kx7conv {
@@ -85,6 +86,11 @@ FolderPointer Folder::open(int at, std::string const& path, int flags)
     if (folder->get() == -1 || fstat(folder->get(), &folder->m_status) == -1)
         return nullptr;
     return folder;
+}
+
+mode_t Folder::mostPermissions() const
+{
+    return kx7conv::mostPermissions(get(), m_status);
 }
 
 bool Folder::entryStatus(std::string const& name, struct stat& status) const

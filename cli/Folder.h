@@ -61,7 +61,9 @@ public:
 
     int get() const { return m_descriptor.get(); }
     FileId id() const { return FileId(m_status); }
-    mode_t mode() const { return m_status.st_mode; }
+
+    /** What a new folder for its files may permit at most. */
+    mode_t mostPermissions() const;
 
     /** The status of an entry, of a link itself. False: errno says why not. */
     bool entryStatus(std::string const& name, struct stat& status) const;
@@ -89,7 +91,8 @@ struct File {
     FolderPointer folder;       ///< it is opened by its name there, and links are not followed
     std::string name;           ///< in the folder
     bool isFound = false;       ///< found in a folder, where only regular files are inputs
-    std::vector<mode_t> modes;  ///< of the folder that was named and those below it, the file's own last
+    FileId tree;                ///< then: the folder that was named
+    std::vector<mode_t> modes;  ///< that new folders permit: for the one that was named and those below it
 };
 
 /** Where a path leads. */

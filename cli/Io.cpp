@@ -31,7 +31,7 @@ std::string outputName(std::string const& path)
     return path.empty() ? "(stdout)" : quoted(path);
 }
 
-Input::Input(std::string const& path) : Input(File{path, {}, nullptr, {}, false, {}})
+Input::Input(std::string const& path) : Input(File{path, {}, nullptr, {}, false, {}, {}})
 {
 }
 

@@ -3,6 +3,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cstring>
 #include <functional>
 #include <map>
 #include <memory>
@@ -129,7 +130,7 @@ void addFlagWithValue(CLI::App& app, char const* names, char const* valueName, s
  * To CLI11, "[a,b]" would be two files, and -iSUFFIX several options.
  */
 std::vector<std::string> partArguments(CLI::App const& app, int argc, char const* const* argv,
-                                       std::vector<std::string>& files)
+                                       std::vector<char const*>& files)
 {
     auto const takesValue = [&app](std::string const& name) {
         CLI::Option const* const option = app.get_option_no_throw(name);
@@ -144,7 +145,7 @@ std::vector<std::string> partArguments(CLI::App const& app, int argc, char const
             break;
         }
         if (argument.size() < 2 || argument[0] != '-') {
-            files.push_back(argument);
+            files.push_back(argv[i]);
         }
         else if (argument[1] == '-') {
             // To CLI11, the next argument would be the value.
@@ -185,8 +186,8 @@ void settle(Options& options)
     checkTogether(outputs > 1, "-o, -i, --output-dir and --check exclude each other");
     checkTogether(options.check && options.errorsGiven, "--check excludes --errors and -c");
     checkTogether(options.zeroSeparated && options.namesFrom.empty(), "-0 is for --files-from");
-    checkTogether(options.namesFrom == "-" &&
-                      std::find(options.files.begin(), options.files.end(), "-") != options.files.end(),
+    checkTogether(options.namesFrom == "-" && std::any_of(options.files.begin(), options.files.end(),
+                                                          [](char const* file) { return strcmp(file, "-") == 0; }),
                   "standard input cannot be an input and the list of --files-from");
     if (options.substitute != 0) {
         checkTogether(options.errorsGiven && options.onError != OnError::REPLACE,
@@ -204,7 +205,7 @@ void settle(Options& options)
             options.onError = OnError::REPLACE;
     }
     if (options.files.empty() && options.namesFrom.empty())
-        options.files.emplace_back("-");
+        options.files.push_back("-");
 }
 
 }  // namespace
@@ -282,6 +283,7 @@ Options parseOptions(int argc, char const* const* argv)
                "character set, 3 input or output. Of several files the highest counts.");
 
     try {
+        options.files.reserve(static_cast<size_t>(argc));
         std::vector<std::string> arguments = partArguments(app, argc, argv, options.files);
         std::reverse(arguments.begin(), arguments.end());  // as CLI11 wants them
         app.parse(arguments);

@@ -59,7 +59,7 @@ struct Options {
     Format stats = Format::NONE;
     Format list = Format::TEXT;
 
-    std::vector<std::string> files;
+    std::vector<char const*> files;  ///< the arguments themselves: there may be very many
 };
 
 /** Options that make no sense; what() is the message. */
@@ -67,7 +67,7 @@ struct UsageError : std::runtime_error {
     using runtime_error::runtime_error;
 };
 
-/** Reads the arguments. Throws UsageError. */
+/** Reads the arguments, which the result refers to. Throws UsageError. */
 Options parseOptions(int argc, char const* const* argv);
 
 }  // namespace kx7conv

@@ -78,16 +78,12 @@ public:
     /** What every single user and group that is named may do, and the mask allows. */
     mode_t named() const
     {
-        mode_t common = 7;
-        mode_t mask = 7;
-        for (size_t at = HEADER; at + ENTRY <= m_value.size(); at += ENTRY) {
-            if (tag(at) == USER || tag(at) == GROUP)
-                common &= permissions(at);
-            if (tag(at) == MASK)
-                mask = permissions(at);
-        }
-        return common & mask;
+        size_t const mask = find(MASK);
+        return common(USER) & common(GROUP) & (mask == 0 ? 7U : permissions(mask));
     }
+
+    /** What every single group that is named may do. */
+    mode_t namedGroups() const { return common(GROUP); }
 
     std::string const& value() const { return m_value; }
 
@@ -108,6 +104,16 @@ private:
             if (tag(at) == wanted)
                 return at;
         return 0;
+    }
+
+    /** The permissions that all entries of a tag have. */
+    mode_t common(unsigned int wanted) const
+    {
+        mode_t common = 7;
+        for (size_t at = HEADER; at + ENTRY <= m_value.size(); at += ENTRY)
+            if (tag(at) == wanted)
+                common &= permissions(at);
+        return common;
     }
 
     std::string m_value;
@@ -210,14 +216,15 @@ bool copyRights(int from, struct stat const& status, int to, bool keepsTimes, st
     }
     else if (getAttribute(source, ACL, value)) {
         AccessList list(value);
-        mode_t const least = list.group() & mode;
+        mode_t const least = list.group() & groupOf(mode) & mode;
         if (!groupKept) {
-            list.setGroup(least & 7U);
-            mode = (mode & ~static_cast<mode_t>(S_IRWXO)) | (least & 7U);
+            // A member of the new group may be shut out as one of a group that is named.
+            list.setGroup(least & list.namedGroups());
+            mode = (mode & ~static_cast<mode_t>(S_IRWXO)) | least;
         }
         if (!setAttribute(target, ACL, list.value())) {
             add(lost, "access control list");
-            mode = withAll(mode, least & groupOf(mode) & list.named());
+            mode = withAll(mode, least & list.named());
         }
     }
     else {
@@ -235,19 +242,23 @@ bool copyRights(int from, struct stat const& status, int to, bool keepsTimes, st
     return true;
 }
 
-mode_t mostPermissions(int input, struct stat const& status)
+mode_t mostPermissions(int source, struct stat const& status)
 {
-    if (!S_ISREG(status.st_mode))
+    bool const isFolder = S_ISDIR(status.st_mode);
+    if (!isFolder && !S_ISREG(status.st_mode))
         return 0666;
-    mode_t const mode = status.st_mode & 0666;
+    mode_t const mode = status.st_mode & (isFolder ? 0777 : 0666);
+    if ((mode & (S_IRWXG | S_IRWXO)) == 0 || fgetxattr(source, ACL, nullptr, 0) <= 0)
+        return mode;
     std::string value;
-    // With an access control list the group's bits are its mask.
-    if (groupOf(mode) != 0 && fgetxattr(input, ACL, nullptr, 0) > 0) {
-        if (!getAttribute(procPath(input), ACL, value))
-            return withGroup(mode, 0);
-        return withGroup(mode, groupOf(mode) & AccessList(value).group());
-    }
-    return mode;
+    if (!getAttribute(procPath(source), ACL, value))
+        return withAll(mode, 0);
+    // With an access control list the group's bits are its mask. Who is named in it counts as one of the new file's
+    // group, or of the others.
+    AccessList const list(value);
+    mode_t const named = list.named();
+    return withGroup((mode & ~static_cast<mode_t>(S_IRWXO)) | (mode & named & 7U),
+                     groupOf(mode) & list.group() & named);
 }
 
 }  // namespace kx7conv

@@ -16,8 +16,11 @@ namespace kx7conv {
  */
 bool copyRights(int from, struct stat const& status, int to, bool keepsTimes, std::string& lost);
 
-/** The permissions that a new file for the text of an input may have at most: those of the input, 0666 for a pipe. */
-mode_t mostPermissions(int input, struct stat const& status);
+/**
+ * The permissions that what is made from an open file or folder may have at most: what its mode and its access control
+ * list give to everybody of a kind; 0666 for a pipe.
+ */
+mode_t mostPermissions(int source, struct stat const& status);
 
 }  // namespace kx7conv
 

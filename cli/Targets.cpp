@@ -51,21 +51,25 @@ void Targets::check(Output const* shared, Place const& place)
     bool const isToFile = shared && (shared->isFile() || shared->file());
     if (!isToFile && m_options.backupSuffix.empty() && m_options.outputFolder.empty())
         return;
-    std::vector<std::string> inputs = m_options.files;
-    if (!m_options.namesFrom.empty())
-        inputs.push_back(m_options.namesFrom);
-    for (std::string const& input : inputs) {
+    auto const look = [&](std::string const& input) {
         struct stat status;
         if ((input == "-" ? fstat(STDIN_FILENO, &status) : stat(input.c_str(), &status)) == -1)
-            continue;
+            return;
         m_inputs.emplace_back(status);
         if (isToFile && !shared->isFile() && m_inputs.back() == *shared->file())
             throw UsageError(inputName(input) + ": is the output, too");
-        if (S_ISDIR(status.st_mode) && m_options.recursive) {
-            m_trees.emplace_back(status);
-            m_treeMode &= status.st_mode;
+        FolderPointer const tree =
+            S_ISDIR(status.st_mode) && m_options.recursive ? Folder::open(AT_FDCWD, input, 0) : nullptr;
+        if (tree) {
+            m_trees.push_back(tree->id());
+            m_treeMode &= tree->mostPermissions();
         }
-    }
+    };
+    m_inputs.reserve(m_options.files.size() + 1);
+    for (char const* const input : m_options.files)
+        look(input);
+    if (!m_options.namesFrom.empty())
+        look(m_options.namesFrom);
     std::sort(m_inputs.begin(), m_inputs.end());
     std::sort(m_trees.begin(), m_trees.end());
     if (isToFile && !m_trees.empty())
@@ -107,7 +111,7 @@ void Targets::checkTrees(Output const& shared, Place const& place) const
 /** The backups of all inputs that are named. */
 void Targets::checkBackups() const
 {
-    for (std::string const& path : m_options.files) {
+    for (std::string const path : m_options.files) {
         Place place;
         struct stat input;
         struct stat backup;
@@ -188,9 +192,10 @@ FolderPointer Targets::folderFor(File const& file)
         m_outputFolder = makeOutputFolder();
     size_t const slash = file.relative.rfind('/');
     std::string const path = slash == std::string::npos ? std::string() : file.relative.substr(0, slash);
-    if (!m_folder || path != m_path)
+    if (!m_folder || path != m_path || file.tree != m_tree)
         m_folder = makeFolders(file, path);
     m_path = path;
+    m_tree = file.tree;
     return m_folder;
 }
 
@@ -209,7 +214,8 @@ FolderPointer Targets::makeFolders(File const& file, std::string const& path)
         folder = Folder::open(folder->get(), name, O_NOFOLLOW);
         if (!folder)
             throw OutputError(errno, std::generic_category(), told);
-        if (std::binary_search(m_trees.begin(), m_trees.end(), folder->id()))
+        // The folders of a list are not among those that are known.
+        if (folder->id() == file.tree || std::binary_search(m_trees.begin(), m_trees.end(), folder->id()))
             throw UsageError(inputName(file.path) + ": its output is in a folder that is converted");
         begin = end + 1;
     }

@@ -50,6 +50,7 @@ private:
     mode_t m_treeMode = 0777;      ///< what all these permit
     FolderPointer m_outputFolder;
     FolderPointer m_folder;  ///< of the last output
+    FileId m_tree;           ///< of its input
     std::string m_path;      ///< its path below the output folder
 };
 

@@ -89,6 +89,8 @@ int guessAll(Options const& options)
                 break;
             Input input(file);
             files.check(input);
+            if (output.file() && FileId(input.status()) == *output.file())
+                throw UsageError(input.name() + ": is the output, too");
             std::vector<kx7::CharSetInfo const*> const charSets = guess(input);
             std::string text;
             for (kx7::CharSetInfo const* const charSet : charSets)
@@ -158,7 +160,7 @@ void occupyStandardDescriptors()
 {
     for (int const file : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
         if (fcntl(file, F_GETFD) == -1)
-            open("/dev/null", file == STDOUT_FILENO ? O_RDONLY : O_WRONLY);  // so that using it fails
+            open("/", O_PATH);  // there without any device, and neither read nor written
 }
 
 }  // namespace

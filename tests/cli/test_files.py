@@ -138,6 +138,16 @@ class Replacing(Test):
                                   cwd=self.folder)
             self.assertEqual((done.returncode, os.read(reader, 1000)), (IO, b"ab"), closed)
 
+    def testAStandardDescriptorThatIsClosedIsNoOutput(self):
+        self.file("a", SOURCE)
+        for name, closed in (("/dev/stdout", ">&-"), ("/dev/stderr", "2>&-"), ("/dev/fd/2", "<&- >&- 2>&-"),
+                             ("/dev/stdin", "<&-")):
+            done = subprocess.run(["sh", "-c", f'"$0" -f 1253 -o {name} a {closed}', KX7CONV], cwd=self.folder,
+                                  stderr=subprocess.PIPE)
+            self.assertEqual(done.returncode, IO, name)
+            if "2>&-" not in closed:
+                self.assertEqual(done.stderr.decode(), f"kx7conv: {name}: Bad file descriptor\n")
+
     def testAFileIsWrittenOnce(self):
         self.file("a", SOURCE)
         (self.folder / "link").symlink_to("a")

@@ -1,4 +1,5 @@
 # kx7text - tests of kx7conv: memory stays small however many files there are, and however deep the folders.
+import errno
 import os
 import pathlib
 import re
@@ -15,6 +16,16 @@ LIMIT = 16 << 20
 # ./dev test --long has a million.
 COUNT = int(os.environ.get("KX7CONV_FILES", "60000"))
 MEMORY = "/dev/shm" if os.access("/dev/shm", os.W_OK) else None
+
+
+def peakOf(process):
+    """The memory that it takes until it ends. What wait4() tells has the memory of this process in it."""
+    peak = 0
+    while process.poll() is None:
+        found = re.search(r"VmHWM:\s+(\d+) kB", pathlib.Path(f"/proc/{process.pid}/status").read_text())
+        peak = max(peak, int(found[1]) * 1024 if found else 0)
+        time.sleep(0.01)
+    return peak
 
 
 class Many(unittest.TestCase):
@@ -36,12 +47,7 @@ class Many(unittest.TestCase):
         with open(self.folder / "out", "wb") as out:
             process = subprocess.Popen([KX7CONV, "-f", "1253", *arguments], cwd=self.folder, stdout=subprocess.DEVNULL,
                                        stderr=out)
-            # What wait4() tells has the memory of this process in it.
-            peak = 0
-            while process.poll() is None:
-                found = re.search(r"VmHWM:\s+(\d+) kB", pathlib.Path(f"/proc/{process.pid}/status").read_text())
-                peak = max(peak, int(found[1]) * 1024 if found else 0)
-                time.sleep(0.01)
+            peak = peakOf(process)
         messages = (self.folder / "out").read_text()
         self.assertEqual(process.returncode, 0, messages[:1000])
         if not SANITIZED:  # sanitizers take memory of their own
@@ -75,6 +81,24 @@ class Many(unittest.TestCase):
                 (self.folder / "d" / (name + "~")).unlink()
         for name in names[::1000]:
             os.truncate(self.folder / "d" / name, 0)
+
+
+class Arguments(Test):
+    base = MEMORY
+
+    @unittest.skipIf(SANITIZED, "sanitizers take memory of their own")
+    def testAsManyAsACommandLineHasTakeLittleMemory(self):
+        self.file("a", b"")
+        for options in (["--check"], ["-o", "out"], ["-o", "out", "-j", "2"], ["--output-dir", "out-d"], ["-r", "-i.bak"]):
+            for count in (190000, 150000, 100000):
+                try:
+                    process = subprocess.Popen([KX7CONV, "-f", "1253", *options, *(["a"] * count)], cwd=self.folder,
+                                               stderr=subprocess.DEVNULL)
+                    break
+                except OSError as error:
+                    self.assertEqual(error.errno, errno.E2BIG)
+            peak = peakOf(process)
+            self.assertTrue(1 << 20 < peak < LIMIT, (peak, options, count))
 
 
 class Deep(Test):

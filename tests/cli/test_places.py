@@ -191,6 +191,23 @@ class OutputsThatAreInputs(Places):
         self.shell('"$0" -f 1253 --files-from list >>x', "kx7conv: x: is the output, too\n")
         self.assertEqual(self.read("x"), b"xy")
 
+    def testMessagesAndRecordsAreNotWrittenIntoAnInput(self):
+        name = "Ж"  # not in the output: the message about it would be the next error
+        for arguments in (["--check", "--max-errors", "1000000"], ["-i"], ["--output-dir", "out"]):
+            (self.folder / "d").mkdir(exist_ok=True)
+            (self.folder / f"d/{name}").write_text(f"{name}\n")
+            with open(self.folder / f"d/{name}", "ab") as messages:
+                done = subprocess.run(["bash", "-c", 'ulimit -f 1000; "$@"', "-", KX7CONV, "-f", "utf8", "-t", "1252", *arguments,
+                                       "-r", "d"], cwd=self.folder, stderr=messages, timeout=60)
+            self.assertEqual(done.returncode, USAGE)
+            self.assertEqual((self.folder / f"d/{name}").read_text(),
+                             f"{name}\nkx7conv: d/{name}: messages are written to it\n")
+        self.make(x=b"x", y=b"y")
+        with open(self.folder / "x", "ab") as out:
+            done = subprocess.run([KX7CONV, "--guess", "y", "x"], cwd=self.folder, stdout=out, stderr=subprocess.PIPE)
+        self.assertEqual((done.returncode, done.stderr), (USAGE, b"kx7conv: x: is the output, too\n"))
+        self.assertNotIn(b"x\t", self.read("x"))
+
     def testAnOutputFolderAmongItsInputs(self):
         for jobs in ("1", "3"):
             self.make(d__d__x=b"first", d__x=b"second", e__x=b"third")
@@ -201,6 +218,22 @@ class OutputsThatAreInputs(Places):
             self.convert("-j", jobs, "--output-dir", "d", "e/x", "d/x", status=USAGE,
                          messages="kx7conv: e/x: its output is another input\n")
             self.assertEqual(self.read("d/x"), b"second")
+
+    def testAnOutputFolderInAFolderOfAList(self):
+        """Folders in a list are not known before they are walked."""
+        for names in (b"d\n", b"e\nd\n"):  # e/d has been converted into d
+            self.make(d__d__x=b"first", d__x=b"second", e__d__y=b"third", list=names)
+            self.convert("-r", "--output-dir", ".", "--files-from", "list", status=USAGE,
+                         messages="kx7conv: d/d/x: its output is in a folder that is converted\n")
+            self.assertEqual((self.read("d/d/x"), self.read("d/x"), self.read("x")), (b"first", b"second", b"second"))
+
+    def testAnOutputFolderThatIsTheInput(self):
+        for jobs in ("1", "3"):
+            self.make(d__x=SOURCE, list=b"d\n")
+            for arguments in (["d"], ["--files-from", "list"]):
+                self.convert("-r", "-j", jobs, "--output-dir", "d/../d", *arguments, status=USAGE,
+                             messages="kx7conv: d: is the folder of the output\n")
+            self.assertEqual((self.read("d/x"), self.entries("d")), (SOURCE, ["x"]))
 
 
 class Backups(Places):

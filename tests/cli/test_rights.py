@@ -113,6 +113,19 @@ class Replaced(Rights):
         self.assertEqual(self.acl("a"), ["user::rw-", f"user:{OWNER}:r--", f"user:{OTHER}:rw-", "group::r--",
                                          "mask::rw-", "other::r--"])
 
+    @needsRoot
+    def testNobodyGainsARightByALostGroupOfAnAccessControlList(self):
+        for entries, after in ((f"u:{OWNER}:r,g::rw,m::r,o::rw", ["group::r--", "mask::r--", "other::r--"]),
+                               (f"g:{OWNER}:-,g::rw,m::rw,o::rw",
+                                ["group::---", f"group:{OWNER}:---", "mask::rw-", "other::rw-"]),
+                               (f"g:{OTHER}:r,g::rw,m::rw,o::rw",
+                                ["group::r--", f"group:{OTHER}:r--", "mask::rw-", "other::rw-"])):
+            path = self.add("a", 0o600, OTHER, GROUP)
+            self.setAcl(f"u:{OWNER}:r,{entries}", "a", "-n")
+            self.convert("-i", "a", messages="kx7conv: a: not kept: owner, group\n", **asUser(OWNER))
+            self.assertEqual(self.acl("a"), ["user::rw-", f"user:{OWNER}:r--", *after], entries)
+            path.unlink()
+
     def testWithoutItsAccessControlListAFileIsNotOpenToWhoeverItShutOut(self):
         environment = preloaded("KX7CONV_SWAPS", KX7CONV_NO_ACL="1")
         for entries, after in ((f"u:{OTHER}:-,g::r,o::r", 0o600), (f"u:{OTHER}:rw,g::r,o::r", 0o644),
@@ -151,6 +164,24 @@ class New(Rights):
         self.setAcl(f"u:{OTHER}:rw", "a")
         self.convert("-o", "out", "a")
         self.assertEqual(self.mode("out"), 0o600)
+
+    def testWhoIsShutOutByNameIsShutOutOfTheOutput(self):
+        for entries, after in ((f"u:{OTHER}:-,o::r", 0o600), (f"g:{OTHER}:-,o::r", 0o600), (f"u:{OTHER}:r,o::r", 0o644),
+                               (f"u:{OTHER}:rw,m::-,o::r", 0o600)):
+            self.add("a", 0o664)
+            self.setAcl(entries, "a", "-n")
+            self.convert("-o", "out", "a")
+            self.assertEqual(self.mode("out"), after, entries)
+            for name in ("a", "out"):
+                (self.folder / name).unlink()
+
+    def testAnAccessControlListOfAFolderIsNoRightOfItsGroup(self):
+        for folder in ("in", "in/sub"):
+            (self.folder / folder).mkdir(0o700)
+            self.setAcl(f"u:{OTHER}:rwx", folder)
+        self.add("in/sub/a")
+        self.convert("-r", "--output-dir", "out", "in")
+        self.assertEqual((self.mode("out"), self.mode("out/sub")), (0o700, 0o700))
 
     def testTheFoldersAccessControlListIsThatOfNewFiles(self):
         for environment in (None, preloaded("KX7CONV_SWAPS", KX7CONV_NO_TMPFILE="1")):
