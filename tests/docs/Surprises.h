@@ -23,7 +23,7 @@ namespace {
 
 unsigned char bytes8[16];
 unsigned short units16[16];
-char capacityLocal[16];
+char localBytes[16];
 
 [[maybe_unused]] KX7CharSetConverter& converter(KX7CharSet set)
 {

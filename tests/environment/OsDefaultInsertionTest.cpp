@@ -62,8 +62,8 @@ void expectNotFixedBy(std::function<void()> const& call)
     expectDefault(true);
 }
 
-unsigned char capacityUTF8[16];
-char capacityLocal[16];
+unsigned char utf8Bytes[16];
+char localBytes[16];
 unsigned short units16[16];
 
 }  // namespace
@@ -81,18 +81,18 @@ TEST(OsDefaultInsertion, AfterTheConverterWasAskedForComesTooLate)
 
 TEST(OsDefaultInsertion, AfterAConversionComesTooLate)
 {
-    expectFixedBy([] { LocalToUTF8(capacityUTF8, "a", sizeof capacityUTF8, KX7CS_OS_DEFAULT); });
+    expectFixedBy([] { LocalToUTF8(utf8Bytes, "a", sizeof utf8Bytes, KX7CS_OS_DEFAULT); });
 }
 
 TEST(OsDefaultInsertion, AfterThePathOfAFileComesTooLate)
 {
-    expectFixedBy([] { LocalPathToUTF8(capacityUTF8, "a", sizeof capacityUTF8); });
+    expectFixedBy([] { LocalPathToUTF8(utf8Bytes, "a", sizeof utf8Bytes); });
 }
 
 TEST(OsDefaultInsertion, AfterAnEmptyPathInUTF8ComesTooLate)
 {
     expectFixedBy(
-        [] { UTF8ToLocalPath(capacityLocal, reinterpret_cast<unsigned char const*>(""), sizeof capacityLocal); });
+        [] { UTF8ToLocalPath(localBytes, reinterpret_cast<unsigned char const*>(""), sizeof localBytes); });
 }
 
 TEST(OsDefaultInsertion, AfterASizeWasAskedForComesTooLate)
@@ -102,7 +102,7 @@ TEST(OsDefaultInsertion, AfterASizeWasAskedForComesTooLate)
 
 TEST(OsDefaultInsertion, AfterANullSourceOfUTF16ComesTooLate)
 {
-    expectFixedBy([] { UTF16ToLocal(capacityLocal, nullptr, sizeof capacityLocal, KX7CS_OS_DEFAULT); });
+    expectFixedBy([] { UTF16ToLocal(localBytes, nullptr, sizeof localBytes, KX7CS_OS_DEFAULT); });
 }
 
 TEST(OsDefaultInsertion, AfterAStringOfBytesComesTooLate)
@@ -118,7 +118,7 @@ TEST(OsDefaultInsertion, AfterAStringWasWrittenComesTooLate)
 TEST(OsDefaultInsertion, AfterQuestionsForTheSetItselfCounts)
 {
     expectNotFixedBy([] {
-        LocalToUTF8(capacityUTF8, "a", sizeof capacityUTF8, DETECTED);
+        LocalToUTF8(utf8Bytes, "a", sizeof utf8Bytes, DETECTED);
         KX7CharSetConverter::getConverter(DETECTED);
     });
 }
@@ -131,11 +131,11 @@ TEST(OsDefaultInsertion, AfterAQuestionToTheRegistryCounts)
 TEST(OsDefaultInsertion, AfterTextsOfNothingCounts)
 {
     expectNotFixedBy([] {
-        LocalToUTF8(capacityUTF8, "", sizeof capacityUTF8, KX7CS_OS_DEFAULT);
-        LocalToUTF8(capacityUTF8, nullptr, sizeof capacityUTF8, KX7CS_OS_DEFAULT);
-        LocalToUTF8(capacityUTF8, "a", 0, KX7CS_OS_DEFAULT);
-        LocalPathToUTF8(capacityUTF8, "", sizeof capacityUTF8);
-        UTF8ToLocal(capacityLocal, nullptr, sizeof capacityLocal, KX7CS_OS_DEFAULT);
+        LocalToUTF8(utf8Bytes, "", sizeof utf8Bytes, KX7CS_OS_DEFAULT);
+        LocalToUTF8(utf8Bytes, nullptr, sizeof utf8Bytes, KX7CS_OS_DEFAULT);
+        LocalToUTF8(utf8Bytes, "a", 0, KX7CS_OS_DEFAULT);
+        LocalPathToUTF8(utf8Bytes, "", sizeof utf8Bytes);
+        UTF8ToLocal(localBytes, nullptr, sizeof localBytes, KX7CS_OS_DEFAULT);
         LocalToUTF16(units16, "a", 0, KX7CS_OS_DEFAULT);
         KX7UString s(static_cast<char const*>(nullptr));
         s = static_cast<char const*>(nullptr);
@@ -146,7 +146,7 @@ TEST(OsDefaultInsertion, AfterTextsOfNothingCounts)
         s + '\0';
         s.c_str();
         s.length(KX7CS_OS_DEFAULT);
-        s.copy(capacityLocal, sizeof capacityLocal);
+        s.copy(localBytes, sizeof localBytes);
         std::ostringstream() << s;
         std::istringstream in("");
         in >> s;

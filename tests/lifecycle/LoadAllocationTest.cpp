@@ -386,11 +386,11 @@ void convertInPieces(Stream& stream, Source rest, Result& result)
 {
     bool done = false;
     while (!done) {
-        Unit capacity[Stream::MINIMUM_CAPACITY];
+        Unit destination[Stream::MINIMUM_CAPACITY];
         size_t const count = std::min<size_t>(rest.size(), 3);
         bool const last = count == rest.size();
-        kx7::StreamResult const step = stream.convert({rest.data(), count}, {capacity, Stream::MINIMUM_CAPACITY}, last);
-        result.add(capacity, step.written);
+        kx7::StreamResult const step = stream.convert({rest.data(), count}, {destination, Stream::MINIMUM_CAPACITY}, last);
+        result.add(destination, step.written);
         rest = rest.after(step.consumed);
         done = last && step.status == kx7::Status::DONE;
     }
