@@ -67,9 +67,9 @@ __attribute__((always_inline)) inline auto readUtf8(unsigned char const* p, unsi
 }
 
 /**
- * Reads a character of text that a zero byte ends, so that what follows each other byte can be read, and moves `in`
- * beyond it. 0: U+0000, or what the strict rules refuse but for overlong forms of three bytes; `in` may stand anywhere
- * then.
+ * Reads a character of text that ends with a zero byte, and so checks no end of a range; moves `in` after it. Returns
+ * 0, with `in` anywhere, for U+0000 and for what RFC 3629 forbids. One exception: overlong forms of three bytes are
+ * accepted, as the lenient rules decode them to the same character.
  */
 __attribute__((always_inline)) inline unsigned int readTerminatedUtf8(unsigned char const*& in)
 {

@@ -4,9 +4,8 @@
 
 #include <algorithm>
 
-#include "kx7/convert/Feed.h"
 #include "kx7/convert/Lines.h"
-#include "kx7/convert/Streams.h"
+#include "kx7/convert/SourceBase.h"
 #include "kx7/converters/Pump.h"
 
 namespace kx7 {
@@ -16,25 +15,15 @@ namespace kx7 {
  * @tparam Lines what is done about line feeds
  */
 template <class Lines>
-class Streams::ByteSource {
+class Streams::ByteSource : public SourceBase<unsigned char> {
 public:
     /** @param errors gets the errors: the decoder itself, or the transcoder that it is a part of */
     ByteSource(Decoder& decoder, StreamErrors& errors, Span<char const> source, bool last, Lines lines,
                Window<unsigned char>& window)
-        : m_decoder(decoder), m_errors(errors), m_lines(lines),
-          m_feed(reinterpret_cast<unsigned char const*>(source.data()), source.size(), last, decoder.m_held,
-                 decoder.m_heldCount, window)
+        : SourceBase({reinterpret_cast<unsigned char const*>(source.data()), source.size(), last, decoder.m_held,
+                      decoder.m_heldCount, window}),
+          m_decoder(decoder), m_errors(errors), m_lines(lines)
     {
-    }
-
-    size_t consumed() const { return m_feed.consumed(); }
-    Status status() const { return m_status; }
-
-    /** Ends the call. */
-    bool end(Status status)
-    {
-        m_status = status;
-        return false;
     }
 
     template <class Sink>
@@ -102,14 +91,6 @@ public:
         if (substitutes(errors))
             m_decoder.m_unitPosition += count * substituteOf(m_decoder.m_options).count;
         return true;
-    }
-
-    bool carry()
-    {
-        if (!m_range.reachesEnd)
-            return true;
-        m_feed.hold();
-        return end(Status::DONE);
     }
 
 private:
@@ -193,15 +174,12 @@ private:
     Decoder& m_decoder;
     StreamErrors& m_errors;
     Lines m_lines;
-    Feed<unsigned char> m_feed;
-    Feed<unsigned char>::Range m_range;
     unsigned short* m_units;  ///< the piece
     Progress m_progress;      ///< to the piece
     struct {
         size_t units;
         size_t bytes;
     } m_known;  ///< what bytesOf returned last
-    Status m_status = Status::DONE;
 };
 
 }  // namespace kx7

@@ -11,7 +11,10 @@ namespace kx7 {
 /** Elements that are looked at together; more than any character takes: two escapes of UTF-16 are twelve bytes. */
 constexpr size_t WINDOW = 16;
 
-/** Lies beside what shows it to an engine, which then can be in registers; a short text shows that. */
+/**
+ * The buffer of a Feed: a local variable of the caller, not a member. Engines get its address, and a Feed whose address
+ * nobody has can stay in registers, which short texts notice.
+ */
 template <class T>
 using Window = T[WINDOW];
 

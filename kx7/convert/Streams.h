@@ -53,7 +53,9 @@ struct Place {
 /** The members of the streams that no caller needs to know. */
 struct Streams {
     template <class Lines>
-    class ByteSource;
+    class ByteSource;  // both derive from SourceBase
+    template <class T>
+    class SourceBase;
     class UnitSource;
     class UnitSink;
     class ByteSink;

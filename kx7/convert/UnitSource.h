@@ -4,8 +4,7 @@
 
 #include <algorithm>
 
-#include "kx7/convert/Feed.h"
-#include "kx7/convert/Streams.h"
+#include "kx7/convert/SourceBase.h"
 #include "kx7/converters/Pump.h"
 
 namespace kx7 {
@@ -37,22 +36,13 @@ inline size_t wellFormedLength(unsigned short const* units, unsigned short const
 
 /** The code units of one call of an encoder. Engines differ in what they make of unpaired surrogates, so they see none.
  */
-class Streams::UnitSource {
+class Streams::UnitSource : public SourceBase<unsigned short> {
 public:
     UnitSource(Encoder& encoder, Span<char16_t const> source, bool last, Window<unsigned short>& window)
-        : m_encoder(encoder), m_feed(reinterpret_cast<unsigned short const*>(source.data()), source.size(), last,
-                                     &encoder.m_held, encoder.m_heldCount, window)
+        : SourceBase({reinterpret_cast<unsigned short const*>(source.data()), source.size(), last, &encoder.m_held,
+                      encoder.m_heldCount, window}),
+          m_encoder(encoder)
     {
-    }
-
-    size_t consumed() const { return m_feed.consumed(); }
-    Status status() const { return m_status; }
-
-    /** Ends the call. */
-    bool end(Status status)
-    {
-        m_status = status;
-        return false;
     }
 
     template <class Sink>
@@ -105,14 +95,6 @@ public:
             *this, unit, 1, [this](unsigned short const* units, size_t most) { return loneSurrogates(units, most); });
         pass(static_cast<size_t>(unit - m_units));
         return goesOn;
-    }
-
-    bool carry()
-    {
-        if (!m_range.reachesEnd)
-            return true;
-        m_feed.hold();
-        return end(Status::DONE);
     }
 
 private:
@@ -169,12 +151,9 @@ private:
     }
 
     Encoder& m_encoder;
-    Feed<unsigned short> m_feed;
-    Feed<unsigned short>::Range m_range;
     unsigned short const* m_units;  ///< the piece
     size_t m_count;
     Stop m_stop;
-    Status m_status = Status::DONE;
 };
 
 }  // namespace kx7

@@ -16,8 +16,8 @@ enum class LimitCheck : unsigned char { CHECK, SKIP };
 /** What a decoder finds at the current byte. */
 struct DecodedChar {
     unsigned int codePoint;
-    unsigned int consumed;  ///< bytes used, at least 1
-    unsigned int units;     ///< 1, or 2 for a surrogate pair
+    unsigned int consumed;  ///< bytes of the character, at least 1; TRUNCATED: 0
+    unsigned int units;     ///< CHARACTER: 1, or 2 for a surrogate pair; else 0
     Found found;
     LimitCheck limit;
 
@@ -56,9 +56,14 @@ struct SourceLimit {
     size_t bytes;  ///< or NO_LIMIT
 };
 
-/** What a decoder has unless it hides it. */
+/**
+ * Base of the Decoder of a converter class, which adds
+ *     DecodedChar decodeOne(unsigned char const* p, unsigned char const* end) const;
+ * It decodes the character at `p` (`p` != `end`) and reads only [p, end). No character of several codes contains a zero
+ * code, so it reads nothing after one. TRUNCATED: more bytes are needed to decide. Every other member may be hidden.
+ */
 struct DecoderBase {
-    /** Whether there are `same` and `look`, for short texts directly to UTF-8. */
+    /** Whether the class also has `identity` and `look` (see PairDecoder), which DirectUtf8.h calls. */
     static constexpr bool IS_DIRECT = false;
 
     /** Whether the published operation sets the flag at what is illegal; all clear it. */
@@ -205,9 +210,9 @@ struct DecodeTask {
 /** What decodeText did before it went on in decodeLongText. */
 struct DecodeFront {
     unsigned char const* in;   ///< converted up to here
-    unsigned char const* end;  ///< known to be text up to here
+    unsigned char const* end;  ///< [in, end) has no terminator
     unsigned short* out;
-    bool ended;  ///< the terminator stands at `end`
+    bool ended;  ///< the text ends at `end`
 };
 
 /** The loop of decodeText, from where that came to. */

@@ -13,7 +13,7 @@ namespace kx7 {
 struct EncodedChar {
     unsigned int code;      ///< its low `length` bytes are written, high byte first
     unsigned int length;    ///< bytes
-    unsigned int consumed;  ///< units used, at least 1
+    unsigned int consumed;  ///< units of the character, at least 1; TRUNCATED, END: 0
     Found found;
 
     static EncodedChar truncated() { return {0, 0, 0, Found::TRUNCATED}; }
@@ -29,9 +29,16 @@ struct EncodedChar {
     }
 };
 
-/** What an encoder has unless it hides it, beside MOST_BYTES: the most bytes that one unit becomes. */
+/**
+ * Base of the Encoder of a converter class, which adds MOST_BYTES, the most bytes that one unit becomes, and
+ *     EncodedChar encodeOne(unsigned short const* p, unsigned short const* end) const;
+ * which keeps to [p, end) as Decoder::decodeOne does. Every other member may be hidden.
+ */
 struct EncoderBase {
-    /** Whether there are `same` and `codeOf`, for short texts directly from UTF-8. */
+    /**
+     * Whether the class also has what DirectUtf8.h calls: `identity`, `codeOf`, `mostDirect`, IS_SINGLE (one byte a
+     * character) and then `runFromUTF8`, else `runKernel`.
+     */
     static constexpr bool IS_DIRECT = false;
 
     /** Whether the published operation clears the flag, and sets it at what cannot be represented. */
@@ -171,9 +178,9 @@ struct EncodeTask {
 /** What encodeText did before it went on in encodeLongText. */
 struct EncodeFront {
     unsigned short const* in;   ///< converted up to here
-    unsigned short const* end;  ///< known to be text up to here
+    unsigned short const* end;  ///< [in, end) has no terminator
     unsigned char* out;
-    bool ended;  ///< the terminator stands at `end`
+    bool ended;  ///< the text ends at `end`
 };
 
 /** The loop of encodeText, from where that came to. */

@@ -1,11 +1,9 @@
 // kx7text - decoding of double-byte sets with AVX-512 (VBMI, VBMI2).
 //
-// Takes up to 64 bytes at a time. Two byte permutations tell which bytes may lead and which are their own unit. A byte
-// that may lead and one that trails look alike, so which is which follows from the parity of its place in its run of
-// such bytes: an addition carries through a run and changes the bits of one parity. The codes to look up are compressed
-// together (vpcompressb), looked up by gathers, and spread again among the bytes that are their own unit, if any; the
-// lanes of trail bytes are dropped. A code without a unit, or with one that the converters have to judge, ends
-// the run.
+// Takes up to 64 bytes at a time. Two byte permutations tell which bytes may lead and which are their own unit;
+// MultibyteStructure.h says which of the former do lead. The codes to look up are compressed together (vpcompressb),
+// looked up by gathers, and spread again among the bytes that are their own unit, if any; the lanes of trail bytes are
+// dropped. The kernel stops at a code without a unit, or with one that the converters have to judge.
 //
 // Loads and stores of the last block are masked: short texts are as quick as long ones.
 #include "kx7/kernels/Avx512.h"
@@ -16,6 +14,7 @@
 
 #include "kx7/kernels/Baseline.h"
 #include "kx7/kernels/DoubleByteEncode.h"
+#include "kx7/kernels/MultibyteStructure.h"
 
 namespace kx7 {
 
@@ -58,7 +57,6 @@ KX7_AVX512 void decodePairsAvx512(PairUnits const& set, unsigned char const*& in
     unsigned short const* const table = set.units();
     ByteTable const leadTable(set.isLead());
     ByteTable const sameTable(set.isSame());
-    constexpr uint64_t ODD = UINT64_C(0xAAAAAAAAAAAAAAAA);
     bool more = true;
     while (more && in != end) {
         __m512i bytes;
@@ -83,9 +81,8 @@ KX7_AVX512 void decodePairsAvx512(PairUnits const& set, unsigned char const*& in
             continue;
         }
         uint64_t const mayLead = leadTable.contains(bytes) & upper;
-        uint64_t const sums = (((mayLead << 1) | ODD) - mayLead) ^ ODD;
-        uint64_t const trails = sums ^ mayLead;
-        uint64_t leads = sums & mayLead;
+        uint64_t leads = everySecond(mayLead);
+        uint64_t const trails = leads << 1;
         // A lead byte in the last place waits for the next block, or for who knows what follows.
         uint64_t const cut = leads & (valid ^ valid >> 1);
         valid &= ~cut;

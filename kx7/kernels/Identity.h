@@ -7,9 +7,9 @@ namespace kx7 {
 /** Which codes stand for themselves. */
 enum class Identity : unsigned char {
     NONE,
-    PRINTABLE,  ///< those of isPrintable: what all sets have in common
+    PRINTABLE,  ///< those of isPrintable: what all character sets have in common
     ASCII,      ///< those below 0x80, 0 included
-    LATIN1      ///< those below 0x100, without 0
+    LATIN1      ///< those below 0x100, without 0: chosen by callers, never returned by identityOf
 };
 
 constexpr char PRINTABLE_FIRST = 0x20;

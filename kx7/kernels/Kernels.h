@@ -67,8 +67,8 @@ struct Kernels {
     bool areAny = false;
 
     /**
-     * Units before the first 0 unit, at most `most`. Reads no unit after that one or the bound in another aligned
-     * block of memory, so in no page that the text does not reach.
+     * Code units before the first 0 unit, at most `most`. May read the whole aligned block that holds the 0 unit or the
+     * last of the `most` units, and so never a page that the text does not reach.
      */
     size_t (*unitLength)(unsigned short const* text, size_t most) = unitLengthPlain;
 

@@ -92,22 +92,25 @@ struct WindowPart {
             // The character at fault begins here or at the last lead.
             used = __builtin_ctzll(found.bad);
             if (found.wanted >> used & 1)
-                used = endOf(found.leads.two & lowBits<Mask>(used), before.truncated() - 1) - 1;
+                used = indexAfterHighest(found.leads.two & lowBits<Mask>(used), before.truncated() - 1) - 1;
             kept &= lowBits<Mask>(std::max(used, std::ptrdiff_t{0}));
         }
         std::ptrdiff_t over = __builtin_popcountll(kept) - capacity;
         if (over > 0) {
             for (; over > 0; --over)
-                kept ^= Mask{1} << (endOf(kept, 0) - 1);
-            used = endOf(kept, before.truncated());
+                kept ^= Mask{1} << (indexAfterHighest(kept, 0) - 1);
+            used = indexAfterHighest(kept, before.truncated());
         }
     }
 
 private:
     static constexpr int BITS = Leads<Mask>::BITS;
 
-    /** After the highest bit; `inFront` bytes in front where there is none. */
-    static std::ptrdiff_t endOf(Mask bits, int before) { return bits != 0 ? 64 - __builtin_clzll(bits) : -before; }
+    /** Index after the highest bit; where there is none, the place, below 0, of what began `before` bytes earlier. */
+    static std::ptrdiff_t indexAfterHighest(Mask bits, int before)
+    {
+        return bits != 0 ? 64 - __builtin_clzll(bits) : -before;
+    }
 };
 
 /** Converts one character of at most three bytes; there is capacity. False: it is not mapped, or the text ends. */
