@@ -12,9 +12,9 @@
 #include "kx7/converters/KX7CharSetConverterEUC_CN_KR.h"
 #include "kx7/converters/KX7CharSetConverterEUC_JP.h"
 #include "kx7/tables/ByteTypeTables.h"
-#include "tests/internal/KernelBench.h"
-#include "tests/internal/MultibyteSets.h"
+#include "tests/kernels/KernelBench.h"
 #include "tests/support/Hex.h"
+#include "tests/support/MultibyteSets.h"
 
 using namespace kx7test;
 

@@ -15,9 +15,9 @@
 #include "kx7/converters/KX7CharSetConverterEUC_JP.h"
 #include "kx7/converters/KX7CharSetConverterGB18030.h"
 #include "kx7/kernels/Kernels.h"
-#include "tests/internal/KernelBench.h"
-#include "tests/internal/MultibyteSets.h"
+#include "tests/kernels/KernelBench.h"
 #include "tests/support/Guarded.h"
+#include "tests/support/MultibyteSets.h"
 
 using namespace kx7test;
 using kx7::InstructionSet;

@@ -1,6 +1,6 @@
 // kx7text tests - runs one conversion with every set of kernels and compares them with the plain steps.
-#ifndef KX7_TESTS_INTERNAL_KERNELBENCH_H
-#define KX7_TESTS_INTERNAL_KERNELBENCH_H
+#ifndef KX7_TESTS_KERNELS_KERNELBENCH_H
+#define KX7_TESTS_KERNELS_KERNELBENCH_H
 
 #include <gtest/gtest.h>
 
@@ -12,8 +12,8 @@
 #include "kx7/charset/Converters.h"
 #include "kx7/converters/Engine.h"
 #include "kx7/kernels/Kernels.h"
-#include "tests/internal/KernelSets.h"
 #include "tests/support/Guarded.h"
+#include "tests/support/KernelSets.h"
 
 namespace kx7test {
 

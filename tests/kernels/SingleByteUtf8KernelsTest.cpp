@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/internal/KernelBench.h"
+#include "tests/kernels/KernelBench.h"
 #include "tests/support/SingleByteSets.h"
 
 namespace {

@@ -4,12 +4,12 @@
 #include <climits>
 
 #include "kx7/converters/Engine.h"
-#include "tests/internal/Allocations.h"
-#include "tests/internal/Foreign.h"
-#include "tests/internal/SingleByteLists.h"
+#include "tests/converters/Foreign.h"
 #include "tests/model/Utf8Model.h"
+#include "tests/support/Allocations.h"
 #include "tests/support/Hex.h"
 #include "tests/support/Memory.h"
+#include "tests/support/SingleByteLists.h"
 #include "tests/support/Texts.h"
 
 using namespace kx7test;

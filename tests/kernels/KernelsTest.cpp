@@ -10,7 +10,7 @@
 #include "kx7/base/Utf16.h"
 #include "kx7/charset/Converters.h"
 #include "kx7/charset/KX7CharSet.h"
-#include "tests/internal/KernelBench.h"
+#include "tests/kernels/KernelBench.h"
 #include "tests/support/Guarded.h"
 #include "tests/support/SingleByteSets.h"
 

@@ -7,9 +7,9 @@
 #include <iterator>
 
 #include "kx7/tables/ByteTypeTables.h"
-#include "tests/internal/Allocations.h"
-#include "tests/internal/MultibyteSets.h"
+#include "tests/support/Allocations.h"
 #include "tests/support/Guarded.h"
+#include "tests/support/MultibyteSets.h"
 #include "tests/support/Probe.h"
 
 using namespace kx7test;

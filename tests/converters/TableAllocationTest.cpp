@@ -1,5 +1,5 @@
 // kx7text tests - what tables allocate, and converters whose tables find no memory.
-#include "tests/internal/Allocations.h"
+#include "tests/support/Allocations.h"
 
 #include <gtest/gtest.h>
 

@@ -12,11 +12,11 @@
 #include "kx7/charset/KX7CharSet.h"
 #include "kx7/convert.h"
 #include "kx7/converters/Engine.h"
-#include "tests/internal/AllSets.h"
-#include "tests/internal/Allocations.h"
-#include "tests/internal/Foreign.h"
-#include "tests/internal/KernelSets.h"
+#include "tests/converters/Foreign.h"
+#include "tests/support/AllSets.h"
+#include "tests/support/Allocations.h"
 #include "tests/support/Hex.h"
+#include "tests/support/KernelSets.h"
 
 using namespace kx7test;
 

@@ -1,13 +1,13 @@
 // kx7text tests - watches allocations of arrays and lets some of those fail that may return null.
-#ifndef KX7_TESTS_INTERNAL_ALLOCATIONS_H
-#define KX7_TESTS_INTERNAL_ALLOCATIONS_H
+#ifndef KX7_TESTS_SUPPORT_ALLOCATIONS_H
+#define KX7_TESTS_SUPPORT_ALLOCATIONS_H
 
 #include <climits>
 #include <cstddef>
 
 namespace kx7test {
 
-/** Counts what this thread allocates; the program's allocation functions (AllocationTest.cpp) report to it. */
+/** Counts what this thread allocates; the program's allocation functions (TableAllocationTest.cpp) report to it. */
 struct Allocations {
     /** Allocations by new (std::nothrow), of arrays and of single objects, while one of these lives. */
     class Watch {
