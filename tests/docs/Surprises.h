@@ -98,11 +98,11 @@ enum class Missing { TABLE, PAGES };
 {
     static unsigned short const PAIRS[] = {'a', 'a', 0x80, 0x20AC, 0, 0};
     KX7CharSetConverterSBCS converter(PAIRS, KX7CS_WCP1252);
-    kx7test::heap.failing = missing == Missing::TABLE ? 1 : 2;
-    kx7test::heap.failsOn = true;
-    converter.load();
-    kx7test::heap.failing = 0;
-    kx7test::heap.failsOn = false;
+    {
+        kx7test::HeapWatch watch;
+        watch.failAt(missing == Missing::TABLE ? 1 : 2, true);
+        converter.load();
+    }
     std::string bytes(text.size() + 1, 0);
     bytes.resize(converter.fromUTF16(&bytes[0], units(text.c_str()), static_cast<unsigned int>(text.size()),
                                      ILLCHAR_REPLACE, nullptr));

@@ -120,21 +120,21 @@ void failEach(char const* what, std::function<void()> const& prepare, std::funct
 {
     for (size_t failing = 1;; ++failing) {
         prepare();
-        size_t const before = heap.liveBlocks;
+        HeapWatch watch;
         bool threw = false;
-        heap.failing = failing;
+        watch.failAt(failing);
         try {
             run();
         }
         catch (std::bad_alloc const&) {
             threw = true;
         }
-        bool const failed = heap.failing == 0;
-        heap.failing = 0;
-        size_t const after = heap.liveBlocks;
+        bool const failed = watch.hasFailed();
+        ptrdiff_t const blocks = watch.blocks();
+        watch.stopFailing();
         check(threw);
         if (threw) {
-            EXPECT_LE(after, before) << what << ", " << failing;
+            EXPECT_LE(blocks, 0) << what << ", " << failing;
         }
         if (!failed)
             return;
@@ -245,11 +245,10 @@ TEST(StringAllocation, IsGivenBack)
         }
     };
     everything();
-    size_t const blocks = heap.liveBlocks;
-    size_t const bytes = heap.liveBytes;
+    HeapWatch const watch;
     everything();
-    EXPECT_EQ(heap.liveBlocks, blocks);
-    EXPECT_EQ(heap.liveBytes, bytes);
+    EXPECT_EQ(watch.blocks(), 0);
+    EXPECT_EQ(watch.bytes(), 0);
 }
 
 TEST(StringAllocation, TenThousandAssignmentsSwapsAndLinesLeaveTheProcessNoLarger)
@@ -258,7 +257,8 @@ TEST(StringAllocation, TenThousandAssignmentsSwapsAndLinesLeaveTheProcessNoLarge
     KX7UString b(X, 1500);
     std::string const text = longBytes() + "\n";
     std::istringstream in(text);
-    size_t before = 0;
+    HeapWatch const watch;
+    ptrdiff_t before = 0;
     for (int i = 0; i < 10000; ++i) {
         a = longString();
         b.assign(a);
@@ -270,9 +270,9 @@ TEST(StringAllocation, TenThousandAssignmentsSwapsAndLinesLeaveTheProcessNoLarge
         in.seekg(0);
         getline(in, a, '\n');
         if (i == 0)
-            before = heap.liveBytes;
+            before = watch.bytes();
     }
-    EXPECT_EQ(heap.liveBytes, before);
+    EXPECT_EQ(watch.bytes(), before);
     expectText(a, std::u16string(LONG, u'b'));
 }
 
@@ -386,20 +386,18 @@ TEST(LayerAllocationFailure, IsBadAllocAloneAndLeavesSourcesAndTheHeapAsTheyWere
                 ASSERT_LT(failing, 100u) << row.what;
                 bool right = false;
                 bool threw = false;
-                size_t const blocks = heap.liveBlocks;
-                size_t const calls = heap.calls;
-                heap.failing = failing;
-                heap.failsOn = failsOn;
+                HeapWatch watch;
+                watch.failAt(failing, failsOn);
                 try {
                     right = row.run();
                 }
                 catch (std::bad_alloc const&) {
                     threw = true;
                 }
-                heap.failing = 0;
-                heap.failsOn = false;
-                failed = heap.calls - calls >= failing;
-                EXPECT_LE(heap.liveBlocks, blocks) << row.what << ", " << failing;
+                failed = watch.hasFailed();
+                ptrdiff_t const blocks = watch.blocks();
+                watch.stopFailing();
+                EXPECT_LE(blocks, 0) << row.what << ", " << failing;
                 EXPECT_EQ(threw, failed) << row.what << ", " << failing;
                 EXPECT_EQ(right, !failed) << row.what << ", " << failing;
                 EXPECT_TRUE(row.run()) << row.what << ", after " << failing;
@@ -476,13 +474,12 @@ TEST(LayerAllocation, WhatIsNoexceptTakesNoMemoryOnceTablesAreThere)
 {
     for (QuietRow const& row : QUIET_ROWS) {
         EXPECT_TRUE(row.run()) << row.what;
-        size_t const calls = heap.calls;
-        heap.failing = 1;
-        heap.failsOn = true;
+        HeapWatch watch;
+        watch.failAt(1, true);
         bool const right = row.run();
-        heap.failing = 0;
-        heap.failsOn = false;
-        EXPECT_EQ(heap.calls, calls) << row.what;
+        size_t const made = watch.made();
+        watch.stopFailing();
+        EXPECT_EQ(made, 0u) << row.what;
         EXPECT_TRUE(right) << row.what;
     }
 }

@@ -2,7 +2,7 @@
 // day.
 #include <gtest/gtest.h>
 
-#include "tests/internal/AllSets.h"
+#include "tests/support/AllSets.h"
 #include "tests/support/Probe.h"
 
 using namespace kx7test;

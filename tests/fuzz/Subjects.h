@@ -2,10 +2,10 @@
 #ifndef KX7_TESTS_FUZZ_SUBJECTS_H
 #define KX7_TESTS_FUZZ_SUBJECTS_H
 
-#include "tests/internal/MultibyteSets.h"
-#include "tests/internal/SingleByteLists.h"
 #include "tests/model/Utf8Model.h"
+#include "tests/support/MultibyteSets.h"
 #include "tests/support/Probe.h"
+#include "tests/support/SingleByteLists.h"
 
 namespace kx7test {
 

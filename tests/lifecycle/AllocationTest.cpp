@@ -20,8 +20,7 @@
 using kx7test::expectStorage;
 using kx7test::expectString;
 using kx7test::ForeignConverter;
-using kx7test::Heap;
-using kx7test::heap;
+using kx7test::HeapWatch;
 using kx7test::Units;
 using kx7test::unitsOf;
 
@@ -31,8 +30,8 @@ namespace {
 struct Effect {
     size_t calls;
     size_t lastSize;
-    long long blocks;
-    long long bytes;
+    ptrdiff_t blocks;
+    ptrdiff_t bytes;
     bool threw;
 };
 
@@ -40,9 +39,9 @@ struct Effect {
 template <class Call>
 Effect effectOf(Call const& call, size_t failing = 0, bool failsOn = false)
 {
-    Heap const before = heap;
-    heap.failing = failing;
-    heap.failsOn = failsOn;
+    HeapWatch watch;
+    if (failing != 0)
+        watch.failAt(failing, failsOn);
     bool threw = false;
     try {
         call();
@@ -50,10 +49,7 @@ Effect effectOf(Call const& call, size_t failing = 0, bool failsOn = false)
     catch (std::bad_alloc const&) {
         threw = true;
     }
-    heap.failing = 0;
-    return {heap.calls - before.calls, heap.lastSize,
-            static_cast<long long>(heap.liveBlocks) - static_cast<long long>(before.liveBlocks),
-            static_cast<long long>(heap.liveBytes) - static_cast<long long>(before.liveBytes), threw};
+    return {watch.made(), watch.lastSize(), watch.blocks(), watch.bytes(), threw};
 }
 
 KX7UString repeated(char letter, unsigned int n)
@@ -170,11 +166,13 @@ TEST(Allocation, LongerStringsTakeOneAllocationOfTheExactSize)
         KX7UString target("old", KX7CS_UTF8);
         Effect const assigned = effectOf([&] { target.assign(a.string); });
         EXPECT_EQ(assigned.calls, 1u);
-        EXPECT_EQ(assigned.bytes, (n + 1) * 2);
+        EXPECT_EQ(assigned.lastSize, (n + 1) * 2);
+        EXPECT_EQ(assigned.blocks, 1);
         KX7UString grown("old", KX7CS_UTF8);
         Effect const assured = effectOf([&] { grown.AssureSpace(n); });
         EXPECT_EQ(assured.calls, 1u);
-        EXPECT_EQ(assured.bytes, (n + 1) * 2);
+        EXPECT_EQ(assured.lastSize, (n + 1) * 2);
+        EXPECT_EQ(assured.blocks, 1);
     }
 }
 

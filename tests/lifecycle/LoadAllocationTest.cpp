@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstddef>
 #include <cstring>
 #include <functional>
@@ -22,76 +21,7 @@
 #include "kx7/tables/CharProperties.h"
 #include "kx7/tables/MappingLists.h"
 #include "kx7/text/KX7UCharTable.h"
-
-namespace {
-
-struct Heap {
-    size_t calls = 0;
-    size_t live = 0;
-    size_t failing = 0;  ///< 1: the next allocation fails, 2: the one after it; 0: none
-    bool failsOn = false;
-    size_t failedPages = 0;
-};
-// gtest has threads of its own in no test here.
-Heap heap;
-
-bool fails()
-{
-    ++heap.calls;
-    if (heap.failing == 1) {
-        heap.failing = heap.failsOn ? 1 : 0;
-        errno = ENOMEM;
-        return true;
-    }
-    if (heap.failing != 0)
-        --heap.failing;
-    return false;
-}
-
-void* counted(void* memory)
-{
-    heap.live += memory ? 1 : 0;
-    return memory;
-}
-
-}  // namespace
-
-extern "C" {
-void* __libc_malloc(size_t);
-void* __libc_calloc(size_t, size_t);
-void __libc_free(void*);
-
-void* malloc(size_t size) noexcept
-{
-    return fails() ? nullptr : counted(__libc_malloc(size));
-}
-void* calloc(size_t count, size_t size) noexcept
-{
-    return fails() ? nullptr : counted(__libc_calloc(count, size));
-}
-void free(void* memory) noexcept
-{
-    heap.live -= memory ? 1 : 0;
-    __libc_free(memory);
-}
-}
-
-// Pages of tables, and nothing else, are arrays of 256 values. What has found no page stays as it is.
-void* operator new[](size_t size, std::nothrow_t const&) noexcept
-{
-    void* const memory = malloc(size);
-    if (!memory && (size == 256 || size == 512 || size == 1024))
-        ++heap.failedPages;
-    return memory;
-}
-void operator delete[](void* memory) noexcept
-{
-    free(memory);
-}
-void operator delete[](void* memory, size_t) noexcept
-{
-    free(memory);
-}
+#include "tests/support/Heap.h"
 
 namespace {
 
@@ -180,19 +110,16 @@ struct Outcome {
 Outcome withFailure(size_t failing, bool failsOn, std::function<void()> const& run)
 {
     Outcome outcome = {};
-    size_t const before = heap.calls;
-    heap.failedPages = 0;
-    heap.failing = failing;
-    heap.failsOn = failsOn;
+    kx7test::HeapWatch watch;
+    watch.failAt(failing, failsOn);
     try {
         run();
     }
     catch (std::bad_alloc const&) {
         outcome.threw = true;
     }
-    outcome.failed = heap.calls - before >= failing;
-    outcome.failedPages = heap.failedPages;
-    heap.failing = 0;
+    outcome.failed = watch.hasFailed();
+    outcome.failedPages = watch.failedPages();
     return outcome;
 }
 
@@ -209,16 +136,16 @@ TEST(LoadAllocation, WhicheverAllocationOfALoadFailsNothingIsThrownOrLeftBehind)
             for (;; ++failing) {
                 ASSERT_LT(failing, 2000u) << row.name;
                 Made converter(row.make());
-                size_t const liveBefore = heap.live;
+                size_t const liveBefore = kx7test::heap.liveBlocks;
                 Text without = {};
                 Outcome const outcome =
                     withFailure(failing, failsOn, [&] { without = convert(*converter, row.source); });
                 Text const after = convert(*converter, row.source);
                 Text const again = convert(*converter, row.source);
                 EXPECT_FALSE(outcome.threw) << row.name << ", " << failing;
-                EXPECT_GT(heap.live, liveBefore);
+                EXPECT_GT(kx7test::heap.liveBlocks, liveBefore);
                 converter.reset();
-                EXPECT_EQ(heap.live, liveBefore) << row.name << ", " << failing << ": tables leaked";
+                EXPECT_EQ(kx7test::heap.liveBlocks, liveBefore) << row.name << ", " << failing << ": tables leaked";
                 if (!outcome.failed) {
                     EXPECT_TRUE(same(without, expected)) << row.name;
                     break;
@@ -275,7 +202,7 @@ TEST(LoadAllocation, OfACaseTable)
     int incomplete = 0;
     for (size_t failing = 1;; ++failing) {
         ASSERT_LT(failing, 1000u);
-        size_t const before = heap.live;
+        size_t const before = kx7test::heap.liveBlocks;
         Outcome outcome = {};
         {
             KX7UCharTable table(toUpperTable, true);
@@ -291,7 +218,7 @@ TEST(LoadAllocation, OfACaseTable)
             EXPECT_TRUE(complete || outcome.failedPages != 0) << failing;
             incomplete += complete ? 0 : 1;
         }
-        EXPECT_EQ(heap.live, before) << failing;
+        EXPECT_EQ(kx7test::heap.liveBlocks, before) << failing;
         if (!outcome.failed)
             break;
     }
@@ -302,7 +229,7 @@ TEST(LoadAllocation, OfARegistryThatIsAddedTo)
 {
     for (size_t failing = 1;; ++failing) {
         ASSERT_LT(failing, 1000u);
-        size_t const before = heap.live;
+        size_t const before = kx7test::heap.liveBlocks;
         bool done = false;
         {
             CharSetConverterManager registry;
@@ -314,7 +241,7 @@ TEST(LoadAllocation, OfARegistryThatIsAddedTo)
             EXPECT_EQ(registry.getConverter(KX7CS_WCP1252), &g_oConverterWCP1252);
             done = !outcome.failed;
         }
-        EXPECT_EQ(heap.live, before) << failing;
+        EXPECT_EQ(kx7test::heap.liveBlocks, before) << failing;
         if (done)
             break;
     }
@@ -326,7 +253,7 @@ TEST(LoadAllocation, OfANameThatIsEntered)
     std::string const name(300, 'n');  // more than a KX7UString keeps in itself
     for (size_t failing = 1;; ++failing) {
         ASSERT_LT(failing, 1000u);
-        size_t const before = heap.live;
+        size_t const before = kx7test::heap.liveBlocks;
         bool done = false;
         {
             CharSetConverterManager registry;
@@ -344,7 +271,7 @@ TEST(LoadAllocation, OfANameThatIsEntered)
             EXPECT_STREQ(registry.charSetToString(KX7CS_WCP1251), "KX7CS_WCP1251") << failing;
             done = !outcome.failed;
         }
-        EXPECT_EQ(heap.live, before) << failing;
+        EXPECT_EQ(kx7test::heap.liveBlocks, before) << failing;
         if (done) {
             EXPECT_GT(failing, 4u) << "two strings in two maps";
             break;
@@ -475,7 +402,7 @@ TEST(LoadAllocation, OfWholeTextsAndStreams)
                     SCOPED_TRACE(std::string(row.name) + ", " + operation.name + ", " + std::to_string(failing));
                     ASSERT_LT(failing, 2000u);
                     std::string const source = row.source;
-                    size_t const liveBefore = heap.live;
+                    size_t const liveBefore = kx7test::heap.liveBlocks;
                     Made converter(row.make());
                     Result without = {};
                     Outcome const outcome = withFailure(failing, failsOn, [&] { run(without); });
@@ -483,7 +410,7 @@ TEST(LoadAllocation, OfWholeTextsAndStreams)
                     Result after = {};
                     run(after);
                     converter.reset();
-                    EXPECT_EQ(heap.live, liveBefore);
+                    EXPECT_EQ(kx7test::heap.liveBlocks, liveBefore);
                     EXPECT_EQ(source, row.source);
                     EXPECT_TRUE(operation.makesStrings || !outcome.threw);
                     // What is not mapped is an error that is counted, and something stands for it.

@@ -248,7 +248,7 @@ def sections():
         },
         "tests/support/CharSets.h": {"character sets": _test_rows()},
         "tests/support/SingleByteSets.h": {"single-byte sets": _test_single_byte_sets()},
-        "tests/internal/SingleByteLists.h": {"single-byte lists": _test_single_byte_lists()},
+        "tests/support/SingleByteLists.h": {"single-byte lists": _test_single_byte_lists()},
         "docs/charsets/README.md": {"sets without a converter": _without_converter()},
         **{f"docs/charsets/{page}.md": {"sets": _page(page)} for page in pages},
         "samples/README.md": {"samples": _sample_index()},

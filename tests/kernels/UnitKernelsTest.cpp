@@ -8,8 +8,8 @@
 #include "kx7/charset/KX7CharSet.h"
 #include "kx7/text/KX7UChar.h"
 #include "kx7/text/KX7UString.h"
-#include "tests/internal/KernelSets.h"
 #include "tests/support/Guarded.h"
+#include "tests/support/KernelSets.h"
 
 namespace {
 

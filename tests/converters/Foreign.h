@@ -1,6 +1,6 @@
 // kx7text tests - converters that are not the library's own.
-#ifndef KX7_TESTS_INTERNAL_FOREIGN_H
-#define KX7_TESTS_INTERNAL_FOREIGN_H
+#ifndef KX7_TESTS_CONVERTERS_FOREIGN_H
+#define KX7_TESTS_CONVERTERS_FOREIGN_H
 
 #include <algorithm>
 #include <cstring>

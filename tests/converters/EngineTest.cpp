@@ -7,11 +7,11 @@
 
 #include "kx7/converters/Loop.h"
 #include "kx7/tables/MappingLists.h"
-#include "tests/internal/Foreign.h"
-#include "tests/internal/RangeProbe.h"
-#include "tests/internal/SingleByteLists.h"
+#include "tests/converters/Foreign.h"
+#include "tests/converters/RangeProbe.h"
 #include "tests/model/Utf8Model.h"
 #include "tests/support/CharSets.h"
+#include "tests/support/SingleByteLists.h"
 #include "tests/support/Texts.h"
 
 using namespace kx7test;

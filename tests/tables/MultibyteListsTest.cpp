@@ -5,7 +5,7 @@
 #include <set>
 
 #include "kx7/tables/ByteTypeTables.h"
-#include "tests/internal/MultibyteSets.h"
+#include "tests/support/MultibyteSets.h"
 
 using namespace kx7test;
 

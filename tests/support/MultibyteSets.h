@@ -1,6 +1,6 @@
 // kx7text tests - the converters that are neither UTF-8 nor single-byte, each with its model and texts for it.
-#ifndef KX7_TESTS_INTERNAL_MULTIBYTESETS_H
-#define KX7_TESTS_INTERNAL_MULTIBYTESETS_H
+#ifndef KX7_TESTS_SUPPORT_MULTIBYTESETS_H
+#define KX7_TESTS_SUPPORT_MULTIBYTESETS_H
 
 #include <memory>
 #include <string>

@@ -4,7 +4,7 @@
 
 #include <climits>
 
-#include "tests/internal/MultibyteSets.h"
+#include "tests/support/MultibyteSets.h"
 #include "tests/support/Probe.h"
 #include "tests/support/Texts.h"
 

@@ -4,9 +4,9 @@
 
 #include <climits>
 
-#include "tests/internal/MultibyteSets.h"
-#include "tests/internal/RangeProbe.h"
+#include "tests/converters/RangeProbe.h"
 #include "tests/support/ByteOrder.h"
+#include "tests/support/MultibyteSets.h"
 #include "tests/support/Texts.h"
 
 using namespace kx7test;

@@ -12,11 +12,11 @@
 #include "kx7/charset/KX7CharSet.h"
 #include "kx7/convert.h"
 #include "kx7/converters/Engine.h"
-#include "tests/internal/AllSets.h"
-#include "tests/internal/Allocations.h"
-#include "tests/internal/Foreign.h"
-#include "tests/internal/KernelSets.h"
+#include "tests/converters/Foreign.h"
+#include "tests/support/AllSets.h"
+#include "tests/support/Heap.h"
 #include "tests/support/Hex.h"
+#include "tests/support/KernelSets.h"
 
 using namespace kx7test;
 
@@ -119,9 +119,9 @@ testing::AssertionResult isAsApart(Conversion const& c, std::string const& text,
     converted.replace(dest, expected.size(), expected);
     bool const overlap = source < dest + expected.size() && dest < source + whole.size();
 
-    Allocations::Watch watch;
+    HeapWatch watch(HeapWatch::NOTHROW);
     if (!hasMemory)
-        watch.fail(1, 1000);
+        watch.failAt(1, true);
     unsigned int const written = convert(c, buffer.data() + dest, buffer.data() + source, capacity);
     auto const failed = [&](char const* what) {
         return testing::AssertionFailure()
@@ -304,8 +304,8 @@ TEST(Overlap, WithAConverterOfACaller)
     EXPECT_EQ(memcmp(buffer.data(), converted.data(), converted.size()), 0);
     buffer = text;
     buffer.resize(20000);
-    Allocations::Watch watch;
-    watch.fail(1, 1);
+    HeapWatch watch(HeapWatch::NOTHROW);
+    watch.failAt(1);
     EXPECT_EQ(convert(c, buffer.data(), buffer.data(), 20000), 0u);
     EXPECT_EQ(buffer.substr(0, text.size()), text);
 }

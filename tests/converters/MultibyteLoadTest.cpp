@@ -7,9 +7,9 @@
 #include <iterator>
 
 #include "kx7/tables/ByteTypeTables.h"
-#include "tests/internal/Allocations.h"
-#include "tests/internal/MultibyteSets.h"
 #include "tests/support/Guarded.h"
+#include "tests/support/Heap.h"
+#include "tests/support/MultibyteSets.h"
 #include "tests/support/Probe.h"
 
 using namespace kx7test;
@@ -130,12 +130,12 @@ void expectComplete(Maker const& maker, KX7CharSetConverter& converter)
 TEST(MultibyteLoading, HappensOnceAndIsUndone)
 {
     for (Maker const& maker : makers()) {
-        Allocations::Watch const watch;
+        HeapWatch const watch(HeapWatch::NOTHROW);
         {
             Loadable const converter = maker.make();
             EXPECT_EQ(watch.made(), 0u) << maker.name << ": nothing before the first conversion";
             maker.load(*converter);
-            unsigned int const made = watch.made();
+            size_t const made = watch.made();
             EXPECT_GT(made, 2u) << maker.name;
             maker.load(*converter);
             expectComplete(maker, *converter);
@@ -165,19 +165,19 @@ TEST(MultibyteLoading, AnyOperationThatNeedsTablesLoadsThem)
 TEST(MultibyteLoading, EachFailingAllocationLeavesCodesUnmappedAndNoLockHeld)
 {
     for (Maker const& maker : makers()) {
-        unsigned int all = 0;
+        size_t all = 0;
         {
-            Allocations::Watch const watch;
+            HeapWatch const watch(HeapWatch::NOTHROW);
             Loadable const converter = maker.make();
             maker.load(*converter);
             all = watch.made();
         }
-        for (unsigned int k = 1; k <= all; ++k) {
+        for (size_t k = 1; k <= all; ++k) {
             SCOPED_TRACE(std::string(maker.name) + ", allocation " + std::to_string(k));
             Loadable const converter = maker.make();
             {
-                Allocations::Watch watch;
-                watch.fail(k, k);
+                HeapWatch watch(HeapWatch::NOTHROW);
+                watch.failAt(k);
                 maker.load(*converter);
             }
             // Whatever is missing is unmapped; what is there is right.
@@ -198,8 +198,8 @@ TEST(MultibyteLoading, WithoutAnyMemoryNothingIsMappedAndTheNextConversionLoads)
         SCOPED_TRACE(maker.name);
         Loadable const converter = maker.make();
         {
-            Allocations::Watch watch;
-            watch.fail(1, UINT_MAX);
+            HeapWatch watch(HeapWatch::NOTHROW);
+            watch.failAt(1, true);
             Units const units = decoded(*converter, maker.bytes.substr(maker.bytes[0] == 'A' ? 1 : 0, 2));
             EXPECT_EQ(units[0], u'\uFFFD');
             EXPECT_EQ(encoded(*converter, Units(1, 0x3042)), "?");
@@ -217,8 +217,8 @@ TEST(MultibyteLoading, MissingTableIsTriedAgainByTheNextConversion)
             SCOPED_TRACE(maker.name);
             Loadable const converter = maker.make();
             {
-                Allocations::Watch watch;
-                watch.fail(k, k);
+                HeapWatch watch(HeapWatch::NOTHROW);
+                watch.failAt(k);
                 maker.load(*converter);
             }
             expectComplete(maker, *converter);
@@ -244,9 +244,9 @@ TEST(MultibyteLoading, ListsAreReadNoFurtherThanTheirEnd)
              std::initializer_list<KX7CharSetConverter*>{&dbcs, &dbcsEx, &eucKr, &eucJp, &gb}) {
             Maker const& maker = makers()[i++];
             {
-                Allocations::Watch watch;
+                HeapWatch watch(HeapWatch::NOTHROW);
                 if (failing != 0)
-                    watch.fail(failing, failing);
+                    watch.failAt(failing);
                 maker.load(*converter);
             }
             expectComplete(maker, *converter);

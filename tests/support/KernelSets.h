@@ -1,6 +1,6 @@
 // kx7text tests - the sets of kernels that this machine has.
-#ifndef KX7_TESTS_INTERNAL_KERNELSETS_H
-#define KX7_TESTS_INTERNAL_KERNELSETS_H
+#ifndef KX7_TESTS_SUPPORT_KERNELSETS_H
+#define KX7_TESTS_SUPPORT_KERNELSETS_H
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "kx7/converters/Engine.h"
-#include "tests/internal/Foreign.h"
+#include "tests/converters/Foreign.h"
 #include "tests/model/Utf8Model.h"
 #include "tests/support/Hex.h"
 #include "tests/support/HugeText.h"

@@ -8,11 +8,11 @@
 
 #include "kx7/charset/KX7CharSet.h"
 #include "kx7/converters/Engine.h"
-#include "tests/internal/AllSets.h"
-#include "tests/internal/KernelSets.h"
 #include "tests/support/AddressSpace.h"
+#include "tests/support/AllSets.h"
 #include "tests/support/CharSets.h"
 #include "tests/support/Hex.h"
+#include "tests/support/KernelSets.h"
 
 using namespace kx7test;
 

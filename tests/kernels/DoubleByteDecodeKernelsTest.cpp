@@ -12,9 +12,9 @@
 #include "kx7/converters/KX7CharSetConverterEUC_CN_KR.h"
 #include "kx7/converters/KX7CharSetConverterEUC_JP.h"
 #include "kx7/tables/ByteTypeTables.h"
-#include "tests/internal/KernelBench.h"
-#include "tests/internal/MultibyteSets.h"
+#include "tests/kernels/KernelComparison.h"
 #include "tests/support/Hex.h"
+#include "tests/support/MultibyteSets.h"
 
 using namespace kx7test;
 
@@ -169,13 +169,13 @@ std::vector<std::string> fillersOf(Subject const& subject)
     return fillers;
 }
 
-void expectPatternAlike(Subject const& subject, Bench& bench, Among<std::string> const& among, size_t position,
+void expectPatternAlike(Subject const& subject, GuardedCalls& calls, Among<std::string> const& among, size_t position,
                         std::string const& pattern)
 {
     std::string const text = among(position, pattern, 150);
     auto const what = [&] { return subject.name + ", " + hex(pattern) + " at " + std::to_string(position); };
-    expectAlike(what, [&] { return bench.decode(text, text.size(), Bench::NOWHERE); });
-    expectAlike(what, [&] { return bench.countUnits(text); });
+    expectAlike(what, [&] { return calls.decode(text, text.size(), GuardedCalls::AT_END); });
+    expectAlike(what, [&] { return calls.countUnits(text); });
 }
 
 /** The places around edges: where a sequence that the edge cuts begins, and the first after it. */
@@ -215,18 +215,18 @@ TEST_F(DoubleByteDecodeKernels, EveryLengthAtEveryAlignment)
     // Counting takes every eighth alignment in turn: its kernels share how they load text, and ask for no address.
     std::mt19937 random(31);
     for (Subject const& subject : subjects()) {
-        Bench bench(*subject.converter);
+        GuardedCalls calls(*subject.converter);
         for (size_t length = 0; length <= 300; ++length) {
             std::string const bytes =
                 randomBytes(subject, random, length, MIXES[length % std::size(MIXES)]).substr(0, length);
             for (size_t shift = 0; shift <= 64; ++shift) {
-                size_t const at = shift == 64 ? Bench::NOWHERE : shift;
+                size_t const at = shift == 64 ? GuardedCalls::AT_END : shift;
                 auto const what = [&] {
                     return subject.name + ", " + std::to_string(length) + " at " + std::to_string(shift);
                 };
-                expectAlike(what, [&] { return bench.decode(bytes, bytes.size(), at); });
+                expectAlike(what, [&] { return calls.decode(bytes, bytes.size(), at); });
                 if (shift == 64 || shift % 8 == length % 8)
-                    expectAlike(what, [&] { return bench.countUnits(bytes, at); });
+                    expectAlike(what, [&] { return calls.countUnits(bytes, at); });
                 if (HasFatalFailure())
                     return;
             }
@@ -241,13 +241,13 @@ TEST_F(DoubleByteDecodeKernels, EveryPairAtABlockEdge)
     // the text.
     std::vector<size_t> const places = placesAround({16, 64, 80, 144, 272});
     for (Subject const& subject : subjects()) {
-        Bench bench(*subject.converter);
+        GuardedCalls calls(*subject.converter);
         std::vector<std::string> const fillers = fillersOf(subject);
         std::vector<unsigned char> const kinds = kindsOf(subject);
         for (size_t n = 0; n < fillers.size(); ++n) {
             Among<std::string> const among(fillers[n]);
             for (size_t pair = n; pair < 0x10000; pair += fillers.size()) {
-                expectPatternAlike(subject, bench, among, 76 + pair % 8,
+                expectPatternAlike(subject, calls, among, 76 + pair % 8,
                                    {static_cast<char>(pair >> 8), static_cast<char>(pair & 0xFF)});
                 if (HasFatalFailure())
                     return;
@@ -255,7 +255,7 @@ TEST_F(DoubleByteDecodeKernels, EveryPairAtABlockEdge)
             for (size_t const position : places)
                 for (unsigned char const a : kinds)
                     for (unsigned char const b : kinds) {
-                        expectPatternAlike(subject, bench, among, position,
+                        expectPatternAlike(subject, calls, among, position,
                                            {static_cast<char>(a), static_cast<char>(b)});
                         if (HasFatalFailure())
                             return;
@@ -274,7 +274,7 @@ TEST_F(DoubleByteDecodeKernels, EveryThreeByteSequenceOfEucJpAtABlockEdge)
         if (!dynamic_cast<KX7CharSetConverterEUC_JP*>(subject.converter))
             continue;
         ++checked;
-        Bench bench(*subject.converter);
+        GuardedCalls calls(*subject.converter);
         std::vector<std::string> const fillers = fillersOf(subject);
         std::vector<unsigned char> const kinds = kindsOf(subject);
         auto const sequence = [](size_t b, size_t c) {
@@ -284,14 +284,14 @@ TEST_F(DoubleByteDecodeKernels, EveryThreeByteSequenceOfEucJpAtABlockEdge)
             Among<std::string> const among(fillers[n]);
             bool const isOdd = subject.name != "EUC-JP";
             for (size_t pair = n; pair < 0x10000 && !isOdd; pair += fillers.size()) {
-                expectPatternAlike(subject, bench, among, 75 + pair % 8, sequence(pair >> 8, pair & 0xFF));
+                expectPatternAlike(subject, calls, among, 75 + pair % 8, sequence(pair >> 8, pair & 0xFF));
                 if (HasFatalFailure())
                     return;
             }
             for (size_t const position : places)
                 for (unsigned char const b : kinds)
                     for (unsigned char const c : kinds) {
-                        expectPatternAlike(subject, bench, among, position, sequence(b, c));
+                        expectPatternAlike(subject, calls, among, position, sequence(b, c));
                         if (HasFatalFailure())
                             return;
                     }
@@ -304,7 +304,7 @@ TEST_F(DoubleByteDecodeKernels, BrokenText)
 {
     std::mt19937 random(32);
     for (Subject const& subject : subjects()) {
-        Bench bench(*subject.converter);
+        GuardedCalls calls(*subject.converter);
         kx7::Engine const& engine = *kx7::engineOf(*subject.converter);
         for (Mix const& mix : MIXES) {
             for (unsigned int const brokenInAThousand : {0U, 1U, 10U, 100U}) {
@@ -315,7 +315,7 @@ TEST_F(DoubleByteDecodeKernels, BrokenText)
                             byte = static_cast<char>(1 + random() % 255);
                     for (ILLCHAR_OPTYPE const op : {ILLCHAR_STOP, ILLCHAR_REPLACE, ILLCHAR_ESCAPE})
                         expectAlike(subject.name, [&] {
-                            return bench.decodeText(bytes, static_cast<unsigned int>(bytes.size()), op);
+                            return calls.decodeText(bytes, static_cast<unsigned int>(bytes.size()), op);
                         });
                     expectAlike(subject.name + " strictly", [&] {
                         std::vector<unsigned short> units(bytes.size());
@@ -329,7 +329,7 @@ TEST_F(DoubleByteDecodeKernels, BrokenText)
                                        {reinterpret_cast<char const*>(units.data()), p.written * 2}};
                     });
                     for (unsigned int const limit : {UINT_MAX, 5000U})
-                        expectAlike(subject.name + ", units", [&] { return bench.countTerminated(bytes, limit); });
+                        expectAlike(subject.name + ", units", [&] { return calls.countTerminated(bytes, limit); });
                     if (HasFatalFailure())
                         return;
                 }
@@ -350,17 +350,17 @@ TEST_F(DoubleByteDecodeKernels, BytesThatOverlap)
                                  "\x81\xA1\x7F\x80\xFF\x40\x39"};
     std::mt19937 random(35);
     for (Subject const& subject : subjects()) {
-        Bench bench(*subject.converter);
+        GuardedCalls calls(*subject.converter);
         for (std::string const& kind : KINDS) {
             for (int round = 0; round < 400; ++round) {
                 std::string bytes;
                 for (size_t length = 60 + random() % 200; bytes.size() < length;)
                     bytes += kind[random() % kind.size()];
                 size_t const capacity = round % 3 == 0 ? random() % bytes.size() : bytes.size();
-                expectAlike(subject.name, [&] { return bench.decode(bytes, capacity, Bench::NOWHERE); });
-                expectAlike(subject.name + ", units", [&] { return bench.countUnits(bytes); });
+                expectAlike(subject.name, [&] { return calls.decode(bytes, capacity, GuardedCalls::AT_END); });
+                expectAlike(subject.name + ", units", [&] { return calls.countUnits(bytes); });
                 expectAlike(subject.name + ", as text", [&] {
-                    return bench.decodeText(bytes.c_str(), static_cast<unsigned int>(capacity), ILLCHAR_REPLACE);
+                    return calls.decodeText(bytes.c_str(), static_cast<unsigned int>(capacity), ILLCHAR_REPLACE);
                 });
                 if (HasFatalFailure())
                     return;
@@ -409,14 +409,15 @@ TEST_F(DoubleByteDecodeKernels, EveryFourByteCode)
         if (subject.name == "GB 18030")
             gb18030 = &subject;
     ASSERT_NE(gb18030, nullptr);
-    Bench bench(*gb18030->converter);
+    GuardedCalls calls(*gb18030->converter);
     std::string const hangul = fourBytes(30000) + fourBytes(30001) + ' ';
     auto const check = [&](unsigned int place) {
         std::string text = hangul + hangul + fourBytes(place) + fourBytes(place) + ' ' + fourBytes(place);
         while (text.size() < 140)
             text += hangul;
-        expectAlike("four bytes " + std::to_string(place), [&] { return bench.decode(text, 200, Bench::NOWHERE); });
-        expectAlike("units of " + std::to_string(place), [&] { return bench.countUnits(text); });
+        expectAlike("four bytes " + std::to_string(place),
+                    [&] { return calls.decode(text, 200, GuardedCalls::AT_END); });
+        expectAlike("units of " + std::to_string(place), [&] { return calls.countUnits(text); });
     };
     for (unsigned int place = 0; place < 1587600 && !HasFatalFailure(); place += place < 40000 ? 1 : 37)
         check(place);
@@ -429,14 +430,14 @@ TEST_F(DoubleByteDecodeKernels, EveryCapacityAndEveryLimit)
 {
     std::mt19937 random(33);
     for (Subject const& subject : subjects()) {
-        Bench bench(*subject.converter);
+        GuardedCalls calls(*subject.converter);
         for (Mix const& mix : MIXES) {
             std::string const bytes = randomBytes(subject, random, 260, mix);
             for (size_t capacity = 0; capacity <= 270; ++capacity) {
                 expectAlike(subject.name + ", capacity " + std::to_string(capacity),
-                            [&] { return bench.decode(bytes, capacity, Bench::NOWHERE); });
+                            [&] { return calls.decode(bytes, capacity, GuardedCalls::AT_END); });
                 expectAlike(subject.name + ", capacity " + std::to_string(capacity), [&] {
-                    return bench.decodeText(bytes, static_cast<unsigned int>(capacity), ILLCHAR_REPLACE);
+                    return calls.decodeText(bytes, static_cast<unsigned int>(capacity), ILLCHAR_REPLACE);
                 });
                 expectAlike(subject.name + ", limit " + std::to_string(capacity), [&] {
                     std::vector<unsigned short> units(bytes.size() + 1);

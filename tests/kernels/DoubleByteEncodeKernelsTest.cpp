@@ -15,9 +15,9 @@
 #include "kx7/converters/KX7CharSetConverterEUC_JP.h"
 #include "kx7/converters/KX7CharSetConverterGB18030.h"
 #include "kx7/kernels/Kernels.h"
-#include "tests/internal/KernelBench.h"
-#include "tests/internal/MultibyteSets.h"
+#include "tests/kernels/KernelComparison.h"
 #include "tests/support/Guarded.h"
+#include "tests/support/MultibyteSets.h"
 
 using namespace kx7test;
 using kx7::InstructionSet;
@@ -120,16 +120,16 @@ TEST_F(DoubleByteEncodeKernels, EveryLengthAtEveryAlignment)
     // Counting takes every eighth alignment in turn, as that of bytes does.
     std::mt19937 random(21);
     for (Subject const& subject : subjects()) {
-        Bench bench(*subject.converter);
+        GuardedCalls calls(*subject.converter);
         for (size_t length = 0; length <= 300; ++length) {
             std::u16string const units = randomText(subject, random, length, MIXES[length % 8]).substr(0, length);
             std::string const what = subject.name + ", " + std::to_string(length) + " units";
             for (size_t shift = 0; shift <= 64; ++shift) {
-                size_t const at = shift == 64 ? Bench::NOWHERE : shift;
+                size_t const at = shift == 64 ? GuardedCalls::AT_END : shift;
                 auto const whatAt = [&] { return what + " at " + std::to_string(shift); };
-                expectAlike(whatAt, [&] { return bench.encode(units, units.size() * 4, at); });
+                expectAlike(whatAt, [&] { return calls.encode(units, units.size() * 4, at); });
                 if (shift == 64 || shift % 8 == length % 8)
-                    expectAlike(whatAt, [&] { return bench.countBytes(units, at); });
+                    expectAlike(whatAt, [&] { return calls.countBytes(units, at); });
             }
             if (HasFatalFailure())
                 return;
@@ -149,7 +149,7 @@ TEST_F(DoubleByteEncodeKernels, EveryPatternAtEveryPositionOfABlockEdge)
             positions.push_back(position);
     positions.insert(positions.end(), {0, 1, 2, 3});
     for (Subject const& subject : subjects()) {
-        Bench bench(*subject.converter);
+        GuardedCalls calls(*subject.converter);
         for (size_t length = 1; length <= 4; ++length) {
             if (subject.byLength[length].empty())
                 continue;
@@ -160,8 +160,8 @@ TEST_F(DoubleByteEncodeKernels, EveryPatternAtEveryPositionOfABlockEdge)
                 for (char16_t const a : units)
                     for (char16_t const b : units) {
                         std::u16string const text = among(position, {a, b}, 70);
-                        expectAlike(what, [&] { return bench.encode(text, text.size() * 4, Bench::NOWHERE); });
-                        expectAlike(what, [&] { return bench.countBytes(text); });
+                        expectAlike(what, [&] { return calls.encode(text, text.size() * 4, GuardedCalls::AT_END); });
+                        expectAlike(what, [&] { return calls.countBytes(text); });
                     }
                 if (HasFatalFailure())
                     return;
@@ -174,7 +174,7 @@ TEST_F(DoubleByteEncodeKernels, BrokenText)
 {
     std::mt19937 random(22);
     for (Subject const& subject : subjects()) {
-        Bench bench(*subject.converter);
+        GuardedCalls calls(*subject.converter);
         for (auto const& mix : MIXES) {
             for (unsigned int const brokenInAThousand : {0U, 1U, 10U, 100U}) {
                 std::u16string units = randomText(subject, random, 3000 + random() % 2000, mix);
@@ -183,8 +183,8 @@ TEST_F(DoubleByteEncodeKernels, BrokenText)
                         unit = static_cast<char16_t>(1 + random() % 0xFFFF);
                 auto const capacity = static_cast<unsigned int>(units.size() * 6);
                 for (ILLCHAR_OPTYPE const op : {ILLCHAR_STOP, ILLCHAR_REPLACE, ILLCHAR_ESCAPE})
-                    expectAlike(subject.name + ", broken", [&] { return bench.encodeText(units, capacity, op); });
-                expectAlike(subject.name + ", broken and counted", [&] { return bench.countBytes(units); });
+                    expectAlike(subject.name + ", broken", [&] { return calls.encodeText(units, capacity, op); });
+                expectAlike(subject.name + ", broken and counted", [&] { return calls.countBytes(units); });
                 if (HasFatalFailure())
                     return;
             }
@@ -196,14 +196,14 @@ TEST_F(DoubleByteEncodeKernels, EveryCapacityAroundABlockEdge)
 {
     std::mt19937 random(23);
     for (Subject const& subject : subjects()) {
-        Bench bench(*subject.converter);
+        GuardedCalls calls(*subject.converter);
         for (auto const& mix : MIXES) {
             std::u16string const units = randomText(subject, random, 130, mix);
             for (size_t capacity = 0; capacity <= 300; ++capacity) {
                 std::string const what = subject.name + ", capacity " + std::to_string(capacity);
-                expectAlike(what, [&] { return bench.encode(units, capacity, Bench::NOWHERE); });
+                expectAlike(what, [&] { return calls.encode(units, capacity, GuardedCalls::AT_END); });
                 for (ILLCHAR_OPTYPE const op : {ILLCHAR_STOP, ILLCHAR_REPLACE, ILLCHAR_ESCAPE})
-                    expectAlike(what, [&] { return bench.encodeText(units, static_cast<unsigned int>(capacity), op); });
+                    expectAlike(what, [&] { return calls.encodeText(units, static_cast<unsigned int>(capacity), op); });
                 if (HasFatalFailure())
                     return;
             }
@@ -243,11 +243,11 @@ TEST_F(DoubleByteEncodeKernels, EveryCharacter)
                     texts.emplace_back();
                 texts.back() += character;
             }
-        Bench bench(*subject.converter);
+        GuardedCalls calls(*subject.converter);
         for (std::u16string const& text : texts) {
             auto const capacity = static_cast<unsigned int>(text.size() * 4);
-            expectAlike(subject.name, [&] { return bench.encodeText(text, capacity, ILLCHAR_REPLACE); });
-            expectAlike(subject.name, [&] { return bench.countBytes(text); });
+            expectAlike(subject.name, [&] { return calls.encodeText(text, capacity, ILLCHAR_REPLACE); });
+            expectAlike(subject.name, [&] { return calls.countBytes(text); });
             if (HasFatalFailure())
                 return;
         }
@@ -256,14 +256,14 @@ TEST_F(DoubleByteEncodeKernels, EveryCharacter)
 
 TEST_F(DoubleByteEncodeKernels, EverySupplementaryCharacterOfGB18030)
 {
-    Bench bench(g_oConverterGB18030);
+    GuardedCalls calls(g_oConverterGB18030);
     for (unsigned int first = 0x10000; first <= 0x10FFFF; first += 0x1000) {
         std::u16string text;
         for (unsigned int c = first; c < first + 0x1000; ++c) {
             text += static_cast<char16_t>(kx7::highSurrogateOf(c));
             text += static_cast<char16_t>(kx7::lowSurrogateOf(c));
         }
-        expectAlike(std::to_string(first), [&] { return bench.encode(text, 0x4000, Bench::NOWHERE); });
+        expectAlike(std::to_string(first), [&] { return calls.encode(text, 0x4000, GuardedCalls::AT_END); });
         if (HasFatalFailure())
             return;
     }

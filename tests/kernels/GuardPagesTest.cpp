@@ -5,10 +5,10 @@
 #include <climits>
 
 #include "kx7/converters/Engine.h"
-#include "tests/internal/AllSets.h"
-#include "tests/internal/KernelSets.h"
+#include "tests/support/AllSets.h"
 #include "tests/support/Calls.h"
 #include "tests/support/Hex.h"
+#include "tests/support/KernelSets.h"
 #include "tests/support/Memory.h"
 
 using namespace kx7test;

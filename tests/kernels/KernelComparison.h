@@ -1,6 +1,6 @@
-// kx7text tests - runs one conversion with every set of kernels and compares them with the plain steps.
-#ifndef KX7_TESTS_INTERNAL_KERNELBENCH_H
-#define KX7_TESTS_INTERNAL_KERNELBENCH_H
+// kx7text tests - runs one conversion with the kernels of every instruction set and compares them with the plain code.
+#ifndef KX7_TESTS_KERNELS_KERNELCOMPARISON_H
+#define KX7_TESTS_KERNELS_KERNELCOMPARISON_H
 
 #include <gtest/gtest.h>
 
@@ -12,8 +12,8 @@
 #include "kx7/charset/Converters.h"
 #include "kx7/converters/Engine.h"
 #include "kx7/kernels/Kernels.h"
-#include "tests/internal/KernelSets.h"
 #include "tests/support/Guarded.h"
+#include "tests/support/KernelSets.h"
 
 namespace kx7test {
 
@@ -41,12 +41,12 @@ inline std::string show(Outcome const& o)
 }
 
 /**
- * Memory for one source and one destination, both ended by unreadable pages; texts are laid so that they end there, or
- * begin `shift` units into the page.
+ * The operations of one converter, its source and destination in memory that ends at unreadable pages. The source ends
+ * there (AT_END), or begins `shift` of its units into the memory; the destination always ends there.
  */
-class Bench {
+class GuardedCalls {
 public:
-    explicit Bench(KX7CharSetConverter& converter)
+    explicit GuardedCalls(KX7CharSetConverter& converter)
         : m_converter(converter), m_engine(*kx7::engineOf(converter)), m_source(CAPACITY), m_dest(CAPACITY)
     {
     }
@@ -74,7 +74,7 @@ public:
     }
 
     /** getNumUnits of bytes: by their count, and by a zero byte before a larger count. */
-    Outcome countUnits(std::string const& bytes, size_t shift = NOWHERE)
+    Outcome countUnits(std::string const& bytes, size_t shift = AT_END)
     {
         unsigned char* source = place(m_source, bytes.size(), shift);
         memcpy(source, bytes.data(), bytes.size());
@@ -89,9 +89,9 @@ public:
     }
 
     /** getNumBytes of units: by their count, and by a 0 unit. */
-    Outcome countBytes(std::u16string const& units, size_t shift = NOWHERE)
+    Outcome countBytes(std::u16string const& units, size_t shift = AT_END)
     {
-        size_t const bytesOfShift = shift == NOWHERE ? NOWHERE : shift * 2;
+        size_t const bytesOfShift = shift == AT_END ? AT_END : shift * 2;
         unsigned char* source = place(m_source, units.size() * 2, bytesOfShift);
         memcpy(source, units.data(), units.size() * 2);
         unsigned int const counted = m_converter.getNumBytes(reinterpret_cast<unsigned short const*>(source),
@@ -105,7 +105,7 @@ public:
 
     Outcome encode(std::u16string const& units, size_t capacity, size_t shift)
     {
-        unsigned char* const source = place(m_source, units.size() * 2, shift == NOWHERE ? NOWHERE : shift * 2);
+        unsigned char* const source = place(m_source, units.size() * 2, shift == AT_END ? AT_END : shift * 2);
         memcpy(source, units.data(), units.size() * 2);
         auto const* const begin = reinterpret_cast<unsigned short const*>(source);
         unsigned char* const dest = m_dest.data() + CAPACITY - capacity;
@@ -118,16 +118,16 @@ public:
     /** getNumUnits of zero-terminated bytes, which may end within a character; `limit` may be more than there are. */
     Outcome countTerminated(std::string const& bytes, unsigned int limit)
     {
-        unsigned char* const source = place(m_source, bytes.size() + 1, NOWHERE);
+        unsigned char* const source = place(m_source, bytes.size() + 1, AT_END);
         memcpy(source, bytes.c_str(), bytes.size() + 1);
         return {0, m_converter.getNumUnits(source, limit), {}, 0, {}};
     }
 
     /** Zero-terminated text against the page; the terminator is the last thing that can be read. */
-    Outcome encodeText(std::u16string const& units, unsigned int capacity, ILLCHAR_OPTYPE op, size_t shift = NOWHERE)
+    Outcome encodeText(std::u16string const& units, unsigned int capacity, ILLCHAR_OPTYPE op, size_t shift = AT_END)
     {
         size_t const size = units.size() * 2 + 2;
-        unsigned char* const source = place(m_source, size, shift == NOWHERE ? NOWHERE : shift * 2);
+        unsigned char* const source = place(m_source, size, shift == AT_END ? AT_END : shift * 2);
         memcpy(source, units.c_str(), size);
         unsigned char* const dest = m_dest.data() + CAPACITY - capacity - 1 - units.size();
         memset(dest, CANARY, capacity + 1 + units.size());
@@ -137,7 +137,7 @@ public:
         return {flag, n, {}, 0, {reinterpret_cast<char const*>(dest), n + 1}};
     }
 
-    Outcome decodeText(std::string const& bytes, unsigned int capacity, ILLCHAR_OPTYPE op, size_t shift = NOWHERE)
+    Outcome decodeText(std::string const& bytes, unsigned int capacity, ILLCHAR_OPTYPE op, size_t shift = AT_END)
     {
         unsigned char* const source = place(m_source, bytes.size() + 1, shift);
         memcpy(source, bytes.c_str(), bytes.size() + 1);
@@ -149,18 +149,18 @@ public:
     }
 
     /** Zero-terminated text from UTF-8 to the converter's set, or back, in the two steps or at once. */
-    Outcome fromUTF8(std::string const& bytes, unsigned int capacity, size_t shift = NOWHERE,
+    Outcome fromUTF8(std::string const& bytes, unsigned int capacity, size_t shift = AT_END,
                      kx7::Transit transit = {false, ILLCHAR_REPLACE})
     {
         return through(g_oConverterUTF8, m_converter, bytes, capacity, shift, transit);
     }
-    Outcome toUTF8(std::string const& bytes, unsigned int capacity, size_t shift = NOWHERE,
+    Outcome toUTF8(std::string const& bytes, unsigned int capacity, size_t shift = AT_END,
                    kx7::Transit transit = {false, ILLCHAR_REPLACE})
     {
         return through(m_converter, g_oConverterUTF8, bytes, capacity, shift, transit);
     }
 
-    static constexpr size_t NOWHERE = SIZE_MAX;
+    static constexpr size_t AT_END = SIZE_MAX;  ///< a shift: the source ends at the page
 
 private:
     Outcome through(KX7CharSetConverter& from, KX7CharSetConverter& to, std::string const& bytes, unsigned int capacity,
@@ -188,7 +188,7 @@ private:
 
     static unsigned char* place(Guarded<unsigned char>& memory, size_t size, size_t shift)
     {
-        return shift == NOWHERE ? memory.data() + CAPACITY - size : memory.data() + shift;
+        return shift == AT_END ? memory.data() + CAPACITY - size : memory.data() + shift;
     }
 
     KX7CharSetConverter& m_converter;
@@ -224,7 +224,7 @@ private:
 };
 
 /**
- * Runs `call` with every set and compares with the plain steps.
+ * Runs `call` with every instruction set and compares with the plain code.
  * @param what a text, or a function that makes it where it is needed
  */
 template <class What, class Call>

@@ -3,7 +3,7 @@
 
 #include <set>
 
-#include "tests/internal/SingleByteLists.h"
+#include "tests/support/SingleByteLists.h"
 
 using namespace kx7test;
 

@@ -2,10 +2,10 @@
 #include <gtest/gtest.h>
 
 #include "kx7/converters/KX7CharSetConverterSBCS.h"
-#include "tests/internal/SingleByteLists.h"
 #include "tests/support/Guarded.h"
 #include "tests/support/Probe.h"
 #include "tests/support/SampleSingleByte.h"
+#include "tests/support/SingleByteLists.h"
 #include "tests/support/Texts.h"
 
 using namespace kx7test;

@@ -9,8 +9,8 @@
 #include "kx7/converters/Engine.h"
 #include "kx7/kernels/ShortText.h"
 #include "kx7/text/KX7UString.h"
-#include "tests/internal/AllSets.h"
-#include "tests/internal/KernelSets.h"
+#include "tests/support/AllSets.h"
+#include "tests/support/KernelSets.h"
 
 using namespace kx7test;
 

@@ -4,10 +4,10 @@
 #include <gtest/gtest.h>
 
 #include "kx7/converters/Engine.h"
-#include "tests/internal/AllSets.h"
-#include "tests/internal/KernelSets.h"
 #include "tests/support/AddressSpace.h"
+#include "tests/support/AllSets.h"
 #include "tests/support/Hex.h"
+#include "tests/support/KernelSets.h"
 #include "tests/support/Rounds.h"
 
 using namespace kx7test;

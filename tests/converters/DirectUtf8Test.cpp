@@ -9,10 +9,10 @@
 #include "kx7/charset/KX7CharSet.h"
 #include "kx7/convert.h"
 #include "kx7/converters/Engine.h"
-#include "tests/internal/AllSets.h"
-#include "tests/internal/KernelSets.h"
+#include "tests/support/AllSets.h"
 #include "tests/support/CharSets.h"
 #include "tests/support/Hex.h"
+#include "tests/support/KernelSets.h"
 #include "tests/support/Memory.h"
 
 using namespace kx7test;

@@ -1,6 +1,6 @@
 // kx7text tests - runs an engine's operations on ranges in watched memory.
-#ifndef KX7_TESTS_INTERNAL_RANGEPROBE_H
-#define KX7_TESTS_INTERNAL_RANGEPROBE_H
+#ifndef KX7_TESTS_CONVERTERS_RANGEPROBE_H
+#define KX7_TESTS_CONVERTERS_RANGEPROBE_H
 
 #include <gtest/gtest.h>
 

@@ -10,7 +10,7 @@
 #include "kx7/base/Utf16.h"
 #include "kx7/charset/Converters.h"
 #include "kx7/charset/KX7CharSet.h"
-#include "tests/internal/KernelBench.h"
+#include "tests/kernels/KernelComparison.h"
 #include "tests/support/Guarded.h"
 #include "tests/support/SingleByteSets.h"
 
@@ -18,10 +18,10 @@ namespace {
 
 using kx7::InstructionSet;
 using kx7test::Among;
-using kx7test::Bench;
 using kx7test::CANARY;
 using kx7test::expectAlike;
 using kx7test::Guarded;
+using kx7test::GuardedCalls;
 using kx7test::nameOf;
 using kx7test::Outcome;
 using kx7test::sets;
@@ -122,7 +122,7 @@ TEST_F(Kernels, EveryLengthAtEveryAlignment)
 {
     std::mt19937 random(11);
     for (KX7CharSetConverter* const converter : CONVERTERS) {
-        Bench bench(*converter);
+        GuardedCalls calls(*converter);
         for (size_t length = 0; length <= 300; ++length) {
             std::u16string units;
             std::string bytes;
@@ -135,13 +135,13 @@ TEST_F(Kernels, EveryLengthAtEveryAlignment)
                     units = randomUnits(random, length, mix);
                     bytes = utf8Of(units).substr(0, length);
                 }
-                size_t const at = shift == 64 ? Bench::NOWHERE : shift;
+                size_t const at = shift == 64 ? GuardedCalls::AT_END : shift;
                 auto const what = [&] { return name + ", " + std::to_string(length) + " at " + std::to_string(shift); };
-                expectAlike(what, [&] { return bench.decode(bytes, bytes.size(), at); });
-                expectAlike(what, [&] { return bench.encode(units, units.size() * 3, at); });
-                expectAlike(what, [&] { return bench.decodeStrict(bytes, bytes.size(), at); });
-                expectAlike(what, [&] { return bench.countUnits(bytes, at); });
-                expectAlike(what, [&] { return bench.countBytes(units, at); });
+                expectAlike(what, [&] { return calls.decode(bytes, bytes.size(), at); });
+                expectAlike(what, [&] { return calls.encode(units, units.size() * 3, at); });
+                expectAlike(what, [&] { return calls.decodeStrict(bytes, bytes.size(), at); });
+                expectAlike(what, [&] { return calls.countUnits(bytes, at); });
+                expectAlike(what, [&] { return calls.countBytes(units, at); });
                 if (HasFatalFailure())
                     return;
             }
@@ -161,26 +161,26 @@ TEST_F(Kernels, EveryLengthOfTerminatedTextAtEveryAlignment)
 {
     std::mt19937 random(15);
     for (KX7CharSetConverter* const converter : CONVERTERS) {
-        Bench bench(*converter);
+        GuardedCalls calls(*converter);
         for (size_t length = 0; length <= 300; ++length) {
             std::u16string const units = randomUnits(random, length, randomMix(random));
             auto const capacity = static_cast<unsigned int>(units.size() * 4);
-            std::string bytes = bench.encodeText(units, capacity, ILLCHAR_REPLACE).text;
+            std::string bytes = calls.encodeText(units, capacity, ILLCHAR_REPLACE).text;
             bytes.pop_back();
             // What the set maps comes back, whichever kernels convert it.
-            Outcome const decoded = bench.decodeText(bytes, capacity, ILLCHAR_REPLACE);
+            Outcome const decoded = calls.decodeText(bytes, capacity, ILLCHAR_REPLACE);
             std::u16string expected = units;
             for (char16_t& unit : expected)
                 if (converter != &g_oConverterUTF8 &&
-                    bench.encodeText(std::u16string(1, unit), 1, ILLCHAR_STOP).written == 0)
+                    calls.encodeText(std::u16string(1, unit), 1, ILLCHAR_STOP).written == 0)
                     unit = u'?';
             ASSERT_EQ(unitsOf(decoded), expected);
             for (size_t shift = 0; shift <= 64; ++shift) {
-                size_t const at = shift == 64 ? Bench::NOWHERE : shift;
+                size_t const at = shift == 64 ? GuardedCalls::AT_END : shift;
                 expectAlike("decoding " + std::to_string(length) + " at " + std::to_string(shift),
-                            [&] { return bench.decodeText(bytes, capacity, ILLCHAR_REPLACE, at); });
+                            [&] { return calls.decodeText(bytes, capacity, ILLCHAR_REPLACE, at); });
                 expectAlike("encoding " + std::to_string(length) + " at " + std::to_string(shift),
-                            [&] { return bench.encodeText(units, capacity, ILLCHAR_REPLACE, at); });
+                            [&] { return calls.encodeText(units, capacity, ILLCHAR_REPLACE, at); });
                 if (HasFatalFailure())
                     return;
             }
@@ -195,7 +195,7 @@ TEST_F(Kernels, EveryLengthOfTerminatedTextAtEveryAlignment)
 void expectSingleByteTextsAlike(KX7CharSetConverter& converter, std::string const& name, bool atAll,
                                 std::mt19937& random)
 {
-    Bench bench(converter);
+    GuardedCalls calls(converter);
     for (unsigned int const first : {0x20U, 0x80U, 0xC0U, 1U}) {
         for (unsigned int const brokenInAThousand : {0U, 3U, 50U}) {
             for (size_t length = 0; length <= 1500; length += length < 300 ? 1 : 97) {
@@ -207,7 +207,7 @@ void expectSingleByteTextsAlike(KX7CharSetConverter& converter, std::string cons
                         unsigned int const least = isASCII && first > 0x20 ? 0x20 : first;
                         unsigned int const most = isASCII && first != 1 ? 0x7E : 0xFF;
                         auto const byte = static_cast<char>(least + random() % (most - least + 1));
-                        bool const isMapped = bench.decodeText({byte}, 1, ILLCHAR_STOP).written == 1;
+                        bool const isMapped = calls.decodeText({byte}, 1, ILLCHAR_STOP).written == 1;
                         if (isMapped || random() % 1000 < brokenInAThousand)
                             bytes += byte;
                         else
@@ -215,7 +215,7 @@ void expectSingleByteTextsAlike(KX7CharSetConverter& converter, std::string cons
                     }
                 }
                 auto const capacity = static_cast<unsigned int>(length);
-                std::u16string units = unitsOf(bench.decodeText(bytes, capacity, ILLCHAR_REPLACE));
+                std::u16string units = unitsOf(calls.decodeText(bytes, capacity, ILLCHAR_REPLACE));
                 for (char16_t& unit : units)
                     if (random() % 1000 < brokenInAThousand)
                         unit = static_cast<char16_t>(1 + random() % 0xFFFF);
@@ -223,15 +223,15 @@ void expectSingleByteTextsAlike(KX7CharSetConverter& converter, std::string cons
                 size_t const begin = isEverywhere ? 0 : length % 65;
                 size_t const end = isEverywhere ? 65 : begin + 1;
                 for (size_t shift = begin; shift < end; ++shift) {
-                    size_t const at = shift == 64 ? Bench::NOWHERE : shift;
+                    size_t const at = shift == 64 ? GuardedCalls::AT_END : shift;
                     auto const what = [&] {
                         return name + ", " + std::to_string(length) + " from " + std::to_string(first) + " at " +
                                std::to_string(shift);
                     };
                     for (ILLCHAR_OPTYPE const op : {ILLCHAR_STOP, ILLCHAR_REPLACE}) {
-                        expectAlike(what, [&] { return bench.decodeText(bytes, capacity, op, at); });
+                        expectAlike(what, [&] { return calls.decodeText(bytes, capacity, op, at); });
                         expectAlike(what, [&] {
-                            return bench.encodeText(units, static_cast<unsigned int>(units.size()), op, at);
+                            return calls.encodeText(units, static_cast<unsigned int>(units.size()), op, at);
                         });
                     }
                 }
@@ -301,7 +301,7 @@ TEST_F(Kernels, EveryPatternAtEveryPositionOfABlockEdge)
     }
     constexpr size_t AFTER = 100;
     for (KX7CharSetConverter* const converter : {CONVERTERS[0], CONVERTERS[1]}) {
-        Bench bench(*converter);
+        GuardedCalls calls(*converter);
         for (std::string const filler : {"a", "\xD0\xB0", "\xE3\x81\x82", "\xF0\x9F\x98\x80"}) {
             Among<std::string> const among(filler);
             for (size_t const position : byteEdges) {
@@ -314,9 +314,10 @@ TEST_F(Kernels, EveryPatternAtEveryPositionOfABlockEdge)
                                 continue;
                             char const pattern[] = {static_cast<char>(a), static_cast<char>(b), static_cast<char>(c)};
                             std::string const text = among(position, {pattern, sizeof pattern}, AFTER);
-                            expectAlike(what, [&] { return bench.decode(text, text.size(), Bench::NOWHERE); });
-                            expectAlike(what, [&] { return bench.decodeStrict(text, text.size(), Bench::NOWHERE); });
-                            expectAlike(what, [&] { return bench.countUnits(text); });
+                            expectAlike(what, [&] { return calls.decode(text, text.size(), GuardedCalls::AT_END); });
+                            expectAlike(what,
+                                        [&] { return calls.decodeStrict(text, text.size(), GuardedCalls::AT_END); });
+                            expectAlike(what, [&] { return calls.countUnits(text); });
                         }
                 if (HasFatalFailure())
                     return;
@@ -329,8 +330,8 @@ TEST_F(Kernels, EveryPatternAtEveryPositionOfABlockEdge)
                 for (char16_t const a : units)
                     for (char16_t const b : units) {
                         std::u16string const text = among(position, {a, b}, AFTER);
-                        expectAlike(what, [&] { return bench.encode(text, text.size() * 3, Bench::NOWHERE); });
-                        expectAlike(what, [&] { return bench.countBytes(text); });
+                        expectAlike(what, [&] { return calls.encode(text, text.size() * 3, GuardedCalls::AT_END); });
+                        expectAlike(what, [&] { return calls.countBytes(text); });
                     }
                 if (HasFatalFailure())
                     return;
@@ -343,7 +344,7 @@ TEST_F(Kernels, BrokenText)
 {
     std::mt19937 random(12);
     for (KX7CharSetConverter* const converter : CONVERTERS) {
-        Bench bench(*converter);
+        GuardedCalls calls(*converter);
         for (Mix const& mix : mixes()) {
             for (unsigned int const brokenInAThousand : {0U, 1U, 10U, 100U}) {
                 for (int round = 0; round < 3; ++round) {
@@ -357,15 +358,15 @@ TEST_F(Kernels, BrokenText)
                             unit = static_cast<char16_t>(1 + random() % 0xFFFF);
                     for (ILLCHAR_OPTYPE const op : {ILLCHAR_STOP, ILLCHAR_REPLACE, ILLCHAR_ESCAPE}) {
                         expectAlike("broken bytes", [&] {
-                            return bench.decodeText(bytes, static_cast<unsigned int>(bytes.size()), op);
+                            return calls.decodeText(bytes, static_cast<unsigned int>(bytes.size()), op);
                         });
                         auto const capacity = static_cast<unsigned int>(units.size() * 6);
-                        expectAlike("broken units", [&] { return bench.encodeText(units, capacity, op); });
+                        expectAlike("broken units", [&] { return calls.encodeText(units, capacity, op); });
                     }
                     expectAlike("broken bytes, strictly",
-                                [&] { return bench.decodeStrict(bytes, bytes.size(), Bench::NOWHERE); });
-                    expectAlike("units of broken bytes", [&] { return bench.countUnits(bytes); });
-                    expectAlike("bytes of broken units", [&] { return bench.countBytes(units); });
+                                [&] { return calls.decodeStrict(bytes, bytes.size(), GuardedCalls::AT_END); });
+                    expectAlike("units of broken bytes", [&] { return calls.countUnits(bytes); });
+                    expectAlike("bytes of broken units", [&] { return calls.countBytes(units); });
                     if (HasFatalFailure())
                         return;
                 }
@@ -378,22 +379,22 @@ TEST_F(Kernels, EveryCapacityAroundABlockEdge)
 {
     std::mt19937 random(13);
     for (KX7CharSetConverter* const converter : CONVERTERS) {
-        Bench bench(*converter);
+        GuardedCalls calls(*converter);
         for (Mix const& mix : mixes()) {
             std::u16string const units = randomUnits(random, 200, mix);
             std::string const bytes = utf8Of(units);
             for (size_t capacity = 0; capacity <= 300; ++capacity) {
                 expectAlike("capacity " + std::to_string(capacity),
-                            [&] { return bench.decode(bytes, capacity, Bench::NOWHERE); });
+                            [&] { return calls.decode(bytes, capacity, GuardedCalls::AT_END); });
                 expectAlike("capacity " + std::to_string(capacity),
-                            [&] { return bench.encode(units, capacity, Bench::NOWHERE); });
+                            [&] { return calls.encode(units, capacity, GuardedCalls::AT_END); });
                 expectAlike("strictly, capacity " + std::to_string(capacity),
-                            [&] { return bench.decodeStrict(bytes, capacity, Bench::NOWHERE); });
+                            [&] { return calls.decodeStrict(bytes, capacity, GuardedCalls::AT_END); });
                 expectAlike("capacity " + std::to_string(capacity), [&] {
-                    return bench.decodeText(bytes, static_cast<unsigned int>(capacity), ILLCHAR_REPLACE);
+                    return calls.decodeText(bytes, static_cast<unsigned int>(capacity), ILLCHAR_REPLACE);
                 });
                 expectAlike("capacity " + std::to_string(capacity), [&] {
-                    return bench.encodeText(units, static_cast<unsigned int>(capacity), ILLCHAR_REPLACE);
+                    return calls.encodeText(units, static_cast<unsigned int>(capacity), ILLCHAR_REPLACE);
                 });
                 if (HasFatalFailure())
                     return;

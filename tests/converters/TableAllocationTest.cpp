@@ -1,128 +1,13 @@
 // kx7text tests - what tables allocate, and converters whose tables find no memory.
-#include "tests/internal/Allocations.h"
-
 #include <gtest/gtest.h>
-
-#include <climits>
-#include <cstdlib>
-#include <new>
 
 #include "kx7/converters/KX7CharSetConverterSBCS.h"
 #include "kx7/converters/LookupTable.h"
+#include "tests/support/Heap.h"
 #include "tests/support/Probe.h"
 #include "tests/support/SampleSingleByte.h"
 
 using namespace kx7test;
-
-namespace {
-
-struct State {
-    bool watching = false;
-    unsigned int made = 0;
-    unsigned int freed = 0;
-    unsigned int failFirst = UINT_MAX;
-    unsigned int failLast = UINT_MAX;
-    size_t lastArraySize = 0;
-};
-thread_local State state;
-
-void* allocateOrNull(size_t size)
-{
-    if (state.watching) {
-        ++state.made;
-        if (state.made >= state.failFirst && state.made <= state.failLast)
-            return nullptr;
-    }
-    return malloc(size != 0 ? size : 1);
-}
-
-void* allocateOrThrow(size_t size)
-{
-    void* const memory = malloc(size != 0 ? size : 1);
-    if (!memory)
-        throw std::bad_alloc();
-    return memory;
-}
-
-void release(void* memory)
-{
-    if (state.watching && memory)
-        ++state.freed;
-    free(memory);
-}
-
-}  // namespace
-
-void* operator new(size_t size)
-{
-    return allocateOrThrow(size);
-}
-void* operator new[](size_t size)
-{
-    state.lastArraySize = size;
-    return allocateOrThrow(size);
-}
-void* operator new(size_t size, std::nothrow_t const&) noexcept
-{
-    return allocateOrNull(size);
-}
-void* operator new[](size_t size, std::nothrow_t const&) noexcept
-{
-    state.lastArraySize = size;
-    return allocateOrNull(size);
-}
-void operator delete(void* memory) noexcept
-{
-    release(memory);
-}
-void operator delete(void* memory, size_t) noexcept
-{
-    release(memory);
-}
-void operator delete[](void* memory) noexcept
-{
-    release(memory);
-}
-void operator delete[](void* memory, size_t) noexcept
-{
-    release(memory);
-}
-
-namespace kx7test {
-
-Allocations::Watch::Watch()
-{
-    state = {};
-    state.watching = true;
-}
-
-Allocations::Watch::~Watch()
-{
-    state.watching = false;
-}
-
-void Allocations::Watch::fail(unsigned int first, unsigned int last)
-{
-    state.failFirst = state.made + first;
-    state.failLast = last == UINT_MAX ? UINT_MAX : state.made + last;
-}
-
-unsigned int Allocations::Watch::made() const
-{
-    return state.made;
-}
-
-unsigned int Allocations::Watch::freed() const
-{
-    return state.freed;
-}
-
-size_t Allocations::lastArraySize()
-{
-    return state.lastArraySize;
-}
-
-}  // namespace kx7test
 
 namespace {
 
@@ -159,7 +44,7 @@ std::string const ALL_ENCODED = "A\x80\x81\x90?";
 
 TEST(TableAllocation, FreshTableHasNoPagesAndFreesNone)
 {
-    Allocations::Watch const watch;
+    HeapWatch const watch(HeapWatch::NOTHROW);
     {
         LookupTable<unsigned short> const table;
         LookupTableEx<unsigned short> const wideTable;
@@ -172,14 +57,14 @@ TEST(TableAllocation, FreshTableHasNoPagesAndFreesNone)
 
 TEST(TableAllocation, OnePageForEachHighByteAndEachIsFreed)
 {
-    Allocations::Watch const watch;
+    HeapWatch const watch(HeapWatch::NOTHROW);
     {
         LookupTable<unsigned short> table;
         table.put(0x20AC, 1);
         table.put(0x2000, 2);
         table.put(0x20FF, 3);
         EXPECT_EQ(watch.made(), 1u);
-        EXPECT_EQ(Allocations::lastArraySize(), 256 * sizeof(unsigned short));
+        EXPECT_EQ(HeapWatch::lastArraySize(), 256 * sizeof(unsigned short));
         table.put(0x21AC, 4);
         EXPECT_EQ(watch.made(), 2u);
         EXPECT_EQ(watch.freed(), 0u);
@@ -189,7 +74,7 @@ TEST(TableAllocation, OnePageForEachHighByteAndEachIsFreed)
 
 TEST(TableAllocation, EachPageOfATableOfCodePointsIsFreed)
 {
-    Allocations::Watch const watch;
+    HeapWatch const watch(HeapWatch::NOTHROW);
     {
         LookupTableEx<unsigned short> table;
         table.put(0x20AC, 1);
@@ -202,10 +87,10 @@ TEST(TableAllocation, EachPageOfATableOfCodePointsIsFreed)
 
 TEST(TableAllocation, PutWithoutMemoryIsDropped)
 {
-    Allocations::Watch watch;
+    HeapWatch watch(HeapWatch::NOTHROW);
     LookupTable<unsigned int> table;
     table.put(0x0100, 7);
-    watch.fail(1, 1);
+    watch.failAt(1);
     table.put(0x20AC, 1);
     EXPECT_EQ(table.get(0x20AC), 0u);
     EXPECT_EQ(table.get(0x0100), 7u);
@@ -217,14 +102,14 @@ TEST(TableAllocation, PutWithoutMemoryIsDropped)
 TEST(ConverterAllocation, LoadsItsTablesOnceAndFreesThem)
 {
     std::vector<unsigned short> const list = listOf(PAIRS);
-    Allocations::Watch const watch;
+    HeapWatch const watch(HeapWatch::NOTHROW);
     {
         KX7CharSetConverterSBCS converter(list.data(), KX7CS_WCP1252);
         EXPECT_EQ(watch.made(), 0u) << "nothing before the first conversion";
         EXPECT_EQ(converter.getNumUnits("A", UNTIL_TERMINATOR), 1u);
         EXPECT_EQ(watch.made(), 0u) << "counting needs no tables";
         converter.load();
-        unsigned int const loaded = watch.made();
+        size_t const loaded = watch.made();
         EXPECT_GT(loaded, 0u);
         converter.load();
         unsigned short units[4];
@@ -239,9 +124,9 @@ TEST(ConverterAllocation, LoadsItsTablesOnceAndFreesThem)
 TEST(ConverterAllocation, PageWithoutMemoryLeavesItsUnitsUnmapped)
 {
     std::vector<unsigned short> const list = listOf(PAIRS);
-    unsigned int before = 0;  // allocations before the first page
+    size_t before = 0;  // allocations before the first page
     {
-        Allocations::Watch const watch;
+        HeapWatch const watch(HeapWatch::NOTHROW);
         KX7CharSetConverterSBCS converter(list.data(), KX7CS_WCP1252);
         converter.load();
         ASSERT_GT(watch.made(), 3u);
@@ -249,8 +134,8 @@ TEST(ConverterAllocation, PageWithoutMemoryLeavesItsUnitsUnmapped)
     }
     struct Row {
         char const* what;
-        unsigned int firstFailing;
-        unsigned int lastFailing;
+        size_t firstFailing;
+        size_t lastFailing;
         std::string encoded;
     };
     Row const rows[] = {
@@ -262,7 +147,7 @@ TEST(ConverterAllocation, PageWithoutMemoryLeavesItsUnitsUnmapped)
     };
     for (Row const& row : rows) {
         KX7CharSetConverterSBCS converter(list.data(), KX7CS_WCP1252);
-        Allocations::Watch watch;
+        HeapWatch watch(HeapWatch::NOTHROW);
         watch.fail(before + row.firstFailing, before + row.lastFailing);
         EXPECT_EQ(encodedOneByOne(converter), row.encoded) << row.what;
         EXPECT_EQ(decodedList(converter), ALL_DECODED) << "decoding needs no pages; " << row.what;
@@ -276,8 +161,8 @@ TEST(ConverterAllocation, NoMemoryAtAllLeavesEverythingUnmappedUntilThereIsSome)
     {
         KX7CharSetConverterSBCS converter(list.data(), KX7CS_WCP1252);
         {
-            Allocations::Watch watch;
-            watch.fail(1, 1);
+            HeapWatch watch(HeapWatch::NOTHROW);
+            watch.failAt(1);
             EXPECT_EQ(decodedList(converter), u"\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD");
         }
         // No lock is held, and the next conversion finds its tables.
@@ -286,8 +171,8 @@ TEST(ConverterAllocation, NoMemoryAtAllLeavesEverythingUnmappedUntilThereIsSome)
     }
     KX7CharSetConverterSBCS converter(list.data(), KX7CS_WCP1252);
     {
-        Allocations::Watch watch;
-        watch.fail(1, UINT_MAX);
+        HeapWatch watch(HeapWatch::NOTHROW);
+        watch.failAt(1, true);
         EXPECT_EQ(encodedOneByOne(converter), "?????");
     }
     EXPECT_EQ(encodedOneByOne(converter), ALL_ENCODED);
@@ -301,7 +186,7 @@ TEST(ConverterAllocation, ConversionsAllocateNothingOnceLoaded)
     std::string const bytes(3 * PIECE_UNITS, 'A');
     std::vector<unsigned short> units(bytes.size() + 1);
     std::vector<char> back(6 * bytes.size() + 1);
-    Allocations::Watch const watch;
+    HeapWatch const watch(HeapWatch::NOTHROW);
     auto const capacity = static_cast<unsigned int>(bytes.size());
     EXPECT_EQ(converter.toUTF16(units.data(), bytes.c_str(), capacity, ILLCHAR_REPLACE, nullptr, -1), capacity);
     EXPECT_EQ(converter.fromUTF16(back.data(), units.data(), 6 * capacity, ILLCHAR_ESCAPE, nullptr), capacity);

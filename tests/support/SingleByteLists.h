@@ -1,6 +1,6 @@
 // kx7text tests - the stored lists of the single-byte sets beside their converters.
-#ifndef KX7_TESTS_INTERNAL_SINGLEBYTELISTS_H
-#define KX7_TESTS_INTERNAL_SINGLEBYTELISTS_H
+#ifndef KX7_TESTS_SUPPORT_SINGLEBYTELISTS_H
+#define KX7_TESTS_SUPPORT_SINGLEBYTELISTS_H
 
 #include "kx7/charset/Converters.h"
 #include "kx7/tables/MappingLists.h"

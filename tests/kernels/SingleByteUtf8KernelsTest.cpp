@@ -6,13 +6,13 @@
 #include <string>
 #include <vector>
 
-#include "tests/internal/KernelBench.h"
+#include "tests/kernels/KernelComparison.h"
 #include "tests/support/SingleByteSets.h"
 
 namespace {
 
-using kx7test::Bench;
 using kx7test::expectAlike;
+using kx7test::GuardedCalls;
 
 class SingleByteUtf8Kernels : public kx7test::KernelTest {};
 
@@ -109,13 +109,13 @@ unsigned int capacityOf(std::string const& text)
     return static_cast<unsigned int>(text.size());
 }
 
-void expectBothWaysAlike(Bench& bench, std::string const& what, std::string const& text, unsigned int capacity,
-                         size_t shift = Bench::NOWHERE)
+void expectBothWaysAlike(GuardedCalls& calls, std::string const& what, std::string const& text, unsigned int capacity,
+                         size_t shift = GuardedCalls::AT_END)
 {
     auto const described = [&] { return what + " at " + std::to_string(static_cast<ptrdiff_t>(shift)); };
-    expectAlike([&] { return "from UTF-8, " + described(); }, [&] { return bench.fromUTF8(text, capacity, shift); });
+    expectAlike([&] { return "from UTF-8, " + described(); }, [&] { return calls.fromUTF8(text, capacity, shift); });
     // The same bytes as text of the set: its letters in another order, and what it leaves undefined.
-    expectAlike([&] { return "to UTF-8, " + described(); }, [&] { return bench.toUTF8(text, 3 * capacity, shift); });
+    expectAlike([&] { return "to UTF-8, " + described(); }, [&] { return calls.toUTF8(text, 3 * capacity, shift); });
 }
 
 /**
@@ -133,14 +133,14 @@ TEST_F(SingleByteUtf8Kernels, EveryLengthAtEveryAlignment)
 {
     std::mt19937 random(21);
     for (Subject const& subject : subjects()) {
-        Bench bench(subject.converter);
+        GuardedCalls calls(subject.converter);
         bool const isWhole = standsForAll(subject);
         for (size_t length = 0; length <= 300; ++length) {
             std::string const text = randomText(random, subject, MIXES[length % std::size(MIXES)], length);
             std::string const what = subject.name + ", " + std::to_string(length);
             for (size_t shift = isWhole ? 0 : length % 8; shift < 64; shift += isWhole ? 1 : 8)
-                expectBothWaysAlike(bench, what, text, capacityOf(text), shift);
-            expectBothWaysAlike(bench, what, text, capacityOf(text));
+                expectBothWaysAlike(calls, what, text, capacityOf(text), shift);
+            expectBothWaysAlike(calls, what, text, capacityOf(text));
             if (HasFatalFailure())
                 return;
         }
@@ -151,20 +151,20 @@ TEST_F(SingleByteUtf8Kernels, BrokenText)
 {
     std::mt19937 random(22);
     for (Subject const& subject : subjects()) {
-        Bench bench(subject.converter);
+        GuardedCalls calls(subject.converter);
         for (Mix const& mix : MIXES)
             for (unsigned int const inAThousand : {0U, 1U, 10U, 100U})
                 for (int round = 0; round < 2; ++round) {
                     std::string const text =
                         broken(random, randomText(random, subject, mix, 1000 + random() % 12000), inAThousand);
                     std::string const what = subject.name + ", broken " + std::to_string(inAThousand);
-                    expectBothWaysAlike(bench, what, text, capacityOf(text), random() % 64);
-                    expectBothWaysAlike(bench, what, text, capacityOf(text));
+                    expectBothWaysAlike(calls, what, text, capacityOf(text), random() % 64);
+                    expectBothWaysAlike(calls, what, text, capacityOf(text));
                     for (kx7::Transit const transit :
                          {kx7::Transit{false, ILLCHAR_ESCAPE}, kx7::Transit{false, ILLCHAR_STOP},
                           kx7::Transit{true, ILLCHAR_REPLACE}}) {
-                        expectAlike(what, [&] { return bench.fromUTF8(text, capacityOf(text), 0, transit); });
-                        expectAlike(what, [&] { return bench.toUTF8(text, capacityOf(text), 0, transit); });
+                        expectAlike(what, [&] { return calls.fromUTF8(text, capacityOf(text), 0, transit); });
+                        expectAlike(what, [&] { return calls.toUTF8(text, capacityOf(text), 0, transit); });
                     }
                     if (HasFatalFailure())
                         return;
@@ -176,11 +176,11 @@ TEST_F(SingleByteUtf8Kernels, EveryCapacityAroundABlockEdge)
 {
     std::mt19937 random(23);
     for (Subject const& subject : subjects()) {
-        Bench bench(subject.converter);
+        GuardedCalls calls(subject.converter);
         for (Mix const& mix : MIXES) {
             std::string const text = randomText(random, subject, mix, 700);
             for (unsigned int capacity = 0; capacity <= 720; capacity += capacity < 300 ? 1 : 5)
-                expectBothWaysAlike(bench, subject.name + ", capacity " + std::to_string(capacity), text, capacity);
+                expectBothWaysAlike(calls, subject.name + ", capacity " + std::to_string(capacity), text, capacity);
             if (HasFatalFailure())
                 return;
         }
@@ -195,7 +195,7 @@ TEST_F(SingleByteUtf8Kernels, EveryPatternAtEveryPositionOfABlockEdge)
     for (Subject const& subject : subjects()) {
         if (!standsForAll(subject))
             continue;
-        Bench bench(subject.converter);
+        GuardedCalls calls(subject.converter);
         for (std::string const& filler : {std::string("a"), utf8Of(subject.letters[subject.letters.size() / 2])})
             for (size_t const edge : {size_t{32}, size_t{64}, size_t{256}}) {
                 std::string const after = "aa" + filler + filler + "a" + filler;
@@ -217,7 +217,7 @@ TEST_F(SingleByteUtf8Kernels, EveryPatternAtEveryPositionOfABlockEdge)
                                 for (int i = 0; i < 40; ++i)
                                     text += after;
                                 expectAlike(subject.name + ", a pattern at " + std::to_string(position),
-                                            [&] { return bench.fromUTF8(text, capacityOf(text)); });
+                                            [&] { return calls.fromUTF8(text, capacityOf(text)); });
                             }
                     if (HasFatalFailure())
                         return;
@@ -232,15 +232,15 @@ TEST_F(SingleByteUtf8Kernels, TextsThatEndWherePagesDo)
     std::mt19937 random(24);
     constexpr size_t PAGE = 4096;
     for (Subject const& subject : subjects()) {
-        Bench bench(subject.converter);
+        GuardedCalls calls(subject.converter);
         for (Mix const& mix : MIXES) {
             std::string const text = randomText(random, subject, mix, 3 * PAGE);
             for (size_t const pages : {size_t{1}, size_t{3}})
                 for (size_t left = 0; left < 72; left += 1 + left / 2) {
                     std::string const front = text.substr(0, pages * PAGE - left - 1);
                     // From the first byte of a page, and up to the last of one.
-                    expectBothWaysAlike(bench, subject.name, front, capacityOf(front), 0);
-                    expectBothWaysAlike(bench, subject.name, front, capacityOf(front));
+                    expectBothWaysAlike(calls, subject.name, front, capacityOf(front), 0);
+                    expectBothWaysAlike(calls, subject.name, front, capacityOf(front));
                 }
             if (HasFatalFailure())
                 return;

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "kx7/convert.h"
-#include "tests/internal/KernelSets.h"
+#include "tests/support/KernelSets.h"
 
 namespace {
 

@@ -4,12 +4,12 @@
 #include <climits>
 
 #include "kx7/converters/Engine.h"
-#include "tests/internal/Allocations.h"
-#include "tests/internal/Foreign.h"
-#include "tests/internal/SingleByteLists.h"
+#include "tests/converters/Foreign.h"
 #include "tests/model/Utf8Model.h"
+#include "tests/support/Heap.h"
 #include "tests/support/Hex.h"
 #include "tests/support/Memory.h"
+#include "tests/support/SingleByteLists.h"
 #include "tests/support/Texts.h"
 
 using namespace kx7test;
@@ -144,7 +144,7 @@ TEST(DecodeCounted, ForeignConverterFindsAWholeTerminatorAfterACutCharacter)
         std::u16string const expected = u"ABC"s.substr(0, (count + 3) / 4);
         EXPECT_EQ(decode(bytes, 8, -1), expected) << count;
         // The copy that it is given must hold all that a decoder of four-byte units reads.
-        EXPECT_LE(wide.bytesLookedAt, Allocations::lastArraySize()) << count << " bytes";
+        EXPECT_LE(wide.bytesLookedAt, HeapWatch::lastArraySize()) << count << " bytes";
     }
 }
 
@@ -162,7 +162,7 @@ TEST(DecodeCounted, ForeignConverterIsGivenNothingAfterTheTerminator)
         auto const* const text = reinterpret_cast<char const*>(memory.hold("abc"s, 1));
         EXPECT_EQ(kx7::decodeCounted(narrow, dest, text, count, 7, -1), 3u);
         EXPECT_EQ(std::u16string(dest, dest + 4), u"abc\0"s);
-        EXPECT_LE(Allocations::lastArraySize(), 16u);
+        EXPECT_LE(HeapWatch::lastArraySize(), 16u);
         // Zeros within the values are no terminator, and a value that stands across addresses of four is one.
         for (std::string const& front : {""s, "x"s}) {
             auto const* const values = reinterpret_cast<char const*>(memory.hold("a\0\0\0b\0\0\0\0\0\0\0"s + front, 0));

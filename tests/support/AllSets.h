@@ -1,10 +1,10 @@
 // kx7text tests - all 41 converters, each with its model and texts for it.
-#ifndef KX7_TESTS_INTERNAL_ALLSETS_H
-#define KX7_TESTS_INTERNAL_ALLSETS_H
+#ifndef KX7_TESTS_SUPPORT_ALLSETS_H
+#define KX7_TESTS_SUPPORT_ALLSETS_H
 
-#include "tests/internal/MultibyteSets.h"
-#include "tests/internal/SingleByteLists.h"
 #include "tests/model/Utf8Model.h"
+#include "tests/support/MultibyteSets.h"
+#include "tests/support/SingleByteLists.h"
 #include "tests/support/Texts.h"
 
 namespace kx7test {
