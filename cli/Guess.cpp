@@ -223,7 +223,9 @@ std::list<Candidate> candidates()
 {
     std::list<Candidate> result;
     for (kx7::CharSetInfo const& name : kx7::charSets()) {
-        if (!kx7::hasConverter(name.charSet))
+        bool const isPublished =
+            std::find(std::begin(kx7::web::ALL), std::end(kx7::web::ALL), name.charSet) == std::end(kx7::web::ALL);
+        if (!isPublished || !kx7::hasConverter(name.charSet))
             continue;
         auto const* const preferred = std::find(std::begin(PREFERENCE), std::end(PREFERENCE), name.charSet);
         size_t const rank = static_cast<size_t>(preferred - PREFERENCE);

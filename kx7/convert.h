@@ -32,6 +32,7 @@
 #include "kx7/base/Export.h"
 #include "kx7/charset/KX7CharSet.h"
 #include "kx7/convert/Boundaries.h"
+#include "kx7/convert/WebCharSets.h"
 
 class KX7CharSetConverter;
 
@@ -426,22 +427,24 @@ KX7_API DetectedBom detectBom(std::string_view bytes) noexcept;
 /** A character set and what it is called. */
 struct CharSetInfo {
     KX7CharSet charSet;  ///< also the number of the code page
-    char const* name;    ///< "KX7CS_WCP1252"
-    char const* iana;    ///< preferred MIME name at IANA, or the name there: "windows-1252"; null: none
-    char const* whatwg;  ///< name of the nearest encoding in the WHATWG Encoding Standard; null: that one is nearer to
-                         ///< another set
+    char const* name;    ///< "KX7CS_WCP1252"; of a set of kx7::web the name of the encoding: "IBM866"
+    char const* iana;    ///< preferred MIME name at IANA, or another name there: "windows-1252"; null: none
+    char const* whatwg;  ///< name of the encoding in the WHATWG Encoding Standard that the set is, or of a multibyte
+                         ///< one that it comes nearest to; null: that one is another set, or nearer to one
 };
 
-/** Every named character set but KX7CS_OS_DEFAULT, in a fixed order, those without a converter included. */
+/**
+ * Every named character set but KX7CS_OS_DEFAULT, in a fixed order: the KX7CS_ sets, those without a converter
+ * included, then those of kx7::web.
+ */
 KX7_API Span<CharSetInfo const> charSets() noexcept;
 
 /** Names of one character set; null where the value is none. KX7CS_OS_DEFAULT: those of the set it stands for. */
 KX7_API CharSetInfo const* charSetInfo(KX7CharSet charSet) noexcept;
 
-/** Which of two registries decides where both have a label for different sets: "iso-8859-1" is windows-1252 on the Web.
- */
+/** What decides where a label means different sets: "iso-8859-1" is windows-1252 on the Web. */
 enum class Labels : unsigned char {
-    IANA_FIRST,   ///< IANA
+    IANA_FIRST,   ///< a code-page number ("cp1253"), then IANA
     WHATWG_FIRST  ///< the WHATWG Encoding Standard
 };
 
@@ -449,6 +452,9 @@ enum class Labels : unsigned char {
  * The character set of a code-page number ("1251", "cp1251"), a name, in any case and with or without "KX7CS_"
  * ("wcp1251"), or a label of IANA or WHATWG ("Shift_JIS", "latin1"). White space around it does not count. Whether it
  * has a converter is another question.
+ *
+ * A number or a KX7CS_ name means the KX7CS_ set; the name of a single-byte encoding of the Encoding Standard means
+ * that encoding byte for byte, which is a KX7CS_ set or one of kx7::web.
  */
 KX7_API std::optional<KX7CharSet> findCharSet(std::string_view label, Labels labels = Labels::IANA_FIRST) noexcept;
 

@@ -11,15 +11,12 @@
 #include <cstdlib>
 #include <vector>
 
+#include "kx7/base/Early.h"
 #include "kx7/charset/CharSetNames.h"
 #include "kx7/charset/Converters.h"
 #include "kx7/charset/Served.h"
 #include "kx7/tables/ByteTypeTables.h"
 #include "kx7/tables/MappingLists.h"
-
-// Ahead of ordinary static objects, so that a program linked with the static library may convert in its own static
-// initialisers. Within one priority the order of definition holds.
-#define KX7_EARLY __attribute__((init_priority(101)))
 
 #include "kx7/charset/ConverterObjects.inc"
 

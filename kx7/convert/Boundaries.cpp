@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "kx7/convert.h"
+#include "kx7/convert/WebSets.h"
 #include "kx7/converters/Pump.h"
 
 namespace kx7 {
@@ -74,10 +75,11 @@ struct Characters {
 
 std::string_view wholeCharacters(std::string_view bytes, KX7CharSet from) noexcept
 {
-    if (!hasConverter(from))
+    Served const served = servedInLayer(from);
+    if (!served.engine)
         return {};
-    KX7CharSetConverter& converter = converterOf(from);
-    Engine const& engine = *engineOf(converter);
+    KX7CharSetConverter& converter = *served.converter;
+    Engine const& engine = *served.engine;
     auto const* const begin = reinterpret_cast<unsigned char const*>(bytes.data());
     size_t const at = restart(engine.encoding, converter.getNullCharSize(), begin, bytes.size());
     Characters characters = {converter, engine, begin + at, begin + bytes.size()};
@@ -88,10 +90,11 @@ std::string_view wholeCharacters(std::string_view bytes, KX7CharSet from) noexce
 
 bool lineFeedsAreBytes(KX7CharSet from) noexcept
 {
-    if (!hasConverter(from))
+    Served const served = servedInLayer(from);
+    if (!served.engine)
         return false;
-    KX7CharSetConverter& converter = converterOf(from);
-    Engine const& engine = *engineOf(converter);
+    KX7CharSetConverter& converter = *served.converter;
+    Engine const& engine = *served.engine;
     unsigned char const byte = '\n';
     unsigned short unit = 0;
     return engine.encoding.lineFeedIsByte &&

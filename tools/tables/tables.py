@@ -4,6 +4,7 @@
 import dataclasses
 import typing
 
+import encodingstandard
 import sources
 
 
@@ -41,6 +42,17 @@ def icu(name):
 def charmap(name):
     """What a glibc charmap maps both ways."""
     return Source(f"charmap {name}", "glibc locales", lambda: sources.charmap_pairs(name))
+
+
+def encoding_standard(encoding):
+    """What a single-byte encoding of the Encoding Standard maps both ways: ASCII, and its index."""
+    name = encodingstandard.index_of(encoding)
+
+    def read():
+        upper_half = [(pointer + 0x80, code_point) for pointer, code_point in encodingstandard.index(name)]
+        return [(byte, byte) for byte in range(1, 0x80)] + upper_half
+
+    return by_rule(f"index-{name} of the WHATWG Encoding Standard (BSD 3-Clause)", read)
 
 
 def by_rule(name, read):
@@ -148,6 +160,7 @@ class Table:
     pairs: int
     changes: tuple = ()
     code_points: bool = False  # records of sMBCSExTable, which reach beyond U+FFFF
+    header: str = "MappingLists.h"  # declares it
 
     def runs(self):
         """The checked records, as runs in stored order."""

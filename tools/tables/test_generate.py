@@ -18,6 +18,7 @@ import bytetypes  # noqa: E402
 import charsetfiles  # noqa: E402
 import charsetrow  # noqa: E402
 import charsets  # noqa: E402
+import encodingstandard  # noqa: E402
 import generate  # noqa: E402
 import sources  # noqa: E402
 import tables  # noqa: E402
@@ -151,6 +152,45 @@ class SingleByteLists(unittest.TestCase):
         for name in SINGLE_BYTE.keys() - {"oCP874map"}:
             found = dict(pairs(name))
             self.assertEqual([found.get(b) for b in range(0x01, 0x80)], list(range(0x01, 0x80)), name)
+
+
+class WebLists(unittest.TestCase):
+    def test_are_the_standards_indexes_and_ascii(self):
+        self.assertEqual(len(charsets.WEB), 8)
+        for row in charsets.WEB:
+            found = records(row.table.name, row.table.name, 2)
+            expected = {byte: byte for byte in range(1, 0x80)}
+            if row.encoding == "x-user-defined":
+                expected |= {byte: 0xF700 + byte for byte in range(0x80, 0x100)}
+            else:
+                index = encodingstandard.index(encodingstandard.index_of(row.encoding))
+                expected |= {0x80 + pointer: code_point for pointer, code_point in index}
+            self.assertEqual(dict(found), expected, row.encoding)
+            self.assertEqual(len(found), row.table.pairs, row.encoding)
+            self.assertTrue(is_ascending([unit for _, unit in found]), row.encoding)
+
+    def test_differ_from_every_published_list(self):
+        published = {frozenset(pairs(name)) for name in SINGLE_BYTE}
+        for row in charsets.WEB:
+            self.assertNotIn(frozenset(records(row.table.name, row.table.name, 2)), published, row.encoding)
+
+    def test_every_other_single_byte_encoding_is_the_published_list_at_which_it_stands(self):
+        others = 0
+        for row in charsets.NAMED:
+            if row.table and row.whatwg:
+                index = dict(encodingstandard.index(encodingstandard.index_of(row.whatwg.split()[0])))
+                upper_half = {code - 0x80: unit for code, unit in pairs(row.table.name) if code >= 0x80}
+                self.assertEqual(upper_half, index, row.name)
+                others += 1
+        self.assertEqual(others, 20)
+
+    def test_stand_in_no_list_of_published_sets(self):
+        for name in ("kx7/base/CharSet.h", "kx7/charset/CharSetNames.h", "kx7/charset/ConverterObjects.inc",
+                     "kx7/charset/Converters.h", "kx7/tables/MappingLists.h", "tests/support/CharSets.h"):
+            text = (ROOT / name).read_text(encoding="utf-8")
+            for row in charsets.WEB:
+                self.assertNotRegex(text, rf"(?i)\b(KX7CS_|web|g_oConverter|oWeb){row.name}\b", name)
+                self.assertNotRegex(text, rf"\b{row.number}\b", name)
 
 
 class MultibyteLists(unittest.TestCase):
@@ -535,6 +575,16 @@ class RowsAreRefused(unittest.TestCase):
         self.refused("whatwg: the label of 2 rows", whatwg="one UTF-8".lower())
         self.refused("lower case", iana="one Two")
         self.refused("lower case", iana="one tw\xF6")
+
+    def test_of_the_web_that_are_no_encoding_or_are_like_no_published_set(self):
+        for words, changes in (("no encoding of the standard", {"encoding": "IBM437"}),
+                               ("like has no converter", {"like": "EUC_TW"}),
+                               ("the name of 2 rows", {"encoding": "KX7CS_UTF8"}),
+                               ("the number of 2 rows", {"number": 874}),
+                               ("the label of 2 rows", {"iana": "latin1"})):
+            row = dataclasses.replace(charsets.WEB[0], **changes)
+            with self.assertRaisesRegex(tables.TableError, words):
+                charsetfiles.check(charsets.NAMED, charsets.CONSTRUCTED, charsets.REGISTERED, self.samples(), [row])
 
     def test_without_its_samples(self):
         self.refused("klingon.koi8r.txt: a row has it", samples="russian klingon")

@@ -76,7 +76,7 @@ def _mapping_list(table):
     order = table.order.text.replace("unit", unit)
     what = f"{table.title}: {table.pairs:,} pairs of {columns}, {order}"
     notes = [f"Exception to the source: {change.label()}." for change in table.changes]
-    lines = _opening(what, [table.source.label()], "kx7/tables/MappingLists.h", notes)
+    lines = _opening(what, [table.source.label()], f"kx7/tables/{table.header}", notes)
     lines.append(f"{record} const {table.name}[] = {{")
     heading = _as_code if table.order is by_code else _as_unit
     runs = table.runs()
@@ -142,7 +142,7 @@ def _byte_types():
 
 
 def _mapping_lists():
-    return charsets.SINGLE_BYTE_LISTS + mappings.MULTIBYTE + mappings.ROW_AND_CELL
+    return charsets.SINGLE_BYTE_LISTS + mappings.MULTIBYTE + mappings.ROW_AND_CELL + charsets.WEB_LISTS
 
 
 def files():
