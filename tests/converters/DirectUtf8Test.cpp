@@ -14,6 +14,7 @@
 #include "tests/support/Hex.h"
 #include "tests/support/KernelSets.h"
 #include "tests/support/Memory.h"
+#include "tests/support/OneIn.h"
 
 using namespace kx7test;
 
@@ -168,6 +169,7 @@ TEST(DirectUtf8, EveryCapacity)
 
 TEST(DirectUtf8, EveryFragmentAtEveryPlace)
 {
+    OneIn isTaken(5);
     for (kx7::InstructionSet const set : sets()) {
         Using const kernels(set);
         std::mt19937 random(3);
@@ -176,6 +178,8 @@ TEST(DirectUtf8, EveryFragmentAtEveryPlace)
             for (std::string const& fragment : way.fragments)
                 for (std::string const& next : {std::string("x"), way.fragments[random() % way.fragments.size()]})
                     for (size_t before = 0; before <= 66; ++before) {
+                        if (!isTaken())
+                            continue;
                         std::string const text = textOf(way, random, before, 0) + fragment + next;
                         ASSERT_TRUE(direct.isAsInTwoSteps(way, text, 4 * text.size())) << nameOf(set);
                     }
@@ -233,6 +237,7 @@ TEST(DirectUtf8, NothingAfterTheEndIsReadWhereAListMapsAByteToIt)
 
 TEST(DirectUtf8, InOneBufferAsInTwo)
 {
+    OneIn isTaken(7);
     for (kx7::InstructionSet const set : sets()) {
         Using const kernels(set);
         std::mt19937 random(4);
@@ -248,6 +253,8 @@ TEST(DirectUtf8, InOneBufferAsInTwo)
             bool const onlyShrinks = dynamic_cast<KX7CharSetConverterSBCS*>(&way.to) != nullptr;
             for (size_t length = 0; length <= (onlyShrinks ? 5000u : 1500u); length += length < 80 ? 1 : 37)
                 for (size_t const shift : {0U, 1U, 7U, 40U}) {
+                    if (!isTaken())
+                        continue;
                     std::string const text = textOf(way, random, length, 3);
                     size_t const capacity = 4 * length + 1;
                     std::vector<unsigned char> apart(capacity);

@@ -7,6 +7,7 @@
 #include "tests/support/Hex.h"
 #include "tests/support/HugeText.h"
 #include "tests/support/Memory.h"
+#include "tests/support/OneIn.h"
 #include "tests/support/Texts.h"
 
 using namespace kx7test;
@@ -49,7 +50,7 @@ std::string inOnePass(KX7CharSetConverter& from, std::string const& bytes, KX7Ch
         units = unescaped(units);
     if (&to == &g_oConverterUTF8)
         return Utf8Model(6).fromUTF16({units, capacity, transit.op}).bytes;
-    PageEnd<unsigned short> memory;
+    static PageEnd<unsigned short> memory;
     std::string result(capacity + size_t{4}, '\0');
     result.resize(to.fromUTF16(result.data(), memory.hold(units, 1), capacity, transit.op, nullptr));
     return result;
@@ -125,11 +126,14 @@ TEST(ThroughUTF16, EveryFragmentAtAPieceBoundary)
 
 TEST(ThroughUTF16, EveryCapacityOfShortTexts)
 {
+    OneIn isTaken(5);
     Passage passage;
     std::vector<std::string> const fragments = fragmentsAndEscapes();
     for (std::string const& a : fragments)
         for (std::string const& b : fragments)
             for (unsigned int capacity = 0; capacity <= 16; ++capacity) {
+                if (!isTaken())
+                    continue;
                 ASSERT_TRUE(passage.isAlwaysOnePass(g_oConverterUTF8, a + b, g_oConverterUTF8, capacity));
                 ASSERT_TRUE(passage.isAlwaysOnePass(g_oConverterUTF8, a + b, g_oConverterWCP874, capacity));
                 ASSERT_TRUE(passage.isAlwaysOnePass(g_oConverterWCP874, a + b, g_oConverterUTF8, capacity));

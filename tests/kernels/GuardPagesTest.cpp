@@ -10,6 +10,7 @@
 #include "tests/support/Hex.h"
 #include "tests/support/KernelSets.h"
 #include "tests/support/Memory.h"
+#include "tests/support/OneIn.h"
 
 using namespace kx7test;
 
@@ -103,11 +104,13 @@ private:
     int m_failures = 0;
 };
 
-void everyCapacity(MultibyteSet const& set, unsigned int firstLetters, unsigned int lastLetters)
+void everyCapacity(MultibyteSet const& set, unsigned int firstLetters, unsigned int lastLetters, OneIn& isTaken)
 {
     SCOPED_TRACE(set.name);
     Guards guards(set);
     for (unsigned int letters = firstLetters; letters <= lastLetters && !guards.failed(); ++letters) {
+        if (!isTaken())
+            continue;
         Subject const subject = subjectOf(set, letters);
         auto const units = static_cast<unsigned int>(
             set.model->toUTF16({subject.bytes, INT_MAX, ILLCHAR_REPLACE, INT_MAX}).units.size());
@@ -127,14 +130,16 @@ void everyCapacity(MultibyteSet const& set, unsigned int firstLetters, unsigned 
 TEST(GuardPages, EveryCapacityOfEverySetAtAlignmentsZeroToThree)
 {
     EXPECT_EQ(allSets().size(), 41u);
+    OneIn all(1);
     for (MultibyteSet const& set : allSets())
-        everyCapacity(set, 0, 3);
+        everyCapacity(set, 0, 3, all);
 }
 
 TEST(GuardPages, EveryCapacityAtEveryOtherAlignment)
 {
+    OneIn isTaken(7);
     for (MultibyteSet const& set : allSets())
-        everyCapacity(set, 4, 63);
+        everyCapacity(set, 4, 63, isTaken);
 }
 
 TEST(GuardPages, CountsAndCountedTextReadNothingAfterTheTerminator)
