@@ -225,6 +225,10 @@ Options parseOptions(int argc, char const* const* argv)
             "character set of the input: a code-page number (1251), a name\n(KX7CS_WCP1251, wcp1251) or a label "
             "(windows-1251)");
     addName(app, "-t,--to", "CS", options.to, "character set of the output; UTF-8 if not given");
+    addChoice<kx7::Labels>(app, "--labels", "REGISTRY", options.labels,
+                           {{"iana", kx7::Labels::IANA_FIRST}, {"whatwg", kx7::Labels::WHATWG_FIRST}},
+                           "what labels mean of which both have another idea: iana (if not\ngiven) or whatwg, where "
+                           "latin1 is windows-1252");
     addChoice<OnError>(app, "--errors", "MODE", options.onError,
                        {{"strict", OnError::STOP},
                         {"replace", OnError::REPLACE},

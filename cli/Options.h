@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "kx7/convert.h"
+
 namespace kx7conv {
 
 /** What is done with bytes that are illegal and with characters that the target cannot represent. */
@@ -34,6 +36,7 @@ struct Options {
     std::string answer;  ///< to --help or --version
     std::string from;
     std::string to = "UTF8";
+    kx7::Labels labels = kx7::Labels::IANA_FIRST;  ///< what decides in these two, and in the list
 
     bool errorsGiven = false;
     OnError onError = OnError::STOP;

@@ -19,9 +19,9 @@ namespace {
 
 using namespace kx7conv;
 
-KX7CharSet charSetOf(std::string const& text)
+KX7CharSet charSetOf(std::string const& text, kx7::Labels labels)
 {
-    std::optional<KX7CharSet> const charSet = kx7::findCharSet(text);
+    std::optional<KX7CharSet> const charSet = kx7::findCharSet(text, labels);
     if (!charSet)
         throw UsageError("unknown character set " + alwaysQuoted(text) + "; --list shows those that there are");
     if (!kx7::hasConverter(*charSet))
@@ -37,15 +37,15 @@ void print(std::string const& text)
 }
 
 /** What --from takes for a character set beside its number and name, the label preferred first. */
-std::vector<std::string> labelsOf(KX7CharSet charSet)
+std::vector<std::string> labelsOf(kx7::CharSetInfo const& info, kx7::Labels registry)
 {
-    kx7::CharSetInfo const* const info = kx7::charSetInfo(charSet);
+    char const* const preferred = registry == kx7::Labels::IANA_FIRST || !info.whatwg ? info.iana : info.whatwg;
     std::vector<std::string> labels;
     for (kx7::CharSetLabel const& entry : kx7::charSetLabels()) {
-        if (kx7::findCharSet(entry.label) != charSet)
+        if (kx7::findCharSet(entry.label, registry) != info.charSet)
             continue;
-        bool const isPreferred = info->iana && strcasecmp(entry.label, info->iana) == 0;
-        labels.insert(isPreferred ? labels.begin() : labels.end(), isPreferred ? info->iana : entry.label);
+        bool const isPreferred = preferred && strcasecmp(entry.label, preferred) == 0;
+        labels.insert(isPreferred ? labels.begin() : labels.end(), isPreferred ? preferred : entry.label);
     }
     return labels;
 }
@@ -58,7 +58,7 @@ std::string joined(std::vector<std::string> const& words, char const* before, ch
     return text.empty() ? text : text + after;
 }
 
-std::string listText(Format format)
+std::string listText(Format format, kx7::Labels registry)
 {
     std::vector<std::string> lines;
     auto const add = [&](KX7CharSet charSet, std::string const& name, std::vector<std::string> const& labels) {
@@ -71,7 +71,7 @@ std::string listText(Format format)
     };
     for (kx7::CharSetInfo const& info : kx7::charSets())
         if (kx7::hasConverter(info.charSet))
-            add(info.charSet, info.name, labelsOf(info.charSet));
+            add(info.charSet, info.name, labelsOf(info, registry));
     add(KX7CS_OS_DEFAULT, "KX7CS_OS_DEFAULT", {});
     return format == Format::JSON ? joined(lines, "[\n  ", ",\n  ", "\n]\n") : joined(lines, "", "\n", "\n");
 }
@@ -132,8 +132,10 @@ void convertAll(Options const& options, std::atomic<int>& status)
 {
     if (options.from.empty())
         throw UsageError("--from is required");
-    CharSet const from(charSetOf(options.from));
-    CharSet const to(charSetOf(options.to));
+    if (options.literal)
+        kx7::registerCharSets();
+    CharSet const from(charSetOf(options.from, options.labels));
+    CharSet const to(charSetOf(options.to, options.labels));
     auto const began = std::chrono::steady_clock::now();
     Conversion conversion(options, from, to, status);
     conversion.run();
@@ -148,7 +150,7 @@ void run(int argc, char** argv, std::atomic<int>& status)
     Options const options = parseOptions(argc, argv);
     switch (options.action) {
         case Action::ANSWER: print(options.answer); break;
-        case Action::LIST: print(listText(options.list)); break;
+        case Action::LIST: print(listText(options.list, options.labels)); break;
         case Action::GUESS: status = guessAll(options); break;
         case Action::CONVERT: convertAll(options, status); break;
     }

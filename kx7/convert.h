@@ -461,6 +461,16 @@ KX7_API std::optional<KX7CharSet> findCharSet(std::string_view label, Labels lab
 /** This layer can convert `charSet`, rather than taking it for UTF-8 as the published functions do. */
 KX7_API bool hasConverter(KX7CharSet charSet) noexcept;
 
+/**
+ * Enters the sets of kx7::web and their names into the registry of the process, as a program enters converters of its
+ * own, so that the functions of KX7CharSet.h, KX7CharSetConverter::getConverter and KX7UString take them too. A set for
+ * which the program has registered a converter keeps that; to call this again changes nothing.
+ *
+ * Call it before other threads convert. Throws std::bad_alloc, after which some sets or names may be entered and
+ * another call enters the rest.
+ */
+KX7_API void registerCharSets();
+
 /** A label that leads to a character set. */
 struct CharSetLabel {
     char const* label;  ///< in lower case

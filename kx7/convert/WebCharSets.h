@@ -11,8 +11,8 @@ namespace kx7 {
 /**
  * Encodings of the Encoding Standard that no KX7CS_ set equals: those of the other single-byte ones are the KX7CS_ sets
  * to which kx7::findCharSet leads from their names. Functions and streams of kx7/convert.h, and kx7conv, take them like
- * any character set. The functions of KX7CharSet.h, converters by number and KX7UString take them for UTF-8, as any
- * number that is not registered.
+ * any character set. The functions of KX7CharSet.h, converters by number and KX7UString do only where the program has
+ * called kx7::registerCharSets, and else take them for UTF-8, as any number that is not registered.
  */
 namespace web {
 

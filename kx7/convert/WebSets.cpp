@@ -9,6 +9,14 @@
 
 #include "kx7/convert/WebObjects.inc"
 
+void kx7::registerCharSets()
+{
+    for (KX7CharSet const charSet : web::ALL) {
+        g_oCnvtMgr.insert(charSet, webConverterOf(charSet), true);
+        g_oCnvtMgr.insertCharSetMap(charSet, KX7UString(charSetInfo(charSet)->name, KX7CS_UTF8));
+    }
+}
+
 kx7::Served kx7::servedInLayer(KX7CharSet charSet)
 {
     Served const registered = servedBy(charSet);

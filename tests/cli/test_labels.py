@@ -73,6 +73,37 @@ class Sets(Test):
         self.assertIn("KX7CS_WCP1251", output)
         self.assertEqual([line for line in output.splitlines() if "KX7CS_" not in line], [])
 
+    def testTheLiteralConversionHasThemToo(self):
+        self.expect(["-f", "ibm866", "--literal"], "Привет".encode("cp866"), "Привет".encode())
+        self.expect(["-t", "windows-1253", "-f", "utf8", "--literal"], "αª".encode(), b"\xe1?")
+
+
+class Registry(Test):
+    def testLabelsMeanWhatTheyMeanOnTheWeb(self):
+        for encoding in SINGLE_BYTE:
+            text = "".join(c or "\uFFFD" for c in characters(encoding)).encode()
+            for label in encodingstandard.encodings()[encoding]:
+                self.expect(["--labels=whatwg", "-f", label, "--errors", "replace"], EVERY_BYTE, text)
+
+    def testOfTheInputTheOutputAndTheList(self):
+        self.expect(["--labels", "whatwg", "-f", "latin1"], b"\x80", "€".encode())
+        self.expect(["--labels", "iana", "-f", "latin1"], b"\x80", "\u0080".encode())
+        self.expect(["-f", "latin1"], b"\x80", "\u0080".encode())
+        self.expect(["--labels", "whatwg", "-f", "utf8", "-t", "l1"], "€".encode(), b"\x80")
+        self.expect(["--labels", "whatwg", "-f", "1253"], b"\xaa", "\u00AA".encode())
+        self.assertEqual(run("--labels", "whatwg", "-f", "cp1253", data=b"\xaa")[0], BAD_DATA)
+        self.assertEqual(run("--labels", "klingon", "-f", "utf8")[0], USAGE)
+        lines = {line.split("\t")[1]: line.split("\t")[2:] for line in
+                 run("--list", "--labels", "whatwg")[1].decode().splitlines()}
+        self.assertIn(" latin1 ", lines["KX7CS_WCP1252"][0])
+        self.assertTrue(lines["KX7CS_WCP949"][0].startswith("EUC-KR "), lines["KX7CS_WCP949"])
+        self.assertNotIn("latin1", " ".join(lines["KX7CS_ISO_8859_1"]))
+        labels = [label for line in lines.values() for label in " ".join(line).split()]
+        self.assertEqual(len(labels), len(set(labels)))
+        self.assertEqual({label.lower() for label in labels}, {label.lower() for label in
+                         " ".join(" ".join(line.split("\t")[2:]) for line in
+                                  run("--list")[1].decode().splitlines()).split()})
+
 
 if __name__ == "__main__":
     unittest.main()
