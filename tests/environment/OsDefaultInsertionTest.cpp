@@ -91,8 +91,7 @@ TEST(OsDefaultInsertion, AfterThePathOfAFileComesTooLate)
 
 TEST(OsDefaultInsertion, AfterAnEmptyPathInUTF8ComesTooLate)
 {
-    expectFixedBy(
-        [] { UTF8ToLocalPath(localBytes, reinterpret_cast<unsigned char const*>(""), sizeof localBytes); });
+    expectFixedBy([] { UTF8ToLocalPath(localBytes, reinterpret_cast<unsigned char const*>(""), sizeof localBytes); });
 }
 
 TEST(OsDefaultInsertion, AfterASizeWasAskedForComesTooLate)
