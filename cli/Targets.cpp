@@ -188,6 +188,9 @@ Output::Target Targets::target(File const& file, Input const& input)
 /** The folder of an output below the output folder, which is made if need be. */
 FolderPointer Targets::folderFor(File const& file)
 {
+    // The folders of a list are known only now.
+    if (!file.modes.empty())
+        limitOutputFolder(file.modes.front());
     if (!m_outputFolder)
         m_outputFolder = makeOutputFolder();
     size_t const slash = file.relative.rfind('/');
@@ -229,8 +232,10 @@ FolderPointer Targets::makeOutputFolder()
     for (size_t slash = path.find('/', 1);; slash = path.find('/', slash + 1)) {
         std::string const folder = path.substr(0, slash);
         bool const isLast = slash == std::string::npos || slash > last;
-        if (mkdir(folder.c_str(), isLast ? folderMode(m_treeMode) : 0777) == -1 && errno != EEXIST)
+        bool const isMade = mkdir(folder.c_str(), isLast ? folderMode(m_treeMode) : 0777) == 0;
+        if (!isMade && errno != EEXIST)
             throw OutputError(errno, std::generic_category(), folder);
+        m_isOutputFolderOurs = isLast && isMade;
         if (isLast)
             break;
     }
@@ -238,6 +243,20 @@ FolderPointer Targets::makeOutputFolder()
     if (!folder)
         throw OutputError(errno, std::generic_category(), path);
     return folder;
+}
+
+/** The output folder permits no more than `most`: from now on, if it was made for other folders. */
+void Targets::limitOutputFolder(mode_t most)
+{
+    mode_t const before = m_treeMode;
+    m_treeMode &= most;
+    if (m_treeMode == before || !m_outputFolder || !m_isOutputFolderOurs)
+        return;
+    struct stat status;
+    mode_t const allowed = ~static_cast<mode_t>(0777) | folderMode(m_treeMode);
+    if (!m_outputFolder->entryStatus(".", status) ||
+        fchmodat(m_outputFolder->get(), ".", status.st_mode & allowed & 07777, 0) == -1)
+        throw OutputError(errno, std::generic_category(), m_options.outputFolder);
 }
 
 }  // namespace kx7conv
