@@ -169,6 +169,17 @@ std::string temporaryName()
     return std::string(TEMPORARY_PREFIX) + digits;
 }
 
+std::string linkTemporary(Folder const& folder, std::string const& from)
+{
+    int const flags = from[0] == '/' ? AT_SYMLINK_FOLLOW : 0;
+    do {
+        std::string const name = temporaryName();
+        if (linkat(folder.get(), from.c_str(), folder.get(), name.c_str(), flags) == 0)
+            return name;
+    } while (errno == EEXIST);
+    return {};
+}
+
 bool isTemporaryName(char const* name)
 {
     size_t const length = sizeof TEMPORARY_PREFIX - 1;

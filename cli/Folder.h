@@ -115,6 +115,9 @@ std::string nameOf(std::string const& path);
 /** A name for an unfinished file, another one each time. */
 std::string temporaryName();
 
+/** Gives a file, by an absolute path or a name in the folder, a temporary name there. Empty: errno says why not. */
+std::string linkTemporary(Folder const& folder, std::string const& from);
+
 /** Whether a name is like those of temporaryName(). */
 bool isTemporaryName(char const* name);
 

@@ -34,6 +34,8 @@ struct OutputError : std::system_error {
         : OutputError(std::error_code(error, category), path)
     {
     }
+    /** Of the backup of that name, which the output's old file is to have. */
+    OutputError(std::error_code error, std::string const& path, std::string const& backup);
 };
 
 /** A file, or standard input. */
@@ -130,10 +132,8 @@ private:
     void openTemporary();
     void setRights();
     void giveName();
-    void keepBackup();
     void replaceTarget();
     void checkOld(struct stat const* old) const;
-    std::string link(std::string const& from) const;
 
     Descriptor m_descriptor;
     std::string m_name;

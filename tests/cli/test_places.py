@@ -304,9 +304,46 @@ class Backups(Places):
         self.make(x=SOURCE, x_bak=b"old")
         for call in ("renameat 1", "fsync 1"):
             self.swapped(f"{call} rm x.bak; mkdir -p x.bak/y", "-i.bak", "x", status=IO,
-                         messages="kx7conv: x: Is a directory\n")
+                         messages="kx7conv: x: its backup x.bak: Is a directory\n")
             self.assertEqual((self.read("x"), self.entries()), (SOURCE, ["x", "x.bak"]))
             subprocess.run("rm -r x.bak; echo old >x.bak", shell=True, cwd=self.folder, check=True)
+
+    def testAFolderUnderTheNameOfTheBackupIsNamed(self):
+        (self.folder / "real").mkdir()
+        self.make(real__x=SOURCE)
+        (self.folder / "real/x.bak").mkdir()
+        (self.folder / "link").symlink_to("real/x")
+        for name in ("real/x", "link"):
+            self.convert("-i.bak", name, status=IO, messages=f"kx7conv: {name}: its backup x.bak: Is a directory\n")
+        self.assertEqual((self.read("real/x"), self.entries("real")), (SOURCE, ["x", "x.bak"]))
+
+    def testARefusedReplacementLeavesTheBackupAsItWas(self):
+        for variables in ({}, {"always": "tmpfile 0 EOPNOTSUPP,"}):
+            for older, call in ((None, "rename 1"), (b"older", "rename 2"), ("same", "rename 2")):
+                self.make(x=SOURCE)
+                if older == "same":
+                    os.link(self.folder / "x", self.folder / "x.bak")
+                elif older:
+                    self.make(x_bak=older)
+                fault = variables.get("always", "") + f"{call} EIO"
+                self.convert("-i.bak", "x", status=IO, messages="kx7conv: x: Input/output error\n",
+                             env=preloaded("KX7CONV_FAULTS", KX7CONV_FAULT=fault))
+                self.assertEqual((self.read("x"), self.entries()), (SOURCE, ["x", "x.bak"] if older else ["x"]), fault)
+                if older:
+                    self.assertEqual(self.read("x.bak"), SOURCE if older == "same" else older)
+                    (self.folder / "x.bak").unlink()
+
+    def testTheOnlyNameOfTheOldTextStays(self):
+        for before, call in ({}, 1), ({"x_bak": b"older"}, 2):
+            self.make(x=SOURCE, **before)
+            self.swapped(f"renameat {call} rm x; mkdir x", "-i.bak", "x", status=IO, messages="kx7conv: x: Is a directory\n")
+            self.assertEqual((self.read("x.bak"), self.entries()), (SOURCE, ["x", "x.bak"]))
+            subprocess.run("rm -r x x.bak", shell=True, cwd=self.folder, check=True)
+
+    def testAnOlderBackupIsReplacedWhereNamesCannotBeExchanged(self):
+        self.make(x=SOURCE, x_bak=b"older")
+        self.convert("-i.bak", "x", env=preloaded("KX7CONV_FAULTS", KX7CONV_FAULT="rename 1 EINVAL"))
+        self.assertEqual((self.read("x"), self.read("x.bak"), self.entries()), (RESULT, SOURCE, ["x", "x.bak"]))
 
     def testABackupThatIsTheSameFile(self):
         self.make(x=SOURCE)
