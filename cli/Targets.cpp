@@ -43,20 +43,22 @@ Targets::Targets(Options const& options)
 
 bool Targets::isInput(FileId const& file) const
 {
-    return std::binary_search(m_inputs.begin(), m_inputs.end(), file);
+    return m_inputs.contains(file, {});
 }
 
 void Targets::check(Output const* shared, Place const& place)
 {
     bool const isToFile = shared && (shared->isFile() || shared->file());
-    if (!isToFile && m_options.backupSuffix.empty() && m_options.outputFolder.empty())
+    bool const isAsked = !m_options.backupSuffix.empty() || !m_options.outputFolder.empty();
+    if (!isToFile && !isAsked)
         return;
     auto const look = [&](std::string const& input) {
         struct stat status;
         if ((input == "-" ? fstat(STDIN_FILENO, &status) : stat(input.c_str(), &status)) == -1)
             return;
-        m_inputs.emplace_back(status);
-        if (isToFile && !shared->isFile() && m_inputs.back() == *shared->file())
+        if (isAsked)
+            m_inputs.insert(FileId(status), {});
+        if (isToFile && !shared->isFile() && FileId(status) == *shared->file())
             throw UsageError(inputName(input) + ": is the output, too");
         FolderPointer const tree =
             S_ISDIR(status.st_mode) && m_options.recursive ? Folder::open(AT_FDCWD, input, 0) : nullptr;
@@ -65,12 +67,10 @@ void Targets::check(Output const* shared, Place const& place)
             m_treeMode &= tree->mostPermissions();
         }
     };
-    m_inputs.reserve(m_options.files.size() + 1);
     for (char const* const input : m_options.files)
         look(input);
     if (!m_options.namesFrom.empty())
         look(m_options.namesFrom);
-    std::sort(m_inputs.begin(), m_inputs.end());
     std::sort(m_trees.begin(), m_trees.end());
     if (isToFile && !m_trees.empty())
         checkTrees(*shared, place);

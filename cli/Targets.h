@@ -44,11 +44,11 @@ private:
     void limitOutputFolder(mode_t most);
 
     Options const& m_options;
-    bool const m_repeats;          ///< an input may be named more than once
-    EntrySet m_targets;            ///< a file is written once in a run
-    std::vector<FileId> m_inputs;  ///< what the arguments name, sorted
-    std::vector<FileId> m_trees;   ///< the folders among them, sorted
-    mode_t m_treeMode = 0777;      ///< what all these permit, and those of a list so far
+    bool const m_repeats;         ///< an input may be named more than once
+    EntrySet m_targets;           ///< a file is written once in a run
+    EntrySet m_inputs;            ///< what the arguments name, by what it is: without names
+    std::vector<FileId> m_trees;  ///< the folders among them, sorted
+    mode_t m_treeMode = 0777;     ///< what all these permit, and those of a list so far
     FolderPointer m_outputFolder;
     bool m_isOutputFolderOurs = false;  ///< made in this run
     FolderPointer m_folder;             ///< of the last output

@@ -4,6 +4,7 @@
 #include <csignal>
 #include <cstdio>
 #include <fcntl.h>
+#include <malloc.h>
 #include <optional>
 #include <strings.h>
 #include <unistd.h>
@@ -168,6 +169,11 @@ void occupyStandardDescriptors()
 int main(int argc, char** argv)
 {
     occupyStandardDescriptors();
+
+#ifdef M_ARENA_MAX
+    // A heap for each of many threads takes more memory than they use.
+    mallopt(M_ARENA_MAX, 2);
+#endif
 
     // A reader that has gone shows as EPIPE instead, a file beyond the limit of the process as EFBIG.
     signal(SIGPIPE, SIG_IGN);
