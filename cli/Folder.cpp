@@ -28,8 +28,12 @@ public:
     char const* name() const noexcept override { return "kx7conv"; }
     std::string message(int code) const override
     {
-        return code == static_cast<int>(FileError::REPLACED) ? "another file has taken its place"
-                                                             : "Not a regular file";
+        switch (static_cast<FileError>(code)) {
+            case FileError::REPLACED: return "another file has taken its place";
+            case FileError::NOT_REGULAR: return "Not a regular file";
+            case FileError::NO_PROC: break;
+        }
+        return "needs /proc, which is not mounted";
     }
 };
 

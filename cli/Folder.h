@@ -48,7 +48,8 @@ struct FileId {
 /** Errors of files beside those of the system. */
 enum class FileError {
     REPLACED = 1,  ///< the file is not the one that was there before
-    NOT_REGULAR    ///< a link, a device, a pipe, ...
+    NOT_REGULAR,   ///< a link, a device, a pipe, ...
+    NO_PROC        ///< a file without a name cannot get one
 };
 
 std::error_code make_error_code(FileError error);

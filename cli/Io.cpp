@@ -256,8 +256,13 @@ void Output::giveName()
     bool const isNew =
         !m_replaces && linkat(AT_FDCWD, file.c_str(), m_folder->get(), m_target.c_str(), AT_SYMLINK_FOLLOW) == 0;
     m_temporary.name = isNew ? m_target : linkTemporary(*m_folder, file);
-    if (m_temporary.name.empty())
-        fail();
+    if (!m_temporary.name.empty())
+        return;
+    int const reason = errno;
+    if (reason == ENOENT && access(file.c_str(), F_OK) == -1)
+        fail(FileError::NO_PROC);
+    errno = reason;
+    fail();
 }
 
 void Output::replaceTarget()
