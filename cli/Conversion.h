@@ -3,8 +3,6 @@
 #define KX7_CLI_CONVERSION_H
 
 #include <atomic>
-#include <condition_variable>
-#include <exception>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -18,6 +16,7 @@
 #include "OpenFiles.h"
 #include "Options.h"
 #include "Targets.h"
+#include "Turns.h"
 
 namespace kx7conv {
 
@@ -93,13 +92,12 @@ private:
     void openSharedOutput();
     std::shared_ptr<Output> openOutput(File const& file, Job& job);
     void fail(Block& block, std::string const& reason, int status);
-    void process(Block& block, BlockConverter& converter);
-    void awaitTurn(uint64_t ticket);
-    void endTurn();
+    BlockResult convert(Block& block, BlockConverter& converter);
+    void accept(Block& block, BlockConverter& converter, BlockResult const& result);
+    void finishInput(Job& job);
     void commit(Job& job, BlockConverter const& converter);
     void conclude(Job& job);
     void raise(int status);
-    void abort();
     std::unique_ptr<BlockConverter> makeConverter() const;
 
     Options const& m_options;
@@ -119,17 +117,13 @@ private:
     Targets m_targets;
     uint64_t m_jobs = 0;
 
-    std::mutex m_turnMutex;
-    std::condition_variable m_turnEnded;
-    uint64_t m_turn = 0;
+    Turns m_turns;
 
     std::shared_ptr<Output> m_sharedOutput;
     Place m_sharedPlace;  ///< unless that is standard output
     ChangedFolders m_folders;
     Messages m_messages;
     Totals m_totals;  ///< changed by the thread whose turn it is
-    std::atomic<bool> m_aborted{false};
-    std::exception_ptr m_failure;
 };
 
 }  // namespace kx7conv
