@@ -110,7 +110,7 @@ void Conversion::run()
             m_sharedOutput->finish();
         if (!m_sharedOutput->lost().empty())
             report(notKept(m_options.output, *m_sharedOutput));
-        if (m_sharedOutput->isFile() && m_status == EXIT_FINE && !m_sharedPlace.folder->sync())
+        if (m_sharedOutput->appearsAtFinish() && m_status == EXIT_FINE && !m_sharedPlace.folder->sync())
             throw OutputError(errno, std::generic_category(), m_options.output);
     }
     m_folders.finish();
@@ -211,8 +211,8 @@ bool Conversion::take(Block& block)
 bool Conversion::openNext(Block& block)
 {
     auto const job = std::make_shared<Job>();
-    // Every input before it is read to its end, so that no thread that holds a place waits for this one.
-    job->place.emplace(m_openFiles);
+    // Every input before it is read to its end, so that no thread that holds a permit waits for this one.
+    job->permit.emplace(m_openFiles);
     job->number = m_jobs++;
     block.job = job;
     File file;
@@ -400,7 +400,7 @@ void Conversion::conclude(Job& job)
     }
     // The block keeps the job until it is used again.
     job.input.reset();
-    job.place.reset();
+    job.permit.reset();
     m_messages.finish(job.number);
 }
 

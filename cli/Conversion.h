@@ -39,7 +39,7 @@ struct Totals {
 /**
  * Converts all inputs. Every thread takes the next block of the inputs in their order, converts it and waits for its
  * turn to write, so that outputs and messages do not depend on how many threads there are. A file that gets a place of
- * its own is brought to the disk out of turn, which is what takes long with many small ones.
+ * its own is synced out of turn, which is what takes long with many small ones.
  *
  * Blocks begin and end between characters: with one thread the conversion itself finds the end, with several the thread
  * that reads. Memory does not grow with the input: a thread whose space for output is full waits for its turn.
@@ -59,7 +59,7 @@ private:
     struct Job {
         uint64_t number = 0;
         std::string name;
-        std::optional<OpenFiles::Place> place;
+        std::optional<OpenFiles::Permit> permit;
         std::unique_ptr<Input> input;
         std::shared_ptr<Output> output;  ///< null: nothing is written
         FolderPointer folder;            ///< that the output appears in

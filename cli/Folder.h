@@ -72,7 +72,7 @@ public:
     /** Opens an entry that is no link; the descriptor or -1. */
     int openEntry(std::string const& name, int flags, mode_t mode = 0) const;
 
-    /** Brings the entries to the disk, where that is possible: it takes permission to read. False: it failed. */
+    /** Syncs the entries, where that is possible: it takes permission to read. False: it failed. */
     bool sync() const;
 
 private:

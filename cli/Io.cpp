@@ -195,7 +195,7 @@ void Output::write(void const* data, size_t size)
 
 void Output::finish()
 {
-    if (isFile()) {
+    if (appearsAtFinish()) {
         setRights();
         if (uninterrupted([&] { return fsync(m_descriptor.get()); }) == -1)
             fail();
@@ -210,7 +210,7 @@ void Output::finish()
     // Ahead of the renaming: some file systems refuse late.
     if (!m_descriptor.close())
         fail();
-    if (isFile())
+    if (appearsAtFinish())
         replaceTarget();
 }
 

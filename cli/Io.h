@@ -96,19 +96,20 @@ public:
     /** A new file permits no more than this. */
     void limitPermissions(mode_t most) { m_mode &= most; }
 
-    /** Closes it; a file is brought to the disk and takes its place. What is refused late shows here. Throws
+    /** Closes it; a file is synced and takes its place. What is refused late shows here. Throws
      * OutputError. */
     void finish();
 
     uint64_t written() const { return m_written; }
 
-    /** Whether it replaces a file or makes a new one; else it is written to as it is. */
-    bool isFile() const { return m_folder != nullptr; }
+    /** Whether finish() gives a file its name, a new one or that of an old file; else what is open is written to. */
+    bool appearsAtFinish() const { return m_folder != nullptr; }
 
-    /** What is written to or is to be replaced. Null: there is none yet. */
-    FileId const* file() const { return m_hasFile ? &m_file : nullptr; }
+    /** The regular file that is written to or, if appearsAtFinish(), the one that is to be replaced. Null: there is
+     * none. */
+    FileId const* existingFile() const { return m_hasFile ? &m_file : nullptr; }
 
-    /** The number of names that file has. */
+    /** The number of names that existingFile() has. */
     nlink_t links() const { return m_status.st_nlink; }
 
     /** What the file that was replaced had and this one has not; empty: nothing. */

@@ -48,7 +48,7 @@ bool Targets::isInput(FileId const& file) const
 
 void Targets::check(Output const* shared, Place const& place)
 {
-    bool const isToFile = shared && (shared->isFile() || shared->file());
+    bool const isToFile = shared && (shared->appearsAtFinish() || shared->existingFile());
     bool const isAsked = !m_options.backupSuffix.empty() || !m_options.outputFolder.empty();
     if (!isToFile && !isAsked)
         return;
@@ -58,7 +58,7 @@ void Targets::check(Output const* shared, Place const& place)
             return;
         if (isAsked)
             m_inputs.insert(FileId(status), {});
-        if (isToFile && !shared->isFile() && FileId(status) == *shared->file())
+        if (isToFile && !shared->appearsAtFinish() && FileId(status) == *shared->existingFile())
             throw UsageError(inputName(input) + ": is the output, too");
         FolderPointer const tree =
             S_ISDIR(status.st_mode) && m_options.recursive ? Folder::open(AT_FDCWD, input, 0) : nullptr;
@@ -81,15 +81,16 @@ void Targets::check(Output const* shared, Place const& place)
 /** An output in a folder that is converted would be an input of the next run, or of this one. */
 void Targets::checkTrees(Output const& shared, Place const& place) const
 {
-    std::string const name = outputName(shared.isFile() ? m_options.output : std::string());
-    FolderPointer folder = shared.isFile() ? place.folder : folderOfOpenFile(STDOUT_FILENO, *shared.file());
+    std::string const name = outputName(shared.appearsAtFinish() ? m_options.output : std::string());
+    FolderPointer folder =
+        shared.appearsAtFinish() ? place.folder : folderOfOpenFile(STDOUT_FILENO, *shared.existingFile());
     while (folder) {
         if (std::binary_search(m_trees.begin(), m_trees.end(), folder->id()))
             throw UsageError(name + ": is in a folder that is converted");
         FolderPointer const above = Folder::open(folder->get(), "..", 0);
         folder = above && above->id() != folder->id() ? above : nullptr;
     }
-    if (!shared.file() || shared.links() < 2)
+    if (!shared.existingFile() || shared.links() < 2)
         return;
     Options options = m_options;
     options.namesFrom.clear();
@@ -103,7 +104,7 @@ void Targets::checkTrees(Output const& shared, Place const& place) const
             continue;  // told when it is converted
         }
         struct stat status;
-        if (file.isFound && file.folder->entryStatus(file.name, status) && FileId(status) == *shared.file())
+        if (file.isFound && file.folder->entryStatus(file.name, status) && FileId(status) == *shared.existingFile())
             throw UsageError(inputName(file.path) + ": is the output, too");
     }
 }
@@ -144,7 +145,8 @@ void Targets::resolveInput(File& file) const
 void Targets::checkInput(File const& file, Input const& input, Output const& shared) const
 {
     // A file that is named may be replaced by what it becomes; one that is found was not meant.
-    if (shared.file() && (!shared.isFile() || file.isFound) && FileId(input.status()) == *shared.file())
+    if (shared.existingFile() && (!shared.appearsAtFinish() || file.isFound) &&
+        FileId(input.status()) == *shared.existingFile())
         throw UsageError(input.name() + ": is the output, too");
 }
 

@@ -90,7 +90,7 @@ int guessAll(Options const& options)
                 break;
             Input input(file);
             files.check(input);
-            if (output.file() && FileId(input.status()) == *output.file())
+            if (output.existingFile() && FileId(input.status()) == *output.existingFile())
                 throw UsageError(input.name() + ": is the output, too");
             std::vector<kx7::CharSetInfo const*> const charSets = guess(input);
             std::string text;
