@@ -9,6 +9,7 @@
 #include <thread>
 
 #include "LiteralTranscoder.h"
+#include "Paths.h"
 #include "Transcoder.h"
 #include "kx7/convert.h"
 

@@ -1,27 +1,20 @@
 // kx7text - kx7conv: open folders, and the files in them by name.
 #include "Folder.h"
 
-#include <atomic>
 #include <climits>
-#include <cstdint>
-#include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <fcntl.h>
 #include <linux/magic.h>
-#include <sys/random.h>
 #include <sys/vfs.h>
 #include <unistd.h>
 
+#include "Paths.h"
 #include "Rights.h"
 #include "Uninterrupted.h"
 
 namespace kx7conv {
 
 namespace {
-
-char const TEMPORARY_PREFIX[] = ".kx7conv-";
-constexpr size_t TEMPORARY_DIGITS = 16;
 
 class FileErrorCategory : public std::error_category {
 public:
@@ -148,31 +141,6 @@ bool resolve(std::string path, Place& place)
     return false;
 }
 
-std::string folderOf(std::string const& path)
-{
-    size_t const slash = path.rfind('/');
-    return slash == std::string::npos ? "." : slash == 0 ? "/" : path.substr(0, slash);
-}
-
-std::string nameOf(std::string const& path)
-{
-    size_t const slash = path.rfind('/');
-    return slash == std::string::npos ? path : path.substr(slash + 1);
-}
-
-std::string temporaryName()
-{
-    uint64_t number = 0;
-    if (getrandom(&number, sizeof number, 0) != static_cast<ssize_t>(sizeof number)) {
-        // Taken names are tried again, so any will do.
-        static std::atomic<uint32_t> s_count{0};
-        number = static_cast<uint64_t>(getpid()) << 32 | s_count++;
-    }
-    char digits[TEMPORARY_DIGITS + 1];
-    snprintf(digits, sizeof digits, "%016llx", static_cast<unsigned long long>(number));
-    return std::string(TEMPORARY_PREFIX) + digits;
-}
-
 std::string linkTemporary(Folder const& folder, std::string const& from)
 {
     int const flags = from[0] == '/' ? AT_SYMLINK_FOLLOW : 0;
@@ -182,15 +150,6 @@ std::string linkTemporary(Folder const& folder, std::string const& from)
             return name;
     } while (errno == EEXIST);
     return {};
-}
-
-bool isTemporaryName(char const* name)
-{
-    size_t const length = sizeof TEMPORARY_PREFIX - 1;
-    if (strncmp(name, TEMPORARY_PREFIX, length) != 0)
-        return false;
-    name += length;
-    return strspn(name, "0123456789abcdef") == TEMPORARY_DIGITS && name[TEMPORARY_DIGITS] == 0;
 }
 
 }  // namespace kx7conv

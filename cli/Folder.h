@@ -107,20 +107,8 @@ struct Place {
 /** Follows links: what is in the place is none, unless it has just been made. False: errno says why there is none. */
 bool resolve(std::string path, Place& place);
 
-/** The folder of a path, "." where it names none. */
-std::string folderOf(std::string const& path);
-
-/** What a path names in its folder. */
-std::string nameOf(std::string const& path);
-
-/** A name for an unfinished file, another one each time. */
-std::string temporaryName();
-
 /** Gives a file, by an absolute path or a name in the folder, a temporary name there. Empty: errno says why not. */
 std::string linkTemporary(Folder const& folder, std::string const& from);
-
-/** Whether a name is like those of temporaryName(). */
-bool isTemporaryName(char const* name);
 
 }  // namespace kx7conv
 

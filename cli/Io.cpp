@@ -6,21 +6,13 @@
 #include <unistd.h>
 
 #include "Backup.h"
+#include "Paths.h"
 #include "Quoting.h"
 #include "Rights.h"
 #include "Transfer.h"
 #include "Uninterrupted.h"
 
 namespace kx7conv {
-
-namespace {
-
-std::string procPath(int file)
-{
-    return "/proc/self/fd/" + std::to_string(file);
-}
-
-}  // namespace
 
 std::string inputName(std::string const& path)
 {

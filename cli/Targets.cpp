@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include "Files.h"
+#include "Paths.h"
 
 namespace kx7conv {
 
@@ -23,7 +24,7 @@ mode_t folderMode(mode_t like)
 FolderPointer folderOfOpenFile(int file, FileId const& id)
 {
     char text[PATH_MAX];
-    ssize_t const length = readlink(("/proc/self/fd/" + std::to_string(file)).c_str(), text, sizeof text);
+    ssize_t const length = readlink(procPath(file).c_str(), text, sizeof text);
     if (length <= 0 || text[0] != '/')
         return nullptr;
     std::string const path(text, static_cast<size_t>(length));
@@ -135,10 +136,8 @@ void Targets::resolveInput(File& file) const
         throw UsageError(inputName(file.path) + ": not a regular file, which -i needs");
     file.folder = place.folder;
     file.name = place.name;
-    std::string const& suffix = m_options.backupSuffix;
-    size_t const size = file.name.size();
-    if (!suffix.empty() && size > suffix.size() && file.name.compare(size - suffix.size(), size, suffix) == 0 &&
-        m_targets.contains(place.folder->id(), file.name.substr(0, size - suffix.size())))
+    std::string const original = originalOf(file.name, m_options.backupSuffix);
+    if (!original.empty() && m_targets.contains(place.folder->id(), original))
         throw UsageError(inputName(file.path) + ": has the name of another input's backup");
 }
 
