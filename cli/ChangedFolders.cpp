@@ -1,4 +1,4 @@
-// kx7text - kx7conv: folders in which files appear, which are brought to the disk.
+// kx7text - kx7conv: folders in which files appear, which are synced.
 #include "ChangedFolders.h"
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-// kx7text - kx7conv: folders in which files appear, which are brought to the disk.
+// kx7text - kx7conv: folders in which files appear, which are synced.
 #ifndef KX7_CLI_CHANGEDFOLDERS_H
 #define KX7_CLI_CHANGEDFOLDERS_H
 
@@ -10,19 +10,19 @@
 
 namespace kx7conv {
 
-/** The folders of the outputs in work and some before them; each is brought to the disk after its last file. */
+/** The folders of the outputs in work and some before them; each is synced after its last file. */
 class ChangedFolders {
 public:
     /**
      * A file is going to appear in a folder. Returns that folder, as it was opened first. A folder in which none did
-     * for some time is brought to the disk; `failure` says if that fails.
+     * for some time is synced; `failure` says if that fails.
      */
     FolderPointer enter(FolderPointer const& folder, std::string const& name, std::string& failure);
 
     /** It has appeared or, if not `isChanged`, has not. */
     void leave(FolderPointer const& folder, bool isChanged);
 
-    /** Brings the others to the disk, when all files have appeared. Throws OutputError. */
+    /** Syncs the others, when all files have appeared. Throws OutputError. */
     void finish();
 
 private:

@@ -9,6 +9,7 @@
 #include <thread>
 
 #include "LiteralTranscoder.h"
+#include "Paths.h"
 #include "Transcoder.h"
 #include "kx7/convert.h"
 
@@ -19,8 +20,8 @@ namespace {
 /** Large enough that system calls do not count, small enough that a block stays in the second-level cache. */
 constexpr size_t BLOCK_SIZE = 128 * 1024;
 
-/** All threads' blocks together. */
-constexpr size_t ALL_BLOCKS = 2 * 1024 * 1024;
+/** All threads' blocks together; what is converted of them takes twice as much. */
+constexpr size_t ALL_BLOCKS = 1024 * 1024;
 
 /** Longer than any character in any set. */
 constexpr size_t SMALLEST_BLOCK = 4 * 1024;
@@ -102,8 +103,7 @@ void Conversion::run()
     for (std::thread& thread : threads)
         thread.join();
     m_messages.clear();
-    if (m_failure)
-        std::rethrow_exception(m_failure);
+    m_turns.rethrow();
 
     if (isShared) {
         m_totals.bytesWritten += m_sharedOutput->written();
@@ -111,7 +111,7 @@ void Conversion::run()
             m_sharedOutput->finish();
         if (!m_sharedOutput->lost().empty())
             report(notKept(m_options.output, *m_sharedOutput));
-        if (m_sharedOutput->isFile() && m_status == EXIT_FINE && !m_sharedPlace.folder->sync())
+        if (m_sharedOutput->appearsAtFinish() && m_status == EXIT_FINE && !m_sharedPlace.folder->sync())
             throw OutputError(errno, std::generic_category(), m_options.output);
     }
     m_folders.finish();
@@ -138,11 +138,19 @@ void Conversion::work()
         std::unique_ptr<BlockConverter> const converter = makeConverter();
         Block block;
         block.bytes.resize(m_blockSize);
-        while (take(block))
-            process(block, *converter);
+        while (take(block)) {
+            BlockResult const result = convert(block, *converter);
+            m_turns.await(block.ticket);
+            accept(block, *converter, result);
+            if (block.isLast && !m_turns.isAborted())
+                finishInput(*block.job);
+            m_turns.end();
+            if (block.isLast)
+                conclude(*block.job);
+        }
     }
     catch (...) {
-        abort();
+        m_turns.abort();
     }
 }
 
@@ -150,7 +158,7 @@ void Conversion::work()
 bool Conversion::take(Block& block)
 {
     std::lock_guard<std::mutex> const lock(m_readMutex);
-    if (m_aborted)
+    if (m_turns.isAborted())
         return false;
     block.failure.clear();
     block.size = 0;
@@ -204,8 +212,8 @@ bool Conversion::take(Block& block)
 bool Conversion::openNext(Block& block)
 {
     auto const job = std::make_shared<Job>();
-    // Every input before it is read to its end, so that no thread that holds a place waits for this one.
-    job->place.emplace(m_openFiles);
+    // Every input before it is read to its end, so that no thread that holds a permit waits for this one.
+    job->permit.emplace(m_openFiles);
     job->number = m_jobs++;
     block.job = job;
     File file;
@@ -269,15 +277,15 @@ void Conversion::fail(Block& block, std::string const& reason, int status)
     block.isLast = true;
 }
 
-void Conversion::process(Block& block, BlockConverter& converter)
+/** Converts a block, and writes out of it in its turn if there is no space left for more. */
+BlockResult Conversion::convert(Block& block, BlockConverter& converter)
 {
     Job& job = *block.job;
-    BlockResult result = {0, 0, false};
     try {
         if (!job.isStopped && block.failure.empty())
-            result = converter.convert(block.bytes.data(), block.size, block.isFirst, block.isLast, [&] {
-                awaitTurn(block.ticket);
-                if (job.isStopped || m_aborted)
+            return converter.convert(block.bytes.data(), block.size, block.isFirst, block.isLast, [&] {
+                m_turns.await(block.ticket);
+                if (job.isStopped || m_turns.isAborted())
                     throw Cancelled();
                 commit(job, converter);
             });
@@ -285,8 +293,14 @@ void Conversion::process(Block& block, BlockConverter& converter)
     catch (Cancelled const&) {
         converter.clear();
     }
-    awaitTurn(block.ticket);
-    if (!job.isStopped && !m_aborted) {
+    return {0, 0, false};
+}
+
+/** Takes what a block has become. The turn is this thread's. */
+void Conversion::accept(Block& block, BlockConverter& converter, BlockResult const& result)
+{
+    Job& job = *block.job;
+    if (!job.isStopped && !m_turns.isAborted()) {
         // A line that goes on in the next block waits for it, with the one converter that there is then.
         bool const keepsOutput = m_options.lineBuffered && !block.isLast && !result.stopped;
         if (!keepsOutput) {
@@ -307,42 +321,27 @@ void Conversion::process(Block& block, BlockConverter& converter)
         m_held.assign(block.bytes.data() + result.used, block.bytes.data() + block.size);
         job.bytesTaken -= m_held.size();
     }
-    if (!block.failure.empty() && !m_aborted) {
+    if (!block.failure.empty() && !m_turns.isAborted()) {
         job.isFailed = true;
         raise(block.failureStatus);
         m_messages.post(job.number, block.failure);
     }
-    if (block.isLast && !m_aborted) {
-        bool const reportsCount = m_options.check || m_options.failOnLoss;
-        if (reportsCount && job.faults != 0) {
-            m_messages.post(job.number, job.name + ": " + counted(job.faults));
-            job.isFailed = true;
-            raise(EXIT_BAD_DATA);
-        }
-        ++m_totals.files;
-        m_totals.failedFiles += job.isFailed;
-        m_totals.faults += job.faults;
-        if (job.output && job.output != m_sharedOutput)
-            m_totals.bytesWritten += job.output->written();
-    }
-    endTurn();
-    if (block.isLast)
-        conclude(job);
 }
 
-void Conversion::awaitTurn(uint64_t ticket)
+/** The last block of the input is accepted: counts it, and says how many errors there were. */
+void Conversion::finishInput(Job& job)
 {
-    std::unique_lock<std::mutex> lock(m_turnMutex);
-    m_turnEnded.wait(lock, [&] { return m_turn == ticket || m_aborted; });
-}
-
-void Conversion::endTurn()
-{
-    {
-        std::lock_guard<std::mutex> const lock(m_turnMutex);
-        ++m_turn;
+    bool const reportsCount = m_options.check || m_options.failOnLoss;
+    if (reportsCount && job.faults != 0) {
+        m_messages.post(job.number, job.name + ": " + counted(job.faults));
+        job.isFailed = true;
+        raise(EXIT_BAD_DATA);
     }
-    m_turnEnded.notify_all();
+    ++m_totals.files;
+    m_totals.failedFiles += job.isFailed;
+    m_totals.faults += job.faults;
+    if (job.output && job.output != m_sharedOutput)
+        m_totals.bytesWritten += job.output->written();
 }
 
 /** Writes the output and the messages that the converter holds. The turn is this thread's. */
@@ -354,7 +353,7 @@ void Conversion::commit(Job& job, BlockConverter const& converter)
         }
         catch (OutputError const& error) {
             if (job.output == m_sharedOutput) {
-                abort();
+                m_turns.abort();
                 return;
             }
             raise(EXIT_IO);
@@ -383,7 +382,7 @@ void Conversion::commit(Job& job, BlockConverter const& converter)
 /** The input is converted: what it became takes its place. */
 void Conversion::conclude(Job& job)
 {
-    if (job.output && job.output != m_sharedOutput && !m_aborted) {
+    if (job.output && job.output != m_sharedOutput && !m_turns.isAborted()) {
         bool isChanged = false;
         try {
             if (!job.isFailed) {
@@ -402,7 +401,7 @@ void Conversion::conclude(Job& job)
     }
     // The block keeps the job until it is used again.
     job.input.reset();
-    job.place.reset();
+    job.permit.reset();
     m_messages.finish(job.number);
 }
 
@@ -411,18 +410,6 @@ void Conversion::raise(int status)
     int known = m_status;
     while (known < status && !m_status.compare_exchange_weak(known, status)) {
     }
-}
-
-/** Ends the run with the exception at hand. */
-void Conversion::abort()
-{
-    {
-        std::lock_guard<std::mutex> const lock(m_turnMutex);
-        if (!m_aborted)
-            m_failure = std::current_exception();
-        m_aborted = true;
-    }
-    m_turnEnded.notify_all();
 }
 
 }  // namespace kx7conv

@@ -3,8 +3,6 @@
 #define KX7_CLI_CONVERSION_H
 
 #include <atomic>
-#include <condition_variable>
-#include <exception>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -18,6 +16,7 @@
 #include "OpenFiles.h"
 #include "Options.h"
 #include "Targets.h"
+#include "Turns.h"
 
 namespace kx7conv {
 
@@ -40,7 +39,7 @@ struct Totals {
 /**
  * Converts all inputs. Every thread takes the next block of the inputs in their order, converts it and waits for its
  * turn to write, so that outputs and messages do not depend on how many threads there are. A file that gets a place of
- * its own is brought to the disk out of turn, which is what takes long with many small ones.
+ * its own is synced out of turn, which is what takes long with many small ones.
  *
  * Blocks begin and end between characters: with one thread the conversion itself finds the end, with several the thread
  * that reads. Memory does not grow with the input: a thread whose space for output is full waits for its turn.
@@ -60,7 +59,7 @@ private:
     struct Job {
         uint64_t number = 0;
         std::string name;
-        std::optional<OpenFiles::Place> place;
+        std::optional<OpenFiles::Permit> permit;
         std::unique_ptr<Input> input;
         std::shared_ptr<Output> output;  ///< null: nothing is written
         FolderPointer folder;            ///< that the output appears in
@@ -93,13 +92,12 @@ private:
     void openSharedOutput();
     std::shared_ptr<Output> openOutput(File const& file, Job& job);
     void fail(Block& block, std::string const& reason, int status);
-    void process(Block& block, BlockConverter& converter);
-    void awaitTurn(uint64_t ticket);
-    void endTurn();
+    BlockResult convert(Block& block, BlockConverter& converter);
+    void accept(Block& block, BlockConverter& converter, BlockResult const& result);
+    void finishInput(Job& job);
     void commit(Job& job, BlockConverter const& converter);
     void conclude(Job& job);
     void raise(int status);
-    void abort();
     std::unique_ptr<BlockConverter> makeConverter() const;
 
     Options const& m_options;
@@ -119,17 +117,13 @@ private:
     Targets m_targets;
     uint64_t m_jobs = 0;
 
-    std::mutex m_turnMutex;
-    std::condition_variable m_turnEnded;
-    uint64_t m_turn = 0;
+    Turns m_turns;
 
     std::shared_ptr<Output> m_sharedOutput;
     Place m_sharedPlace;  ///< unless that is standard output
     ChangedFolders m_folders;
     Messages m_messages;
     Totals m_totals;  ///< changed by the thread whose turn it is
-    std::atomic<bool> m_aborted{false};
-    std::exception_ptr m_failure;
 };
 
 }  // namespace kx7conv

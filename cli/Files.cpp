@@ -6,22 +6,11 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include "Paths.h"
+
 namespace kx7conv {
 
 namespace {
-
-std::string baseName(std::string const& path)
-{
-    size_t const last = path.find_last_not_of('/');
-    size_t const end = last == std::string::npos ? 0 : last + 1;
-    size_t const slash = end == 0 ? std::string::npos : path.rfind('/', end - 1);
-    return slash == std::string::npos ? path.substr(0, end) : path.substr(slash + 1, end - slash - 1);
-}
-
-std::string joined(std::string const& folder, std::string const& name)
-{
-    return folder.empty() || folder.back() == '/' ? folder + name : folder + "/" + name;
-}
 
 /** Folders of a path that are open at once. */
 constexpr size_t OPEN_LEVELS = 4;
@@ -147,13 +136,9 @@ void Files::describe(std::string const& name, File& file) const
 /** Whether a name is that of another file's backup, which may have been made only now. */
 bool Files::isBackup(std::string const& name) const
 {
-    std::string const& suffix = m_options.backupSuffix;
-    if (!m_options.inPlace || suffix.empty() || name.size() <= suffix.size() ||
-        name.compare(name.size() - suffix.size(), suffix.size(), suffix) != 0)
-        return false;
+    std::string const original = originalOf(name, m_options.inPlace ? m_options.backupSuffix : std::string());
     struct stat status;
-    return m_levels.back().folder->entryStatus(name.substr(0, name.size() - suffix.size()), status) &&
-           S_ISREG(status.st_mode);
+    return !original.empty() && m_levels.back().folder->entryStatus(original, status) && S_ISREG(status.st_mode);
 }
 
 /** Begins with a folder, that m_path names; its names are read when they are asked for. */

@@ -1,18 +1,14 @@
 // kx7text - kx7conv: open folders, and the files in them by name.
 #include "Folder.h"
 
-#include <atomic>
 #include <climits>
-#include <cstdint>
-#include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <fcntl.h>
 #include <linux/magic.h>
-#include <sys/random.h>
 #include <sys/vfs.h>
 #include <unistd.h>
 
+#include "Paths.h"
 #include "Rights.h"
 #include "Uninterrupted.h"
 
@@ -20,16 +16,17 @@ namespace kx7conv {
 
 namespace {
 
-char const TEMPORARY_PREFIX[] = ".kx7conv-";
-constexpr size_t TEMPORARY_DIGITS = 16;
-
 class FileErrorCategory : public std::error_category {
 public:
     char const* name() const noexcept override { return "kx7conv"; }
     std::string message(int code) const override
     {
-        return code == static_cast<int>(FileError::REPLACED) ? "another file has taken its place"
-                                                             : "Not a regular file";
+        switch (static_cast<FileError>(code)) {
+            case FileError::REPLACED: return "another file has taken its place";
+            case FileError::NOT_REGULAR: return "Not a regular file";
+            case FileError::NO_PROC: break;
+        }
+        return "needs /proc, which is not mounted";
     }
 };
 
@@ -144,38 +141,15 @@ bool resolve(std::string path, Place& place)
     return false;
 }
 
-std::string folderOf(std::string const& path)
+std::string linkTemporary(Folder const& folder, std::string const& from)
 {
-    size_t const slash = path.rfind('/');
-    return slash == std::string::npos ? "." : slash == 0 ? "/" : path.substr(0, slash);
-}
-
-std::string nameOf(std::string const& path)
-{
-    size_t const slash = path.rfind('/');
-    return slash == std::string::npos ? path : path.substr(slash + 1);
-}
-
-std::string temporaryName()
-{
-    uint64_t number = 0;
-    if (getrandom(&number, sizeof number, 0) != static_cast<ssize_t>(sizeof number)) {
-        // Taken names are tried again, so any will do.
-        static std::atomic<uint32_t> s_count{0};
-        number = static_cast<uint64_t>(getpid()) << 32 | s_count++;
-    }
-    char digits[TEMPORARY_DIGITS + 1];
-    snprintf(digits, sizeof digits, "%016llx", static_cast<unsigned long long>(number));
-    return std::string(TEMPORARY_PREFIX) + digits;
-}
-
-bool isTemporaryName(char const* name)
-{
-    size_t const length = sizeof TEMPORARY_PREFIX - 1;
-    if (strncmp(name, TEMPORARY_PREFIX, length) != 0)
-        return false;
-    name += length;
-    return strspn(name, "0123456789abcdef") == TEMPORARY_DIGITS && name[TEMPORARY_DIGITS] == 0;
+    int const flags = from[0] == '/' ? AT_SYMLINK_FOLLOW : 0;
+    do {
+        std::string const name = temporaryName();
+        if (linkat(folder.get(), from.c_str(), folder.get(), name.c_str(), flags) == 0)
+            return name;
+    } while (errno == EEXIST);
+    return {};
 }
 
 }  // namespace kx7conv

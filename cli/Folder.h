@@ -48,7 +48,8 @@ struct FileId {
 /** Errors of files beside those of the system. */
 enum class FileError {
     REPLACED = 1,  ///< the file is not the one that was there before
-    NOT_REGULAR    ///< a link, a device, a pipe, ...
+    NOT_REGULAR,   ///< a link, a device, a pipe, ...
+    NO_PROC        ///< a file without a name cannot get one
 };
 
 std::error_code make_error_code(FileError error);
@@ -71,7 +72,7 @@ public:
     /** Opens an entry that is no link; the descriptor or -1. */
     int openEntry(std::string const& name, int flags, mode_t mode = 0) const;
 
-    /** Brings the entries to the disk, where that is possible: it takes permission to read. False: it failed. */
+    /** Syncs the entries, where that is possible: it takes permission to read. False: it failed. */
     bool sync() const;
 
 private:
@@ -106,17 +107,8 @@ struct Place {
 /** Follows links: what is in the place is none, unless it has just been made. False: errno says why there is none. */
 bool resolve(std::string path, Place& place);
 
-/** The folder of a path, "." where it names none. */
-std::string folderOf(std::string const& path);
-
-/** What a path names in its folder. */
-std::string nameOf(std::string const& path);
-
-/** A name for an unfinished file, another one each time. */
-std::string temporaryName();
-
-/** Whether a name is like those of temporaryName(). */
-bool isTemporaryName(char const* name);
+/** Gives a file, by an absolute path or a name in the folder, a temporary name there. Empty: errno says why not. */
+std::string linkTemporary(Folder const& folder, std::string const& from);
 
 }  // namespace kx7conv
 

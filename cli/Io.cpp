@@ -5,21 +5,14 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include "Backup.h"
+#include "Paths.h"
 #include "Quoting.h"
 #include "Rights.h"
 #include "Transfer.h"
 #include "Uninterrupted.h"
 
 namespace kx7conv {
-
-namespace {
-
-std::string procPath(int file)
-{
-    return "/proc/self/fd/" + std::to_string(file);
-}
-
-}  // namespace
 
 std::string inputName(std::string const& path)
 {
@@ -29,6 +22,11 @@ std::string inputName(std::string const& path)
 std::string outputName(std::string const& path)
 {
     return path.empty() ? "(stdout)" : quoted(path);
+}
+
+OutputError::OutputError(std::error_code error, std::string const& path, std::string const& backup)
+    : system_error(error, outputName(path) + ": its backup " + quoted(backup))
+{
 }
 
 Input::Input(std::string const& path) : Input(File{path, {}, nullptr, {}, false, {}, {}})
@@ -189,7 +187,7 @@ void Output::write(void const* data, size_t size)
 
 void Output::finish()
 {
-    if (isFile()) {
+    if (appearsAtFinish()) {
         setRights();
         if (uninterrupted([&] { return fsync(m_descriptor.get()); }) == -1)
             fail();
@@ -204,7 +202,7 @@ void Output::finish()
     // Ahead of the renaming: some file systems refuse late.
     if (!m_descriptor.close())
         fail();
-    if (isFile())
+    if (appearsAtFinish())
         replaceTarget();
 }
 
@@ -249,49 +247,14 @@ void Output::giveName()
     std::string const file = procPath(m_descriptor.get());
     bool const isNew =
         !m_replaces && linkat(AT_FDCWD, file.c_str(), m_folder->get(), m_target.c_str(), AT_SYMLINK_FOLLOW) == 0;
-    m_temporary.name = isNew ? m_target : link(file);
-}
-
-/** Gives a file, by a path or a name in the folder, a new name there, and returns that. */
-std::string Output::link(std::string const& from) const
-{
-    std::string name;
-    do {
-        name = temporaryName();
-        if (linkat(m_folder->get(), from.c_str(), m_folder->get(), name.c_str(),
-                   from[0] == '/' ? AT_SYMLINK_FOLLOW : 0) == 0)
-            return name;
-    } while (errno == EEXIST);
+    m_temporary.name = isNew ? m_target : linkTemporary(*m_folder, file);
+    if (!m_temporary.name.empty())
+        return;
+    int const reason = errno;
+    if (reason == ENOENT && access(file.c_str(), F_OK) == -1)
+        fail(FileError::NO_PROC);
+    errno = reason;
     fail();
-}
-
-/**
- * Gives the old file a second name, so that at no time there is no file under the first. An older backup goes only when
- * there is the new one.
- */
-void Output::keepBackup()
-{
-    int const folder = m_folder->get();
-    std::string const backup = m_target + m_backupSuffix;
-    std::string name = backup;
-    if (linkat(folder, m_target.c_str(), folder, name.c_str(), 0) == -1) {
-        if (errno != EEXIST)
-            fail();
-        name = link(m_target);
-    }
-    struct stat status;
-    bool const isOld = m_folder->entryStatus(name, status) && FileId(status) == m_file;
-    if (!isOld || (name != backup && renameat(folder, name.c_str(), folder, backup.c_str()) == -1)) {
-        int const reason = errno;
-        unlinkat(folder, name.c_str(), 0);
-        if (!isOld)
-            fail(FileError::REPLACED);
-        errno = reason;
-        fail();
-    }
-    // Where the backup was the old file already, renaming leaves both names.
-    if (name != backup)
-        unlinkat(folder, name.c_str(), 0);
 }
 
 void Output::replaceTarget()
@@ -300,10 +263,18 @@ void Output::replaceTarget()
         struct stat status;
         bool const isThere = m_folder->entryStatus(m_target, status);
         checkOld(isThere ? &status : nullptr);
-        if (!m_backupSuffix.empty())
-            keepBackup();
-        if (renameat(m_folder->get(), m_temporary.name.c_str(), m_folder->get(), m_target.c_str()) == -1)
+        Backup backup(m_folder, m_target, m_backupSuffix, m_file);
+        std::error_code const refused = m_backupSuffix.empty() ? std::error_code() : backup.make();
+        if (refused == FileError::REPLACED)
+            fail(FileError::REPLACED);
+        if (refused)
+            throw OutputError(refused, m_name, backup.name());
+        if (renameat(m_folder->get(), m_temporary.name.c_str(), m_folder->get(), m_target.c_str()) == -1) {
+            int const reason = errno;
+            backup.undo();
+            errno = reason;
             fail();
+        }
     }
     m_temporary.name.clear();
 }

@@ -34,6 +34,8 @@ struct OutputError : std::system_error {
         : OutputError(std::error_code(error, category), path)
     {
     }
+    /** Of the backup of that name, which the output's old file is to have. */
+    OutputError(std::error_code error, std::string const& path, std::string const& backup);
 };
 
 /** A file, or standard input. */
@@ -94,19 +96,20 @@ public:
     /** A new file permits no more than this. */
     void limitPermissions(mode_t most) { m_mode &= most; }
 
-    /** Closes it; a file is brought to the disk and takes its place. What is refused late shows here. Throws
+    /** Closes it; a file is synced and takes its place. What is refused late shows here. Throws
      * OutputError. */
     void finish();
 
     uint64_t written() const { return m_written; }
 
-    /** Whether it replaces a file or makes a new one; else it is written to as it is. */
-    bool isFile() const { return m_folder != nullptr; }
+    /** Whether finish() gives a file its name, a new one or that of an old file; else what is open is written to. */
+    bool appearsAtFinish() const { return m_folder != nullptr; }
 
-    /** What is written to or is to be replaced. Null: there is none yet. */
-    FileId const* file() const { return m_hasFile ? &m_file : nullptr; }
+    /** The regular file that is written to or, if appearsAtFinish(), the one that is to be replaced. Null: there is
+     * none. */
+    FileId const* existingFile() const { return m_hasFile ? &m_file : nullptr; }
 
-    /** The number of names that file has. */
+    /** The number of names that existingFile() has. */
     nlink_t links() const { return m_status.st_nlink; }
 
     /** What the file that was replaced had and this one has not; empty: nothing. */
@@ -130,10 +133,8 @@ private:
     void openTemporary();
     void setRights();
     void giveName();
-    void keepBackup();
     void replaceTarget();
     void checkOld(struct stat const* old) const;
-    std::string link(std::string const& from) const;
 
     Descriptor m_descriptor;
     std::string m_name;

@@ -10,14 +10,14 @@ namespace kx7conv {
 /** Bounds the inputs that are open at once, with their outputs, by the descriptors that the process may have. */
 class OpenFiles {
 public:
-    /** An input that is open, or about to be. */
-    class Place {
+    /** The permission to have one input open, given back when its owner ends. */
+    class Permit {
     public:
-        /** Waits until there is a place. */
-        explicit Place(OpenFiles& files) : m_files(files) { files.enter(); }
-        ~Place() { m_files.leave(); }
-        Place(Place const&) = delete;
-        Place& operator=(Place const&) = delete;
+        /** Waits until there is one. */
+        explicit Permit(OpenFiles& files) : m_files(files) { files.enter(); }
+        ~Permit() { m_files.leave(); }
+        Permit(Permit const&) = delete;
+        Permit& operator=(Permit const&) = delete;
 
     private:
         OpenFiles& m_files;

@@ -9,18 +9,14 @@
 #include <unistd.h>
 #include <vector>
 
+#include "Paths.h"
+
 namespace kx7conv {
 
 namespace {
 
 constexpr mode_t PERMISSIONS = 07777;
 char const ACL[] = "system.posix_acl_access";
-
-/** A descriptor as a path: files that are not open for reading have their attributes, too. */
-std::string procPath(int file)
-{
-    return "/proc/self/fd/" + std::to_string(file);
-}
 
 /** Calls `get` with a buffer that is large enough for what it gets. False: errno says what failed. */
 template <class Get>

@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include "Files.h"
+#include "Paths.h"
 
 namespace kx7conv {
 
@@ -23,7 +24,7 @@ mode_t folderMode(mode_t like)
 FolderPointer folderOfOpenFile(int file, FileId const& id)
 {
     char text[PATH_MAX];
-    ssize_t const length = readlink(("/proc/self/fd/" + std::to_string(file)).c_str(), text, sizeof text);
+    ssize_t const length = readlink(procPath(file).c_str(), text, sizeof text);
     if (length <= 0 || text[0] != '/')
         return nullptr;
     std::string const path(text, static_cast<size_t>(length));
@@ -43,20 +44,22 @@ Targets::Targets(Options const& options)
 
 bool Targets::isInput(FileId const& file) const
 {
-    return std::binary_search(m_inputs.begin(), m_inputs.end(), file);
+    return m_inputs.contains(file, {});
 }
 
 void Targets::check(Output const* shared, Place const& place)
 {
-    bool const isToFile = shared && (shared->isFile() || shared->file());
-    if (!isToFile && m_options.backupSuffix.empty() && m_options.outputFolder.empty())
+    bool const isToFile = shared && (shared->appearsAtFinish() || shared->existingFile());
+    bool const isAsked = !m_options.backupSuffix.empty() || !m_options.outputFolder.empty();
+    if (!isToFile && !isAsked)
         return;
     auto const look = [&](std::string const& input) {
         struct stat status;
         if ((input == "-" ? fstat(STDIN_FILENO, &status) : stat(input.c_str(), &status)) == -1)
             return;
-        m_inputs.emplace_back(status);
-        if (isToFile && !shared->isFile() && m_inputs.back() == *shared->file())
+        if (isAsked)
+            m_inputs.insert(FileId(status), {});
+        if (isToFile && !shared->appearsAtFinish() && FileId(status) == *shared->existingFile())
             throw UsageError(inputName(input) + ": is the output, too");
         FolderPointer const tree =
             S_ISDIR(status.st_mode) && m_options.recursive ? Folder::open(AT_FDCWD, input, 0) : nullptr;
@@ -65,12 +68,10 @@ void Targets::check(Output const* shared, Place const& place)
             m_treeMode &= tree->mostPermissions();
         }
     };
-    m_inputs.reserve(m_options.files.size() + 1);
     for (char const* const input : m_options.files)
         look(input);
     if (!m_options.namesFrom.empty())
         look(m_options.namesFrom);
-    std::sort(m_inputs.begin(), m_inputs.end());
     std::sort(m_trees.begin(), m_trees.end());
     if (isToFile && !m_trees.empty())
         checkTrees(*shared, place);
@@ -81,15 +82,16 @@ void Targets::check(Output const* shared, Place const& place)
 /** An output in a folder that is converted would be an input of the next run, or of this one. */
 void Targets::checkTrees(Output const& shared, Place const& place) const
 {
-    std::string const name = outputName(shared.isFile() ? m_options.output : std::string());
-    FolderPointer folder = shared.isFile() ? place.folder : folderOfOpenFile(STDOUT_FILENO, *shared.file());
+    std::string const name = outputName(shared.appearsAtFinish() ? m_options.output : std::string());
+    FolderPointer folder =
+        shared.appearsAtFinish() ? place.folder : folderOfOpenFile(STDOUT_FILENO, *shared.existingFile());
     while (folder) {
         if (std::binary_search(m_trees.begin(), m_trees.end(), folder->id()))
             throw UsageError(name + ": is in a folder that is converted");
         FolderPointer const above = Folder::open(folder->get(), "..", 0);
         folder = above && above->id() != folder->id() ? above : nullptr;
     }
-    if (!shared.file() || shared.links() < 2)
+    if (!shared.existingFile() || shared.links() < 2)
         return;
     Options options = m_options;
     options.namesFrom.clear();
@@ -103,7 +105,7 @@ void Targets::checkTrees(Output const& shared, Place const& place) const
             continue;  // told when it is converted
         }
         struct stat status;
-        if (file.isFound && file.folder->entryStatus(file.name, status) && FileId(status) == *shared.file())
+        if (file.isFound && file.folder->entryStatus(file.name, status) && FileId(status) == *shared.existingFile())
             throw UsageError(inputName(file.path) + ": is the output, too");
     }
 }
@@ -134,17 +136,16 @@ void Targets::resolveInput(File& file) const
         throw UsageError(inputName(file.path) + ": not a regular file, which -i needs");
     file.folder = place.folder;
     file.name = place.name;
-    std::string const& suffix = m_options.backupSuffix;
-    size_t const size = file.name.size();
-    if (!suffix.empty() && size > suffix.size() && file.name.compare(size - suffix.size(), size, suffix) == 0 &&
-        m_targets.contains(place.folder->id(), file.name.substr(0, size - suffix.size())))
+    std::string const original = originalOf(file.name, m_options.backupSuffix);
+    if (!original.empty() && m_targets.contains(place.folder->id(), original))
         throw UsageError(inputName(file.path) + ": has the name of another input's backup");
 }
 
 void Targets::checkInput(File const& file, Input const& input, Output const& shared) const
 {
     // A file that is named may be replaced by what it becomes; one that is found was not meant.
-    if (shared.file() && (!shared.isFile() || file.isFound) && FileId(input.status()) == *shared.file())
+    if (shared.existingFile() && (!shared.appearsAtFinish() || file.isFound) &&
+        FileId(input.status()) == *shared.existingFile())
         throw UsageError(input.name() + ": is the output, too");
 }
 
@@ -188,6 +189,9 @@ Output::Target Targets::target(File const& file, Input const& input)
 /** The folder of an output below the output folder, which is made if need be. */
 FolderPointer Targets::folderFor(File const& file)
 {
+    // The folders of a list are known only now.
+    if (!file.modes.empty())
+        limitOutputFolder(file.modes.front());
     if (!m_outputFolder)
         m_outputFolder = makeOutputFolder();
     size_t const slash = file.relative.rfind('/');
@@ -229,8 +233,10 @@ FolderPointer Targets::makeOutputFolder()
     for (size_t slash = path.find('/', 1);; slash = path.find('/', slash + 1)) {
         std::string const folder = path.substr(0, slash);
         bool const isLast = slash == std::string::npos || slash > last;
-        if (mkdir(folder.c_str(), isLast ? folderMode(m_treeMode) : 0777) == -1 && errno != EEXIST)
+        bool const isMade = mkdir(folder.c_str(), isLast ? folderMode(m_treeMode) : 0777) == 0;
+        if (!isMade && errno != EEXIST)
             throw OutputError(errno, std::generic_category(), folder);
+        m_isOutputFolderOurs = isLast && isMade;
         if (isLast)
             break;
     }
@@ -238,6 +244,20 @@ FolderPointer Targets::makeOutputFolder()
     if (!folder)
         throw OutputError(errno, std::generic_category(), path);
     return folder;
+}
+
+/** The output folder permits no more than `most`: from now on, if it was made for other folders. */
+void Targets::limitOutputFolder(mode_t most)
+{
+    mode_t const before = m_treeMode;
+    m_treeMode &= most;
+    if (m_treeMode == before || !m_outputFolder || !m_isOutputFolderOurs)
+        return;
+    struct stat status;
+    mode_t const allowed = ~static_cast<mode_t>(0777) | folderMode(m_treeMode);
+    if (!m_outputFolder->entryStatus(".", status) ||
+        fchmodat(m_outputFolder->get(), ".", status.st_mode & allowed & 07777, 0) == -1)
+        throw OutputError(errno, std::generic_category(), m_options.outputFolder);
 }
 
 }  // namespace kx7conv

@@ -41,17 +41,19 @@ private:
     FolderPointer folderFor(File const& file);
     FolderPointer makeFolders(File const& file, std::string const& path);
     FolderPointer makeOutputFolder();
+    void limitOutputFolder(mode_t most);
 
     Options const& m_options;
-    bool const m_repeats;          ///< an input may be named more than once
-    EntrySet m_targets;            ///< a file is written once in a run
-    std::vector<FileId> m_inputs;  ///< what the arguments name, sorted
-    std::vector<FileId> m_trees;   ///< the folders among them, sorted
-    mode_t m_treeMode = 0777;      ///< what all these permit
+    bool const m_repeats;         ///< an input may be named more than once
+    EntrySet m_targets;           ///< a file is written once in a run
+    EntrySet m_inputs;            ///< what the arguments name, by what it is: without names
+    std::vector<FileId> m_trees;  ///< the folders among them, sorted
+    mode_t m_treeMode = 0777;     ///< what all these permit, and those of a list so far
     FolderPointer m_outputFolder;
-    FolderPointer m_folder;  ///< of the last output
-    FileId m_tree;           ///< of its input
-    std::string m_path;      ///< its path below the output folder
+    bool m_isOutputFolderOurs = false;  ///< made in this run
+    FolderPointer m_folder;             ///< of the last output
+    FileId m_tree;                      ///< of its input
+    std::string m_path;                 ///< its path below the output folder
 };
 
 }  // namespace kx7conv

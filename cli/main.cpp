@@ -4,6 +4,7 @@
 #include <csignal>
 #include <cstdio>
 #include <fcntl.h>
+#include <malloc.h>
 #include <optional>
 #include <strings.h>
 #include <unistd.h>
@@ -89,7 +90,7 @@ int guessAll(Options const& options)
                 break;
             Input input(file);
             files.check(input);
-            if (output.file() && FileId(input.status()) == *output.file())
+            if (output.existingFile() && FileId(input.status()) == *output.existingFile())
                 throw UsageError(input.name() + ": is the output, too");
             std::vector<kx7::CharSetInfo const*> const charSets = guess(input);
             std::string text;
@@ -170,6 +171,11 @@ void occupyStandardDescriptors()
 int main(int argc, char** argv)
 {
     occupyStandardDescriptors();
+
+#ifdef M_ARENA_MAX
+    // A heap for each of many threads takes more memory than they use.
+    mallopt(M_ARENA_MAX, 2);
+#endif
 
     // A reader that has gone shows as EPIPE instead, a file beyond the limit of the process as EFBIG.
     signal(SIGPIPE, SIG_IGN);

@@ -27,7 +27,7 @@ REASONS = {
     "readlink": ["EACCES", "EIO", "ELOOP", "ESTALE", *MEMORY],
     "realpath": ["EACCES", "EIO", "ENOENT", *MEMORY],
     "link": ["EEXIST", "EMLINK", "EXDEV", "EOPNOTSUPP", *PATHS, *ENTRIES, *MEMORY],
-    "rename": ["EBUSY", "EXDEV", "ETXTBSY", *PATHS, *ENTRIES, *MEMORY],
+    "rename": ["EBUSY", "EXDEV", "ETXTBSY", "EINVAL", *PATHS, *ENTRIES, *MEMORY],
     "unlink": ["EACCES", "EBUSY", "EIO", "EPERM", "EROFS", "ENOENT", *MEMORY],
     "mkdir": ["EACCES", "ENOTDIR", *ENTRIES, *MEMORY],
     "fsync": ["EIO", "EINTR", "ENOSPC", "EDQUOT", "EROFS", "EINVAL"],
@@ -57,12 +57,13 @@ EITHER = {(kind, reason)
                        "listxattr", "getxattr", "setxattr", "getrandom", "readdir", "poll")
           for reason in REASONS[kind]}
 EITHER |= {("open", reason) for reason in ("ENOENT", "ELOOP", "ENXIO", "ENOTDIR")}
-EITHER |= {("create", "EEXIST"), ("tmpfile", "EINVAL"), ("tmpfile", "EPERM"), ("fsync", "EINVAL")}
+EITHER |= {("create", "EEXIST"), ("tmpfile", "EINVAL"), ("tmpfile", "EPERM"), ("fsync", "EINVAL"), ("rename", "EINVAL")}
 
 TEXTS = {name: f"{name}Γειά\n" * count for name, count in (("a", 3), ("b", 20000), ("c", 3))}
 OLD = {name: text.encode("cp1253") for name, text in TEXTS.items()}
 NEW = {name: text.encode() for name, text in TEXTS.items()}
 ALL = b"".join(NEW.values())
+OLDER = b"older"  # backup
 UNFINISHED = re.compile(r"\.kx7conv-[\w-]+")
 STDOUT = "standard output"
 
@@ -70,13 +71,15 @@ STDOUT = "standard output"
 class Part:
     """What is written as a whole: a file, or a file and its backup. `names`: one of them is in the message if it fails."""
 
-    def __init__(self, names, failed, done):
+    def __init__(self, names, failed, done, unfinished=None):
         self.names = set(names)
         self.failed = failed  # {path: whether this content, None for no file, is right after a failure}
         self.done = done      # {path: the content}
+        self.unfinished = unfinished or failed  # the same as `failed` of a run that is killed
 
-    def isFailed(self, files):
-        return all(isRight(files.get(path)) for path, isRight in self.failed.items())
+    def isFailed(self, files, isKilled):
+        expected = self.unfinished if isKilled else self.failed
+        return all(isRight(files.get(path)) for path, isRight in expected.items())
 
     def isDone(self, files):
         return all(files.get(path) == content for path, content in self.done.items())
@@ -91,9 +94,10 @@ def written(path, old, new, *names):
 
 
 def withBackup(path, old, new, oldBackup, *names):
-    # The old text may have its second name already when the new text cannot take its place.
+    # The old text has its second name before the new text takes its place.
     backup = f"{path}.bak"
-    return Part({path, *names}, {path: oneOf(old), backup: oneOf(oldBackup, old)}, {path: new, backup: old})
+    return Part({path, *names}, {path: oneOf(old), backup: oneOf(oldBackup)}, {path: new, backup: old},
+                {path: oneOf(old), backup: oneOf(oldBackup, old)})
 
 
 def endsEarly(output):
@@ -164,7 +168,7 @@ class Scenario:
         files = self.found()
         for part in self.parts:
             mayFail = isKilled or (status == IO and named & part.names)
-            if not part.isDone(files) and not (mayFail and part.isFailed(files)):
+            if not part.isDone(files) and not (mayFail and part.isFailed(files, isKilled)):
                 return f"neither the old file nor the new one, or without a message: {sorted(part.done)}; {messages}"
         for path, content in self.files.items():
             if path not in self.writable and files.get(path) != content:
@@ -172,9 +176,9 @@ class Scenario:
         if not os.path.islink("c") or os.readlink("c") != "real/c":
             return "the link is another"
         left = sorted(set(files) - set(self.files) - self.writable)
-        # What cannot be removed stays: an unfinished file and, ahead of its renaming, the second name of the old one.
+        # What cannot be removed stays: an unfinished file and a second name of the old one or of the older backup.
         unfinished = [path for path in left if UNFINISHED.fullmatch(os.path.basename(path))]
-        old = [path for path in unfinished if self.keepsOld and files[path] in OLD.values()]
+        old = [path for path in unfinished if self.keepsOld and files[path] in (*OLD.values(), OLDER)]
         if (isKilled or kind == "unlink") and left == unfinished and len(left) <= 1 + min(len(old), 1):
             return ""
         return f"left over: {left}" if left else ""
@@ -183,12 +187,12 @@ class Scenario:
 IN_FOLDERS = {"d/a": OLD["a"], "d/sub/b": OLD["b"], "d/sub/c": OLD["c"]}
 INTO_FOLDER = [written(f"out/{name}", None, NEW[name], name, "out") for name in "abc"]
 IN_PLACE = [written("a", OLD["a"], NEW["a"]), written("b", OLD["b"], NEW["b"]), written("real/c", OLD["c"], NEW["c"], "c")]
-WITH_BACKUPS = [withBackup("a", OLD["a"], NEW["a"], None), withBackup("b", OLD["b"], NEW["b"], b"older"),
+WITH_BACKUPS = [withBackup("a", OLD["a"], NEW["a"], None), withBackup("b", OLD["b"], NEW["b"], OLDER),
                 withBackup("real/c", OLD["c"], NEW["c"], None, "c")]
 
 SCENARIOS = {
     "InPlace": Scenario("-i a b c", IN_PLACE),
-    "InPlaceWithBackups": Scenario("-i.bak a b c", WITH_BACKUPS, {"b.bak": b"older"}),
+    "InPlaceWithBackups": Scenario("-i.bak a b c", WITH_BACKUPS, {"b.bak": OLDER}),
     "InPlaceInFolders": Scenario(
         "-r -i d", [written("d/a", OLD["a"], NEW["a"], "d"), written("d/sub/b", OLD["b"], NEW["b"], "d/sub", "d"),
                     written("d/sub/c", OLD["c"], NEW["c"], "d/sub", "d")], IN_FOLDERS),
@@ -204,7 +208,7 @@ SCENARIOS = {
     "IntoALink": Scenario("-o c a b", [written("real/c", OLD["c"], NEW["a"] + NEW["b"], *"abc")]),
     "ToStandardOutput": Scenario("a b c", [Part({*"abc", "(stdout)"}, {STDOUT: endsEarly}, {STDOUT: ALL})]),
     # As on file systems that have no files without a name.
-    "InPlaceWithTemporaryNames": Scenario("-i.bak a b c", WITH_BACKUPS, {"b.bak": b"older"}, "tmpfile 0 EOPNOTSUPP"),
+    "InPlaceWithTemporaryNames": Scenario("-i.bak a b c", WITH_BACKUPS, {"b.bak": OLDER}, "tmpfile 0 EOPNOTSUPP"),
     "IntoANewFileWithATemporaryName": Scenario("-o out a b c", [written("out", None, ALL, *"abc")],
                                                always="tmpfile 0 EOPNOTSUPP"),
 }

@@ -91,6 +91,12 @@ int renameat(int fromFolder, char const* from, int toFolder, char const* to) noe
     return static_cast<int>(syscall(SYS_renameat2, fromFolder, from, toFolder, to, 0));
 }
 
+int renameat2(int fromFolder, char const* from, int toFolder, char const* to, unsigned int flags) noexcept
+{
+    swap("renameat");
+    return static_cast<int>(syscall(SYS_renameat2, fromFolder, from, toFolder, to, flags));
+}
+
 int setxattr(char const* path, char const* name, void const* value, size_t size, int flags) noexcept
 {
     if (getenv("KX7CONV_NO_ACL") && strcmp(name, "system.posix_acl_access") == 0) {

@@ -1,12 +1,14 @@
 # kx7text - tests of kx7conv: limits of the process, and descriptors that do not block.
 import fcntl
 import os
+import re
 import resource
+import shutil
 import subprocess
 import time
 import unittest
 
-from program import IO, KX7CONV, SANITIZED, Test
+from program import IO, KX7CONV, SANITIZED, Test, needsRoot
 
 TEXT = "aΓειά\n" * 20000
 SOURCE = TEXT.encode("cp1253")
@@ -124,6 +126,35 @@ class Descriptors(Test):
             self.expect(["-f", "1253", "-j", "64", "-o", "/dev/full", "-r", "."], b"", b"", IO,
                         "kx7conv: /dev/full: No space left on device\n", cwd=self.folder,
                         preexec_fn=limited(resource.RLIMIT_NOFILE, most))
+
+
+@needsRoot
+@unittest.skipIf(SANITIZED, "sanitizers read /proc")
+class WithoutProc(Test):
+    def convert(self, *arguments, status=0, messages=""):
+        def enter():
+            os.chroot(self.folder)
+            os.chdir("/")
+        done = subprocess.run(["/kx7conv", "-f", "1253", *arguments], stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                              timeout=60, preexec_fn=enter)
+        self.assertEqual((done.returncode, done.stderr.decode()), (status, messages))
+        return done.stdout
+
+    def testThatItIsMissingIsSaid(self):
+        """Not that a file which exists does not."""
+        shutil.copy(KX7CONV, self.folder / "kx7conv")
+        for library in re.findall(r"(/\S+) \(0x", subprocess.check_output(["ldd", KX7CONV], text=True)):
+            target = self.folder / library[1:]
+            target.parent.mkdir(parents=True, exist_ok=True)
+            shutil.copy(library, target)
+        before = self.file("a", SOURCE) and sorted(os.listdir(self.folder))
+        missing = "needs /proc, which is not mounted\n"
+        self.convert("-i", "a", status=IO, messages=f"kx7conv: a: {missing}")
+        self.convert("-i.bak", "a", status=IO, messages=f"kx7conv: a: {missing}")
+        self.convert("-o", "new", "a", status=IO, messages=f"kx7conv: new: {missing}")
+        self.assertEqual(((self.folder / "a").read_bytes(), sorted(os.listdir(self.folder))), (SOURCE, before))
+        self.assertEqual(self.convert("a"), RESULT)
+        self.convert("-o", "none/new", "a", status=IO, messages="kx7conv: none/new: No such file or directory\n")
 
 
 if __name__ == "__main__":

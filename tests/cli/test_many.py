@@ -89,7 +89,8 @@ class Arguments(Test):
     @unittest.skipIf(SANITIZED, "sanitizers take memory of their own")
     def testAsManyAsACommandLineHasTakeLittleMemory(self):
         self.file("a", b"")
-        for options in (["--check"], ["-o", "out"], ["-o", "out", "-j", "2"], ["--output-dir", "out-d"], ["-r", "-i.bak"]):
+        for options in (["--check"], ["-o", "out"], ["-o", "out", "-j", "2"], ["--output-dir", "out-d"], ["-r", "-i.bak"],
+                        ["-j", "64", "--output-dir", "out-j"]):
             for count in (190000, 150000, 100000):
                 try:
                     process = subprocess.Popen([KX7CONV, "-f", "1253", *options, *(["a"] * count)], cwd=self.folder,

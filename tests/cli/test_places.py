@@ -1,9 +1,10 @@
 # kx7text - tests of kx7conv: files and folders that are swapped meanwhile, outputs that are inputs, names of open files.
 import os
+import re
 import subprocess
 import unittest
 
-from program import IO, KX7CONV, USAGE, Test, inMemory, preloaded, run
+from program import BAD_DATA, IO, KX7CONV, USAGE, Test, inMemory, preloaded, run
 
 SOURCE = b"\xd0"
 RESULT = "Π".encode()
@@ -66,6 +67,43 @@ class Swaps(Places):
                         self.assertRegex(messages, f"kx7conv: d/x: ({REPLACED}|not a regular file, which -i needs)\n")
                     self.assertFalse([name for name in self.entries("d") if name.startswith(".")])
                     subprocess.run(["rm", "-rf", "d"], cwd=self.folder, check=True)
+
+    def testAFoundFileThatIsSwappedIsRefusedOrReadWhole(self):
+        """Between the look at a name and its opening: what is no regular file is refused, and never taken for an empty one."""
+        device = "mknod d/x c 1 3" if os.getuid() == 0 else "python3 -c 'import socket; socket.socket(1).bind(\"d/x\")'"
+        swaps = {"link": "ln -s ../secret d/x", "pipe": "mkfifo d/x", "device": device, "folder": "mkdir d/x",
+                 "file": "install -m 600 other d/x"}
+        refused = re.compile(rf"kx7conv: d/x: ({REPLACED}|Permission denied|No such device or address)\n")
+        for kind, swap in swaps.items():
+            for arguments, data in ((["--output-dir", "out"], SOURCE), (["--check"], b"\xd2"), ([], SOURCE)):
+                outcomes = []
+                for n in range(1, 9):
+                    self.make(d__x=data, secret=b"secret", other=b"\xd3\xd2" if "--check" in arguments else b"other")
+                    (self.folder / "d/x").chmod(0o644)
+                    status, output, messages = run(
+                        "-f", "1253", "-r", *arguments, "d", cwd=self.folder,
+                        env=preloaded("KX7CONV_SWAPS", KX7CONV_SWAP=f"openat {n} mv d/x old; {swap}"))
+                    written = self.folder / "out/x"
+                    if written.exists():
+                        output += written.read_bytes()
+                    if status == IO:
+                        self.assertRegex(messages, refused, (kind, arguments, n))
+                        outcome = "refused"
+                    elif (status, output, messages) == (0, b"", ""):
+                        outcome = "ignored"
+                    elif output == b"other" or "byte 1" in messages:
+                        outcome = "other"
+                        self.assertTrue(not written.exists() or written.stat().st_mode & 0o777 == 0o600)
+                    else:
+                        outcome = "converted"
+                        expected = (BAD_DATA, b"") if "--check" in arguments else (0, RESULT)
+                        self.assertEqual((status, output), expected, (kind, arguments, n, messages))
+                    if outcomes[-1:] != [outcome]:
+                        outcomes.append(outcome)
+                    subprocess.run(["rm", "-rf", "d", "out", "old"], cwd=self.folder, check=True)
+                # Ahead of the look it is what it has become, after the opening what it was.
+                self.assertEqual(outcomes, ["other", "converted"] if kind == "file" else ["ignored", "refused", "converted"],
+                                 (kind, arguments))
 
     def testWhatWasNotReadIsNotReplaced(self):
         for options in (["-i"], ["-i.bak"]):
@@ -266,9 +304,46 @@ class Backups(Places):
         self.make(x=SOURCE, x_bak=b"old")
         for call in ("renameat 1", "fsync 1"):
             self.swapped(f"{call} rm x.bak; mkdir -p x.bak/y", "-i.bak", "x", status=IO,
-                         messages="kx7conv: x: Is a directory\n")
+                         messages="kx7conv: x: its backup x.bak: Is a directory\n")
             self.assertEqual((self.read("x"), self.entries()), (SOURCE, ["x", "x.bak"]))
             subprocess.run("rm -r x.bak; echo old >x.bak", shell=True, cwd=self.folder, check=True)
+
+    def testAFolderUnderTheNameOfTheBackupIsNamed(self):
+        (self.folder / "real").mkdir()
+        self.make(real__x=SOURCE)
+        (self.folder / "real/x.bak").mkdir()
+        (self.folder / "link").symlink_to("real/x")
+        for name in ("real/x", "link"):
+            self.convert("-i.bak", name, status=IO, messages=f"kx7conv: {name}: its backup x.bak: Is a directory\n")
+        self.assertEqual((self.read("real/x"), self.entries("real")), (SOURCE, ["x", "x.bak"]))
+
+    def testARefusedReplacementLeavesTheBackupAsItWas(self):
+        for variables in ({}, {"always": "tmpfile 0 EOPNOTSUPP,"}):
+            for older, call in ((None, "rename 1"), (b"older", "rename 2"), ("same", "rename 2")):
+                self.make(x=SOURCE)
+                if older == "same":
+                    os.link(self.folder / "x", self.folder / "x.bak")
+                elif older:
+                    self.make(x_bak=older)
+                fault = variables.get("always", "") + f"{call} EIO"
+                self.convert("-i.bak", "x", status=IO, messages="kx7conv: x: Input/output error\n",
+                             env=preloaded("KX7CONV_FAULTS", KX7CONV_FAULT=fault))
+                self.assertEqual((self.read("x"), self.entries()), (SOURCE, ["x", "x.bak"] if older else ["x"]), fault)
+                if older:
+                    self.assertEqual(self.read("x.bak"), SOURCE if older == "same" else older)
+                    (self.folder / "x.bak").unlink()
+
+    def testTheOnlyNameOfTheOldTextStays(self):
+        for before, call in ({}, 1), ({"x_bak": b"older"}, 2):
+            self.make(x=SOURCE, **before)
+            self.swapped(f"renameat {call} rm x; mkdir x", "-i.bak", "x", status=IO, messages="kx7conv: x: Is a directory\n")
+            self.assertEqual((self.read("x.bak"), self.entries()), (SOURCE, ["x", "x.bak"]))
+            subprocess.run("rm -r x x.bak", shell=True, cwd=self.folder, check=True)
+
+    def testAnOlderBackupIsReplacedWhereNamesCannotBeExchanged(self):
+        self.make(x=SOURCE, x_bak=b"older")
+        self.convert("-i.bak", "x", env=preloaded("KX7CONV_FAULTS", KX7CONV_FAULT="rename 1 EINVAL"))
+        self.assertEqual((self.read("x"), self.read("x.bak"), self.entries()), (RESULT, SOURCE, ["x", "x.bak"]))
 
     def testABackupThatIsTheSameFile(self):
         self.make(x=SOURCE)

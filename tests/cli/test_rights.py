@@ -159,6 +159,33 @@ class New(Rights):
             self.assertEqual(self.mode("out"), 0o600)
             (self.folder / "out").unlink()
 
+    def testAPrivateFolderOfAListStaysPrivate(self):
+        """Wherever it is in the list: folders in it are not known before they are walked."""
+        for folder, mode in (("open", 0o755), ("group", 0o750), ("private", 0o700)):
+            (self.folder / folder).mkdir(mode)
+            self.add(f"{folder}/{folder}")
+            (self.folder / folder).chmod(mode)
+        self.add("file")
+        for names, mode in (("private", 0o700), ("open private", 0o700), ("private open", 0o700), ("file private", 0o700),
+                            ("open group file", 0o750), ("open", 0o755)):
+            for jobs in ("1", "3"):
+                (self.folder / "list").write_text(names.replace(" ", "\n"))
+                self.convert("-r", "-j", jobs, "--output-dir", "out", "--files-from", "list")
+                self.assertEqual(sorted(os.listdir(self.folder / "out")), sorted(names.split()))
+                self.assertEqual(self.mode("out"), mode, names)
+                shutil.rmtree(self.folder / "out")
+        self.convert("-r", "--output-dir", "out", "--files-from", "list", "private")
+        self.assertEqual(self.mode("out"), 0o700)
+
+    def testAnOutputFolderThatWasThereKeepsItsMode(self):
+        for folder, mode in (("private", 0o700), ("out", 0o775)):
+            (self.folder / folder).mkdir()
+            (self.folder / folder).chmod(mode)
+        self.add("private/a")
+        (self.folder / "list").write_text("private")
+        self.convert("-r", "--output-dir", "out", "--files-from", "list")
+        self.assertEqual(self.mode("out"), 0o775)
+
     def testAnAccessControlListOfTheInputIsNoRightOfItsGroup(self):
         self.add("a", 0o600)
         self.setAcl(f"u:{OTHER}:rw", "a")
