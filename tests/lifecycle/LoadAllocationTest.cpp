@@ -316,7 +316,8 @@ void convertInPieces(Stream& stream, Source rest, Result& result)
         Unit destination[Stream::MINIMUM_CAPACITY];
         size_t const count = std::min<size_t>(rest.size(), 3);
         bool const last = count == rest.size();
-        kx7::StreamResult const step = stream.convert({rest.data(), count}, {destination, Stream::MINIMUM_CAPACITY}, last);
+        kx7::StreamResult const step =
+            stream.convert({rest.data(), count}, {destination, Stream::MINIMUM_CAPACITY}, last);
         result.add(destination, step.written);
         rest = rest.after(step.consumed);
         done = last && step.status == kx7::Status::DONE;
