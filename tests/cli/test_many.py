@@ -91,6 +91,7 @@ class Arguments(Test):
         self.file("a", b"")
         for options in (["--check"], ["-o", "out"], ["-o", "out", "-j", "2"], ["--output-dir", "out-d"], ["-r", "-i.bak"],
                         ["-j", "64", "--output-dir", "out-j"]):
+            process = None
             for count in (190000, 150000, 100000):
                 try:
                     process = subprocess.Popen([KX7CONV, "-f", "1253", *options, *(["a"] * count)], cwd=self.folder,
@@ -98,6 +99,8 @@ class Arguments(Test):
                     break
                 except OSError as error:
                     self.assertEqual(error.errno, errno.E2BIG)
+            if not process:
+                self.skipTest("stacks are limited, and with them arguments")
             peak = peakOf(process)
             self.assertTrue(1 << 20 < peak < LIMIT, (peak, options, count))
 
