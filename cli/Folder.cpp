@@ -145,7 +145,7 @@ std::string linkTemporary(Folder const& folder, std::string const& from)
 {
     int const flags = from[0] == '/' ? AT_SYMLINK_FOLLOW : 0;
     do {
-        std::string const name = temporaryName();
+        std::string name = temporaryName();
         if (linkat(folder.get(), from.c_str(), folder.get(), name.c_str(), flags) == 0)
             return name;
     } while (errno == EEXIST);
