@@ -11,8 +11,8 @@
 namespace kx7conv {
 
 /**
- * Turns 0, 1, 2, ..., of which each belongs to one thread, until one of them aborts. All members but rethrow() may be
- * called by several threads at once.
+ * Numbered turns: 0 comes first, and each turn belongs to one thread. abort() ends them all. Threads may call all
+ * members but rethrow() at once.
  */
 class Turns {
 public:

@@ -64,7 +64,7 @@ public:
     constexpr T* end() const noexcept { return m_data + m_size; }                ///< after the last element
     constexpr T& operator[](std::size_t i) const noexcept { return m_data[i]; }  ///< the element at `i`
 
-    /** What is after the first `count` elements, of which there are at least so many. */
+    /** The elements after the first `count`, which is at most size(). */
     constexpr Span after(std::size_t count) const noexcept { return {m_data + count, m_size - count}; }
 
 private:

@@ -106,8 +106,8 @@ KX7_AVX2 inline __m256i unitsOf(Lanes const& lanes, Structure const& s, bool beg
 }
 
 /**
- * Decodes the characters that begin in 32 bytes, of which `kept` has the leads and, after those of four, the second
- * bytes. Reads 3 bytes more; stores up to SPILL units after those that count.
+ * Decodes the characters that begin in 32 bytes. Reads 3 bytes more; stores up to SPILL units after those that count.
+ * @param kept the bytes in whose lanes units are: lead bytes, and the second bytes of sequences of four
  */
 KX7_AVX2 inline unsigned short* decodeBytes(unsigned char const* in, Structure const& s, uint32_t kept,
                                             bool beginsInPair, unsigned short* out)
@@ -122,8 +122,7 @@ KX7_AVX2 inline unsigned short* decodeBytes(unsigned char const* in, Structure c
     return out;
 }
 
-/** Stores eight of the units in `kept` of which there are fewer, nothing after `textEnd`, and returns where they end.
- */
+/** Stores those of eight units that `kept` has, writing nothing after `textEnd`, and returns where they end. */
 KX7_AVX2 inline unsigned short* storeWithin(unsigned short* out, __m128i units, uint32_t kept,
                                             unsigned short const* textEnd)
 {
@@ -199,7 +198,7 @@ KX7_AVX2 void decodeBlocks(unsigned char const*& inOut, unsigned char const* end
         auto const* blocks = reinterpret_cast<__m256i const*>(in);
         Structure block = structureOf(load256(blocks));
         uint32_t carried = 0;  // the bytes at the front that belong to a character of the block before
-        bool inPair = false;   // of which the low surrogate is not written yet
+        bool inPair = false;   // the low surrogate of that character is not written yet
         bool good = block.continuations == block.wanted();
         while (good && end - in >= 2 * BYTES && outEnd - out >= 2 * BYTES + SPILL) {
             if ((block.two | carried) == 0) {

@@ -67,7 +67,7 @@ KX7_AVX512 inline std::ptrdiff_t writeCharacters(unsigned char const* in, typena
     if (LONGEST > 3)
         units = withPairs(units, static_cast<uint32_t>(highs), static_cast<uint32_t>(lows));
     _mm512_mask_storeu_epi16(out, static_cast<uint32_t>(written), units);
-    // Without a branch even where there are rarely so many: where there sometimes are, it would be guessed wrong.
+    // No branch: in texts where some blocks have more units than the first store takes, it would be mispredicted.
     if (W::COUNT > UNITS) {
         constexpr std::ptrdiff_t AFTER = W::COUNT - UNITS;
         units = unitsOf<LONGEST>(W::back(last), W::back(second), W::back(third));

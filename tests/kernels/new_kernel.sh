@@ -4,12 +4,7 @@
 #
 #     new_kernel.sh FOLDER    the copy and its build lie in FOLDER, which is emptied; always the same is best for ccache
 set -euo pipefail
-cd "$(dirname "${BASH_SOURCE[0]}")/../.."
-
-fail() {
-    echo "new_kernel.sh: $*" >&2
-    exit 1
-}
+. "$(dirname "${BASH_SOURCE[0]}")/../copy.sh"
 
 # insert FILE PLACE TEXT: before the only line of the file that is PLACE.
 insert() {
@@ -17,14 +12,6 @@ insert() {
     place=$2 text=$3 awk '$0 == ENVIRON["place"] { print ENVIRON["text"] } { print }' "$1" >"$1.new"
     mv "$1.new" "$1"
 }
-
-[ $# -eq 1 ] || fail "usage: new_kernel.sh FOLDER"
-rm -rf "$1"
-mkdir -p "$1/tree"
-work=$(cd "$1" && pwd)
-# As it is, committed or not.
-{ git ls-files -co --exclude-standard && git ls-files -d; } | sort | uniq -u | tar -cf - -T - | tar -xf - -C "$work/tree"
-cd "$work/tree"
 
 # A table.
 insert kx7/kernels/SingleByte.h '    Identity byteIdentity = Identity::NONE;  ///< which of the bytes below 0x80 do' \

@@ -127,7 +127,7 @@ bool repeats(T const* dest, Piece const& piece, size_t times)
     return *dest == 0;
 }
 
-/** A source at the front of a mapping, so many times `piece` and zeros after it. */
+/** Writes a source: `piece`, `times` times, then zeros. Returns `times`. */
 template <class T, class Piece>
 size_t fill(T* source, Piece const& piece, size_t times)
 {

@@ -4,20 +4,7 @@
 #
 #     new_set.sh FOLDER    the copy and its build lie in FOLDER, which is emptied; always the same is best for ccache
 set -euo pipefail
-cd "$(dirname "${BASH_SOURCE[0]}")/../.."
-
-fail() {
-    echo "new_set.sh: $*" >&2
-    exit 1
-}
-
-[ $# -eq 1 ] || fail "usage: new_set.sh FOLDER"
-rm -rf "$1"
-mkdir -p "$1/tree"
-work=$(cd "$1" && pwd)
-# As it is, committed or not.
-{ git ls-files -co --exclude-standard && git ls-files -d; } | sort | uniq -u | tar -cf - -T - | tar -xf - -C "$work/tree"
-cd "$work/tree"
+. "$(dirname "${BASH_SOURCE[0]}")/../copy.sh"
 
 # Of this number the quick lookup would have the slot taken, so that it has to be laid out anew.
 row='    single_byte("TOY", 99002, "Toy", "made up", icu("ibm-866_P100-1995"), 255, iana="X-Toy x-another-toy"),'
