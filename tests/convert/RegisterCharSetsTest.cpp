@@ -56,7 +56,7 @@ bool theLayerStaysTheSame()
         if (kx7::decode("\x8F\xE0", kx7::web::IBM866).text != u"\x41F\x440" ||
             kx7::decode("\xAA", kx7::web::WINDOWS_1253).isLossless() ||
             kx7::findCharSet("windows-1253") != kx7::web::WINDOWS_1253 ||
-            kx7::decode("\xAA", KX7CS_WCP1253).text != u"\xAA" || !kx7::hasConverter(kx7::web::KOI8_U))
+            kx7::decode("\xAA", KX7CS_WCP1253).text != u"\xAA" || !kx7::hasConverter(kx7::web::X_MAC_CYRILLIC))
             return false;
         kx7::registerCharSets();
     }

@@ -43,7 +43,7 @@ std::vector<Conversion> const& conversions()
     static std::vector<Conversion> const all = {
         {"1252 to UTF-8, twice as long", g_oConverterWCP1252, g_oConverterUTF8, {"\xE9"}, PLAIN},
         {"1252 to UTF-8, up to three times as long", g_oConverterWCP1252, g_oConverterUTF8, {"a", "\x80"}, PLAIN},
-        {"KOI8-R to UTF-8", g_oConverterKOI8R, g_oConverterUTF8, {"\xC1", " "}, PLAIN},
+        {"1251 to UTF-8", g_oConverterWCP1251, g_oConverterUTF8, {"\xC1", " "}, PLAIN},
         {"932 to UTF-8", g_oConverterWCP932, g_oConverterUTF8, {"\x82\xA0", "\xB1", "a"}, PLAIN},
         {"950 to UTF-8", g_oConverterWCP950, g_oConverterUTF8, {"\xA4\x40"}, PLAIN},
         {"950 to UTF-8, malformed", g_oConverterWCP950, g_oConverterUTF8, {"\xFF", "\xA4", "x"}, PLAIN},
@@ -54,7 +54,7 @@ std::vector<Conversion> const& conversions()
         {"UTF-8 to UTF-8, malformed", g_oConverterUTF8, g_oConverterUTF8, {"\xFF", "\xC3", "a"}, PLAIN},
         {"UTF-8 to 1252, half as long", g_oConverterUTF8, g_oConverterWCP1252, {"\xC3\xA9"}, PLAIN},
         {"UTF-8 to 1252, ASCII", g_oConverterUTF8, g_oConverterWCP1252, {"a"}, PLAIN},
-        {"UTF-8 to KOI8-R, mixed", g_oConverterUTF8, g_oConverterKOI8R, {"\xD1\x84", "a", "\xE4\xB8\xAD"}, PLAIN},
+        {"UTF-8 to 1251, mixed", g_oConverterUTF8, g_oConverterWCP1251, {"\xD1\x84", "a", "\xE4\xB8\xAD"}, PLAIN},
         {"UTF-8 to 1252, escaped", g_oConverterUTF8, g_oConverterWCP1252, {"\xE4\xB8\xAD", "\xC3\xA9"}, ESCAPING},
         {"UTF-8 to 932", g_oConverterUTF8, g_oConverterWCP932, {"\xE3\x81\x82", "a"}, PLAIN},
         {"UTF-8 to GB 18030, twice as long", g_oConverterUTF8, g_oConverterGB18030, {"\xC2\x81"}, PLAIN},

@@ -248,7 +248,7 @@ TEST_F(Kernels, SingleByteSetsInTheirOwnLetters)
     std::mt19937 random(16);
     // The sets differ in their tables and share the code. All alignments are tried with one of each way through it:
     // letters in rows, letters in no order, bytes left out, controls elsewhere, and ISO 8859-1, which needs no table.
-    std::set<std::string> const everywhere = {"CP1251", "KOI8-R", "ISO-8859-6", "CP874", "ISO-8859-1"};
+    std::set<std::string> const everywhere = {"CP1251", "CP1256", "ISO-8859-6", "CP874", "ISO-8859-1"};
     for (kx7test::SingleByteSet const& set : kx7test::SINGLE_BYTE_SETS)
         expectSingleByteTextsAlike(set.converter, set.name, everywhere.count(set.name) != 0, random);
 }
