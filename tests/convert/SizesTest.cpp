@@ -6,6 +6,7 @@
 #include "kx7/charset/CharSetConverterManager.h"
 #include "kx7/converters/KX7CharSetConverterEUC_JP.h"
 #include "tests/convert/Samples.h"
+#include "tests/support/OneIn.h"
 
 using namespace kx7test;  // NOLINT
 
@@ -56,6 +57,7 @@ TEST_P(Sizes, OfDecoderAreExact)
 
 TEST_P(Sizes, OfEncoderAreExact)
 {
+    OneIn isTaken(7);
     for (kx7::Options const& options : everyPolicy()) {
         if (options.bom == kx7::Bom::REQUIRE)
             continue;
@@ -63,12 +65,14 @@ TEST_P(Sizes, OfEncoderAreExact)
         if (pass.errors == kx7::ErrorPolicy::STRICT)
             pass.errors = kx7::ErrorPolicy::SKIP;
         kx7::Encoder const encoder(GetParam().charSet, options);
-        for (size_t const length : {0U, 1U, 3U}) {
+        EXPECT_EQ(encoder.maxBytes(0), kx7::encode({}, GetParam().charSet, pass).text.size());
+        for (size_t const length : {1U, 3U}) {
             size_t most = 0;
             for (unsigned int unit = 0; unit < 0x10000; ++unit)
-                most = std::max(
-                    most, kx7::encode(std::u16string(length, static_cast<char16_t>(unit)), GetParam().charSet, pass)
-                              .text.size());
+                if (isTaken())
+                    most = std::max(
+                        most, kx7::encode(std::u16string(length, static_cast<char16_t>(unit)), GetParam().charSet, pass)
+                                  .text.size());
             EXPECT_EQ(encoder.maxBytes(length), most) << length << " units, policy " << static_cast<int>(options.errors)
                                                       << " bom " << static_cast<int>(options.bom);
         }

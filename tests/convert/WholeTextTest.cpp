@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/convert/Samples.h"
+#include "tests/support/OneIn.h"
 
 using namespace kx7test;  // NOLINT
 
@@ -65,9 +66,12 @@ TEST_P(WholeText, EncodesAsThePublishedConverter)
 // Units that no decoder may deliver: the encoders after them rely on it.
 TEST_P(WholeText, DecodersDeliverWellFormedText)
 {
+    OneIn isTaken(5);
     for (unsigned int first = 0; first < 0x100; ++first)
         for (unsigned int second = 0; second < 0x100; ++second)
             for (char const* const rest : {"", "\x30", "\xA1\xA1", "\x81\x30", "\xFE\x39", "+D800"}) {
+                if (!isTaken())
+                    continue;
                 std::string const text = std::string{static_cast<char>(first), static_cast<char>(second)} + rest;
                 kx7::Units const units = kx7::decode(text, GetParam().charSet, {kx7::ErrorPolicy::REPLACE});
                 ASSERT_TRUE(kx7::validateUtf16(units.text)) << first << ' ' << second;

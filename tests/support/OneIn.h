@@ -7,14 +7,14 @@
 namespace kx7test {
 
 /**
- * Whether to try a combination of the values of nested loops, asked once for each: always, but of sanitized code, which
- * is many times slower, one time in `count`, by fixed random numbers. The other builds compare every result; what a
- * sanitizer sees depends on the value of each loop, and hardly on their combination.
+ * Whether to try a combination of the values of nested loops, asked once for each: always, but with KX7_TESTS_IN_PART
+ * one time in `count`, by fixed random numbers. One build, the 64-bit one with g++, compares every result; what another
+ * compiler, another word size or a sanitizer shows depends on the value of each loop, and hardly on their combination.
  */
 class OneIn {
 public:
     explicit OneIn([[maybe_unused]] unsigned int count)
-#ifdef KX7_SANITIZED
+#ifdef KX7_TESTS_IN_PART
         : m_count(count)
 #endif
     {
