@@ -61,7 +61,7 @@ std::string_view trimmed(std::string_view text)
 /** The value of decimal digits as a number is written; -1 for any other text and for more than a code page has. */
 int numberOf(std::string_view text)
 {
-    if (text.empty() || text.size() > 5 || text.front() == '0')
+    if (text.empty() || text.size() > 6 || text.front() == '0')
         return -1;
     int number = 0;
     for (char const c : text) {

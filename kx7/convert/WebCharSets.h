@@ -25,6 +25,8 @@ constexpr KX7CharSet WINDOWS_874 = static_cast<KX7CharSet>(66410);     ///< Thai
 constexpr KX7CharSet WINDOWS_1253 = static_cast<KX7CharSet>(66789);    ///< Greek, Windows
 constexpr KX7CharSet WINDOWS_1255 = static_cast<KX7CharSet>(66791);    ///< Hebrew, Windows
 constexpr KX7CharSet X_USER_DEFINED = static_cast<KX7CharSet>(50000);  ///< upper half private use
+constexpr KX7CharSet SHIFT_JIS = static_cast<KX7CharSet>(96468);       ///< Japanese
+constexpr KX7CharSet EUC_KR = static_cast<KX7CharSet>(117485);         ///< Korean
 // END OF GENERATED
 
 /** Every one of them, whose constants above have the name of the encoding in capitals. */
@@ -39,6 +41,8 @@ constexpr KX7CharSet ALL[] = {
     WINDOWS_1253,
     WINDOWS_1255,
     X_USER_DEFINED,
+    SHIFT_JIS,
+    EUC_KR,
     // END OF GENERATED
     // clang-format on
 };

@@ -5,6 +5,8 @@
 #include "kx7/charset/CharSetConverterManager.h"
 #include "kx7/convert.h"
 #include "kx7/converters/KX7CharSetConverterSBCS.h"
+#include "kx7/converters/KX7CharSetConverterWebDoubleByte.h"
+#include "kx7/tables/ByteTypeTables.h"
 #include "kx7/tables/WebLists.h"
 
 #include "kx7/convert/WebObjects.inc"

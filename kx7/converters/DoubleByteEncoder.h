@@ -2,6 +2,7 @@
 #ifndef KX7_CONVERTERS_DOUBLEBYTEENCODER_H
 #define KX7_CONVERTERS_DOUBLEBYTEENCODER_H
 
+#include "kx7/base/LookupTable.h"
 #include "kx7/converters/EncodeLoop.h"
 #include "kx7/kernels/Kernels.h"
 #include "kx7/kernels/ShortText.h"
@@ -55,6 +56,26 @@ public:
 private:
     unsigned short const* m_codes;
     Identity m_identity;
+};
+
+/** The same of a set in which the table of a list's codes says all. */
+class ListedDoubleByteEncoder : public DoubleByteEncoder {
+public:
+    static constexpr unsigned int MOST_BYTES = 2;
+
+    ListedDoubleByteEncoder(LookupTable<unsigned short> const& fromUnicode, unsigned short const* codes,
+                            PairUnits const* pairs)
+        : DoubleByteEncoder(codes, pairs), m_fromUnicode(fromUnicode)
+    {
+    }
+
+    EncodedChar encodeOne(unsigned short const* p, unsigned short const* /*end*/) const
+    {
+        return EncodedChar::oneOrTwo(m_fromUnicode.get(p[0]), p[0], 1);
+    }
+
+private:
+    LookupTable<unsigned short> const& m_fromUnicode;
 };
 
 }  // namespace kx7

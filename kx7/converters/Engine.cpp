@@ -15,6 +15,7 @@
 #include "kx7/converters/KX7CharSetConverterUTF16Esc.h"
 #include "kx7/converters/KX7CharSetConverterUTF32.h"
 #include "kx7/converters/KX7CharSetConverterUTF8.h"
+#include "kx7/converters/KX7CharSetConverterWebDoubleByte.h"
 #include "kx7/converters/Wide.h"
 
 namespace kx7 {
@@ -29,6 +30,7 @@ extern template struct EngineOf<KX7CharSetConverterGB18030>;
 extern template struct EngineOf<KX7CharSetConverterDBCSEx>;
 extern template struct EngineOf<KX7CharSetConverterUTF32>;
 extern template struct EngineOf<KX7CharSetConverterUTF16Esc>;
+extern template struct EngineOf<KX7CharSetConverterWebDoubleByte>;
 
 namespace {
 
@@ -50,7 +52,7 @@ Engine const* engineOf(KX7CharSetConverter const& converter)
     return engineAmong<KX7CharSetConverterUTF8, KX7CharSetConverterSBCS, KX7CharSetConverterDBCS,
                        KX7CharSetConverterUTF16, KX7CharSetConverterEUC_JP, KX7CharSetConverterEUC_CN_KR,
                        KX7CharSetConverterGB18030, KX7CharSetConverterDBCSEx, KX7CharSetConverterUTF32,
-                       KX7CharSetConverterUTF16Esc>(typeid(converter));
+                       KX7CharSetConverterUTF16Esc, KX7CharSetConverterWebDoubleByte>(typeid(converter));
 }
 
 namespace {

@@ -11,21 +11,8 @@ struct KX7CharSetConverterDBCS::Decoder : kx7::DoubleByteDecoder<LookupTable<uns
     using DoubleByteDecoder::DoubleByteDecoder;
 };
 
-struct KX7CharSetConverterDBCS::Encoder : kx7::DoubleByteEncoder {
-    static constexpr unsigned int MOST_BYTES = 2;
-
-    Encoder(LookupTable<unsigned short> const& fromUnicode, unsigned short const* codes, kx7::PairUnits const* pairs)
-        : DoubleByteEncoder(codes, pairs), m_fromUnicode(fromUnicode)
-    {
-    }
-
-    kx7::EncodedChar encodeOne(unsigned short const* p, unsigned short const* /*end*/) const
-    {
-        return kx7::EncodedChar::oneOrTwo(m_fromUnicode.get(p[0]), p[0], 1);
-    }
-
-private:
-    LookupTable<unsigned short> const& m_fromUnicode;
+struct KX7CharSetConverterDBCS::Encoder : kx7::ListedDoubleByteEncoder {
+    using ListedDoubleByteEncoder::ListedDoubleByteEncoder;
 };
 
 template struct kx7::EngineOf<KX7CharSetConverterDBCS>;

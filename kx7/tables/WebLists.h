@@ -14,6 +14,10 @@ extern unsigned short const oWebWINDOWS874map[];
 extern unsigned short const oWebWINDOWS1253map[];
 extern unsigned short const oWebWINDOWS1255map[];
 extern unsigned short const oWebXUSERDEFINEDmap[];
+extern unsigned short const oWebSHIFTJISmap[];
+extern unsigned short const oWebSHIFTJISDecoded[];
+extern unsigned short const oWebSHIFTJISEncoded[];
+extern unsigned short const oWebEUCKRmap[];
 // END OF GENERATED
 
 #endif

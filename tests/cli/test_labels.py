@@ -65,8 +65,8 @@ class Sets(Test):
         names = [name for _, name in listed()]
         web = [name for name in names if not name.startswith("KX7CS_")]
         self.assertEqual(web, ["IBM866", "KOI8-U", "macintosh", "x-mac-cyrillic", "windows-874", "windows-1253",
-                               "windows-1255", "x-user-defined"])
-        self.assertEqual(names[-9:], [*web, "KX7CS_OS_DEFAULT"])
+                               "windows-1255", "x-user-defined", "Shift_JIS", "EUC-KR"])
+        self.assertEqual(names[-11:], [*web, "KX7CS_OS_DEFAULT"])
 
     def testAreNotGuessed(self):
         output = run("--guess", data="Привет".encode("cp866"))[1].decode()
@@ -76,6 +76,23 @@ class Sets(Test):
     def testTheLiteralConversionHasThemToo(self):
         self.expect(["-f", "ibm866", "--literal"], "Привет".encode("cp866"), "Привет".encode())
         self.expect(["-t", "windows-1253", "-f", "utf8", "--literal"], "αª".encode(), b"\xe1?")
+
+
+class DoubleByteEncodings(Test):
+    def testEveryCodeOfTheIndexIsItsCharacter(self):
+        for name, width, leads, trails in (
+                ("EUC-KR", 190, lambda lead: 0x81 + lead, lambda trail: 0x41 + trail),
+                ("Shift_JIS", 188, lambda lead: lead + (0x81 if lead < 0x1F else 0xC1),
+                 lambda trail: trail + (0x40 if trail < 0x3F else 0x41))):
+            index = [(pointer, unit) for pointer, unit in encodingstandard.index(encodingstandard.index_of(name))
+                     if leads(pointer // width) <= 0xFE]
+            codes = b"".join(bytes([leads(pointer // width), trails(pointer % width)]) for pointer, _ in index)
+            self.expect(["-f", name], codes, "".join(chr(unit) for _, unit in index).encode())
+
+    def testAnASCIIByteThatEndsNoCharacterStays(self):
+        for name in ("EUC-KR", "Shift_JIS"):
+            for broken, text in ((b"\x81<b", "\uFFFD<b"), (b"\x81\xFFb", "\uFFFDb"), (b"a\x81", "a\uFFFD")):
+                self.expect(["-f", name, "--errors", "replace"], broken, text.encode())
 
 
 class Registry(Test):
@@ -96,7 +113,7 @@ class Registry(Test):
         lines = {line.split("\t")[1]: line.split("\t")[2:] for line in
                  run("--list", "--labels", "whatwg")[1].decode().splitlines()}
         self.assertIn(" latin1 ", lines["KX7CS_WCP1252"][0])
-        self.assertTrue(lines["KX7CS_WCP949"][0].startswith("EUC-KR "), lines["KX7CS_WCP949"])
+        self.assertTrue(lines["EUC-KR"][0].startswith("EUC-KR "), lines["EUC-KR"])
         self.assertNotIn("latin1", " ".join(lines["KX7CS_ISO_8859_1"]))
         labels = [label for line in lines.values() for label in " ".join(line).split()]
         self.assertEqual(len(labels), len(set(labels)))

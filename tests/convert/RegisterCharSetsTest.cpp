@@ -36,13 +36,15 @@ bool publishedFunctionsServeEachSet()
         unsigned short units[256];
         unsigned char utf8[1024];
         char back[256];
-        if (LocalToUTF16(units, every.c_str(), 256, charSet) != 255 || std::u16string(units, units + 255) != expected ||
+        if (LocalToUTF16(units, every.c_str(), 256, charSet) != expected.size() ||
+            std::u16string(units, units + expected.size()) != expected ||
+            KX7CharSetConverter::getConverter(charSet)->getNumUnits(every.c_str(), 255) != expected.size() ||
             LocalToUTF8(utf8, every.c_str(), sizeof utf8, charSet) != expectedUtf8.size() ||
             std::string(utf8, utf8 + expectedUtf8.size()) != expectedUtf8)
             return false;
         std::string const bytes = kx7::encode(expected, charSet, {kx7::ErrorPolicy::REPLACE, U'?'}).text;
-        if (UTF16ToLocal(back, units, 256, charSet) != 255 || back != bytes ||
-            UTF8ToLocal(back, utf8, 256, charSet) != 255 || back != bytes ||
+        if (UTF16ToLocal(back, units, 256, charSet) != bytes.size() || back != bytes ||
+            UTF8ToLocal(back, utf8, 256, charSet) != bytes.size() || back != bytes ||
             KX7UString(every.c_str(), charSet) != KX7UString(units))
             return false;
     }

@@ -263,12 +263,28 @@ def _stored_pairs(table):
     return {int(code, 16): int(unit, 16) for code, unit in re.findall(r"0x([0-9A-F]{4}),0x([0-9A-F]{4}),", text)}
 
 
+def _codes(row):
+    """{code: unit} of a set as it decodes, by its stored lists."""
+    if row.converter == "EUC_CN_KR":
+        (table,) = row.lists()
+        upper = {code + 0x8080: unit for code, unit in _stored_pairs(table).items()}
+        return {byte: byte for byte in range(1, 0x80)} | upper
+    (table,) = row.lists()
+    return _stored_pairs(table)
+
+
+def _decoded(row):
+    """{code: unit} of a web set."""
+    tables = [row.table, *(table for table in row.one_way if table.name.endswith("Decoded"))]
+    return dict(pair for table in tables for run in table.runs() for pair in run)
+
+
 def _differences(row):
-    """How the published set that readers may take for a web set maps other bytes."""
+    """How the published set that readers may take for a web set decodes other codes."""
     if not row.like:
         return "no published set of the name"
     (published,) = [other for other in charsets.NAMED if other.name == row.like]
-    here, there = dict(pair for run in row.table.runs() for pair in run), _stored_pairs(published.table)
+    here, there = _decoded(row), _codes(published)
     texts = []
     for what, codes in (
         ("another character at", [c for c in sorted(here) if there.get(c, here[c]) != here[c]]),
@@ -276,12 +292,12 @@ def _differences(row):
         ("also a character at", sorted(there.keys() - here.keys())),
     ):
         if codes:
-            texts.append(f"{what} {_marked(codes)}")
+            texts.append(f"{what} {_marked(codes) if codes[-1] <= 0xFF else f'{len(codes):,} codes'}")
     return f"`{published.identifier}` has {'; '.join(texts)}"
 
 
 def _web_rows():
-    """{encoding: row} of the single-byte encodings of the Encoding Standard, and of x-user-defined."""
+    """{encoding: row} of the encodings of the Encoding Standard that have a converter made for them or equal to them."""
     rows = {}
     for row in [*charsets.NAMED, *charsets.WEB]:
         if row.table and row.whatwg:
@@ -293,7 +309,7 @@ def _web_rows():
 def _web_encodings():
     return _table(("encoding", "set", "number", "characters", "the published set of that name"), [
         (f"`{encoding}`", f"`kx7::{row.identifier}`" if row.encoding else f"`{row.identifier}`", str(row.number),
-         str(row.table.pairs), _differences(row) if row.encoding else "the same")
+         f"{len(_decoded(row)):,}", _differences(row) if row.encoding else "the same")
         for encoding, row in _web_rows().items()
     ])
 

@@ -3,7 +3,8 @@
 import dataclasses
 
 import mappings
-from tables import Table, by_unicode, encoding_standard
+import webmappings
+from tables import Table, by_code, by_rule, by_unicode, encoding_standard
 
 
 @dataclasses.dataclass(frozen=True, kw_only=True)
@@ -22,7 +23,8 @@ class CharSet:
     converter: str = ""  # the class without KX7CharSetConverter; "": none, the registry knows only the name
     suffix: str = ""  # the object is g_oConverter and this; the name where it is the same
     arguments: tuple = ()  # of the constructor, before the identifier: mapping lists, table of byte types
-    table: Table | None = None  # of a single-byte set: its mapping list
+    table: Table | None = None  # of a single-byte set, and of one that only kx7/convert.h knows: its mapping list
+    one_way: tuple = ()  # of the latter: the lists of codes that are decoded only, and that are encoded only
     characters: str = ""  # how many it has, and what it is made from, where that is not one mapping list
     made_from: str = ""
     page: str = ""  # of docs/charsets, without .md
@@ -102,6 +104,28 @@ def web_single_byte(encoding, number, about, pairs, *, source=None, **more):
                   source=source or encoding_standard(encoding), order=by_unicode, pairs=pairs, header="WebLists.h")
     return CharSet(**{"name": name, "number": number, "title": encoding, "about": about, "encoding": encoding,
                       "converter": "SBCS", "arguments": (mapping,), "table": table} | more)
+
+
+def web_double_byte(encoding, number, about, types, pairs, *, decoded_only=0, encoded_only=0, **more):
+    """A double-byte encoding of the Encoding Standard; `types` is the table of its lead bytes. The numbers are those of
+    the pairs that are mapped both ways, when decoding and when encoding."""
+    name = encoding.upper().replace("-", "_")
+    list_name = f"oWeb{name.replace('_', '')}"
+    source = "the indexes of the WHATWG Encoding Standard (BSD 3-Clause)"
+
+    def table(suffix, what, of, count, order):
+        return Table(f"{list_name}{suffix}", f"{encoding} of the Encoding Standard ({about}){what}",
+                     source=by_rule(source, lambda: of(webmappings.mapping(encoding))), order=order, pairs=count,
+                     one_way=suffix != "map", header="WebLists.h")
+
+    both = table("map", "", lambda mapping: mapping.both, pairs, by_unicode)
+    decoded = table("Decoded", ", decoded only", lambda mapping: mapping.decoded_only, decoded_only, by_code)
+    encoded = table("Encoded", ", encoded only", lambda mapping: mapping.encoded_only, encoded_only, by_unicode)
+    one_way = tuple(found for found in (decoded, encoded) if found.pairs)
+    lists = [found.name if found.pairs else "nullptr" for found in (decoded, encoded)]
+    return CharSet(**{"name": name, "number": number, "title": encoding, "about": about, "encoding": encoding,
+                      "converter": "WebDoubleByte", "arguments": (both.name, *lists, types), "table": both,
+                      "one_way": one_way} | more)
 
 
 def without_converter(name, number, **more):

@@ -4,12 +4,11 @@
 
 Labels stand in ASCII order after the first. A label that both registries have is in both fields, perhaps of different
 rows. A single-byte encoding of the Encoding Standard stands at the set that it equals, or has a row of its own in WEB; the
-multibyte ones stand at the set whose mapping comes nearest: its Shift_JIS at code page 932, its EUC-KR at 949, its GBK
-at 936, its Big5 at 950.
+multibyte ones without one stand at the set whose mapping comes nearest: its GBK at 936, its Big5 at 950.
 """
 
-from charsetrow import (CharSet, iso_8859, single_byte, web_single_byte, windows, windows_double_byte,
-                        without_converter)
+from charsetrow import (CharSet, iso_8859, single_byte, web_double_byte, web_single_byte, windows,
+                        windows_double_byte, without_converter)
 from tables import by_rule, charmap, icu
 
 ISO_8859 = [
@@ -95,15 +94,12 @@ WINDOWS = [
 
 WINDOWS_DOUBLE_BYTE = [
     windows_double_byte(932, "Japanese", page="japanese", samples="japanese",
-                        iana="windows-31j cswindows31j",
-                        whatwg="Shift_JIS csshiftjis ms_kanji shift-jis sjis windows-31j x-sjis"),
+                        iana="windows-31j cswindows31j"),
     windows_double_byte(936, "simplified Chinese (GBK)", page="chinese", samples="chinese-simplified",
                         iana="GBK cp936 csgbk ms936 windows-936",
                         whatwg="GBK chinese csgb2312 csiso58gb231280 gb2312 gb_2312 gb_2312-80 iso-ir-58 x-gbk"),
     windows_double_byte(949, "Korean", page="korean", samples="korean",
-                        iana="KS_C_5601-1987 csksc56011987 iso-ir-149 korean ks_c_5601-1989 ksc_5601",
-                        whatwg="EUC-KR cseuckr csksc56011987 iso-ir-149 korean ks_c_5601-1987 ks_c_5601-1989 ksc5601 "
-                               "ksc_5601 windows-949"),
+                        iana="KS_C_5601-1987 csksc56011987 iso-ir-149 korean ks_c_5601-1989 ksc_5601"),
     windows_double_byte(950, "traditional Chinese", page="chinese", samples="chinese-traditional",
                         whatwg="Big5 big5-hkscs cn-big5 csbig5 x-x-big5"),
 ]
@@ -126,8 +122,7 @@ DOUBLE_BYTE = [
             arguments=("oBIG5map", "oBig5Type"), page="chinese", samples="chinese-traditional", glibc="BIG5",
             iana="Big5 csbig5"),
     CharSet(name="SHIFTJIS", number=30932, title="Shift_JIS", about="Japanese", converter="DBCS",
-            arguments=("oSHIFTJISmap", "oCP932Type"), page="japanese", samples="japanese", glibc="SHIFT_JIS",
-            iana="Shift_JIS csshiftjis ms_kanji"),
+            arguments=("oSHIFTJISmap", "oCP932Type"), page="japanese", samples="japanese", glibc="SHIFT_JIS"),
     CharSet(name="SJIS0213", number=30933, title="Shift_JIS-2004", about="Shift_JIS-2004", converter="DBCSEx",
             suffix="SJIS2004", arguments=("oSJIS0213_2004map", "oCP932Type"),
             made_from="glibc's `SHIFT_JISX0213`, with 0x815F as U+005C and 0x81B0 as U+007E",
@@ -149,8 +144,7 @@ EUC = [
     CharSet(name="EUC_KR", number=51949, title="EUC-KR", about="Korean (KS X 1001)",
             converter="EUC_CN_KR", suffix="EUCKR", arguments=("oKSX1001map",),
             made_from="glibc's `EUC-KR` (KS X 1001), without 0xA2E6 to 0xA2E8",
-            page="korean", samples="korean", glibc="EUC-KR",
-            iana="EUC-KR cseuckr"),
+            page="korean", samples="korean", glibc="EUC-KR"),
     without_converter("EUC_TW", 51950),
 ]
 
@@ -191,6 +185,13 @@ WEB = [
     web_single_byte("x-user-defined", 50000, "upper half private use", 255, whatwg="x-user-defined",
                     source=by_rule("the rule in charsets.py", lambda: [
                         (byte, byte if byte < 0x80 else 0xF780 + byte - 0x80) for byte in range(1, 0x100)])),
+    web_double_byte("Shift_JIS", 0x10000 + 30932, "Japanese", "oCP932Type", 7517, decoded_only=2278, encoded_only=3,
+                    like="SHIFTJIS", iana="Shift_JIS csshiftjis ms_kanji",
+                    whatwg="Shift_JIS csshiftjis ms932 ms_kanji shift-jis sjis windows-31j x-sjis"),
+    web_double_byte("EUC-KR", 0x10000 + 51949, "Korean", "oCP949Type", 17175, like="EUC_KR",
+                    iana="EUC-KR cseuckr",
+                    whatwg="EUC-KR cseuckr csksc56011987 iso-ir-149 korean ks_c_5601-1987 ks_c_5601-1989 ksc5601 "
+                           "ksc_5601 windows-949"),
 ]
 
 # Not a set but what stands for the one of the process environment; the last of the names, in no other list.
@@ -207,7 +208,7 @@ REGISTERED = [*WINDOWS, *ISO_8859, *SINGLE_BYTE, *WINDOWS_DOUBLE_BYTE, *_EUC_BAC
 
 # The mapping lists of the single-byte sets; those of the others are in mappings.py.
 SINGLE_BYTE_LISTS = [row.table for row in CONSTRUCTED if row.table]
-WEB_LISTS = [row.table for row in WEB if row.table]
+WEB_LISTS = [table for row in WEB for table in (row.table, *row.one_way)]
 
 # The languages of samples/, and what there is to say of the text in UTF-8.
 LANGUAGES = {

@@ -103,14 +103,15 @@ class Drop:
         return f"0x{self.code:04X} is left out: {self.reason}"
 
 
-def read_with_changes(source, changes, name):
-    """The pairs of a source after its exceptions; no code and no code point may repeat, and none is 0."""
+def read_with_changes(source, changes, name, one_way=False):
+    """The pairs of a source after its exceptions. No code may repeat, no code point either unless the list is read
+    `one_way`, and none is 0."""
     read = source.read()
     pairs = dict(read)
     require(len(pairs) == len(read), name, "the source repeats a code")
     for change in changes:
         change.apply(pairs, name)
-    require(len(set(pairs.values())) == len(pairs), name, "a code point is repeated")
+    require(one_way or len(set(pairs.values())) == len(pairs), name, "a code point is repeated")
     require(0 not in pairs and 0 not in pairs.values(), name, "0 cannot be mapped: it ends the list")
     return list(pairs.items())
 
@@ -160,11 +161,12 @@ class Table:
     pairs: int
     changes: tuple = ()
     code_points: bool = False  # records of sMBCSExTable, which reach beyond U+FFFF
+    one_way: bool = False  # codes that are decoded only, several of which may stand for one character
     header: str = "MappingLists.h"  # declares it
 
     def runs(self):
         """The checked records, as runs in stored order."""
-        runs = self.order.runs(read_with_changes(self.source, self.changes, self.name))
+        runs = self.order.runs(read_with_changes(self.source, self.changes, self.name, self.one_way))
         records = [pair for run in runs for pair in run]
         limit = 0x10FFFF if self.code_points else 0xFFFF
         require(len(records) == self.pairs, self.name, f"{len(records):,} pairs, declared are {self.pairs:,}")
