@@ -454,7 +454,7 @@ enum class Labels : unsigned char {
  * has a converter is another question.
  *
  * A number or a KX7CS_ name means the KX7CS_ set; the name of a single-byte encoding of the Encoding Standard,
- * Shift_JIS or EUC-KR means that encoding byte for byte, which is a KX7CS_ set or one of kx7::web.
+ * EUC-JP, EUC-KR or Shift_JIS means that encoding byte for byte, which is a KX7CS_ set or one of kx7::web.
  */
 KX7_API std::optional<KX7CharSet> findCharSet(std::string_view label, Labels labels = Labels::IANA_FIRST) noexcept;
 

@@ -26,6 +26,7 @@ constexpr KX7CharSet WINDOWS_1253 = static_cast<KX7CharSet>(66789);    ///< Gree
 constexpr KX7CharSet WINDOWS_1255 = static_cast<KX7CharSet>(66791);    ///< Hebrew, Windows
 constexpr KX7CharSet X_USER_DEFINED = static_cast<KX7CharSet>(50000);  ///< upper half private use
 constexpr KX7CharSet SHIFT_JIS = static_cast<KX7CharSet>(96468);       ///< Japanese
+constexpr KX7CharSet EUC_JP = static_cast<KX7CharSet>(117468);         ///< Japanese
 constexpr KX7CharSet EUC_KR = static_cast<KX7CharSet>(117485);         ///< Korean
 // END OF GENERATED
 
@@ -42,6 +43,7 @@ constexpr KX7CharSet ALL[] = {
     WINDOWS_1255,
     X_USER_DEFINED,
     SHIFT_JIS,
+    EUC_JP,
     EUC_KR,
     // END OF GENERATED
     // clang-format on

@@ -1,4 +1,4 @@
-// kx7text - double-byte encodings of the WHATWG Encoding Standard: EUC-KR, Shift_JIS.
+// kx7text - double-byte encodings of the WHATWG Encoding Standard: EUC-JP, EUC-KR, Shift_JIS.
 #include "kx7/converters/KX7CharSetConverterWebDoubleByte.h"
 
 #include "kx7/base/LoadLock.h"
@@ -7,9 +7,29 @@
 #include "kx7/converters/EngineOf.h"
 #include "kx7/converters/MultibyteTables.h"
 
+namespace {
+
+/** Begins the codes of three bytes. */
+constexpr unsigned char SINGLE_SHIFT_3 = 0x8F;
+
+constexpr bool isRowOrCell(unsigned char byte)
+{
+    return byte >= 0xA1 && byte != 0xFF;
+}
+
+/** What has no character, and is `length` bytes long. */
+kx7::DecodedChar withoutCharacter(unsigned char const* p, unsigned int length)
+{
+    return kx7::DecodedChar::illegal(length > 1 && p[length - 1] < 0x80 ? length - 1 : length, kx7::LimitCheck::CHECK);
+}
+
+}  // namespace
+
 struct KX7CharSetConverterWebDoubleByte::Decoder : kx7::PairDecoder {
-    Decoder(unsigned char const* types, LookupTable<unsigned short> const& toUnicode, kx7::PairUnits const* pairs)
-        : PairDecoder(pairs), m_types(types), m_toUnicode(toUnicode)
+    /** @param afterShift null: no codes of three bytes */
+    Decoder(unsigned char const* types, LookupTable<unsigned short> const& toUnicode,
+            LookupTable<unsigned short> const* afterShift, kx7::PairUnits const* pairs)
+        : PairDecoder(pairs), m_types(types), m_toUnicode(toUnicode), m_afterShift(afterShift)
     {
     }
 
@@ -22,12 +42,27 @@ struct KX7CharSetConverterWebDoubleByte::Decoder : kx7::PairDecoder {
         unsigned int const unit = m_toUnicode.get(static_cast<unsigned short>(code));
         if (unit != 0 || code == 0)
             return kx7::DecodedChar::one(unit, isLead ? 2 : 1);
-        return kx7::DecodedChar::illegal(isLead && p[1] >= 0x80 ? 2 : 1, kx7::LimitCheck::CHECK);
+        if (m_afterShift && p[0] == SINGLE_SHIFT_3)
+            return decodeThree(p, end);
+        return withoutCharacter(p, isLead ? 2 : 1);
     }
 
 private:
+    kx7::DecodedChar decodeThree(unsigned char const* p, unsigned char const* end) const
+    {
+        if (end - p < 2)
+            return kx7::DecodedChar::truncated();
+        if (!isRowOrCell(p[1]))
+            return withoutCharacter(p, 2);
+        if (end - p < 3)
+            return kx7::DecodedChar::truncated();
+        unsigned int const unit = m_afterShift->get(static_cast<unsigned short>(kx7::doubleByteCode(p + 1)));
+        return unit != 0 ? kx7::DecodedChar::one(unit, 3) : withoutCharacter(p, 3);
+    }
+
     unsigned char const* m_types;
     LookupTable<unsigned short> const& m_toUnicode;
+    LookupTable<unsigned short> const* m_afterShift;
 };
 
 struct KX7CharSetConverterWebDoubleByte::Encoder : kx7::ListedDoubleByteEncoder {
@@ -39,17 +74,27 @@ template struct kx7::EngineOf<KX7CharSetConverterWebDoubleByte>;
 KX7CharSetConverterWebDoubleByte::KX7CharSetConverterWebDoubleByte(unsigned short const* map,
                                                                    unsigned short const* decodedOnly,
                                                                    unsigned short const* encodedOnly,
+                                                                   unsigned short const* threeBytes,
                                                                    unsigned char const* typeTable, KX7CharSet charSet)
-    : KX7CharSetConverterMBCS(map, charSet), m_decodedOnly(decodedOnly), m_encodedOnly(encodedOnly), m_types(typeTable)
+    : KX7CharSetConverterMBCS(map, charSet), m_decodedOnly(decodedOnly), m_encodedOnly(encodedOnly),
+      m_threeBytes(threeBytes), m_types(typeTable)
 {
 }
 
-KX7CharSetConverterWebDoubleByte::~KX7CharSetConverterWebDoubleByte() = default;
+KX7CharSetConverterWebDoubleByte::~KX7CharSetConverterWebDoubleByte()
+{
+    delete m_afterShift;
+}
 
 void KX7CharSetConverterWebDoubleByte::load()
 {
     kx7::LoadLock const lock(m_oLoadMutex);
-    LookupTable<unsigned short>* const toUnicode = buildTables();
+    if (m_threeBytes && !m_afterShift) {
+        m_afterShift = new (std::nothrow) LookupTable<unsigned short>;
+        for (unsigned short const* pair = m_threeBytes; m_afterShift && pair[0] != 0; pair += 2)
+            m_afterShift->put(pair[0], pair[1]);
+    }
+    LookupTable<unsigned short>* const toUnicode = m_threeBytes && !m_afterShift ? nullptr : buildTables();
     if (!toUnicode)
         return;
     for (unsigned short const* pair = m_decodedOnly; pair && pair[0] != 0; pair += 2)
@@ -67,7 +112,9 @@ KX7CharSetConverterWebDoubleByte::Decoder KX7CharSetConverterWebDoubleByte::deco
 {
     if (!tablesBuilt())
         load();
-    return {m_types, toUnicode(), kx7::pairsOf(kernelTables())};
+    LookupTable<unsigned short> const* const afterShift =
+        m_threeBytes ? &kx7::tableOrEmpty(tablesBuilt() ? m_afterShift : nullptr) : nullptr;
+    return {m_types, toUnicode(), afterShift, kx7::pairsOf(kernelTables())};
 }
 
 KX7CharSetConverterWebDoubleByte::Encoder KX7CharSetConverterWebDoubleByte::encoder()
@@ -88,7 +135,7 @@ unsigned int KX7CharSetConverterWebDoubleByte::getNumUnits(void const* source, u
     size_t count = 0;
     for (; in != end; ++count) {
         kx7::DecodedChar const c = characters.decodeOne(in, end);
-        in += c.found == kx7::Found::TRUNCATED ? 1 : c.consumed;
+        in = c.found == kx7::Found::TRUNCATED ? end : in + c.consumed;
     }
     return kx7::saturated(count);
 }

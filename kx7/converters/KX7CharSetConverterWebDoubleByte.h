@@ -5,9 +5,9 @@
 #include "kx7/converters/KX7CharSetConverterMBCS.h"
 
 /**
- * Converter for encodings of one or two bytes a character, by the standard's rules: EUC-KR, Shift_JIS. Every character
- * is one UTF-16 code unit. A pair without a character is illegal; if its second byte is ASCII, the first one alone is,
- * and the second is read afresh.
+ * Converter for encodings of one or two bytes a character, by the standard's rules: EUC-JP, EUC-KR, Shift_JIS. Every
+ * character is one UTF-16 code unit. A sequence without a character is illegal; if its last byte is ASCII, what
+ * precedes that is, and the byte is read afresh.
  */
 class KX7CharSetConverterWebDoubleByte : public KX7CharSetConverterMBCS {
 public:
@@ -15,11 +15,13 @@ public:
      * @param map as of KX7CharSetConverterMBCS: what is mapped both ways
      * @param decodedOnly in the same form, what is mapped from code to unit alone; may be null
      * @param encodedOnly in the same form, what is mapped from unit to code alone; may be null
+     * @param threeBytes in the same form, pairs of the two bytes after 0x8F and unit, decoded only; null: the set has
+     * no codes of three bytes, and 0x8F is as any byte
      * @param typeTable 256 bytes, of ByteTypeTables.h: only lead bytes have a type here. No list is copied.
      */
     KX7CharSetConverterWebDoubleByte(unsigned short const* map, unsigned short const* decodedOnly,
-                                     unsigned short const* encodedOnly, unsigned char const* typeTable,
-                                     KX7CharSet charSet);
+                                     unsigned short const* encodedOnly, unsigned short const* threeBytes,
+                                     unsigned char const* typeTable, KX7CharSet charSet);
     ~KX7CharSetConverterWebDoubleByte() override;
 
     /** Builds the tables of the base, then what decoding kernels look up. */
@@ -50,7 +52,9 @@ private:
 
     unsigned short const* m_decodedOnly;
     unsigned short const* m_encodedOnly;
+    unsigned short const* m_threeBytes;
     unsigned char const* m_types;
+    LookupTable<unsigned short>* m_afterShift = nullptr;  ///< of m_threeBytes
 };
 
 #endif

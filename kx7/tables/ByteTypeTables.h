@@ -23,5 +23,6 @@ extern unsigned char const oCP936Type[256];
 extern unsigned char const oCP949Type[256];
 extern unsigned char const oCP950Type[256];
 extern unsigned char const oBig5Type[256];
+extern unsigned char const oWebEucJpType[256];
 
 #endif

@@ -17,6 +17,10 @@ extern unsigned short const oWebXUSERDEFINEDmap[];
 extern unsigned short const oWebSHIFTJISmap[];
 extern unsigned short const oWebSHIFTJISDecoded[];
 extern unsigned short const oWebSHIFTJISEncoded[];
+extern unsigned short const oWebEUCJPmap[];
+extern unsigned short const oWebEUCJPDecoded[];
+extern unsigned short const oWebEUCJPEncoded[];
+extern unsigned short const oWebEUCJPThree[];
 extern unsigned short const oWebEUCKRmap[];
 // END OF GENERATED
 

@@ -65,8 +65,8 @@ class Sets(Test):
         names = [name for _, name in listed()]
         web = [name for name in names if not name.startswith("KX7CS_")]
         self.assertEqual(web, ["IBM866", "KOI8-U", "macintosh", "x-mac-cyrillic", "windows-874", "windows-1253",
-                               "windows-1255", "x-user-defined", "Shift_JIS", "EUC-KR"])
-        self.assertEqual(names[-11:], [*web, "KX7CS_OS_DEFAULT"])
+                               "windows-1255", "x-user-defined", "Shift_JIS", "EUC-JP", "EUC-KR"])
+        self.assertEqual(names[-12:], [*web, "KX7CS_OS_DEFAULT"])
 
     def testAreNotGuessed(self):
         output = run("--guess", data="Привет".encode("cp866"))[1].decode()
@@ -93,6 +93,13 @@ class DoubleByteEncodings(Test):
         for name in ("EUC-KR", "Shift_JIS"):
             for broken, text in ((b"\x81<b", "\uFFFD<b"), (b"\x81\xFFb", "\uFFFDb"), (b"a\x81", "a\uFFFD")):
                 self.expect(["-f", name, "--errors", "replace"], broken, text.encode())
+
+
+    def testThreeBytesOfEUCJP(self):
+        codes = b"".join(bytes([0x8F, 0xA1 + pointer // 94, 0xA1 + pointer % 94])
+                         for pointer, _ in encodingstandard.index("jis0212"))
+        self.expect(["-f", "euc-jp"], codes, "".join(chr(c) for _, c in encodingstandard.index("jis0212")).encode())
+        self.expect(["-f", "euc-jp", "--errors", "replace"], b"\x8f\xa2<\x8f<\x8f\xa2\xff<", "\uFFFD<\uFFFD<\uFFFD<".encode())
 
 
 class Registry(Test):

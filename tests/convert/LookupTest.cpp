@@ -86,6 +86,7 @@ TEST(Lookup, WhereTheRegistriesDiffer)
         {"Shift_JIS", kx7::web::SHIFT_JIS, kx7::web::SHIFT_JIS},
         {"x-sjis", kx7::web::SHIFT_JIS, kx7::web::SHIFT_JIS},
         {"gb2312", KX7CS_EUC_CN, KX7CS_WCP936},
+        {"euc-jp", kx7::web::EUC_JP, kx7::web::EUC_JP},
         {"euc-kr", kx7::web::EUC_KR, kx7::web::EUC_KR},
         {"big5", KX7CS_BIG5, KX7CS_WCP950},
         {"tis-620", KX7CS_ISO_8859_11, kx7::web::WINDOWS_874},

@@ -28,12 +28,17 @@ _CP949 = _ASCII_START + _ASCII_LETTERS + [
 ]
 _BIG5 = [(first, last, 0 if first == 0x7F else value) for first, last, value in _CP936]
 
+_WEB_EUC_JP = [
+    (0x00, 0x8D, 0), (0x8E, 0x8E, LEAD), (0x8F, 0xA0, 0), (0xA1, 0xFE, LEAD | TRAIL), (0xFF, 0xFF, 0),
+]
+
 TABLES = [
     ("oCP932Type", "code page 932, Shift-JIS and Shift_JIS-2004", _CP932),
     ("oCP936Type", "code page 936", _CP936),
     ("oCP949Type", "code page 949", _CP949),
     ("oCP950Type", "code page 950, the same as oCP936Type", _CP936),
     ("oBig5Type", "Big5", _BIG5),
+    ("oWebEucJpType", "the Encoding Standard's EUC-JP, whose codes of three bytes are told apart before", _WEB_EUC_JP),
 ]
 
 

@@ -265,18 +265,24 @@ def _stored_pairs(table):
 
 def _codes(row):
     """{code: unit} of a set as it decodes, by its stored lists."""
-    if row.converter == "EUC_CN_KR":
-        (table,) = row.lists()
-        upper = {code + 0x8080: unit for code, unit in _stored_pairs(table).items()}
-        return {byte: byte for byte in range(1, 0x80)} | upper
-    (table,) = row.lists()
-    return _stored_pairs(table)
+    table, *others = row.lists()
+    if not row.converter.startswith("EUC"):
+        return _stored_pairs(table)
+    codes = {byte: byte for byte in range(1, 0x80)}
+    codes |= {code + 0x8080: unit for code, unit in _stored_pairs(table).items()}
+    for katakana in others[:1]:
+        codes |= {0x8E00 + code: unit for code, unit in _stored_pairs(katakana).items() if code >= 0x80}
+    return codes
 
 
 def _decoded(row):
     """{code: unit} of a web set."""
-    tables = [row.table, *(table for table in row.one_way if table.name.endswith("Decoded"))]
-    return dict(pair for table in tables for run in table.runs() for pair in run)
+    codes = {}
+    for table in (row.table, *row.one_way):
+        if not table.name.endswith("Encoded"):
+            prefix = 0x8F0000 if table.name.endswith("Three") else 0
+            codes |= {prefix + code: unit for run in table.runs() for code, unit in run}
+    return codes
 
 
 def _differences(row):

@@ -24,7 +24,7 @@ class CharSet:
     suffix: str = ""  # the object is g_oConverter and this; the name where it is the same
     arguments: tuple = ()  # of the constructor, before the identifier: mapping lists, table of byte types
     table: Table | None = None  # of a single-byte set, and of one that only kx7/convert.h knows: its mapping list
-    one_way: tuple = ()  # of the latter: the lists of codes that are decoded only, and that are encoded only
+    one_way: tuple = ()  # of the latter: the lists of codes that are decoded only, or encoded only
     characters: str = ""  # how many it has, and what it is made from, where that is not one mapping list
     made_from: str = ""
     page: str = ""  # of docs/charsets, without .md
@@ -106,9 +106,9 @@ def web_single_byte(encoding, number, about, pairs, *, source=None, **more):
                       "converter": "SBCS", "arguments": (mapping,), "table": table} | more)
 
 
-def web_double_byte(encoding, number, about, types, pairs, *, decoded_only=0, encoded_only=0, **more):
+def web_double_byte(encoding, number, about, types, pairs, *, decoded_only=0, encoded_only=0, three_bytes=0, **more):
     """A double-byte encoding of the Encoding Standard; `types` is the table of its lead bytes. The numbers are those of
-    the pairs that are mapped both ways, when decoding and when encoding."""
+    the pairs that are mapped both ways, when decoding and when encoding, and of codes of three bytes, decoded only."""
     name = encoding.upper().replace("-", "_")
     list_name = f"oWeb{name.replace('_', '')}"
     source = "the indexes of the WHATWG Encoding Standard (BSD 3-Clause)"
@@ -121,8 +121,9 @@ def web_double_byte(encoding, number, about, types, pairs, *, decoded_only=0, en
     both = table("map", "", lambda mapping: mapping.both, pairs, by_unicode)
     decoded = table("Decoded", ", decoded only", lambda mapping: mapping.decoded_only, decoded_only, by_code)
     encoded = table("Encoded", ", encoded only", lambda mapping: mapping.encoded_only, encoded_only, by_unicode)
-    one_way = tuple(found for found in (decoded, encoded) if found.pairs)
-    lists = [found.name if found.pairs else "nullptr" for found in (decoded, encoded)]
+    three = table("Three", ", after 0x8F, decoded only", lambda _: webmappings.jis0212(), three_bytes, by_code)
+    one_way = tuple(found for found in (decoded, encoded, three) if found.pairs)
+    lists = [found.name if found.pairs else "nullptr" for found in (decoded, encoded, three)]
     return CharSet(**{"name": name, "number": number, "title": encoding, "about": about, "encoding": encoding,
                       "converter": "WebDoubleByte", "arguments": (both.name, *lists, types), "table": both,
                       "one_way": one_way} | more)

@@ -59,7 +59,21 @@ def _shift_jis():
     return _mapping(decoded, encoded)
 
 
-_READ = {"EUC-KR": _euc_kr, "Shift_JIS": _shift_jis}
+def _euc_jp():
+    katakana = {0x8E00 + byte: 0xFF61 - 0xA1 + byte for byte in range(0xA1, 0xE0)}
+    jis0208 = {(pointer // 94 + 0xA1) << 8 | pointer % 94 + 0xA1: c
+               for pointer, c in encodingstandard.index("jis0208") if pointer < 94 * 94}
+    encoded = _first(ASCII | katakana | jis0208)
+    encoded |= {0xA5: 0x5C, 0x203E: 0x7E, 0x2212: encoded[0xFF0D]}
+    return _mapping(ASCII | katakana | jis0208, encoded)
+
+
+def jis0212():
+    """What EUC-JP decodes of three bytes: the last two, and their character."""
+    return [((pointer // 94 + 0xA1) << 8 | pointer % 94 + 0xA1, c) for pointer, c in encodingstandard.index("jis0212")]
+
+
+_READ = {"EUC-JP": _euc_jp, "EUC-KR": _euc_kr, "Shift_JIS": _shift_jis}
 
 
 @functools.cache
