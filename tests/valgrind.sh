@@ -26,6 +26,9 @@ mount -t proc proc "$root/proc"
 mkdir "$root/tests"
 cp "$build"/libkx7text.so* "$build/tests/library_tests" "$build"/tests/fuzz/*Fuzz "$root/tests"
 cp -r "$build/tests/fuzz/corpus" "$root/tests"
+# Programs know it by its name.
+mkdir -p "$root$build/tests/model/web"
+cp -r "$build/tests/model/web/data" "$root$build/tests/model/web"
 
 # checked SHARD SHARDS PROGRAM ARGUMENT…
 checked() {

@@ -8,47 +8,22 @@
 
 #include "kx7/charset/CharSetConverterManager.h"
 #include "kx7/convert.h"
-#include "tests/model/web/WebHooks.h"
 #include "tests/support/OneIn.h"
+#include "tests/support/WebEncodings.h"
 
 using namespace kx7test;  // NOLINT
 
 namespace {
-
-std::set<std::string> const DOUBLE_BYTE = {"EUC-JP", "Shift_JIS", "EUC-KR"};
-
-/** The encodings of single bytes, and x-user-defined; and those of two. */
-std::vector<std::string> exactEncodings()
-{
-    std::set<std::string> const others = {"UTF-8",       "GBK",         "gb18030",  "Big5",
-                                          "ISO-2022-JP", "replacement", "UTF-16BE", "UTF-16LE"};
-    std::vector<std::string> result;
-    for (auto const& encoding : webEncodings())
-        if (others.count(encoding.first) == 0)
-            result.push_back(encoding.first);
-    return result;
-}
 
 class WebEncoding : public testing::TestWithParam<std::string> {
 protected:
     std::string const& encoding() const { return GetParam(); }
     /** Without the name, only the tests fail. */
     KX7CharSet charSet() const { return kx7::findCharSet(encoding()).value_or(KX7CS_OS_DEFAULT); }
-    bool isDoubleByte() const { return DOUBLE_BYTE.count(encoding()) != 0; }
+    bool isMultibyte() const { return isMultibyteWebEncoding(encoding()); }
 
     void decodesAsTheModel(std::string const& bytes) const;
 };
-
-std::u16string inUnits(std::u32string const& text)
-{
-    std::u16string units;
-    for (char32_t const c : text) {
-        if (c > 0xFFFF)
-            units += static_cast<char16_t>(0xD7C0 + (c >> 10));
-        units += static_cast<char16_t>(c > 0xFFFF ? 0xDC00 + (c & 0x3FF) : c);
-    }
-    return units;
-}
 
 /** Every code point of the Basic Multilingual Plane that is no surrogate, and one of each other plane. */
 std::u32string everyCodePoint()
@@ -79,10 +54,10 @@ void WebEncoding::decodesAsTheModel(std::string const& bytes) const
     std::vector<WebDecoded> const results = WebDecoder{encoding()}.decode(bytes);
     auto const error = std::find_if(results.begin(), results.end(), [](auto const& r) { return r.isError; });
     kx7::Units const replaced = kx7::decode(bytes, charSet(), {kx7::ErrorPolicy::REPLACE});
-    ASSERT_EQ(replaced.text, inUnits(webReplaced(results)));
+    ASSERT_EQ(replaced.text, unitsOf(webReplaced(results)));
     ASSERT_EQ(replaced.errorCount, errorsOf(results));
     kx7::Units const strict = kx7::decode(bytes, charSet());
-    ASSERT_EQ(strict.text, inUnits(webReplaced({results.begin(), error})));
+    ASSERT_EQ(strict.text, unitsOf(webReplaced({results.begin(), error})));
     ASSERT_EQ(strict.isLossless(), error == results.end());
     if (error != results.end()) {
         ASSERT_EQ(strict.first.byteOffset, error->begin);
@@ -92,9 +67,9 @@ void WebEncoding::decodesAsTheModel(std::string const& bytes) const
 
 TEST_P(WebEncoding, EverySequenceOfTwoBytesIsAsInTheStandard)
 {
-    OneIn isTaken(isDoubleByte() ? 5 : 1);
+    OneIn isTaken(isMultibyte() ? 5 : 1);
     for (unsigned int first = 0; first < 0x100; ++first)
-        for (unsigned int second = 0; second < (isDoubleByte() ? 0x100U : 1U); ++second)
+        for (unsigned int second = 0; second < (isMultibyte() ? 0x100U : 1U); ++second)
             for (char const* const rest : {"", "a", "\xA1", "\x81\x41"}) {
                 if (!isTaken())
                     continue;
@@ -107,7 +82,7 @@ TEST_P(WebEncoding, EverySequenceOfTwoBytesIsAsInTheStandard)
 TEST_P(WebEncoding, EverySequenceOfThreeBytesThatBeginsWithAShiftIsAsInTheStandard)
 {
     OneIn isTaken(5);
-    for (unsigned int second = 0; second < 0x100 && isDoubleByte(); ++second)
+    for (unsigned int second = 0; second < 0x100 && isMultibyte(); ++second)
         for (unsigned int third = 0; third < 0x100; ++third)
             for (char const* const rest : {"", "a", "\xA1\xA1"}) {
                 if (!isTaken())
@@ -124,7 +99,7 @@ TEST_P(WebEncoding, EveryByteIsTheCharacterOfTheStandard)
         std::string const byte(1, static_cast<char>(value));
         WebDecoded const expected = WebDecoder{encoding()}.decode(byte).at(0);
         kx7::Units const strict = kx7::decode(byte, charSet());
-        ASSERT_EQ(strict.text, inUnits(expected.codePoints)) << value;
+        ASSERT_EQ(strict.text, unitsOf(expected.codePoints)) << value;
         ASSERT_EQ(strict.isLossless(), !expected.isError) << value;
         if (!expected.isError)
             continue;
@@ -139,7 +114,7 @@ TEST_P(WebEncoding, EveryCharacterIsTheByteOfTheStandard)
 {
     for (char32_t const c : everyCodePoint()) {
         WebEncoded const expected = WebEncoder{encoding()}.encode(std::u32string(1, c)).at(0);
-        kx7::Bytes const bytes = kx7::encode(inUnits(std::u32string(1, c)), charSet());
+        kx7::Bytes const bytes = kx7::encode(unitsOf(std::u32string(1, c)), charSet());
         ASSERT_EQ(bytes.text, expected.bytes) << static_cast<unsigned int>(c);
         ASSERT_EQ(bytes.isLossless(), !expected.isError) << static_cast<unsigned int>(c);
         if (expected.isError) {
@@ -151,9 +126,9 @@ TEST_P(WebEncoding, EveryCharacterIsTheByteOfTheStandard)
 TEST_P(WebEncoding, EveryCharacterThatIsEncodedComesBack)
 {
     for (char32_t const c : everyCodePoint()) {
-        std::u16string const units = inUnits(std::u32string(1, c));
+        std::u16string const units = unitsOf(std::u32string(1, c));
         kx7::Bytes const bytes = kx7::encode(units, charSet());
-        bool const isOneWay = encoding() != "EUC-KR" && isDoubleByte() && (c == 0xA5 || c == 0x203E || c == 0x2212);
+        bool const isOneWay = encoding() != "EUC-KR" && isMultibyte() && (c == 0xA5 || c == 0x203E || c == 0x2212);
         if (bytes.isLossless()) {
             ASSERT_EQ(kx7::decode(bytes.text, charSet()).text == units, !isOneWay) << static_cast<unsigned int>(c);
         }
@@ -165,7 +140,7 @@ TEST_P(WebEncoding, LongTextsDecodeWholeInPiecesAndToUtf8)
     for (bool const isMostlyAscii : {false, true}) {
         std::string const bytes = randomBytes(5000, 7 + isMostlyAscii, isMostlyAscii);
         std::vector<WebDecoded> const results = WebDecoder{encoding()}.decode(bytes);
-        std::u16string const expected = inUnits(webReplaced(results));
+        std::u16string const expected = unitsOf(webReplaced(results));
         kx7::Units const whole = kx7::decode(bytes, charSet(), {kx7::ErrorPolicy::REPLACE});
         ASSERT_EQ(whole.text, expected);
         ASSERT_EQ(whole.errorCount, errorsOf(results));
@@ -203,7 +178,7 @@ TEST_P(WebEncoding, LongTextsEncodeWholeInPiecesAndFromUtf8)
     std::string expected;
     for (WebEncoded const& result : WebEncoder{encoding()}.encode(text))
         expected += result.isError ? "?" : result.bytes;
-    std::u16string const units = inUnits(text);
+    std::u16string const units = unitsOf(text);
     kx7::Options const replacing = {kx7::ErrorPolicy::REPLACE, U'?'};
     EXPECT_EQ(kx7::encode(units, charSet(), replacing).text, expected);
 
@@ -270,11 +245,11 @@ TEST_P(WebEncoding, LinesAndBoundariesShowInTheBytes)
     std::string const bytes = randomBytes(100, 1, false);
     EXPECT_TRUE(kx7::hasConverter(charSet()));
     EXPECT_TRUE(kx7::lineFeedsAreBytes(charSet()));
-    if (!isDoubleByte()) {
+    if (!isMultibyte()) {
         EXPECT_EQ(kx7::wholeCharacters(bytes, charSet()), bytes);
     }
     EXPECT_EQ(kx7::Decoder(charSet()).maxUnits(10), 10U);
-    EXPECT_EQ(kx7::Encoder(charSet()).maxBytes(10), isDoubleByte() ? 20U : 10U);
+    EXPECT_EQ(kx7::Encoder(charSet()).maxBytes(10), isMultibyte() ? 20U : 10U);
 
     // What precedes the cut and what follows it are decoded as in the whole text.
     for (size_t length = 0; length <= bytes.size(); ++length) {
@@ -294,11 +269,11 @@ std::string testName(testing::TestParamInfo<std::string> const& info)
     return name;
 }
 
-INSTANTIATE_TEST_SUITE_P(Encodings, WebEncoding, testing::ValuesIn(exactEncodings()), testName);
+INSTANTIATE_TEST_SUITE_P(Encodings, WebEncoding, testing::ValuesIn(exactWebEncodings()), testName);
 
 TEST(WebSets, AreTheSingleByteOnesTheUserDefinedOneAndThreeOfTwoBytes)
 {
-    EXPECT_EQ(exactEncodings().size(), 28U + 1U + 3U);
+    EXPECT_EQ(exactWebEncodings().size(), 28U + 1U + 3U);
 }
 
 TEST(WebSets, NumbersAndNamesOfThePublishedOnesMeanThose)
