@@ -122,7 +122,10 @@ extern "C" int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size)
                 }
                 break;
             default: {
-                std::string const error = errorOf([&] { require(textOf(mine.list.at(index)) == mine.texts[index]); });
+                std::string const error = errorOf([&] {
+                    std::u16string const found = textOf(mine.list.at(index));
+                    require(exists && found == mine.texts[index], "what is found");
+                });
                 require((error == "none") == exists, "at");
                 if (operation > 250) {
                     mine.list.clear();
