@@ -58,7 +58,7 @@ private:
     Identity m_identity;
 };
 
-/** The same of a set in which the table of a list's codes says all. */
+/** The encoder of a set whose units all have their codes in one table. */
 class ListedDoubleByteEncoder : public DoubleByteEncoder {
 public:
     static constexpr unsigned int MOST_BYTES = 2;

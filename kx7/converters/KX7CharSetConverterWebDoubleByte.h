@@ -17,7 +17,8 @@ public:
      * @param encodedOnly in the same form, what is mapped from unit to code alone; may be null
      * @param threeBytes in the same form, pairs of the two bytes after 0x8F and unit, decoded only; null: the set has
      * no codes of three bytes, and 0x8F is as any byte
-     * @param typeTable 256 bytes, of ByteTypeTables.h: only lead bytes have a type here. No list is copied.
+     * @param typeTable 256 bytes, of ByteTypeTables.h: which bytes lead. Those that end a mapped pair have to be marked
+     * as trail bytes, no other byte need be. Not copied, nor are the lists.
      */
     KX7CharSetConverterWebDoubleByte(unsigned short const* map, unsigned short const* decodedOnly,
                                      unsigned short const* encodedOnly, unsigned short const* threeBytes,

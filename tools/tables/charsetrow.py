@@ -107,8 +107,8 @@ def web_single_byte(encoding, number, about, pairs, *, source=None, **more):
 
 
 def web_double_byte(encoding, number, about, types, pairs, *, decoded_only=0, encoded_only=0, three_bytes=0, **more):
-    """A double-byte encoding of the Encoding Standard; `types` is the table of its lead bytes. The numbers are those of
-    the pairs that are mapped both ways, when decoding and when encoding, and of codes of three bytes, decoded only."""
+    """A double-byte encoding of the Encoding Standard; `types` is the table of its lead and trail bytes. The numbers
+    are those of the pairs that are mapped both ways, when decoding, when encoding, and of codes of three bytes."""
     name = encoding.upper().replace("-", "_")
     list_name = f"oWeb{name.replace('_', '')}"
     source = "the indexes of the WHATWG Encoding Standard (BSD 3-Clause)"
