@@ -9,6 +9,9 @@
 
 namespace kx7 {
 
+/** Begins the codes of three bytes of EUC-JP. */
+constexpr unsigned char SINGLE_SHIFT_3 = 0x8F;
+
 /** Both bytes of a pair lie in this range. */
 constexpr bool isPairByte(unsigned char byte)
 {

@@ -20,8 +20,9 @@ namespace {
 
 using Table = LookupTable<unsigned short>;
 
+using kx7::SINGLE_SHIFT_3;
+
 constexpr unsigned char SINGLE_SHIFT_2 = 0x8E;
-constexpr unsigned char SINGLE_SHIFT_3 = 0x8F;
 
 /** JIS X 0201 half-width katakana, as the byte after single shift 2 and as a code. */
 constexpr bool isKatakana(unsigned int code)

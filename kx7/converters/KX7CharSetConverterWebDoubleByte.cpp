@@ -5,17 +5,10 @@
 #include "kx7/converters/DoubleByte.h"
 #include "kx7/converters/DoubleByteEncoder.h"
 #include "kx7/converters/EngineOf.h"
+#include "kx7/converters/Euc.h"
 #include "kx7/converters/MultibyteTables.h"
 
 namespace {
-
-/** Begins the codes of three bytes. */
-constexpr unsigned char SINGLE_SHIFT_3 = 0x8F;
-
-constexpr bool isRowOrCell(unsigned char byte)
-{
-    return byte >= 0xA1 && byte != 0xFF;
-}
 
 /** What has no character, and is `length` bytes long. */
 kx7::DecodedChar withoutCharacter(unsigned char const* p, unsigned int length)
@@ -42,7 +35,7 @@ struct KX7CharSetConverterWebDoubleByte::Decoder : kx7::PairDecoder {
         unsigned int const unit = m_toUnicode.get(static_cast<unsigned short>(code));
         if (unit != 0 || code == 0)
             return kx7::DecodedChar::one(unit, isLead ? 2 : 1);
-        if (m_afterShift && p[0] == SINGLE_SHIFT_3)
+        if (m_afterShift && p[0] == kx7::SINGLE_SHIFT_3)
             return decodeThree(p, end);
         return withoutCharacter(p, isLead ? 2 : 1);
     }
@@ -52,7 +45,7 @@ private:
     {
         if (end - p < 2)
             return kx7::DecodedChar::truncated();
-        if (!isRowOrCell(p[1]))
+        if (!kx7::isPairByte(p[1]))
             return withoutCharacter(p, 2);
         if (end - p < 3)
             return kx7::DecodedChar::truncated();
@@ -94,7 +87,9 @@ void KX7CharSetConverterWebDoubleByte::load()
         for (unsigned short const* pair = m_threeBytes; m_afterShift && pair[0] != 0; pair += 2)
             m_afterShift->put(pair[0], pair[1]);
     }
-    LookupTable<unsigned short>* const toUnicode = m_threeBytes && !m_afterShift ? nullptr : buildTables();
+    if (m_threeBytes && !m_afterShift)
+        return;
+    LookupTable<unsigned short>* const toUnicode = buildTables();
     if (!toUnicode)
         return;
     for (unsigned short const* pair = m_decodedOnly; pair && pair[0] != 0; pair += 2)
