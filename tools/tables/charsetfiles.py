@@ -277,12 +277,9 @@ def _codes(row):
 
 def _decoded(row):
     """{code: unit} of a web set."""
-    codes = {}
-    for table in (row.table, *row.one_way):
-        if not table.name.endswith("Encoded"):
-            prefix = 0x8F0000 if table.name.endswith("Three") else 0
-            codes |= {prefix + code: unit for run in table.runs() for code, unit in run}
-    return codes
+    return {prefix + code: unit
+            for prefix, table in ((0, row.table), (0, row.decoded_only), (0x8F0000, row.three_bytes)) if table
+            for run in table.runs() for code, unit in run}
 
 
 def _differences(row):

@@ -24,7 +24,9 @@ class CharSet:
     suffix: str = ""  # the object is g_oConverter and this; the name where it is the same
     arguments: tuple = ()  # of the constructor, before the identifier: mapping lists, table of byte types
     table: Table | None = None  # of a single-byte set, and of one that only kx7/convert.h knows: its mapping list
-    one_way: tuple = ()  # of the latter: the lists of codes that are decoded only, or encoded only
+    decoded_only: Table | None = None  # of the latter: the lists of what is mapped one way; None: there is nothing
+    encoded_only: Table | None = None
+    three_bytes: Table | None = None  # the last two bytes of codes of three, decoded only
     characters: str = ""  # how many it has, and what it is made from, where that is not one mapping list
     made_from: str = ""
     page: str = ""  # of docs/charsets, without .md
@@ -54,6 +56,11 @@ class CharSet:
     @property
     def in_file_names(self):
         return self.sample or str(self.number)
+
+    @property
+    def web_tables(self):
+        """The mapping lists of a set that only kx7/convert.h knows."""
+        return [t for t in (self.table, self.decoded_only, self.encoded_only, self.three_bytes) if t]
 
     def lists(self):
         """The mapping lists among the constructor's arguments."""
@@ -113,20 +120,24 @@ def web_double_byte(encoding, number, about, types, pairs, *, decoded_only=0, en
     list_name = f"oWeb{name.replace('_', '')}"
     source = "the indexes of the WHATWG Encoding Standard (BSD 3-Clause)"
 
-    def table(suffix, what, of, count, order):
+    def table(suffix, what, read, count, order):
+        if count == 0:
+            return None
         return Table(f"{list_name}{suffix}", f"{encoding} of the Encoding Standard ({about}){what}",
-                     source=by_rule(source, lambda: of(webmappings.mapping(encoding))), order=order, pairs=count,
-                     one_way=suffix != "map", header="WebLists.h")
+                     source=by_rule(source, read), order=order, pairs=count, one_way=suffix != "map",
+                     header="WebLists.h")
 
-    both = table("map", "", lambda mapping: mapping.both, pairs, by_unicode)
-    decoded = table("Decoded", ", decoded only", lambda mapping: mapping.decoded_only, decoded_only, by_code)
-    encoded = table("Encoded", ", encoded only", lambda mapping: mapping.encoded_only, encoded_only, by_unicode)
-    three = table("Three", ", after 0x8F, decoded only", lambda _: webmappings.jis0212(), three_bytes, by_code)
-    one_way = tuple(found for found in (decoded, encoded, three) if found.pairs)
-    lists = [found.name if found.pairs else "nullptr" for found in (decoded, encoded, three)]
+    def mapping():
+        return webmappings.mapping(encoding)
+
+    both = table("map", "", lambda: mapping().both, pairs, by_unicode)
+    decoded = table("Decoded", ", decoded only", lambda: mapping().decoded_only, decoded_only, by_code)
+    encoded = table("Encoded", ", encoded only", lambda: mapping().encoded_only, encoded_only, by_unicode)
+    three = table("Three", ", after 0x8F, decoded only", webmappings.jis0212, three_bytes, by_code)
+    lists = [found.name if found else "nullptr" for found in (both, decoded, encoded, three)]
     return CharSet(**{"name": name, "number": number, "title": encoding, "about": about, "encoding": encoding,
-                      "converter": "WebDoubleByte", "arguments": (both.name, *lists, types), "table": both,
-                      "one_way": one_way} | more)
+                      "converter": "WebDoubleByte", "arguments": (*lists, types), "table": both,
+                      "decoded_only": decoded, "encoded_only": encoded, "three_bytes": three} | more)
 
 
 def without_converter(name, number, **more):

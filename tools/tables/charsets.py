@@ -210,7 +210,7 @@ REGISTERED = [*WINDOWS, *ISO_8859, *SINGLE_BYTE, *WINDOWS_DOUBLE_BYTE, *_EUC_BAC
 
 # The mapping lists of the single-byte sets; those of the others are in mappings.py.
 SINGLE_BYTE_LISTS = [row.table for row in CONSTRUCTED if row.table]
-WEB_LISTS = [table for row in WEB for table in (row.table, *row.one_way)]
+WEB_LISTS = [table for row in WEB for table in row.web_tables]
 
 # The languages of samples/, and what there is to say of the text in UTF-8.
 LANGUAGES = {

@@ -161,7 +161,7 @@ class Table:
     pairs: int
     changes: tuple = ()
     code_points: bool = False  # records of sMBCSExTable, which reach beyond U+FFFF
-    one_way: bool = False  # codes that are decoded only, several of which may stand for one character
+    one_way: bool = False  # decoded only, where a code point may have several codes, or encoded only
     header: str = "MappingLists.h"  # declares it
 
     def runs(self):
