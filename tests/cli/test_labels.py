@@ -94,12 +94,12 @@ class DoubleByteEncodings(Test):
             for broken, text in ((b"\x81<b", "\uFFFD<b"), (b"\x81\xFFb", "\uFFFDb"), (b"a\x81", "a\uFFFD")):
                 self.expect(["-f", name, "--errors", "replace"], broken, text.encode())
 
-
     def testThreeBytesOfEUCJP(self):
         codes = b"".join(bytes([0x8F, 0xA1 + pointer // 94, 0xA1 + pointer % 94])
                          for pointer, _ in encodingstandard.index("jis0212"))
         self.expect(["-f", "euc-jp"], codes, "".join(chr(c) for _, c in encodingstandard.index("jis0212")).encode())
-        self.expect(["-f", "euc-jp", "--errors", "replace"], b"\x8f\xa2<\x8f<\x8f\xa2\xff<", "\uFFFD<\uFFFD<\uFFFD<".encode())
+        self.expect(["-f", "euc-jp", "--errors", "replace"], b"\x8f\xa2<\x8f<\x8f\xa2\xff<",
+                    "\uFFFD<\uFFFD<\uFFFD<".encode())
 
 
 class Registry(Test):

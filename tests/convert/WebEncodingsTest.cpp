@@ -81,8 +81,10 @@ TEST_P(WebEncoding, EverySequenceOfTwoBytesIsAsInTheStandard)
 
 TEST_P(WebEncoding, EverySequenceOfThreeBytesThatBeginsWithAShiftIsAsInTheStandard)
 {
+    if (!isMultibyte())
+        GTEST_SKIP() << "every character is one byte";
     OneIn isTaken(5);
-    for (unsigned int second = 0; second < 0x100 && isMultibyte(); ++second)
+    for (unsigned int second = 0; second < 0x100; ++second)
         for (unsigned int third = 0; third < 0x100; ++third)
             for (char const* const rest : {"", "a", "\xA1\xA1"}) {
                 if (!isTaken())
